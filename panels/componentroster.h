@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+/// The components of a unit and their numbers: the one place that knows them. A component number
+/// is the identity used in every signal and in the log.
+namespace roster
+{
+enum class Kind { Fader, Button, Rotary };
+
+inline constexpr int componentCount = 44;
+inline constexpr int firstComponent = 0;
+inline constexpr int lastComponent = 43;
+
+inline constexpr int firstFader = firstComponent;
+inline constexpr int faderCount = 9;
+inline constexpr int firstButton = 9;
+inline constexpr int buttonCount = 31;
+inline constexpr int firstRotary = 40;
+inline constexpr int rotaryCount = 4;
+
+/// Known by its MIDI channel, not by a note; tested only at a station that carries the marker.
+inline constexpr int channelButton = 18;
+/// The last button that a run tests.
+inline constexpr int lastTestedButton = 38;
+/// Never tested: pressing it would switch the unit off.
+inline constexpr int powerButton = 39;
+
+/// The kind of a component, 0 to 43.
+constexpr Kind kindOf(int component)
+{
+    if (component < firstButton)
+        return Kind::Fader;
+    return component < firstRotary ? Kind::Button : Kind::Rotary;
+}
+
+/// A component's place among its kind, from 0.
+constexpr int indexInKind(int component)
+{
+    switch (kindOf(component)) {
+    case Kind::Fader:
+        return component - firstFader;
+    case Kind::Button:
+        return component - firstButton;
+    case Kind::Rotary:
+        break;
+    }
+    return component - firstRotary;
+}
+} // namespace roster

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "panels/componentpanel.h"
+
+#include <memory>
+
+namespace Ui
+{
+class Zorvi_0908_Button;
+}
+
+/// The panel of one push button: passes once it was seen fully pressed and released, in either
+/// order.
+class Zorvi_0908_Button : public ComponentPanel
+{
+    Q_OBJECT
+
+public:
+    /// componentNum: 9 to 39.
+    Zorvi_0908_Button(QWidget* parent, int tag, int componentNum);
+    ~Zorvi_0908_Button() override;
+
+protected:
+    bool accepts(const MidiMessage& midiMessage) const override;
+    int valueOf(const MidiMessage& midiMessage) const override;
+    QVector<ComponentRange> freshRanges() const override;
+    void showPassed() override;
+
+private:
+    const std::unique_ptr<Ui::Zorvi_0908_Button> form;
+};

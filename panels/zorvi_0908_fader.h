@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "panels/componentpanel.h"
+
+#include <memory>
+
+namespace Ui
+{
+class Zorvi_0908_Fader;
+}
+
+/// The panel of one linear fader: judges its controller against thirteen bands and lets a slider
+/// follow it.
+class Zorvi_0908_Fader : public ComponentPanel
+{
+    Q_OBJECT
+
+public:
+    /// componentNum: 0 to 8.
+    Zorvi_0908_Fader(QWidget* parent, int tag, int componentNum);
+    ~Zorvi_0908_Fader() override;
+
+protected:
+    bool accepts(const MidiMessage& midiMessage) const override;
+    int valueOf(const MidiMessage& midiMessage) const override;
+    QVector<ComponentRange> freshRanges() const override;
+    void display(int value) override;
+
+private:
+    const std::unique_ptr<Ui::Zorvi_0908_Fader> form;
+};

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "panels/zorvi_0908_rotary.h"
+
+#include "panels/unitmessages.h"
+#include "panels/valuebands.h"
+#include "ui_zorvi_0908_rotary.h"
+
+Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int panelTag, int component)
+    : ComponentPanel(parent, panelTag, component)
+    , form(std::make_unique<Ui::Zorvi_0908_Rotary>())
+{
+    form->setupUi(this);
+    adoptForm(form->frame);
+}
+
+Zorvi_0908_Rotary::~Zorvi_0908_Rotary() = default;
+
+bool Zorvi_0908_Rotary::accepts(const MidiMessage& midiMessage) const
+{
+    return midiMessage.isControllerOfType(unitmessages::controllerOf(component()));
+}
+
+int Zorvi_0908_Rotary::valueOf(const MidiMessage& midiMessage) const
+{
+    return midiMessage.getControllerValue();
+}
+
+QVector<ComponentRange> Zorvi_0908_Rotary::freshRanges() const
+{
+    return positionBands();
+}
+
+QString Zorvi_0908_Rotary::underTestStyle() const
+{
+    // Without the QFrame selector of the other panels: the frame has no children that the bare
+    // declarations could reach, and the rotary's text has always been this one.
+    return QStringLiteral("border:none; background: blue;");
+}
+
+void Zorvi_0908_Rotary::display(int value)
+{
+    form->dial->setValue(value);
+}
