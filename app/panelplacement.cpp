@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/panelplacement.h"
+
+#include "panels/componentroster.h"
+
+namespace
+{
+constexpr int faderTop = 200;
+
+/// Fader 8 is set apart from the regular pitch of the others by a wider gap.
+QPoint faderPlace(int fader, int width)
+{
+    constexpr int lastFader = roster::faderCount - 1;
+    if (fader == lastFader)
+        return {lastFader * (width - 1) + 533, faderTop};
+    return {(width + 30) * fader + 120, faderTop};
+}
+
+QPoint rotaryPlace(int rotary, int faderWidth)
+{
+    return {faderPlace(2 * rotary, faderWidth).x() + 10, 10};
+}
+
+/// The buttons run in groups: one above each fader, a column at the left edge, and to the right of
+/// fader 7 a lone one, two columns of six and a cluster of four.
+QPoint buttonPlace(int button, int faderWidth)
+{
+    constexpr int rowOverFaders = 150;
+    constexpr int firstInLeftColumn = 9;
+    constexpr int lone = 13;
+    constexpr int firstInPairs = 14;
+    constexpr int firstInCluster = 26;
+    constexpr QPoint cluster[] = {{126, 15}, {126, 85}, {90, 50}, {165, 50}};
+
+    if (button < firstInLeftColumn)
+        return {faderPlace(button, faderWidth).x(), rowOverFaders};
+    if (button < lone)
+        return {30, 210 + 60 * (button - firstInLeftColumn)};
+
+    const QPoint besideFader7 = faderPlace(7, faderWidth);
+    if (button == lone)
+        return {besideFader7.x() + 126, rowOverFaders};
+    if (button < firstInCluster) {
+        const int row = (button - firstInPairs) / 2;
+        const bool left = (button - firstInPairs) % 2 == 0;
+        return besideFader7 + QPoint(left ? 90 : 165, 48 * row);
+    }
+    const QPoint place = cluster[button - firstInCluster];
+    return {besideFader7.x() + place.x(), place.y()};
+}
+} // namespace
+
+std::optional<QPoint> panelPlace(int component, int faderWidth)
+{
+    if (component == roster::powerButton)
+        return std::nullopt;
+
+    const int index = roster::indexInKind(component);
+    switch (roster::kindOf(component)) {
+    case roster::Kind::Fader:
+        return faderPlace(index, faderWidth);
+    case roster::Kind::Button:
+        return buttonPlace(index, faderWidth);
+    case roster::Kind::Rotary:
+        break;
+    }
+    return rotaryPlace(index, faderWidth);
+}

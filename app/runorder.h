@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+/// What a run does once a component has its verdict.
+enum class RunAction {
+    Queue, ///< Arm the component.
+    Skip,  ///< Skip the component: this station does not test it.
+    Finish ///< The run is over; the component stays the one that was armed.
+};
+
+struct RunStep {
+    RunAction action;
+    int component;
+};
+
+/// The step after the verdict on `judged` while `armed` is under test. The run moves on from the
+/// armed number: a verdict from another panel still takes it one further. Only a station with the
+/// marker (tarvekStation) tests the channel button.
+RunStep stepAfterVerdict(int judged, int armed, bool tarvekStation);

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/testlog.h"
+
+#include <QSaveFile>
+#include <QTextStream>
+
+namespace
+{
+QString kindName(int component)
+{
+    switch (roster::kindOf(component)) {
+    case roster::Kind::Fader:
+        return QStringLiteral("FADER");
+    case roster::Kind::Button:
+        return QStringLiteral("BUTTON");
+    case roster::Kind::Rotary:
+        break;
+    }
+    return QStringLiteral("ROTARY");
+}
+
+QString block(int component, const QVector<ComponentRange>& ranges)
+{
+    QString text = QStringLiteral("\r\n\r\n---------------- %1: %2 (Component %3) ----------------")
+                       .arg(kindName(component))
+                       .arg(roster::indexInKind(component))
+                       .arg(component);
+    if (component == roster::powerButton)
+        return text + QStringLiteral("\r\n NOT TESTED (Power Button)");
+    for (int i = 0; i < ranges.size(); ++i)
+        text += QStringLiteral("\r\nRange %1: %2")
+                    .arg(i)
+                    .arg(static_cast<double>(ranges.at(i).covered), 0, 'g', -1);
+    return text;
+}
+} // namespace
+
+QStringList testlog::lines(const QString& serial, const QDateTime& when, const Coverage& coverage)
+{
+    QStringList lines;
+    lines.reserve(2 + roster::componentCount);
+    lines << QStringLiteral("Norvane Instruments");
+    // Both at once, so that a serial with a place marker in it stays as typed.
+    lines << QStringLiteral("\r\n\r\nZORVI\t#%1\t%2").arg(serial, when.toString(Qt::TextDate));
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
+        lines << block(c, coverage.at(static_cast<std::size_t>(c)));
+    return lines;
+}
+
+QString testlog::path(const QString& applicationDirectory, const QString& serial)
+{
+    return applicationDirectory + QStringLiteral("/Logs/ZORVI_%1.txt").arg(serial);
+}
+
+void testlog::write(const QString& path, const QStringList& lines)
+{
+    QSaveFile file(path);
+    file.setDirectWriteFallback(true);
+    if (!file.open(QIODevice::WriteOnly))
+        return;
+    QTextStream stream(&file);
+    for (const QString& line : lines)
+        stream << line << '\n';
+    stream.flush();
+    file.commit();
+}

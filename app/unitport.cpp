@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/unitport.h"
+
+namespace
+{
+#if JUCE_LINUX || JUCE_BSD
+class DeafListener final : public juce::MidiInputCallback
+{
+    void handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage&) override {}
+};
+#endif
+} // namespace
+
+bool unitport::isUnitName(const juce::String& name)
+{
+#if JUCE_LINUX
+    // The kernel puts a suffix behind the product string of a USB unit (seen with kernel 6.1).
+    if (name == "Zorvi_Control MIDI 1")
+        return true;
+#endif
+    return name == "Zorvi_Control";
+}
+
+juce::String unitport::identifierIn(const juce::Array<juce::MidiDeviceInfo>& devices)
+{
+    for (const auto& device : devices)
+        if (isUnitName(device.name))
+            return device.identifier;
+    return {};
+}
+
+std::unique_ptr<juce::MidiInput> unitport::keepInputThreadRunning()
+{
+#if JUCE_LINUX || JUCE_BSD
+    static DeafListener listener;
+    auto input = juce::MidiInput::createNewDevice("Zorvi Assembly Test", &listener);
+    if (input != nullptr)
+        input->start();
+    return input;
+#else
+    return nullptr;
+#endif
+}
