@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "simulator/unitoptions.h"
+
+#include "panels/componentroster.h"
+
+#include <QCommandLineParser>
+
+namespace
+{
+const QString paceOption = QStringLiteral("pace");
+const QString faultOption = QStringLiteral("fault");
+const QString componentOption = QStringLiteral("component");
+
+constexpr double slowestPace = 1.0;
+constexpr double fastestPace = 100000.0;
+} // namespace
+
+void unitoptions::addTo(QCommandLineParser& parser, double usualPace)
+{
+    parser.addOption({paceOption,
+                      QStringLiteral("Messages per second (default: %1).").arg(usualPace),
+                      QStringLiteral("number"), QString::number(usualPace)});
+    parser.addOption({faultOption,
+                      QStringLiteral("What is wrong with the unit: %1 (default: none).")
+                          .arg(unitfault::names().join(QStringLiteral(", "))),
+                      QStringLiteral("name"), QStringLiteral("none")});
+    parser.addOption({componentOption,
+                      QStringLiteral("The component that the fault sits in, 0 to %1 (default: one "
+                                     "that can have it).")
+                          .arg(roster::lastComponent),
+                      QStringLiteral("number")});
+}
+
+std::optional<double> unitoptions::number(const QCommandLineParser& parser, const QString& option,
+                                          double lowest, double highest, QString& error)
+{
+    bool isNumber = false;
+    const double value = parser.value(option).toDouble(&isNumber);
+    if (isNumber && value >= lowest && value <= highest)
+        return value;
+    error =
+        QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\".")
+            .arg(option, QString::number(lowest), QString::number(highest), parser.value(option));
+    return std::nullopt;
+}
+
+std::optional<int> unitoptions::wholeNumber(const QCommandLineParser& parser, const QString& option,
+                                            int lowest, int highest, QString& error)
+{
+    bool isNumber = false;
+    const int value = parser.value(option).toInt(&isNumber);
+    if (isNumber && value >= lowest && value <= highest)
+        return value;
+    error =
+        QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\".")
+            .arg(option, QString::number(lowest), QString::number(highest), parser.value(option));
+    return std::nullopt;
+}
+
+std::optional<UnitOptions> unitoptions::readFrom(const QCommandLineParser& parser, QString& error)
+{
+    const auto pace = number(parser, paceOption, slowestPace, fastestPace, error);
+    if (!pace)
+        return std::nullopt;
+
+    const auto fault = unitfault::fromName(parser.value(faultOption));
+    if (!fault) {
+        error = QStringLiteral("--fault takes one of %1, not \"%2\".")
+                    .arg(unitfault::names().join(QStringLiteral(", ")), parser.value(faultOption));
+        return std::nullopt;
+    }
+
+    UnitFault unit{*fault, unitfault::usualComponent(*fault)};
+    if (parser.isSet(componentOption)) {
+        bool isNumber = false;
+        unit.component = parser.value(componentOption).toInt(&isNumber);
+        if (!isNumber || !unitfault::applies(*fault, unit.component)) {
+            error = QStringLiteral("Component \"%1\" cannot have the fault \"%2\".")
+                        .arg(parser.value(componentOption), parser.value(faultOption));
+            return std::nullopt;
+        }
+    }
+    return UnitOptions{*pace, unit};
+}

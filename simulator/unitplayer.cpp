@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "simulator/unitplayer.h"
+
+#include "simulator/simulatedunit.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+constexpr double msPerSecond = 1e3;
+constexpr double nsPerSecond = 1e9;
+} // namespace
+
+UnitPlayer::UnitPlayer(SimulatedUnit& playedUnit, QObject* parent)
+    : QObject(parent)
+    , unit(playedUnit)
+{
+    timer.setTimerType(Qt::PreciseTimer);
+    connect(&timer, SIGNAL(timeout()), this, SLOT(slot_Tick()));
+}
+
+void UnitPlayer::setPace(double pace)
+{
+    messagesPerSecond = pace;
+}
+
+void UnitPlayer::setCablePause(int ms)
+{
+    cablePauseMs = ms;
+}
+
+void UnitPlayer::play(UnitScript steps)
+{
+    script = std::move(steps);
+    next = 0;
+    owed = 0.0;
+    pauseMs = 0;
+    sinceLast.start();
+    timer.start(std::max(1, static_cast<int>(std::lround(msPerSecond / messagesPerSecond))));
+}
+
+void UnitPlayer::stop()
+{
+    timer.stop();
+}
+
+void UnitPlayer::slot_Tick()
+{
+    if (pauseMs > 0 && sinceLast.elapsed() < pauseMs)
+        return;
+    if (pauseMs == 0)
+        owed += static_cast<double>(sinceLast.nsecsElapsed()) * messagesPerSecond / nsPerSecond;
+    pauseMs = 0;
+    sinceLast.start();
+
+    while (next < script.size() && pauseMs == 0 && (owed >= 1.0 || script[next].atOnce))
+        take(script[next++]);
+
+    if (next == script.size() && pauseMs == 0) {
+        timer.stop();
+        Q_EMIT signal_Finished();
+    }
+}
+
+void UnitPlayer::take(const UnitStep& step)
+{
+    switch (step.action) {
+    case UnitStep::Action::Send:
+        unit.send(step.message);
+        if (!step.atOnce)
+            owed -= 1.0;
+        break;
+    case UnitStep::Action::Unplug:
+        unit.unplug();
+        pauseMs = cablePauseMs;
+        break;
+    case UnitStep::Action::Replug:
+        unit.plug();
+        pauseMs = cablePauseMs;
+        break;
+    }
+}
