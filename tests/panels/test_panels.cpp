@@ -4,6 +4,7 @@
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
+#include "tests/passingmessages.h"
 
 #include <QDial>
 #include <QFrame>
@@ -50,20 +51,6 @@ MidiMessage noteOn(int note, int velocity, int channel = 1)
 MidiMessage noteOff(int note, int velocity, int channel = 1)
 {
     return {0x7F + channel, note, velocity};
-}
-
-/// What makes a control pass in as few messages as there are bands.
-QVector<MidiMessage> passingMessages(int component)
-{
-    if (component >= 9 && component < 40) {
-        const int note = component < 18 ? component - 8 : component - 9;
-        const int channel = component == 18 ? 2 : 1;
-        return {noteOn(note, 127, channel), noteOff(note, 0, channel)};
-    }
-    QVector<MidiMessage> messages;
-    for (int i = 0; i < 13; ++i)
-        messages << controller(component < 9 ? component + 1 : component - 30, 10 * i);
-    return messages;
 }
 
 QVector<int> coveredBands(const ComponentPanel& panel)

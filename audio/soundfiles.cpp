@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "audio/soundfiles.h"
+
+#include <juce_audio_formats/juce_audio_formats.h>
+
+#include <QCoreApplication>
+
+namespace
+{
+QString pathOf(const QString& directory, Sound sound)
+{
+    switch (sound) {
+    case Sound::Beep:
+        return directory + QStringLiteral("/Zorvi_AssemblyTest_Beep.wav");
+    case Sound::Click:
+        return directory + QStringLiteral("/Zorvi_AssemblyTest_Click.wav");
+    case Sound::Bell:
+        break;
+    }
+    return directory + QStringLiteral("/Zorvi_AssemblyTest_Bell.wav");
+}
+
+juce::File fileOf(const QString& path)
+{
+    return juce::File(path.toStdString());
+}
+
+/// Whether the file ends before the samples that its header promises.
+bool isTruncated(const juce::AudioFormatReader& reader, const QString& path)
+{
+    constexpr juce::int64 smallestHeader = 44; // RIFF 12, fmt 24, data 8 bytes
+    const auto bytesPerFrame =
+        static_cast<juce::int64>(reader.numChannels) * reader.bitsPerSample / 8;
+    return fileOf(path).getSize() < smallestHeader + reader.lengthInSamples * bytesPerFrame;
+}
+
+QString problemOf(const QString& directory, Sound sound)
+{
+    const QString path = pathOf(directory, sound);
+    if (!fileOf(path).existsAsFile())
+        return QCoreApplication::translate("SoundFiles", "The sound file %1 is missing.").arg(path);
+    const auto reader = openSound(directory, sound);
+    if (reader == nullptr)
+        return QCoreApplication::translate("SoundFiles", "The sound file %1 cannot be read as WAV.")
+            .arg(path);
+    if (reader->lengthInSamples <= 0 || isTruncated(*reader, path))
+        return QCoreApplication::translate("SoundFiles", "The sound file %1 is incomplete.")
+            .arg(path);
+    return {};
+}
+} // namespace
+
+std::unique_ptr<juce::AudioFormatReader> openSound(const QString& directory, Sound sound)
+{
+    auto stream = std::make_unique<juce::FileInputStream>(fileOf(pathOf(directory, sound)));
+    if (stream->failedToOpen())
+        return nullptr;
+    return std::unique_ptr<juce::AudioFormatReader>(
+        juce::WavAudioFormat().createReaderFor(stream.release(), true));
+}
+
+QString soundFileProblem(const QString& directory)
+{
+    for (const Sound sound : {Sound::Beep, Sound::Click, Sound::Bell}) {
+        const QString problem = problemOf(directory, sound);
+        if (!problem.isEmpty())
+            return problem;
+    }
+    return {};
+}

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# Makes the station's three sounds beside this script, 44.1 kHz, 16 bit, mono. Each has a register
+# and a shape of its own, so that they are told apart on a noisy floor: the beep a flat reedy tone,
+# the click a short high tick, the bell a high strike of inharmonic partials that rings out. The
+# levels leave room for the loudest moment the station can make; a test of the sound engine
+# measures it.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+make_sound() { # name, synthesis and effects
+    local name=$1
+    shift
+    sox -D -n -r 44100 -b 16 -c 1 "Zorvi_AssemblyTest_$name.wav" "$@"
+}
+
+# A square wave without its sharpest edges, 10 ms in and out.
+make_sound Beep synth 0.15 square 740 vol 0.5 lowpass 5000 fade h 0.01 0.15 0.01 gain -n -11
+
+# A few milliseconds of a high tone under a steep decay.
+make_sound Click synth 0.006 sine 2600 fade l 0.0003 0.006 0.005 gain -n -9
+
+# Partials of a small bell, the high ones gone first.
+bell_partial() { # frequency, share, seconds until it has rung out
+    sox -n -r 44100 -c 1 -p synth "$3" sine "$1" fade l 0.002 "$3" "$3" vol "$2" pad 0 "$(
+        awk -v all=1.2 -v own="$3" 'BEGIN { print all - own }')"
+}
+sox -D -m <(bell_partial 1568 0.50 1.2) <(bell_partial 3763 0.25 0.9) \
+    <(bell_partial 5910 0.15 0.6) <(bell_partial 8467 0.10 0.4) \
+    -b 16 Zorvi_AssemblyTest_Bell.wav fade l 0 1.2 0.05 gain -n -11
