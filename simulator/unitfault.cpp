@@ -90,3 +90,32 @@ int unitfault::usualComponent(Fault fault)
                                          [fault](const FaultRow& r) { return r.fault == fault; });
     return row->usualComponent;
 }
+
+bool unitfault::leavesUncovered(const UnitFault& unit, int component, int band)
+{
+    const bool isSecondOfSwap = unit.fault == Fault::Swapped && component == unit.component + 1;
+    if (component != unit.component && !isSecondOfSwap)
+        return false;
+    constexpr int bandOfStuckValue = 6;
+    constexpr int lastPositionBand = 12;
+    constexpr int fullPressBand = 1;
+    switch (unit.fault) {
+    case Fault::Stuck:
+        return roster::kindOf(component) == roster::Kind::Button || band != bandOfStuckValue;
+    case Fault::NoLowEnd:
+        return band == 0;
+    case Fault::NoHighEnd:
+        return band == lastPositionBand;
+    case Fault::WeakButton:
+        return band == fullPressBand;
+    case Fault::Swapped:
+        return true;
+    case Fault::None:
+    case Fault::TooEarly:
+    case Fault::CablePulled:
+    case Fault::Chatter:
+    case Fault::Flood:
+        break;
+    }
+    return false;
+}

@@ -39,4 +39,8 @@ std::optional<Fault> fromName(const QString& name);
 bool applies(Fault fault, int component);
 /// A component that can show the fault, for whoever did not choose one.
 int usualComponent(Fault fault);
+
+/// Whether a band of a component stays uncovered when such a unit is worked once: bands as the
+/// panels count them, 13 for a fader or a rotary, 2 for a button.
+bool leavesUncovered(const UnitFault& unit, int component, int band);
 } // namespace unitfault

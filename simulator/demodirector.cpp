@@ -1,0 +1,239 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "simulator/demodirector.h"
+
+#include "app/mainwindow.h"
+#include "app/testlog.h"
+#include "panels/componentpanel.h"
+#include "simulator/logcheck.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPainter>
+#include <QTextStream>
+#include <QToolButton>
+
+#include <algorithm>
+
+namespace
+{
+constexpr int watchIntervalMs = 50;
+/// Longer than the station takes between two looks for the unit, and than a run's end takes.
+constexpr int standstillMs = 15000;
+/// What the last messages of a control may take to reach its panel.
+constexpr int patienceMs = 500;
+
+constexpr int handMs = 300;
+constexpr int readingMs = 3000;
+constexpr int readingFastMs = 300;
+
+void say(const QString& line)
+{
+    QTextStream(stdout) << line << Qt::endl;
+}
+
+QMessageBox* openNotice()
+{
+    return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+}
+
+int coveredBands(const ComponentPanel& panel)
+{
+    const auto& bands = panel.coverage();
+    return static_cast<int>(
+        std::count_if(bands.cbegin(), bands.cend(),
+                      [](const ComponentRange& band) { return band.covered != 0.0F; }));
+}
+} // namespace
+
+DemoDirector::DemoDirector(MainWindow& shownStation, const DemoOptions& chosen)
+    : station(shownStation)
+    , options(chosen)
+{
+    player.setPace(options.unit.pace);
+    workTimer.setSingleShot(true);
+    workTimer.setInterval(options.once ? 0 : handMs);
+    skipTimer.setSingleShot(true);
+    skipTimer.setInterval(patienceMs);
+
+    connect(&watchTimer, SIGNAL(timeout()), this, SLOT(slot_Watch()));
+    connect(&workTimer, SIGNAL(timeout()), this, SLOT(slot_Work()));
+    connect(&skipTimer, SIGNAL(timeout()), this, SLOT(slot_SkipIfNotPassed()));
+    connect(&player, SIGNAL(signal_Finished()), this, SLOT(slot_Worked()));
+    connect(&station, SIGNAL(signal_QueueComponent(int)), this, SLOT(slot_Armed(int)));
+    for (const auto* panel : station.findChildren<ComponentPanel*>()) {
+        connect(panel, SIGNAL(signal_Click()), this, SLOT(slot_BandCovered()));
+        connect(panel, SIGNAL(signal_ComponentResult(int, int)), this,
+                SLOT(slot_Verdict(int, int)));
+    }
+}
+
+void DemoDirector::start()
+{
+    // An old log of the same serial number would hide that the new one was not written.
+    QFile::remove(logPath());
+    savePicture(QStringLiteral("start.png"));
+    if (stage == Stage::Over)
+        return;
+    if (!unit.plug()) {
+        fail(QStringLiteral("the unit's MIDI port cannot be made"));
+        return;
+    }
+    say(QStringLiteral("The unit is plugged in."));
+    sinceProgress.start();
+    watchTimer.start(watchIntervalMs);
+}
+
+void DemoDirector::slot_Watch()
+{
+    const auto* label = station.findChild<QLabel*>(QStringLiteral("deviceLabel"));
+    if (stage == Stage::WaitingForUnit && label->text() == QLatin1String("Device: CONNECTED"))
+        begin();
+
+    if (stage == Stage::Running && openNotice() != nullptr) {
+        stage = Stage::Notice;
+        say(QStringLiteral("The station says: %1").arg(openNotice()->text()));
+        // Queued: once the notice is gone, whoever closed it.
+        connect(openNotice(), SIGNAL(finished(int)), this, SLOT(slot_CheckLog()),
+                Qt::QueuedConnection);
+        QTimer::singleShot(options.once ? readingFastMs : readingMs, this,
+                           SLOT(slot_CloseNotice()));
+    }
+
+    if (player.isPlaying())
+        sinceProgress.start();
+    if (sinceProgress.elapsed() > standstillMs)
+        fail(stage == Stage::WaitingForUnit
+                 ? QStringLiteral("the station does not find the unit")
+                 : QStringLiteral("the run stands still at component %1").arg(armed));
+}
+
+void DemoDirector::begin()
+{
+    say(QStringLiteral("The station has found it; the serial number is %1.").arg(options.serial));
+    station.findChild<QLineEdit*>(QStringLiteral("serialNumber"))->setText(options.serial);
+    stage = Stage::Running;
+    station.findChild<QToolButton*>(QStringLiteral("startTest"))->click();
+}
+
+void DemoDirector::slot_Armed(int componentNum)
+{
+    sinceProgress.start();
+    // A last component that was skipped is armed once more while the notice is on its way.
+    if (stage != Stage::Running || componentNum == worked)
+        return;
+    armed = componentNum;
+    skipTimer.stop();
+    if (!player.isPlaying())
+        workTimer.start();
+}
+
+void DemoDirector::slot_Work()
+{
+    worked = armed;
+    player.play(unitscript::worked(armed, options.unit.unit));
+}
+
+void DemoDirector::slot_Worked()
+{
+    if (armed != worked)
+        workTimer.start();
+    else
+        skipTimer.start();
+}
+
+void DemoDirector::slot_SkipIfNotPassed()
+{
+    for (const auto* panel : station.findChildren<ComponentPanel*>())
+        if (panel->component() == armed && coveredBands(*panel) == panel->coverage().size())
+            return; // the last one of the run passed and nothing comes after it
+    say(QStringLiteral("Component %1 was worked and did not pass: \"Skip Sensor >>\".").arg(armed));
+    station.findChild<QToolButton*>(QStringLiteral("skipSensorButton"))->click();
+}
+
+void DemoDirector::slot_Verdict(int componentNum, int result)
+{
+    if (result == componentresult::passed)
+        say(QStringLiteral("Component %1 passed.").arg(componentNum));
+    else if (componentNum == roster::channelButton && !options.withChannelButton)
+        say(QStringLiteral("Component %1 is not tested at this station.").arg(componentNum));
+    else
+        say(QStringLiteral("Component %1 skipped.").arg(componentNum));
+}
+
+void DemoDirector::slot_BandCovered()
+{
+    // Late enough for passed panels and early enough for untested ones to be in the picture.
+    constexpr int fewPassed = 3;
+    constexpr int halfway = 7;
+    const auto* panel = qobject_cast<const ComponentPanel*>(sender());
+    if (middleTaken || panel->component() < fewPassed || coveredBands(*panel) != halfway)
+        return;
+    middleTaken = true;
+    savePicture(QStringLiteral("middle.png"));
+}
+
+void DemoDirector::slot_CloseNotice()
+{
+    QMessageBox* notice = openNotice();
+    if (notice == nullptr)
+        return; // somebody was quicker
+    savePicture(QStringLiteral("end.png"), notice);
+    notice->button(QMessageBox::Ok)->click();
+}
+
+void DemoDirector::slot_CheckLog()
+{
+    QFile file(logPath());
+    if (!file.open(QIODevice::ReadOnly)) {
+        fail(QStringLiteral("there is no log at %1").arg(logPath()));
+        return;
+    }
+    say(QStringLiteral("Log: %1").arg(logPath()));
+    const QString differences =
+        logcheck::differences(file.readAll(), options.unit.unit, options.withChannelButton);
+    if (!differences.isEmpty()) {
+        fail(QStringLiteral("the log is not as expected: %1").arg(differences));
+        return;
+    }
+    say(options.unit.unit.fault == Fault::None
+            ? QStringLiteral("Every tested band is covered.")
+            : QStringLiteral("Every tested band is covered but for what the fault withholds."));
+    stage = Stage::Over;
+    watchTimer.stop();
+    Q_EMIT signal_Finished(0);
+}
+
+void DemoDirector::fail(const QString& reason)
+{
+    QTextStream(stderr) << "The demo failed: " << reason << "." << Qt::endl;
+    stage = Stage::Over;
+    watchTimer.stop();
+    player.stop();
+    Q_EMIT signal_Finished(1);
+}
+
+void DemoDirector::savePicture(const QString& name, QMessageBox* notice)
+{
+    if (options.pictureFolder.isEmpty())
+        return;
+    QPixmap picture = station.grab();
+    if (notice != nullptr) {
+        QPainter painter(&picture);
+        painter.drawPixmap(station.mapFromGlobal(notice->mapToGlobal(QPoint())), notice->grab());
+    }
+    const QString path = options.pictureFolder + QLatin1Char('/') + name;
+    if (picture.save(path))
+        say(QStringLiteral("Picture: %1").arg(path));
+    else
+        fail(QStringLiteral("%1 cannot be written").arg(path));
+}
+
+QString DemoDirector::logPath() const
+{
+    return testlog::path(QCoreApplication::applicationDirPath(), options.serial);
+}

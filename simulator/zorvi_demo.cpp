@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/mainwindow.h"
+#include "audio/soundfiles.h"
+#include "simulator/demodirector.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QTextStream>
+
+#include <optional>
+
+namespace
+{
+constexpr double paceToFollow = 200;
+constexpr double fastPace = 2000;
+
+int fail(const QString& line)
+{
+    QTextStream(stderr) << "zorvi_demo: " << line << Qt::endl;
+    return 1;
+}
+
+/// Nothing and an error text if the command line makes no sense; ends the program itself on --help,
+/// --version and options that do not exist.
+std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QString& error)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "The test station and a simulated unit in one program: a whole run, without hardware."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    unitoptions::addTo(parser, application.arguments().contains(QLatin1String("--once"))
+                                   ? fastPace
+                                   : paceToFollow);
+    parser.addOption({QStringLiteral("once"),
+                      QStringLiteral("Play one run fast (%1 messages per second), save pictures, "
+                                     "check the log and end; exit status 0 only if the log shows "
+                                     "what it must.")
+                          .arg(fastPace)});
+    parser.addOption({QStringLiteral("output"),
+                      QStringLiteral("Folder for start.png, middle.png and end.png (default: the "
+                                     "current one with --once, else no pictures)."),
+                      QStringLiteral("folder")});
+    parser.addOption({QStringLiteral("serial"),
+                      QStringLiteral("Serial number to type in (default: DEMO)."),
+                      QStringLiteral("text"), QStringLiteral("DEMO")});
+    parser.addOption({QStringLiteral("tarvek"),
+                      QStringLiteral("A station with the marker: tests component 18 too.")});
+    parser.process(application);
+
+    if (!parser.positionalArguments().isEmpty()) {
+        error = QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]);
+        return std::nullopt;
+    }
+    const auto unit = unitoptions::readFrom(parser, error);
+    if (!unit)
+        return std::nullopt;
+
+    const bool once = parser.isSet(QStringLiteral("once"));
+    QString folder = once ? QStringLiteral(".") : QString();
+    if (parser.isSet(QStringLiteral("output")))
+        folder = parser.value(QStringLiteral("output"));
+    if (!folder.isEmpty() && !QDir().mkpath(folder)) {
+        error = QStringLiteral("the folder %1 cannot be made.").arg(folder);
+        return std::nullopt;
+    }
+    return DemoOptions{*unit, once, parser.isSet(QStringLiteral("tarvek")),
+                       parser.value(QStringLiteral("serial")), folder};
+}
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
+
+    QString error;
+    const auto options = optionsOf(application, error);
+    if (!options)
+        return fail(error);
+    const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
+    if (!problem.isEmpty())
+        return fail(problem);
+    if (options->withChannelButton)
+        QApplication::setApplicationName(QStringLiteral("zorvi_demo_TARVEK"));
+
+    const juce::ScopedJuceInitialiser_GUI juceLibrary;
+    MainWindow station;
+    station.show();
+    DemoDirector director(station, *options);
+
+    int status = options->once ? 1 : 0; // closing the window ends a demo, but is no run
+    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [&](int result) {
+        status = result;
+        if (options->once || result != 0)
+            QCoreApplication::exit(result);
+    });
+    QTimer::singleShot(0, &director, [&director] { director.start(); });
+    QApplication::exec();
+    return status;
+}
