@@ -182,8 +182,7 @@ void MainWindow::connectUnit()
     deviceConnected = true;
     form->deviceLabel->setText(tr("Device: CONNECTED"));
 
-    if (inputThreadHold == nullptr)
-        inputThreadHold = unitport::keepInputThreadRunning();
+    unitport::keepInputThreadRunning();
     const auto input = unitport::identifierIn(juce::MidiInput::getAvailableDevices());
     midiInput = juce::MidiInput::openDevice(input, this).release();
     if (midiInput != nullptr)

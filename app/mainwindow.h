@@ -111,5 +111,4 @@ private:
     int currentComponent = -1;
     int tarvekStation = -1;
     std::unique_ptr<Ui::MainWindow> form;
-    std::unique_ptr<juce::MidiInput> inputThreadHold;
 };

@@ -3,6 +3,8 @@
 
 #include "app/unitport.h"
 
+#include <memory>
+
 namespace
 {
 #if JUCE_LINUX || JUCE_BSD
@@ -31,15 +33,15 @@ juce::String unitport::identifierIn(const juce::Array<juce::MidiDeviceInfo>& dev
     return {};
 }
 
-std::unique_ptr<juce::MidiInput> unitport::keepInputThreadRunning()
+void unitport::keepInputThreadRunning()
 {
 #if JUCE_LINUX || JUCE_BSD
     static DeafListener listener;
-    auto input = juce::MidiInput::createNewDevice("Zorvi Assembly Test", &listener);
+    static std::unique_ptr<juce::MidiInput> input;
+    if (input != nullptr)
+        return;
+    input = juce::MidiInput::createNewDevice("Zorvi Assembly Test", &listener);
     if (input != nullptr)
         input->start();
-    return input;
-#else
-    return nullptr;
 #endif
 }

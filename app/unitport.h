@@ -5,8 +5,6 @@
 
 #include <juce_audio_devices/juce_audio_devices.h>
 
-#include <memory>
-
 /// The unit's MIDI port among those that the system lists.
 namespace unitport
 {
@@ -16,9 +14,9 @@ bool isUnitName(const juce::String& name);
 /// The identifier of the first port of the unit in the list; empty if there is none.
 juce::String identifierIn(const juce::Array<juce::MidiDeviceInfo>& devices);
 
-/// An input that nobody speaks to, which keeps JUCE's MIDI input thread running while it exists.
-/// That thread takes up to 100 ms to end after the last input was stopped: whoever closes an input
-/// in that time waits for it, and an input started in that time hears nothing, ever. Null where the
-/// system has no virtual ports or needs none.
-std::unique_ptr<juce::MidiInput> keepInputThreadRunning();
+/// Keeps JUCE's MIDI input thread running until the process ends, with an input of its own that
+/// nobody speaks to. That thread takes up to 100 ms to end after the last input was stopped:
+/// whoever closes an input in that time waits for it, and an input started in that time hears
+/// nothing, ever. Does nothing where the system has no virtual ports, or no MIDI yet.
+void keepInputThreadRunning();
 } // namespace unitport
