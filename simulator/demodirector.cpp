@@ -202,7 +202,7 @@ void DemoDirector::slot_CheckLog()
     }
     say(options.unit.unit.fault == Fault::None
             ? QStringLiteral("Every tested band is covered.")
-            : QStringLiteral("Every tested band is covered but for what the fault withholds."));
+            : QStringLiteral("Covered is exactly what a unit with this fault can cover."));
     stage = Stage::Over;
     watchTimer.stop();
     Q_EMIT signal_Finished(0);

@@ -1,26 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "tests/simulator/runprogram.h"
+
 #include <QFileInfo>
-#include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace
 {
-struct Result {
-    int exitStatus;
-    QString output;
-    QString errors;
-};
-
-Result run(const QStringList& arguments)
+ProgramResult run(const QStringList& arguments)
 {
-    QProcess process;
-    process.start(QStringLiteral(ZORVI_UNIT), arguments);
-    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
-        return {-1, {}, {}};
-    return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
-            QString::fromLocal8Bit(process.readAllStandardError())};
+    return runProgram(QStringLiteral(ZORVI_UNIT), arguments);
 }
 } // namespace
 
@@ -34,6 +25,7 @@ private Q_SLOTS:
     void badOptions();
     void helpAndVersion();
     void withoutASequencer();
+    void wholeRuns();
 };
 
 void TestZorviUnit::badOptions_data()
@@ -60,7 +52,7 @@ void TestZorviUnit::badOptions()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, named);
-    const Result result = run(arguments);
+    const auto result = run(arguments);
     QCOMPARE(result.exitStatus, 1);
     QVERIFY2(result.errors.contains(named), qPrintable(result.errors));
     QVERIFY2(!result.errors.contains(QStringLiteral("sequencer")), qPrintable(result.errors));
@@ -68,12 +60,12 @@ void TestZorviUnit::badOptions()
 
 void TestZorviUnit::helpAndVersion()
 {
-    const Result help = run({QStringLiteral("--help")});
+    const auto help = run({QStringLiteral("--help")});
     QCOMPARE(help.exitStatus, 0);
     for (const char* option : {"--pace", "--fault", "--runs", "--delay", "cable-pulled"})
         QVERIFY2(help.output.contains(QLatin1String(option)), option);
 
-    const Result version = run({QStringLiteral("--version")});
+    const auto version = run({QStringLiteral("--version")});
     QCOMPARE(version.exitStatus, 0);
     QCOMPARE(version.output.trimmed(), QStringLiteral("zorvi_unit " ZORVI_VERSION));
 }
@@ -82,11 +74,31 @@ void TestZorviUnit::withoutASequencer()
 {
     if (QFileInfo::exists(QStringLiteral("/dev/snd/seq")))
         QSKIP("this machine has a sequencer");
-    const Result result = run({});
+    const auto result = run({});
     QCOMPARE(result.exitStatus, 1);
     QCOMPARE(result.errors.count('\n'), 1); // ours alone, none of the system library's
     QVERIFY2(result.errors.contains(QStringLiteral("/dev/snd/seq")), qPrintable(result.errors));
     QVERIFY(result.output.isEmpty());
+}
+
+/// The same program over the sequencer in memory.
+void TestZorviUnit::wholeRuns()
+{
+    const auto result = runProgram(
+        QStringLiteral(ZORVI_UNIT_IN_MEMORY),
+        QString(QStringLiteral("--runs 2 --delay 0 --pace 100000")).split(QLatin1Char(' ')));
+    QVERIFY2(result.exitStatus == 0, qPrintable(result.errors));
+    QVector<int> components;
+    const QRegularExpression progress(QStringLiteral("^Component (\\d+) "),
+                                      QRegularExpression::MultilineOption);
+    for (auto match = progress.globalMatch(result.output); match.hasNext();)
+        components << match.next().captured(1).toInt();
+    QVector<int> expected;
+    for (int run = 0; run < 2; ++run)
+        for (int component = 0; component < 44; ++component)
+            if (component != 18 && component != 39)
+                expected << component;
+    QCOMPARE(components, expected);
 }
 
 QTEST_GUILESS_MAIN(TestZorviUnit)
