@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
 
@@ -22,6 +23,7 @@ int refuseToStart(const QString& reason)
 
 int main(int argc, char* argv[])
 {
+    fitCaptionsToLayout();
     QApplication application(argc, argv);
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
 #include "simulator/demodirector.h"
@@ -74,6 +75,7 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
 
 int main(int argc, char* argv[])
 {
+    fitCaptionsToLayout();
     QApplication application(argc, argv);
     QApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
 

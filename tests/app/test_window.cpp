@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "panels/componentpanel.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QFrame>
@@ -122,6 +124,24 @@ private Q_SLOTS:
         QCOMPARE(serial->maxLength(), 32767); // Qt's own limit
     }
 
+    /// No caption is cut off at the edge of its place.
+    void captionsFit()
+    {
+        const MainWindow window;
+        const auto widgets = window.centralWidget()->findChildren<QWidget*>();
+        int captions = 0;
+        for (const QWidget* widget : widgets) {
+            if (textOf(widget).isEmpty())
+                continue;
+            ++captions;
+            widget->ensurePolished();
+            const int indicator = qobject_cast<const QCheckBox*>(widget) ? 20 : 0;
+            const int needed = widget->fontMetrics().horizontalAdvance(textOf(widget)) + indicator;
+            QVERIFY2(needed <= widget->width(), qPrintable(textOf(widget)));
+        }
+        QCOMPARE(captions, 11);
+    }
+
     void castsAndMethodOrder()
     {
         MainWindow window;
@@ -213,13 +233,22 @@ private Q_SLOTS:
             window.close();
             QTRY_COMPARE(workerThreads(), before + 1);
         }
-        QCOMPARE(workerThreads(), before + 1); // the parser's runs on until the process ends
+        QTRY_COMPARE(workerThreads(), before + 1); // the parser's runs on until the process ends
         { // a window that goes without a close event takes its processor's thread along too
             const MainWindow window;
         }
-        QCOMPARE(workerThreads(), before + 2);
+        QTRY_COMPARE(workerThreads(), before + 2);
     }
 };
 
-QTEST_MAIN(TestWindow)
+int main(int argc, char* argv[])
+{
+    fitCaptionsToLayout();
+    QApplication application(argc, argv);
+    // The font of a bare Debian desktop; the offscreen platform's own is larger.
+    QApplication::setFont(QFont(QStringLiteral("Sans Serif"), 9));
+    TestWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "test_window.moc"
