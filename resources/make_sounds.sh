@@ -16,11 +16,13 @@ make_sound() { # name, synthesis and effects
     sox -D -n -r 44100 -b 16 -c 1 "Zorvi_AssemblyTest_$name.wav" "$@"
 }
 
-# A square wave without its sharpest edges, 10 ms in and out.
-make_sound Beep synth 0.15 square 740 vol 0.5 lowpass 5000 fade h 0.01 0.15 0.01 gain -n -11
+# A square wave without its sharpest edges. It swells for as long as the tick of the click lasts
+# that sounds along with it.
+make_sound Beep synth 0.15 square 740 vol 0.5 lowpass 5000 fade h 0.02 0.15 0.01 gain -n -10
 
-# A few milliseconds of a high tone under a steep decay.
-make_sound Click synth 0.006 sine 2600 fade l 0.0003 0.006 0.005 gain -n -9
+# A few milliseconds of a high tone under a steep decay. The engine fades this sound in over 10 ms,
+# so the tick waits until then; at the file's start it would hardly be heard.
+make_sound Click synth 0.006 sine 2600 fade q 0.0005 0.006 0.005 gain -n -5 pad 0.01 0.001
 
 # Partials of a small bell, the high ones gone first.
 bell_partial() { # frequency, share, seconds until it has rung out
@@ -29,4 +31,4 @@ bell_partial() { # frequency, share, seconds until it has rung out
 }
 sox -D -m <(bell_partial 1568 0.50 1.2) <(bell_partial 3763 0.25 0.9) \
     <(bell_partial 5910 0.15 0.6) <(bell_partial 8467 0.10 0.4) \
-    -b 16 Zorvi_AssemblyTest_Bell.wav fade l 0 1.2 0.05 gain -n -11
+    -b 16 Zorvi_AssemblyTest_Bell.wav fade l 0 1.2 0.05 gain -n -12
