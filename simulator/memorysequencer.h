@@ -14,11 +14,12 @@
 namespace memorysequencer
 {
 /// While on, no port can be made or connected: every attempt to open a device fails. JUCE 7.0.5
-/// leaks its client on each such attempt.
+/// loses the port on each such attempt and from then on keeps the sequencer open.
 void failOpens(bool fail);
 
-/// While on, the sequencer cannot be opened at all, as on a machine without one. Takes effect when
-/// JUCE opens it next, that is after the last port of the process was released.
+/// While on, the sequencer cannot be opened at all, as on a machine without one. It takes effect
+/// when JUCE opens it next, that is after the last port of the process was released; a port that is
+/// asked for while it is on keeps JUCE from ever opening it again.
 void setAbsent(bool absent);
 
 /// What exists at this moment, over all clients.

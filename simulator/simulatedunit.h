@@ -8,7 +8,7 @@
 #include <memory>
 
 /// A unit's MIDI ports, without the unit. It sends what it is told to and answers nothing, not even
-/// an identity request. Needs juce::ScopedJuceInitialiser_GUI no more than the ports do.
+/// an identity request. Its functions are for one thread and need no message loop.
 class SimulatedUnit
 {
 public:
