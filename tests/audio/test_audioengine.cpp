@@ -237,8 +237,8 @@ void TestAudioEngine::blockWithoutBuffer()
 
 void TestAudioEngine::requestRaisedDuringTheBlock()
 {
-    // A block so long that the engine still looks at its requests for a while after it has cleared
-    // the buffer; the request is raised as soon as the buffer's last sample is seen cleared.
+    // A block so long that the engine goes on looking at its requests for many milliseconds after
+    // it has cleared the buffer; the request is raised one millisecond into that time.
     constexpr int length = 1 << 24;
     bool taken = false;
     for (int attempt = 0; attempt < 5 && !taken; ++attempt) {
@@ -247,10 +247,13 @@ void TestAudioEngine::requestRaisedDuringTheBlock()
         juce::AudioBuffer<float> buffer(1, length);
         float* samples = buffer.getWritePointer(0);
         juce::FloatVectorOperations::fill(samples, 1.0F, length);
-        const volatile float* last = samples + length - 1;
+        const volatile float* nearlyLast = samples + length - 8192;
         std::thread audioThread(
             [&] { engine.getNextAudioBlock(juce::AudioSourceChannelInfo(buffer)); });
-        while (*last != 0.0F) {
+        while (*nearlyLast != 0.0F) {
+        }
+        const QDeadlineTimer wellIntoTheLoop(1, Qt::PreciseTimer);
+        while (!wellIntoTheLoop.hasExpired()) {
         }
         engine.slot_Ding();
         audioThread.join();
