@@ -28,7 +28,7 @@ Q_SIGNALS:
     /// Emitted on the thread that plays the block.
     void signal_DistributeMIDI(MidiMessage midiMessage);
 
-private:
+protected:
     Quillon_SensorValuesMonitor* monitor;
     QVector<float> sensorValues;
     qint64 lastBlockTime = -1;

@@ -26,7 +26,7 @@ protected:
     /// One tick, whichever timer it comes from.
     void timerEvent(QTimerEvent* event) override;
 
-private:
+protected:
     Quillon_SensorValuesMonitor* monitor;
     QBasicTimer tickTimer;
     QVector<float> rawValues;
