@@ -24,11 +24,11 @@ make_sound Beep synth 0.15 square 740 vol 0.5 lowpass 5000 fade h 0.02 0.15 0.01
 # so the tick waits until then; at the file's start it would hardly be heard.
 make_sound Click synth 0.006 sine 2600 fade q 0.0005 0.006 0.005 gain -n -5 pad 0.01 0.001
 
-# Partials of a small bell, the high ones gone first.
-bell_partial() { # frequency, share, seconds until it has rung out
-    sox -n -r 44100 -c 1 -p synth "$3" sine "$1" fade l 0.002 "$3" "$3" vol "$2" pad 0 "$(
-        awk -v all=1.2 -v own="$3" 'BEGIN { print all - own }')"
+# Partials of a small bell, the high ones gone first. Each falls evenly in decibels and is cut off
+# where the file ends, 60 dB down or more.
+bell_partial() { # frequency, share, seconds until it would be 100 dB down
+    sox -n -r 44100 -c 1 -p synth "$3" sine "$1" fade l 0.002 "$3" "$3" vol "$2"
 }
-sox -D -m <(bell_partial 1568 0.50 1.2) <(bell_partial 3763 0.25 0.9) \
-    <(bell_partial 5910 0.15 0.6) <(bell_partial 8467 0.10 0.4) \
-    -b 16 Zorvi_AssemblyTest_Bell.wav fade l 0 1.2 0.05 gain -n -12
+sox -D -m <(bell_partial 1568 0.50 2.0) <(bell_partial 3763 0.25 1.4) \
+    <(bell_partial 5910 0.15 0.9) <(bell_partial 8467 0.10 0.6) \
+    -b 16 Zorvi_AssemblyTest_Bell.wav trim 0 1.2 fade h 0 1.2 0.05 gain -n -12
