@@ -58,6 +58,8 @@ private Q_SLOTS:
     void requestsAreHeardAsTheirLayers_data();
     void requestsAreHeardAsTheirLayers();
     void bellGoesOnWhereItStood();
+    void deviceGoesAway();
+    void noDevice();
 
 private:
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
@@ -158,6 +160,39 @@ void TestRealSound::bellGoesOnWhereItStood()
     // The bell dies away so fast that a block lost or played twice would show in its level.
     const double level = levelsOf({rest}, recording, on).front();
     QVERIFY2(std::abs(level - 1.0) < 0.03, qPrintable(QString::number(level)));
+}
+
+void TestRealSound::deviceGoesAway()
+{
+    auto server = std::make_unique<SoundServer>();
+    QVERIFY(server->start(44100));
+    Playback playback;
+    QVERIFY(playback.devices.getCurrentAudioDevice() != nullptr);
+    playback.engine.slot_Ding();
+    QTest::qWait(100);
+    server.reset();
+    // The GUI thread is never kept waiting, however long there is nobody to play to.
+    QElapsedTimer busy;
+    busy.start();
+    for (int i = 0; i < 1000; ++i) {
+        playback.engine.slot_Click();
+        playback.engine.slot_SetAudioOnOff(i % 2 == 0);
+    }
+    QVERIFY(busy.elapsed() < 1000);
+}
+
+void TestRealSound::noDevice()
+{
+    qputenv("PULSE_SERVER", "unix:/nonexistent");
+    Playback playback;
+    QVERIFY(playback.devices.getCurrentAudioDevice() == nullptr);
+    playback.engine.slot_Beep();
+    playback.engine.slot_Ding();
+    // What was asked for is still there for the first block that comes, whenever that is.
+    playback.engine.prepareToPlay(512, 44100.0);
+    juce::AudioBuffer<float> buffer(2, 4096);
+    playback.engine.getNextAudioBlock(juce::AudioSourceChannelInfo(buffer));
+    QVERIFY(buffer.getMagnitude(0, 4096) > 0.05F);
 }
 
 QTEST_GUILESS_MAIN(TestRealSound)
