@@ -52,11 +52,10 @@ inside su tester -c "xvfb-run -a -s '-screen 0 1280x800x24' bash /tmp/run.sh" ||
 ls -ln "$root$log"
 [ "$(stat -c %g "$root$log")" = "$(inside getent group audio | cut -d: -f3)" ] ||
     fail "the log does not belong to the group audio"
-# 9 faders and 4 rotaries with 13 bands, 30 buttons with 2, of which component 18 is not tested.
-covered=$(grep -c ': 1' "$root$log" || true)
-open=$(grep -c ': 0' "$root$log" || true)
-echo "bands covered: $covered of 229, not covered: $open"
-tr -d '\r' < "$root$log" | grep -c '^Range .*: 1$' | grep -qx 227 || fail "not every tested band is covered"
+# 9 faders and 4 rotaries with 13 bands, 29 buttons with 2: component 18 needs the marker.
+covered=$(tr -d '\r' < "$root$log" | grep -c '^Range .*: 1$' || true)
+echo "bands covered: $covered of 227 that this station tests"
+[ "$covered" = 227 ] || fail "not every tested band is covered"
 inside DEBIAN_FRONTEND=noninteractive apt-get remove -q -y zorvi-assembly-test
 [ -s "$root$log" ] || fail "removing the package took the log"
 echo "try_package: installed, ran, logged, removed; the log stayed"
