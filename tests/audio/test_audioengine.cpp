@@ -4,6 +4,7 @@
 #include "audio/audioengine.h"
 #include "audio/beepdebounce.h"
 #include "expectedsound.h"
+#include "offlineplayback.h"
 
 #include <QtTest>
 
@@ -11,48 +12,10 @@
 #include <thread>
 
 Q_DECLARE_METATYPE(BeepDecision)
-Q_DECLARE_METATYPE(std::vector<Layer>)
 
 namespace
 {
-constexpr double rate = 44100.0;
-
 using Request = void (AudioEngine::*)();
-
-/// What the engine plays on one channel, block after block.
-std::vector<double> play(AudioEngine& engine, std::size_t samples, int blockSize = 512,
-                         int channels = 2)
-{
-    std::vector<double> heard;
-    juce::AudioBuffer<float> buffer(channels, blockSize);
-    while (heard.size() < samples) {
-        // What a device left in its buffer must not be heard.
-        for (int channel = 0; channel < channels; ++channel)
-            juce::FloatVectorOperations::fill(buffer.getWritePointer(channel), 0.7F, blockSize);
-        engine.getNextAudioBlock(juce::AudioSourceChannelInfo(buffer));
-        const float* last = buffer.getReadPointer(channels - 1);
-        heard.insert(heard.end(), last, last + blockSize);
-    }
-    heard.resize(samples);
-    return heard;
-}
-
-/// How far two sounds are apart; what lies behind the end of either is silence.
-double distance(const std::vector<double>& a, const std::vector<double>& b)
-{
-    double largest = 0.0;
-    for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i)
-        largest =
-            std::max(largest, std::abs((i < a.size() ? a[i] : 0.0) - (i < b.size() ? b[i] : 0.0)));
-    return largest;
-}
-
-double peak(const std::vector<double>& samples)
-{
-    return distance(samples, {});
-}
-
-constexpr double inaudible = 0.001;
 } // namespace
 
 /// The engine alone: no device, its blocks are asked for by the test.
@@ -75,9 +38,6 @@ private Q_SLOTS:
     void debounceRule_data();
     void debounceRule();
     void debounceInRealTime();
-    void soundsStartAndEndInSilence_data();
-    void soundsStartAndEndInSilence();
-    void loudestMomentDoesNotClip();
 };
 
 void TestAudioEngine::casts()
@@ -297,55 +257,6 @@ void TestAudioEngine::debounceInRealTime()
     QTest::qWait(520); // the pause itself is what is tested
     QVERIFY(!beeps());
     QVERIFY(beeps());
-}
-
-void TestAudioEngine::soundsStartAndEndInSilence_data()
-{
-    QTest::addColumn<double>("longestMs");
-    QTest::newRow("Beep") << 151.0;
-    QTest::newRow("Click") << 20.0;
-    QTest::newRow("Bell") << 1300.0;
-}
-
-void TestAudioEngine::soundsStartAndEndInSilence()
-{
-    QFETCH(double, longestMs);
-    const auto samples = soundSamples(QTest::currentDataTag());
-    QVERIFY(!samples.empty());
-    QVERIFY(static_cast<double>(samples.size()) / 44.1 < longestMs);
-    QVERIFY(std::abs(samples.front()) < inaudible);
-    QVERIFY(std::abs(samples.back()) < inaudible);
-    // Loud enough behind the attack to be told from the rest.
-    const double level = QTest::currentDataTag() == QByteArray("Click") ? 20.0 / 127.0 : 1.0;
-    QVERIFY(peak(layerSamples({QTest::currentDataTag(), 0, level}, rate)) > 0.05);
-}
-
-void TestAudioEngine::loudestMomentDoesNotClip()
-{
-    // A fader swept in half a second is thirteen clicks; a bell rings for the control before and
-    // one for this one; the next control is moved too early somewhere in between.
-    double loudest = 0.0;
-    for (const double deviceRate : {44100.0, 48000.0, 96000.0}) {
-        for (int beepAt = 0; beepAt < 60; ++beepAt) {
-            AudioEngine engine;
-            constexpr int blockSize = 480;
-            engine.prepareToPlay(blockSize, deviceRate);
-            const int blocks = static_cast<int>(deviceRate) / 2 / blockSize;
-            for (int block = 0; block < blocks + 20; ++block) {
-                if (block * 13 / blocks != (block - 1) * 13 / blocks && block < blocks)
-                    engine.slot_Click();
-                if (block == beepAt * blocks / 60)
-                    engine.slot_Beep();
-                // Bells as close to the beep as they come.
-                if (block == beepAt * blocks / 60 - beepAt % 3 || block == blocks)
-                    engine.slot_Ding();
-                loudest = std::max(loudest, peak(play(engine, blockSize, blockSize)));
-            }
-        }
-    }
-    qInfo("loudest moment: %.3f of full scale", loudest);
-    QVERIFY(loudest < 1.0);
-    QVERIFY(loudest > 0.4); // all of it sounded
 }
 
 QTEST_GUILESS_MAIN(TestAudioEngine)

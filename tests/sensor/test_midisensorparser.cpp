@@ -4,17 +4,14 @@
 #include "sensor/quillon_midisensorparserdriver.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_monitor.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_parser.h"
-#include "sensor/quillon_zorvi_0908_assemblytester_processor.h"
 
 #include <QThread>
 #include <QtTest>
 
-#include <atomic>
-#include <thread>
+#include <memory>
 
 using Monitor = Quillon_Zorvi_0908_AssemblyTester_Monitor;
 using Parser = Quillon_Zorvi_0908_AssemblyTester_Parser;
-using Processor = Quillon_Zorvi_0908_AssemblyTester_Processor;
 
 namespace
 {
@@ -59,28 +56,6 @@ struct OpenParser : Parser {
     using Parser::monitor;
     using Parser::Parser;
     using Parser::sensorValues;
-};
-
-struct OpenProcessor : Processor {
-    using Processor::processedValues;
-    using Processor::Processor;
-    using Processor::rawValues;
-    using Processor::tickTimer;
-};
-
-/// Counts the ticks that reach it, and tells on which thread they came.
-struct CountingMonitor : Monitor {
-    using Monitor::Monitor;
-    using Monitor::processedValuesMutex;
-    using Monitor::rawValuesMutex;
-    void setProcessedSensorValues(QVector<float> values) override
-    {
-        Monitor::setProcessedSensorValues(values);
-        tickThread = QThread::currentThread();
-        ++ticks;
-    }
-    std::atomic<QThread*> tickThread{nullptr};
-    std::atomic<int> ticks{0};
 };
 
 /// The first n of a stream with messages of every length.
@@ -133,7 +108,7 @@ void countDebugLines(QtMsgType, const QMessageLogContext&, const QString& text)
 }
 } // namespace
 
-class TestSensorFrame : public QObject
+class TestMidiSensorParser : public QObject
 {
     Q_OBJECT
 
@@ -146,19 +121,12 @@ private Q_SLOTS:
     void playerDeliversWhatComesIn_data() { blockHandsOverItsMessages_data(); }
     void playerDeliversWhatComesIn();
     void driverGoesWithItsParser();
-    void monitorStoresWhatItIsGiven_data();
-    void monitorStoresWhatItIsGiven();
-    void monitorLocksEachArrayOnItsOwn();
-    void monitorUnderTwoThreads();
-    void tickTakesAndPublishes();
-    void ticksStopWithTheirThread();
 };
 
-void TestSensorFrame::casts()
+void TestMidiSensorParser::casts()
 {
     Monitor monitor(nullptr);
     Parser parser(&monitor, nullptr);
-    Processor processor(&monitor, nullptr);
     auto* driver = dynamic_cast<Quillon_MIDISensorParserDriver*>(parser.getCurrentProcessor());
     QVERIFY(driver != nullptr);
     QCOMPARE(parser.qt_metacast("AudioProcessorPlayer"),
@@ -168,34 +136,22 @@ void TestSensorFrame::casts()
     for (const char* name :
          {"Quillon_MIDISensorParser", "Quillon_Zorvi_0908_AssemblyTester_Parser"})
         QCOMPARE(parser.qt_metacast(name), static_cast<void*>(&parser));
-    for (const char* name :
-         {"Quillon_SensorValuesMonitor", "Quillon_Zorvi_0908_AssemblyTester_Monitor"})
-        QCOMPARE(monitor.qt_metacast(name), static_cast<void*>(&monitor));
     QCOMPARE(driver->qt_metacast("Quillon_MIDISensorParserDriver"), static_cast<void*>(driver));
-    QCOMPARE(processor.qt_metacast("Quillon_Zorvi_0908_AssemblyTester_Processor"),
-             static_cast<void*>(&processor));
     QCOMPARE(parser.qt_metacast("AudioProcessor"), nullptr);
 }
 
-void TestSensorFrame::constructionValues()
+void TestMidiSensorParser::constructionValues()
 {
-    CountingMonitor monitor(nullptr);
+    Monitor monitor(nullptr);
     const OpenParser parser(&monitor, nullptr);
-    QCOMPARE(parser.monitor, &monitor);
+    QVERIFY(parser.monitor == &monitor);
     QCOMPARE(parser.sensorValues, zeros);
     QCOMPARE(parser.lastBlockTime, qint64(-1));
     QCOMPARE(parser.lastController, qint32(-1));
     QCOMPARE(parser.initialValue, qint32(0));
-    const OpenProcessor processor(&monitor, nullptr);
-    QCOMPARE(processor.rawValues, zeros);
-    QCOMPARE(processor.processedValues, zeros);
-    QVERIFY(processor.tickTimer.isActive());
-    QCOMPARE(monitor.getRawSensorValues(), zeros);
-    QCOMPARE(monitor.getProcessedSensorValues(), zeros);
-    QCOMPARE(monitor.ticks.load(), 0);
 }
 
-void TestSensorFrame::driverAnswers()
+void TestMidiSensorParser::driverAnswers()
 {
     Monitor monitor(nullptr);
     Parser parser(&monitor, nullptr);
@@ -208,7 +164,7 @@ void TestSensorFrame::driverAnswers()
     QCOMPARE(driver->getNumPrograms() + driver->getCurrentProgram(), 0);
 }
 
-void TestSensorFrame::blockHandsOverItsMessages_data()
+void TestMidiSensorParser::blockHandsOverItsMessages_data()
 {
     QTest::addColumn<int>("messages");
     QTest::newRow("none") << 0;
@@ -216,7 +172,7 @@ void TestSensorFrame::blockHandsOverItsMessages_data()
     QTest::newRow("many") << 300;
 }
 
-void TestSensorFrame::blockHandsOverItsMessages()
+void TestMidiSensorParser::blockHandsOverItsMessages()
 {
     QFETCH(int, messages);
     Monitor monitor(nullptr);
@@ -240,7 +196,7 @@ void TestSensorFrame::blockHandsOverItsMessages()
     QCOMPARE(audio.getMagnitude(0, 64), 0.0F);
 }
 
-void TestSensorFrame::playerDeliversWhatComesIn()
+void TestMidiSensorParser::playerDeliversWhatComesIn()
 {
     QFETCH(int, messages);
     Monitor monitor(nullptr);
@@ -269,7 +225,7 @@ void TestSensorFrame::playerDeliversWhatComesIn()
     parser.audioDeviceStopped();
 }
 
-void TestSensorFrame::driverGoesWithItsParser()
+void TestMidiSensorParser::driverGoesWithItsParser()
 {
     Monitor monitor(nullptr);
     auto parser = std::make_unique<Parser>(&monitor, nullptr);
@@ -284,107 +240,5 @@ void TestSensorFrame::driverGoesWithItsParser()
     QCOMPARE(destroyed, 1);
 }
 
-void TestSensorFrame::monitorStoresWhatItIsGiven_data()
-{
-    QTest::addColumn<QVector<float>>("values");
-    QTest::newRow("empty") << QVector<float>();
-    QTest::newRow("one") << QVector<float>{0.25F};
-    QTest::newRow("more than at the start") << QVector<float>(1000, -1.0F);
-}
-
-void TestSensorFrame::monitorStoresWhatItIsGiven()
-{
-    QFETCH(QVector<float>, values);
-    Monitor monitor(nullptr);
-    monitor.setRawSensorValues(values);
-    QCOMPARE(monitor.getRawSensorValues(), values);
-    QCOMPARE(monitor.getProcessedSensorValues(), zeros);
-    monitor.setRawSensorValues(zeros);
-    monitor.setProcessedSensorValues(values);
-    QCOMPARE(monitor.getProcessedSensorValues(), values);
-    QCOMPARE(monitor.getRawSensorValues(), zeros);
-    QVector<float> taken = monitor.getProcessedSensorValues();
-    taken.append(7.0F);
-    QCOMPARE(monitor.getProcessedSensorValues(), values);
-}
-
-void TestSensorFrame::monitorLocksEachArrayOnItsOwn()
-{
-    CountingMonitor monitor(nullptr);
-    std::atomic<bool> processedDone{false};
-    std::atomic<bool> rawDone{false};
-    monitor.rawValuesMutex.lock();
-    std::thread processed([&] {
-        monitor.setProcessedSensorValues({1.0F});
-        processedDone = monitor.getProcessedSensorValues().size() == 1;
-    });
-    std::thread raw([&] {
-        monitor.setRawSensorValues({2.0F});
-        rawDone = true;
-    });
-    QTRY_VERIFY(processedDone); // while the other lock is held
-    QTest::qWait(50);           // time in which an unlocked setter would have come through
-    QVERIFY(!rawDone);
-    monitor.rawValuesMutex.unlock();
-    processed.join();
-    raw.join();
-    QCOMPARE(monitor.getRawSensorValues(), QVector<float>{2.0F});
-}
-
-void TestSensorFrame::monitorUnderTwoThreads()
-{
-    Monitor monitor(nullptr);
-    std::thread writer([&monitor] {
-        for (int i = 0; i < 50000; ++i)
-            monitor.setRawSensorValues(QVector<float>(1 + i % 50, static_cast<float>(i % 50)));
-        monitor.setRawSensorValues({});
-    });
-    int torn = 0;
-    for (QVector<float> values = zeros; !values.isEmpty(); values = monitor.getRawSensorValues()) {
-        const float wanted = values.size() == 256 ? 0.0F : static_cast<float>(values.size() - 1);
-        torn += values.count(wanted) == values.size() ? 0 : 1;
-    }
-    writer.join();
-    QCOMPARE(torn, 0);
-}
-
-void TestSensorFrame::tickTakesAndPublishes()
-{
-    CountingMonitor monitor(nullptr);
-    const QVector<float> raw{1.0F, 2.0F, 3.0F};
-    monitor.setRawSensorValues(raw);
-    monitor.setProcessedSensorValues(raw);
-    monitor.ticks = 0;
-    OpenProcessor processor(&monitor, nullptr);
-    QCOMPARE(monitor.getProcessedSensorValues(), raw);
-    QTRY_VERIFY(monitor.ticks > 0);
-    QCOMPARE(processor.rawValues, raw);
-    QCOMPARE(monitor.getProcessedSensorValues(), zeros);
-    // Any timer event is a tick, whoever's timer it is.
-    const int ticks = monitor.ticks;
-    QTimerEvent foreign(-1);
-    QCoreApplication::sendEvent(&processor, &foreign);
-    QCOMPARE(monitor.ticks.load(), ticks + 1);
-}
-
-void TestSensorFrame::ticksStopWithTheirThread()
-{
-    CountingMonitor monitor(nullptr);
-    QThread thread;
-    thread.start();
-    Processor processor(&monitor, nullptr);
-    processor.moveToThread(&thread);
-    QTRY_VERIFY(monitor.ticks >= 3);
-    QCOMPARE(monitor.tickThread.load(), &thread);
-    thread.quit();
-    QVERIFY(thread.wait(5000));
-    const int ticks = monitor.ticks;
-    QTest::qWait(50); // five ticks' time
-    QCOMPARE(monitor.ticks.load(), ticks);
-    // The thread took the timer with it; the processor says so when it goes.
-    QTest::ignoreMessage(
-        QtWarningMsg, "QBasicTimer::stop: Failed. Possibly trying to stop from a different thread");
-}
-
-QTEST_GUILESS_MAIN(TestSensorFrame)
-#include "test_sensorframe.moc"
+QTEST_GUILESS_MAIN(TestMidiSensorParser)
+#include "test_midisensorparser.moc"
