@@ -64,7 +64,7 @@ std::unique_ptr<juce::AudioFormatReader> openSound(const QString& directory, Sou
 QString soundFileProblem(const QString& directory)
 {
     for (const Sound sound : {Sound::Beep, Sound::Click, Sound::Bell}) {
-        const QString problem = problemOf(directory, sound);
+        QString problem = problemOf(directory, sound);
         if (!problem.isEmpty())
             return problem;
     }
