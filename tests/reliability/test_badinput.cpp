@@ -24,7 +24,7 @@ public:
     QString problem() const
     {
         for (const auto* panel : panels)
-            if (const QString text = panelstates::problem(*panel, armed); !text.isEmpty())
+            if (QString text = panelstates::problem(*panel, armed); !text.isEmpty())
                 return text;
         return {};
     }
