@@ -70,6 +70,7 @@ MainWindow::MainWindow(QWidget* parent)
     processor->moveToThread(processorThread);
 
     createPanels();
+    testlog::removeLeftovers(QCoreApplication::applicationDirPath());
     slot_Init();
 
     deviceManager.initialise(2, 2, nullptr, true);
