@@ -26,9 +26,9 @@ QStringList lines(const QString& serial, const QDateTime& when, const Coverage& 
 QString path(const QString& applicationDirectory, const QString& serial);
 
 /// Writes the elements, a line feed after each, over whatever stood there: an old log is replaced
-/// whole or not at all, a full disk and the end of the station included; only where the folder takes
-/// no new files is it written in place. Failure is silent: the station goes on with the next unit.
-/// No folder is created.
+/// whole or not at all, a full disk and the end of the station included; only where the folder
+/// takes no new files is it written in place. Failure is silent: the station goes on with the next
+/// unit. No folder is created.
 void write(const QString& path, const QStringList& lines);
 
 /// Removes what a station left in Logs that was killed while it wrote: a new log grows in a hidden
