@@ -5,11 +5,10 @@
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
 
-#include <QDial>
+#include <QAbstractSlider>
 #include <QFrame>
 #include <QLabel>
 #include <QRegularExpression>
-#include <QSlider>
 #include <QTest>
 
 namespace
@@ -17,12 +16,12 @@ namespace
 /// A style sheet without its comments and its indentation.
 QString bareRules(QString sheet)
 {
-    sheet.remove(QRegularExpression(QStringLiteral("/\\*.*?\\*/"),
-                                    QRegularExpression::DotMatchesEverythingOption));
+    sheet.remove(QRegularExpression("/\\*.*?\\*/", QRegularExpression::DotMatchesEverythingOption));
     return sheet.simplified();
 }
 
-const QString sheetHead = QStringLiteral(
+/// The sheet of every panel; %1 is what outlines a vertical slider.
+const QString sheet = QStringLiteral(
     "QToolButton { font: 25 9pt \"Input Sans\"; color: black; background: white; "
     "border: 1px solid black; border-radius: 4px; } "
     "QToolButton:pressed { background: gray; color: black; } "
@@ -40,94 +39,79 @@ const QString sheetHead = QStringLiteral(
     "border: 1px solid black; } "
     "QAbstractSpinBox { font: 25 9pt \"Input Sans\"; color: white; background: black; "
     "border: 1px solid white; text-align: right; }");
-
-QStringList childNames(const QWidget& panel)
-{
-    QStringList names;
-    for (const QObject* child : panel.children())
-        names << child->objectName();
-    return names;
-}
-
-void compareLabel(const QWidget& panel, int index, const QPoint& place)
-{
-    const auto* label = panel.findChild<QLabel*>(QStringLiteral("label_%1").arg(index));
-    QVERIFY(label != nullptr);
-    QCOMPARE(label->geometry(), QRect(place, QSize(10, 10)));
-    QCOMPARE(label->text(), QString());
-}
-
-void compareFrame(const QWidget& panel, const QSize& size)
-{
-    const auto* frame = panel.findChild<QFrame*>(QStringLiteral("frame"));
-    QCOMPARE(frame->geometry(), QRect(QPoint(0, 0), size));
-    QCOMPARE(frame->frameShape(), QFrame::StyledPanel);
-    QCOMPARE(frame->frameShadow(), QFrame::Raised);
-}
-
-void comparePanel(const QWidget& panel, const QString& name, const QSize& size,
-                  const QString& verticalOutline)
-{
-    QCOMPARE(panel.objectName(), name);
-    QCOMPARE(panel.windowTitle(), QStringLiteral("Form"));
-    QCOMPARE(panel.size(), size);
-    QCOMPARE(bareRules(panel.styleSheet()), sheetHead.arg(verticalOutline));
-}
-
-const QString outlined = QStringLiteral("border: 1px solid white; ");
 } // namespace
 
 class TestPanelForms : public QObject
 {
     Q_OBJECT
 
+    Zorvi_0908_Fader fader{nullptr, -1, 0};
+    Zorvi_0908_Button button{nullptr, -1, 9};
+    Zorvi_0908_Rotary rotary{nullptr, -1, 40};
+
 private Q_SLOTS:
-    void fader()
+    void forms_data()
     {
-        const Zorvi_0908_Fader panel(nullptr, -1, 0);
-        // The fader's vertical slider has no white outline; the other panels' sheets have it.
-        comparePanel(panel, QStringLiteral("Zorvi_0908_Fader"), {60, 270}, QString());
-        compareFrame(panel, {60, 270});
-        const auto* slider = panel.findChild<QSlider*>(QStringLiteral("verticalSlider"));
-        QCOMPARE(slider->geometry(), QRect(10, 10, 22, 251));
-        QCOMPARE(slider->maximum(), 127);
-        QCOMPARE(slider->minimum(), 0);
-        QCOMPARE(slider->pageStep(), 1);
-        QCOMPARE(slider->orientation(), Qt::Vertical);
+        QTest::addColumn<QWidget*>("panel");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QSize>("frameSize");
+        QTest::addColumn<QRect>("display");
+        QTest::addColumn<QPoint>("firstLabel");
+        QTest::addColumn<QPoint>("labelStep");
+        QTest::addColumn<QString>("outline");
+        QTest::addColumn<QString>("stack"); // from the bottom to the top
+        const QString outlined = "border: 1px solid white; ";
+        QTest::newRow("Zorvi_0908_Fader")
+            << static_cast<QWidget*>(&fader) << QSize(60, 270) << QSize(60, 270)
+            << QRect(10, 10, 22, 251) << QPoint(40, 250) << QPoint(0, -20)
+            << QString() // this one has no white outline
+            << "verticalSlider label_0 label_1 label_2 label_3 label_4 label_5 label_6 label_7 "
+               "label_8 label_9 label_10 label_11 label_12 frame";
+        QTest::newRow("Zorvi_0908_Button")
+            << static_cast<QWidget*>(&button) << QSize(60, 30) << QSize(60, 80) << QRect()
+            << QPoint(10, 10) << QPoint(30, 0) << outlined << "label_0 label_1 frame";
+        QTest::newRow("Zorvi_0908_Rotary")
+            << static_cast<QWidget*>(&rotary) << QSize(131, 81) << QSize(131, 81)
+            << QRect(0, 10, 131, 61) << QPoint(0, 0) << QPoint(10, 0) << outlined
+            << "label_4 label_1 label_8 label_7 label_3 label_11 label_9 label_6 dial label_0 "
+               "label_12 label_5 label_10 label_2 frame";
+    }
 
-        QStringList stack{QStringLiteral("verticalSlider")};
-        for (int i = 0; i < 13; ++i) {
-            compareLabel(panel, i, {40, 250 - 20 * i});
-            stack << QStringLiteral("label_%1").arg(i);
+    void forms()
+    {
+        QFETCH(QWidget*, panel);
+        QFETCH(QSize, size);
+        QFETCH(QSize, frameSize);
+        QFETCH(QRect, display);
+        QFETCH(QPoint, firstLabel);
+        QFETCH(QPoint, labelStep);
+        QFETCH(QString, outline);
+        QFETCH(QString, stack);
+        QCOMPARE(panel->objectName(), QString(QTest::currentDataTag()));
+        QCOMPARE(panel->windowTitle(), QStringLiteral("Form"));
+        QCOMPARE(panel->size(), size);
+        QCOMPARE(bareRules(panel->styleSheet()), sheet.arg(outline));
+        QStringList names;
+        for (const QObject* child : panel->children())
+            names << child->objectName();
+        QCOMPARE(names.join(' '), stack);
+
+        const auto* frame = panel->findChild<QFrame*>("frame");
+        QCOMPARE(frame->geometry(), QRect(QPoint(0, 0), frameSize));
+        QCOMPARE(frame->frameShape(), QFrame::StyledPanel);
+        QCOMPARE(frame->frameShadow(), QFrame::Raised);
+        for (int i = 0; i < names.filter("label").size(); ++i) {
+            const auto* label = panel->findChild<QLabel*>(QString("label_%1").arg(i));
+            QCOMPARE(label->geometry(), QRect(firstLabel + i * labelStep, QSize(10, 10)));
+            QCOMPARE(label->text(), QString());
         }
-        QCOMPARE(childNames(panel), stack << QStringLiteral("frame"));
-    }
-
-    void rotary()
-    {
-        const Zorvi_0908_Rotary panel(nullptr, -1, 40);
-        comparePanel(panel, QStringLiteral("Zorvi_0908_Rotary"), {131, 81}, outlined);
-        compareFrame(panel, {131, 81});
-        const auto* dial = panel.findChild<QDial*>(QStringLiteral("dial"));
-        QCOMPARE(dial->geometry(), QRect(0, 10, 131, 61));
-        QCOMPARE(dial->maximum(), 127);
-        for (int i = 0; i < 13; ++i)
-            compareLabel(panel, i, {10 * i, 0});
-        const QString stack = QStringLiteral("label_4 label_1 label_8 label_7 label_3 label_11 "
-                                             "label_9 label_6 dial label_0 label_12 label_5 "
-                                             "label_10 label_2 frame");
-        QCOMPARE(childNames(panel), stack.split(QLatin1Char(' ')));
-    }
-
-    void button()
-    {
-        const Zorvi_0908_Button panel(nullptr, -1, 9);
-        comparePanel(panel, QStringLiteral("Zorvi_0908_Button"), {60, 30}, outlined);
-        compareFrame(panel, {60, 80});
-        compareLabel(panel, 0, {10, 10});
-        compareLabel(panel, 1, {40, 10});
-        const QString stack = QStringLiteral("label_0 label_1 frame");
-        QCOMPARE(childNames(panel), stack.split(QLatin1Char(' ')));
+        if (const auto* control = panel->findChild<QAbstractSlider*>()) {
+            QCOMPARE(control->geometry(), display);
+            QCOMPARE(control->minimum(), 0);
+            QCOMPARE(control->maximum(), 127);
+            QCOMPARE(control->pageStep(), panel == &fader ? 1 : 10); // 10 is Qt's own
+            QCOMPARE(control->orientation(), panel == &fader ? Qt::Vertical : Qt::Horizontal);
+        }
     }
 };
 
