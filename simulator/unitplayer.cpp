@@ -12,6 +12,10 @@ namespace
 {
 constexpr double msPerSecond = 1e3;
 constexpr double nsPerSecond = 1e9;
+/// Of a tick that comes late, more than so many seconds or messages are not made up for: no hand
+/// moves in jerks.
+constexpr double longestTick = 0.02;
+constexpr double smallestBurst = 2.0;
 } // namespace
 
 UnitPlayer::UnitPlayer(SimulatedUnit& playedUnit, QObject* parent)
@@ -52,11 +56,13 @@ void UnitPlayer::slot_Tick()
     if (pauseMs > 0 && sinceLast.elapsed() < pauseMs)
         return;
     if (pauseMs == 0)
-        owed += static_cast<double>(sinceLast.nsecsElapsed()) * messagesPerSecond / nsPerSecond;
+        owed += std::min(static_cast<double>(sinceLast.nsecsElapsed()) * messagesPerSecond /
+                             nsPerSecond,
+                         std::max(smallestBurst, longestTick * messagesPerSecond));
     pauseMs = 0;
     sinceLast.start();
 
-    while (next < script.size() && pauseMs == 0 && (owed >= 1.0 || script[next].atOnce))
+    while (next < script.size() && pauseMs == 0 && owed >= script[next].wait)
         take(script[next++]);
 
     if (next == script.size() && pauseMs == 0) {
@@ -70,8 +76,7 @@ void UnitPlayer::take(const UnitStep& step)
     switch (step.action) {
     case UnitStep::Action::Send:
         unit.send(step.message);
-        if (!step.atOnce)
-            owed -= 1.0;
+        owed -= step.wait;
         break;
     case UnitStep::Action::Unplug:
         unit.unplug();
