@@ -4,45 +4,43 @@
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "panels/componentpanel.h"
+#include "tests/passingmessages.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QFrame>
-#include <QLabel>
 #include <QLineEdit>
 #include <QTest>
-#include <QToolButton>
 
 namespace
 {
-const QString box =
-    QStringLiteral("QFrame{background:none; border: 1px solid black;}\nQLabel{border: none;}");
-const QString large = QStringLiteral("QLabel{font-size: 16pt;}");
-
 QString textOf(const QWidget* widget)
 {
     return widget->property("text").toString();
 }
 
-ComponentPanel* panelOf(const MainWindow& window, int component)
-{
-    for (auto* panel : window.findChildren<ComponentPanel*>())
-        if (panel->component() == component)
-            return panel;
-    return nullptr;
-}
 /// The process's threads that run a plain QThread, by the name that Qt gives them.
 int workerThreads()
 {
     int count = 0;
-    for (const auto& task : QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs)) {
-        QFile name(task.filePath() + QStringLiteral("/comm"));
+    for (const auto& task : QDir("/proc/self/task").entryInfoList(QDir::Dirs)) {
+        QFile name(task.filePath() + "/comm");
         if (name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "QThread")
             ++count;
     }
     return count;
 }
+
+/// Where the panels lie, by component.
+const QPoint places[] = {{120, 200}, {210, 200}, {300, 200},  {390, 200}, {480, 200}, {570, 200},
+                         {660, 200}, {750, 200}, {1005, 200}, {120, 150}, {210, 150}, {300, 150},
+                         {390, 150}, {480, 150}, {570, 150},  {660, 150}, {750, 150}, {1005, 150},
+                         {30, 210},  {30, 270},  {30, 330},   {30, 390},  {876, 150}, {840, 200},
+                         {915, 200}, {840, 248}, {915, 248},  {840, 296}, {915, 296}, {840, 344},
+                         {915, 344}, {840, 392}, {915, 392},  {840, 440}, {915, 440}, {876, 15},
+                         {876, 85},  {840, 50},  {915, 50},   {0, 0},     {130, 10},  {310, 10},
+                         {490, 10},  {670, 10}};
 } // namespace
 
 class TestWindow : public QObject
@@ -50,8 +48,6 @@ class TestWindow : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup() { QCoreApplication::setApplicationName(QStringLiteral("zorvi_assembly_test")); }
-
     void form_data()
     {
         QTest::addColumn<QByteArray>("type");
@@ -60,12 +56,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("style");
         const auto row = [](const char* name, const char* type, const char* parent, QRect geometry,
-                            const char* text = "", const QString& style = QString()) {
-            QTest::newRow(name) << QByteArray(type) << QString::fromLatin1(parent) << geometry
-                                << QString::fromLatin1(text) << style;
+                            const char* text = "", const char* style = "") {
+            QTest::newRow(name) << QByteArray(type) << parent << geometry << text << style;
         };
+        const char* box =
+            "QFrame{background:none; border: 1px solid black;}\nQLabel{border: none;}";
+        const char* large = "QLabel{font-size: 16pt;}";
         row("frame", "QFrame", "centralWidget", {10, 485, 1061, 111}, "",
-            QStringLiteral("QFrame{background: white;}"));
+            "QFrame{background: white;}");
         row("log", "QToolButton", "frame", {440, 60, 121, 31}, "Save Log");
         row("frame_2", "QFrame", "frame", {10, 10, 201, 91}, "", box);
         row("deviceLabel", "QLabel", "frame_2", {10, 30, 131, 16}, "Device: NOT CONNECTED");
@@ -82,7 +80,7 @@ private Q_SLOTS:
         row("label_10", "QLabel", "frame", {620, 20, 261, 71}, "Zorvi Sensor Assembly Test", large);
         row("skipSensorButton", "QToolButton", "frame", {930, 40, 101, 31}, "Skip Sensor >>");
         row("frame_4", "QFrame", "centralWidget", {10, 0, 1066, 477}, "",
-            QStringLiteral("QFrame{background: black; border-radius: 20px;}"));
+            "QFrame{background: black; border-radius: 20px;}");
     }
 
     void form()
@@ -93,12 +91,9 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QString, style);
         const MainWindow window;
-        const auto* parentWidget = parent == QLatin1String("centralWidget")
-                                       ? window.centralWidget()
-                                       : window.centralWidget()->findChild<QWidget*>(parent);
-        const auto* widget = parentWidget->findChild<QWidget*>(
-            QString::fromLatin1(QTest::currentDataTag()), Qt::FindDirectChildrenOnly);
+        const auto* widget = window.centralWidget()->findChild<QWidget*>(QTest::currentDataTag());
         QVERIFY(widget != nullptr);
+        QCOMPARE(widget->parent()->objectName(), parent);
         QCOMPARE(QByteArray(widget->metaObject()->className()), type);
         QCOMPARE(widget->geometry(), geometry);
         QCOMPARE(textOf(widget), text);
@@ -112,14 +107,14 @@ private Q_SLOTS:
     void windowItself()
     {
         const MainWindow window;
-        QCOMPARE(window.objectName(), QStringLiteral("MainWindow"));
+        QCOMPARE(window.objectName(), QString("MainWindow"));
         QCOMPARE(window.size(), QSize(1086, 602));
-        QCOMPARE(window.windowTitle(), QStringLiteral("0908 Zorvi Assembly Test"));
-        QCOMPARE(window.centralWidget()->objectName(), QStringLiteral("centralWidget"));
-        const auto* audio = window.findChild<QCheckBox*>(QStringLiteral("audioOnOff"));
+        QCOMPARE(window.windowTitle(), QString("0908 Zorvi Assembly Test"));
+        QCOMPARE(window.centralWidget()->objectName(), QString("centralWidget"));
+        const auto* audio = window.findChild<QCheckBox*>("audioOnOff");
         QVERIFY(audio->isChecked());
         QCOMPARE(audio->font().pointSize(), 11);
-        const auto* serial = window.findChild<QLineEdit*>(QStringLiteral("serialNumber"));
+        const auto* serial = window.findChild<QLineEdit*>("serialNumber");
         QVERIFY(serial->validator() == nullptr);
         QCOMPARE(serial->maxLength(), 32767); // Qt's own limit
     }
@@ -162,65 +157,43 @@ private Q_SLOTS:
                                       "slot_TestComplete()",
                                       "slot_SkipCurrentSensorPressed()"};
         const QMetaObject* meta = window.metaObject();
-        QCOMPARE(meta->methodCount() - meta->methodOffset(), expected.size());
-        for (int i = 0; i < expected.size(); ++i)
-            QCOMPARE(meta->method(meta->methodOffset() + i).methodSignature(), expected.at(i));
+        QByteArrayList methods;
+        for (int i = meta->methodOffset(); i < meta->methodCount(); ++i)
+            methods << meta->method(i).methodSignature();
+        QCOMPARE(methods, expected);
     }
 
-    void marker_data()
+    void panels_data()
     {
-        QTest::addColumn<QString>("applicationName");
         QTest::addColumn<bool>("channelButtonShown");
-        QTest::newRow("none") << QStringLiteral("zorvi_assembly_test") << false;
-        QTest::newRow("at the end") << QStringLiteral("zorvi_assembly_test_TARVEK") << true;
-        QTest::newRow("in the middle") << QStringLiteral("aTARVEKb") << true;
-        QTest::newRow("lower case") << QStringLiteral("zorvi_assembly_test_tarvek") << false;
+        QTest::newRow("zorvi_assembly_test_TARVEK") << true;
+        QTest::newRow("aTARVEKb") << true;
+        QTest::newRow("zorvi_assembly_test_tarvek") << false;
+        QTest::newRow("zorvi_assembly_test") << false;
     }
 
-    /// Which panels are shown, where they lie, and that they lie above the backdrop.
-    void marker()
+    /// Which panels are shown, where they lie, that they lie above the backdrop, and that hidden
+    /// ones hear every broadcast like the others.
+    void panels()
     {
-        QFETCH(QString, applicationName);
         QFETCH(bool, channelButtonShown);
-        QCoreApplication::setApplicationName(applicationName);
-        const MainWindow window;
+        QCoreApplication::setApplicationName(QTest::currentDataTag());
+        MainWindow window;
         QCOMPARE(window.findChildren<ComponentPanel*>().size(), 44);
-        for (int c = 0; c < 44; ++c) {
-            const auto* panel = panelOf(window, c);
-            QVERIFY2(panel != nullptr, qPrintable(QString::number(c)));
-            QCOMPARE(panel->parentWidget(), static_cast<const QWidget*>(&window));
+        for (auto* panel : window.findChildren<ComponentPanel*>()) {
+            const int c = panel->component();
+            QCOMPARE(panel->pos(), places[c]);
+            QCOMPARE(panel->parentWidget(), static_cast<QWidget*>(&window));
             QCOMPARE(panel->isHidden(), c == 39 || (c == 18 && !channelButtonShown));
-            QVERIFY(window.children().indexOf(const_cast<ComponentPanel*>(panel)) >
+            QVERIFY(window.children().indexOf(panel) >
                     window.children().indexOf(window.centralWidget()));
-        }
-        QCOMPARE(panelOf(window, 0)->pos(), QPoint(120, 200));
-        QCOMPARE(panelOf(window, 8)->pos(), QPoint(1005, 200));
-        QCOMPARE(panelOf(window, 18)->pos(), QPoint(30, 210));
-        QCOMPARE(panelOf(window, 38)->pos(), QPoint(915, 50));
-        QCOMPARE(panelOf(window, 39)->pos(), QPoint(0, 0));
-        QCOMPARE(panelOf(window, 43)->pos(), QPoint(670, 10));
-    }
 
-    void armedWhenFirstShown()
-    {
-        MainWindow window;
-        window.show();
-        const auto* frame = panelOf(window, 0)->findChild<QFrame*>(QStringLiteral("frame"));
-        QCOMPARE(frame->styleSheet(), QStringLiteral("QFrame{border:none; background: blue;}"));
-    }
-
-    /// Hidden panels hear every broadcast like the others.
-    void hiddenPanelsAreWired()
-    {
-        MainWindow window;
-        for (const int component : {18, 39}) {
-            auto* panel = panelOf(window, component);
-            Q_EMIT window.signal_QueueComponent(component);
-            const int channel = 2;
-            Q_EMIT window.signal_DistributeMIDI(MidiMessage::noteOn(channel, 30, juce::uint8(127)));
-            QCOMPARE(panel->coverage().at(1).covered, 1.0F);
+            Q_EMIT window.signal_QueueComponent(c);
+            for (const MidiMessage& message : passingMessages(c))
+                Q_EMIT window.signal_DistributeMIDI(message);
+            QCOMPARE(panel->coverage().last().covered, 1.0F);
             Q_EMIT window.signal_Init();
-            QCOMPARE(panel->coverage().at(1).covered, 0.0F);
+            QCOMPARE(panel->coverage().last().covered, 0.0F);
         }
     }
 
@@ -246,7 +219,7 @@ int main(int argc, char* argv[])
     fitCaptionsToLayout();
     QApplication application(argc, argv);
     // The font of a bare Debian desktop; the offscreen platform's own is larger.
-    QApplication::setFont(QFont(QStringLiteral("Sans Serif"), 9));
+    QApplication::setFont(QFont("Sans Serif", 9));
     TestWindow test;
     return QTest::qExec(&test, argc, argv);
 }
