@@ -4,37 +4,13 @@
 #include "app/mainwindow.h"
 #include "simulator/simulatedunit.h"
 #include "tests/reliability/figures.h"
-#include "tests/reliability/panelstates.h"
+#include "tests/reliability/statewatch.h"
 #include "tests/reliability/wirenoise.h"
 
 #include <QTest>
 
 namespace
 {
-/// The armed component as the window announces it, and whether every panel is as it may be then.
-class StateWatch : public QObject
-{
-public:
-    explicit StateWatch(MainWindow& window)
-        : panels(window.findChildren<ComponentPanel*>())
-    {
-        connect(&window, &MainWindow::signal_QueueComponent, this, [this](int c) { armed = c; });
-    }
-
-    QString problem() const
-    {
-        for (const auto* panel : panels)
-            if (QString text = panelstates::problem(*panel, armed); !text.isEmpty())
-                return text;
-        return {};
-    }
-
-    int armed = 0;
-
-private:
-    const QList<ComponentPanel*> panels;
-};
-
 MidiMessage messageOf(const QByteArray& bytes)
 {
     return {bytes.constData(), bytes.size()};
