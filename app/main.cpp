@@ -3,6 +3,7 @@
 
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
+#include "app/testlog.h"
 #include "audio/soundfiles.h"
 
 #include <QApplication>
@@ -29,6 +30,7 @@ int main(int argc, char* argv[])
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return refuseToStart(problem);
+    testlog::removeLeftovers(QCoreApplication::applicationDirPath());
 
     MainWindow window;
     window.show();

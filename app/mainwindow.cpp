@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 
 #include "app/identity.h"
+#include "app/midiinputthread.h"
 #include "app/panelplacement.h"
 #include "app/runorder.h"
 #include "app/testlog.h"
@@ -16,6 +17,8 @@
 #include "ui_mainwindow.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QDebug>
 #include <QMessageBox>
 #include <QThread>
@@ -63,16 +66,14 @@ MainWindow::MainWindow(QWidget* parent)
 
     parserThread = startedThread();
     createSound();
-    parser = new Quillon_Zorvi_0908_AssemblyTester_Parser(&monitor, nullptr);
-    parser->moveToThread(parserThread);
+    createParser();
     processorThread = startedThread();
-    processor = new Quillon_Zorvi_0908_AssemblyTester_Processor(&monitor, nullptr);
-    processor->moveToThread(processorThread);
+    createProcessor();
 
     createPanels();
-    testlog::removeLeftovers(QCoreApplication::applicationDirPath());
     slot_Init();
 
+    // Armed by now, and whatever comes of it: a station without sound tests all the same.
     deviceManager.initialise(2, 2, nullptr, true);
     connect(&pollTimer, SIGNAL(timeout()), this, SLOT(slot_PollDevices()));
     pollTimer.start(pollIntervalMs);
@@ -82,7 +83,7 @@ MainWindow::~MainWindow()
 {
     // First whatever calls into the window from another thread: the MIDI input, then the sound.
     closeUnitInput();
-    deviceConnected = false;
+    deviceConnected = false; // for the next window of this process
     audioSourcePlayer.setSource(nullptr);
     deviceManager.removeAudioCallback(&audioSourcePlayer);
     // The processor ticks on the monitor, which goes with the window; the parser never touches it,
@@ -93,7 +94,7 @@ MainWindow::~MainWindow()
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    // The processor's thread alone: the parser's has nothing that could run on.
+    // The processor's thread alone, on purpose: it ticks; nothing ever comes to the parser's.
     processorThread->quit();
     QMainWindow::closeEvent(event);
 }
@@ -117,6 +118,18 @@ void MainWindow::createSound()
     connect(this, SIGNAL(signal_Ding()), audioEngine.get(), SLOT(slot_Ding()));
     connect(form->audioOnOff, SIGNAL(clicked(bool)), audioEngine.get(),
             SLOT(slot_SetAudioOnOff(bool)));
+}
+
+void MainWindow::createParser()
+{
+    parser = new Quillon_Zorvi_0908_AssemblyTester_Parser(&monitor, nullptr);
+    parser->moveToThread(parserThread);
+}
+
+void MainWindow::createProcessor()
+{
+    processor = new Quillon_Zorvi_0908_AssemblyTester_Processor(&monitor, nullptr);
+    processor->moveToThread(processorThread);
 }
 
 void MainWindow::createPanels()
@@ -183,7 +196,8 @@ void MainWindow::connectUnit()
     deviceConnected = true;
     form->deviceLabel->setText(tr("Device: CONNECTED"));
 
-    unitport::keepInputThreadRunning();
+    keepMidiInputThreadRunning();
+    // Listed again, for each direction on its own: the unit may have gone meanwhile.
     const auto input = unitport::identifierIn(juce::MidiInput::getAvailableDevices());
     midiInput = juce::MidiInput::openDevice(input, this).release();
     if (midiInput != nullptr)

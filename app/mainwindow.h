@@ -58,7 +58,7 @@ Q_SIGNALS:
     void signal_DistributeMIDI(MidiMessage midiMessage);
     /// Skips one component.
     void signal_SkipComponent(int componentNum);
-    /// Declared and connected to the sound; beeps and clicks come from the panels.
+    /// Connected to the sound and never emitted, as the next one: the panels beep and click.
     void signal_Beep();
     void signal_Click();
     /// A component passed: the bell.
@@ -73,6 +73,7 @@ public Q_SLOTS:
     void slot_PollDevices();
     /// "Save Log", and the end of a run: writes the log of the serial number in the field.
     void slot_OutputLog();
+    /// The same as slot_Init, for whoever starts the next run from outside.
     void slot_RestartTest();
     /// The notice at the end of a run; closing it begins the next one.
     void slot_TestComplete();
@@ -85,6 +86,8 @@ protected:
 private:
     void connectForm();
     void createSound();
+    void createParser();
+    void createProcessor();
     void createPanels();
     void addPanel(ComponentPanel* panel, bool shown);
     const ComponentPanel* panelOf(int component) const;

@@ -6,7 +6,7 @@
 /// What a run does once a component has its verdict.
 enum class RunAction {
     Queue, ///< Arm the component.
-    Skip,  ///< Skip the component: this station does not test it.
+    Skip,  ///< Pass over the component: this station does not test it.
     Finish ///< The run is over; the component stays the one that was armed.
 };
 
@@ -16,6 +16,6 @@ struct RunStep {
 };
 
 /// The step after the verdict on `judged` while `armed` is under test. The run moves on from the
-/// armed number: a verdict from another panel still takes it one further. Only a station with the
-/// marker (tarvekStation) tests the channel button.
+/// armed number, for a verdict on another panel as well: a run never goes back. Only a station with
+/// the marker (tarvekStation) tests the channel button.
 RunStep stepAfterVerdict(int judged, int armed, bool tarvekStation);

@@ -3,23 +3,16 @@
 
 #include "app/testlog.h"
 
-#include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
+#include "app/filereplacement.h"
+
 #include <QTextStream>
-#include <QUuid>
-
-#include <filesystem>
-#include <system_error>
-
-#ifdef Q_OS_UNIX
-#include <unistd.h>
-#endif
 
 namespace
 {
-/// A new log grows beside the old one, under a name that no log has and nobody gives to a copy.
-const QString growingPrefix = QStringLiteral(".zorvi_log_in_the_making_");
+QString folder(const QString& applicationDirectory)
+{
+    return applicationDirectory + QStringLiteral("/Logs");
+}
 
 QString kindName(int component)
 {
@@ -48,31 +41,6 @@ QString block(int component, const QVector<ComponentRange>& ranges)
                     .arg(static_cast<double>(ranges.at(i).covered), 0, 'g', -1);
     return text;
 }
-
-/// Whether every byte reached the disk. A device that is full says so only once what was buffered
-/// is written out.
-bool writeTo(QFile& file, const QStringList& lines)
-{
-    QTextStream stream(&file);
-    for (const QString& line : lines)
-        stream << line << '\n';
-    stream.flush();
-    bool whole = stream.status() == QTextStream::Ok && file.flush();
-#ifdef Q_OS_UNIX
-    whole = whole && fsync(file.handle()) == 0;
-#endif
-    return whole;
-}
-
-/// Puts the new file in the place of the one that stands there, in one step.
-bool replace(const QString& path, QFile& grown)
-{
-    grown.close();
-    std::error_code error;
-    std::filesystem::rename(QFile::encodeName(grown.fileName()).toStdString(),
-                            QFile::encodeName(path).toStdString(), error);
-    return !error;
-}
 } // namespace
 
 QStringList testlog::lines(const QString& serial, const QDateTime& when, const Coverage& coverage)
@@ -89,45 +57,20 @@ QStringList testlog::lines(const QString& serial, const QDateTime& when, const C
 
 QString testlog::path(const QString& applicationDirectory, const QString& serial)
 {
-    return applicationDirectory + QStringLiteral("/Logs/ZORVI_%1.txt").arg(serial);
+    return folder(applicationDirectory) + QStringLiteral("/ZORVI_%1.txt").arg(serial);
 }
 
 void testlog::write(const QString& path, const QStringList& lines)
 {
-    // A file name ends at a NUL: the log would get somebody else's.
-    if (path.contains(QChar::Null))
-        return;
-    const QFileInfo old(path);
-    QFile growing(old.path() + QLatin1Char('/') + growingPrefix +
-                  QUuid::createUuid().toString(QUuid::Id128));
-    // What cannot be replaced is written in place: a link, a device, a file in a folder that takes
-    // no new ones.
-    const bool replaceable = !old.isSymLink() && (!old.exists() || old.isFile());
-    if (!replaceable || !growing.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-        QFile inPlace(path);
-        if (inPlace.open(QIODevice::WriteOnly))
-            writeTo(inPlace, lines);
-        return;
-    }
-    if (old.exists())
-        growing.setPermissions(old.permissions());
-    const bool mayReplace = !old.exists() || old.isWritable();
-    if (mayReplace && writeTo(growing, lines) && replace(path, growing))
-        return;
-    // By its name: a file that cannot be written out refuses to be removed through the open one.
-    growing.close();
-    QFile::remove(growing.fileName());
+    QByteArray bytes;
+    QTextStream stream(&bytes);
+    for (const QString& line : lines)
+        stream << line << '\n';
+    stream.flush();
+    filereplacement::write(path, bytes);
 }
 
 void testlog::removeLeftovers(const QString& applicationDirectory)
 {
-    constexpr int longestWriteSeconds = 60;
-    const QDateTime stillWriting = QDateTime::currentDateTime().addSecs(-longestWriteSeconds);
-    QDirIterator files(applicationDirectory + QStringLiteral("/Logs"),
-                       {growingPrefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden);
-    while (files.hasNext()) {
-        const QString path = files.next();
-        if (files.fileInfo().lastModified() < stillWriting)
-            QFile::remove(path);
-    }
+    filereplacement::removeLeftovers(folder(applicationDirectory));
 }

@@ -3,18 +3,6 @@
 
 #include "app/unitport.h"
 
-#include <memory>
-
-namespace
-{
-#if JUCE_LINUX || JUCE_BSD
-class DeafListener final : public juce::MidiInputCallback
-{
-    void handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage&) override {}
-};
-#endif
-} // namespace
-
 bool unitport::isUnitName(const juce::String& name)
 {
 #if JUCE_LINUX
@@ -31,17 +19,4 @@ juce::String unitport::identifierIn(const juce::Array<juce::MidiDeviceInfo>& dev
         if (isUnitName(device.name))
             return device.identifier;
     return {};
-}
-
-void unitport::keepInputThreadRunning()
-{
-#if JUCE_LINUX || JUCE_BSD
-    static DeafListener listener;
-    static std::unique_ptr<juce::MidiInput> input;
-    if (input != nullptr)
-        return;
-    input = juce::MidiInput::createNewDevice("Zorvi Assembly Test", &listener);
-    if (input != nullptr)
-        input->start();
-#endif
 }

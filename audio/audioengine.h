@@ -34,8 +34,11 @@ public:
     void getNextAudioBlock(const juce::AudioSourceChannelInfo& block) override;
 
 public Q_SLOTS:
+    /// Requests a beep, unless the last one was too short a time ago: see beepdebounce.h.
     void slot_Beep();
+    /// Requests a click; requests within one block sound as one.
     void slot_Click();
+    /// Requests the bell.
     void slot_Ding();
     /// Off silences at once and drops requests; on goes on with what was sounding.
     void slot_SetAudioOnOff(bool on);

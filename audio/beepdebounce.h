@@ -14,7 +14,8 @@ enum class BeepDecision {
 
 /// Decides on a request: timerValid says whether time is being counted since an accepted beep,
 /// elapsedMs how much has gone by. The first request after the pause only arms the debounce again
-/// and stays silent: an operator who keeps moving the wrong control is not beeped at without end.
+/// and stays silent, on purpose: a wrong control that is moved on and on beeps now and then, and
+/// one that is touched a second time is forgiven.
 constexpr BeepDecision decideBeep(bool timerValid, qint64 elapsedMs)
 {
     constexpr qint64 pauseMs = 500;

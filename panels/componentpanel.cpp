@@ -3,11 +3,15 @@
 
 #include "panels/componentpanel.h"
 
+#include "panels/unitmessages.h"
+#include "panels/valuebands.h"
+
 #include <QDebug>
 #include <QFrame>
 #include <QLabel>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -73,7 +77,7 @@ void ComponentPanel::slot_ReceiveMIDI(MidiMessage midiMessage)
         return;
 
     if (queuedComponent != componentNum) {
-        if (queuedComponent + 1 == componentNum) {
+        if (queuedComponent == componentNum - 1) {
             qDebug() << "next comp" << componentNum << queuedComponent;
             Q_EMIT signal_Beep();
         }
@@ -116,6 +120,21 @@ void ComponentPanel::veilAsDone()
 {
     restyle(frame, doneStyle);
     frame->raise();
+}
+
+bool ComponentPanel::accepts(const MidiMessage& midiMessage) const
+{
+    return midiMessage.isControllerOfType(unitmessages::controllerOf(componentNum));
+}
+
+int ComponentPanel::valueOf(const MidiMessage& midiMessage) const
+{
+    return midiMessage.getControllerValue();
+}
+
+QVector<ComponentRange> ComponentPanel::freshRanges() const
+{
+    return positionBands();
 }
 
 QString ComponentPanel::underTestStyle() const

@@ -26,8 +26,9 @@ inline constexpr int skipped = 2;
 /// unit's stream, judges them against its bands while it is under test, shows its state in colour
 /// and reports passed or skipped. It never decides that a control has failed.
 ///
-/// A subclass builds its form, says which messages are its own and how its bands run, and shows
-/// the judged value. Everything here runs on the GUI thread.
+/// Unless a subclass says otherwise, the control reports its position by a controller of its own,
+/// as faders and rotaries do. A subclass builds its form and shows the judged value. Everything
+/// here runs on the GUI thread.
 class ComponentPanel : public QWidget
 {
     Q_OBJECT
@@ -71,11 +72,11 @@ protected:
     void veilAsDone();
 
     /// Whether a message belongs to this panel's control.
-    virtual bool accepts(const MidiMessage& midiMessage) const = 0;
+    virtual bool accepts(const MidiMessage& midiMessage) const;
     /// The number to judge in a message that was accepted, 0 to 127.
-    virtual int valueOf(const MidiMessage& midiMessage) const = 0;
+    virtual int valueOf(const MidiMessage& midiMessage) const;
     /// The bands of a panel that is reset.
-    virtual QVector<ComponentRange> freshRanges() const = 0;
+    virtual QVector<ComponentRange> freshRanges() const;
     /// The frame's style sheet while the control is under test.
     virtual QString underTestStyle() const;
     /// Shows a value that was judged; a panel without a display shows nothing.

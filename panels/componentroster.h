@@ -24,7 +24,7 @@ inline constexpr int rotaryCount = 4;
 inline constexpr int channelButton = 18;
 /// The last button that a run tests.
 inline constexpr int lastTestedButton = 38;
-/// Never tested: pressing it would switch the unit off.
+/// The power button, which no run tests.
 inline constexpr int powerButton = 39;
 
 /// The kind of a component, 0 to 43.

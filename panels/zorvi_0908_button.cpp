@@ -42,5 +42,6 @@ QVector<ComponentRange> Zorvi_0908_Button::freshRanges() const
 
 void Zorvi_0908_Button::showPassed()
 {
+    // Restyled before raised, unlike the others: the button keeps the order it was built with.
     veilAsDone();
 }

@@ -13,7 +13,7 @@ class Zorvi_0908_Button;
 }
 
 /// The panel of one push button: passes once it was seen fully pressed and released, in either
-/// order.
+/// order. Its frame is taller than the panel, which clips it: the veil covers all that is seen.
 class Zorvi_0908_Button : public ComponentPanel
 {
     Q_OBJECT

@@ -3,8 +3,6 @@
 
 #include "panels/zorvi_0908_fader.h"
 
-#include "panels/unitmessages.h"
-#include "panels/valuebands.h"
 #include "ui_zorvi_0908_fader.h"
 
 Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int panelTag, int component)
@@ -16,21 +14,6 @@ Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int panelTag, int component)
 }
 
 Zorvi_0908_Fader::~Zorvi_0908_Fader() = default;
-
-bool Zorvi_0908_Fader::accepts(const MidiMessage& midiMessage) const
-{
-    return midiMessage.isControllerOfType(unitmessages::controllerOf(component()));
-}
-
-int Zorvi_0908_Fader::valueOf(const MidiMessage& midiMessage) const
-{
-    return midiMessage.getControllerValue();
-}
-
-QVector<ComponentRange> Zorvi_0908_Fader::freshRanges() const
-{
-    return positionBands();
-}
 
 void Zorvi_0908_Fader::display(int value)
 {

@@ -12,8 +12,9 @@ namespace Ui
 class Zorvi_0908_Fader;
 }
 
-/// The panel of one linear fader: judges its controller against thirteen bands and lets a slider
-/// follow it.
+/// The panel of one linear fader: judges the position that its controller reports and lets a slider
+/// follow it. Its style sheet lacks two outlines that the other panels' have, on purpose: the
+/// vertical slider has none.
 class Zorvi_0908_Fader : public ComponentPanel
 {
     Q_OBJECT
@@ -24,9 +25,6 @@ public:
     ~Zorvi_0908_Fader() override;
 
 protected:
-    bool accepts(const MidiMessage& midiMessage) const override;
-    int valueOf(const MidiMessage& midiMessage) const override;
-    QVector<ComponentRange> freshRanges() const override;
     void display(int value) override;
 
 private:

@@ -3,8 +3,6 @@
 
 #include "panels/zorvi_0908_rotary.h"
 
-#include "panels/unitmessages.h"
-#include "panels/valuebands.h"
 #include "ui_zorvi_0908_rotary.h"
 
 Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int panelTag, int component)
@@ -17,25 +15,10 @@ Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int panelTag, int componen
 
 Zorvi_0908_Rotary::~Zorvi_0908_Rotary() = default;
 
-bool Zorvi_0908_Rotary::accepts(const MidiMessage& midiMessage) const
-{
-    return midiMessage.isControllerOfType(unitmessages::controllerOf(component()));
-}
-
-int Zorvi_0908_Rotary::valueOf(const MidiMessage& midiMessage) const
-{
-    return midiMessage.getControllerValue();
-}
-
-QVector<ComponentRange> Zorvi_0908_Rotary::freshRanges() const
-{
-    return positionBands();
-}
-
 QString Zorvi_0908_Rotary::underTestStyle() const
 {
-    // Without the QFrame selector of the other panels: the frame has no children that the bare
-    // declarations could reach, and the rotary's text has always been this one.
+    // Without the QFrame selector of the other panels, on purpose: the frame has no children that
+    // the bare declarations could reach, so it looks the same.
     return QStringLiteral("border:none; background: blue;");
 }
 

@@ -24,9 +24,6 @@ public:
     ~Zorvi_0908_Rotary() override;
 
 protected:
-    bool accepts(const MidiMessage& midiMessage) const override;
-    int valueOf(const MidiMessage& midiMessage) const override;
-    QVector<ComponentRange> freshRanges() const override;
     QString underTestStyle() const override;
     void display(int value) override;
 

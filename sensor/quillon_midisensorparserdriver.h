@@ -43,7 +43,7 @@ public:
     bool acceptsMidi() const override { return true; }
     bool producesMidi() const override { return true; }
     juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    /// True although there is none: hosts of the toolkit have always been told so.
+    /// True on purpose although there is none: what a host asks first, and none is ever made.
     bool hasEditor() const override { return true; }
     int getNumPrograms() override { return 0; }
     int getCurrentProgram() override { return 0; }

@@ -30,6 +30,7 @@ Q_SIGNALS:
 
 protected:
     Quillon_SensorValuesMonitor* monitor;
+    // For a parser that decodes; this one leaves them as they are.
     QVector<float> sensorValues;
     qint64 lastBlockTime = -1;
     qint32 lastController = -1;

@@ -26,7 +26,6 @@ protected:
     /// One tick, whichever timer it comes from.
     void timerEvent(QTimerEvent* event) override;
 
-protected:
     Quillon_SensorValuesMonitor* monitor;
     QBasicTimer tickTimer;
     QVector<float> rawValues;

@@ -72,7 +72,7 @@ inline void compareFlat(const Footprint& before, const Footprint& after)
     QCOMPARE(after.threads, before.threads);
     QCOMPARE(after.descriptors, before.descriptors);
 #ifndef __SANITIZE_ADDRESS__
-    constexpr qint64 slackKilobytes = 2048;
+    constexpr qint64 slackKilobytes = 4096;
     QVERIFY2(after.kilobytes <= before.kilobytes + slackKilobytes, qPrintable(after.text()));
 #endif
 }

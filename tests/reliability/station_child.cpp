@@ -8,6 +8,7 @@
 
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
+#include "app/testlog.h"
 #include "simulator/simulatedunit.h"
 
 #include <QApplication>
@@ -165,6 +166,7 @@ int main(int argc, char* argv[])
     const QString activity = application.arguments().value(1);
     const QString argument = application.arguments().value(2);
 
+    testlog::removeLeftovers(QCoreApplication::applicationDirPath());
     SimulatedUnit unit;
     MainWindow window;
     window.show();
