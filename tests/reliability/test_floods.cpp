@@ -85,9 +85,10 @@ private Q_SLOTS:
         const qint64 messages = perSecond * qint64(figures::count(3, 60));
         constexpr int answerWithinMs = 200;
         {
-            // What a full queue takes for the first time stays with the allocator.
+            // Qt's queue keeps the room that its longest backlog took: a second's flood at once.
             const Order warmUp(*window);
             startSending(unit, 100 * perSecond, perSecond).join();
+            std::this_thread::sleep_for(std::chrono::seconds(1));
             QTRY_COMPARE(warmUp.received, qint64(perSecond));
         }
         const Order order(*window);
