@@ -12,7 +12,7 @@ constexpr int highestValue = 127;
 constexpr juce::uint8 fullPress = 127;
 constexpr juce::uint8 weakPress = 100;
 constexpr double noWait = 0.0;
-/// A hand is slower at a button than a fader reports: a tenth of a second at the usual pace.
+/// For the way to a control and for a press: a tenth of a second at the usual pace.
 constexpr double handWait = 20.0;
 
 UnitStep sent(const juce::MidiMessage& message, double wait = 1.0)
@@ -39,6 +39,7 @@ UnitScript sweep(int component, int lowest, int highest)
         script.push_back(position(component, value));
     for (int value = highest; value >= lowest; --value)
         script.push_back(position(component, value));
+    script.front().wait = handWait;
     return script;
 }
 
