@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "expectedsound.h"
+#include "tests/audio/expectedsound.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -10,28 +10,11 @@
 #include <algorithm>
 #include <cmath>
 
-namespace
-{
-constexpr double fileRate = 44100.0;
-constexpr double beepLevel = 100.0 / 127.0;
-constexpr double clickLevel = 20.0 / 127.0;
-constexpr double bellLevel = 50.0 / 127.0;
-} // namespace
-
-std::vector<Layer> beepLayers()
-{
-    return {{"Beep", 0, beepLevel}, {"Click", -1, beepLevel}, {"Bell", -2, beepLevel}};
-}
-
-std::vector<Layer> clickLayers()
-{
-    return {{"Click", 0, clickLevel}, {"Bell", -1, clickLevel}};
-}
-
-std::vector<Layer> bellLayers()
-{
-    return {{"Bell", 0, bellLevel}};
-}
+const Request beep{
+    &AudioEngine::slot_Beep,
+    {{"Beep", 0, 100 / 127.0}, {"Click", -1, 100 / 127.0}, {"Bell", -2, 100 / 127.0}}};
+const Request click{&AudioEngine::slot_Click, {{"Click", 0, 20 / 127.0}, {"Bell", -1, 20 / 127.0}}};
+const Request bell{&AudioEngine::slot_Ding, {{"Bell", 0, 50 / 127.0}}};
 
 std::vector<double> soundSamples(const QString& sound)
 {
@@ -46,33 +29,38 @@ std::vector<double> soundSamples(const QString& sound)
     return result;
 }
 
-std::vector<double> layerSamples(const Layer& layer, double rate)
-{
-    const std::vector<double> file = soundSamples(layer.sound);
-    const double step = std::exp2(layer.semitones / 12.0) * fileRate / rate;
-    // The sampler counts the attack in samples of the file's rate, whatever the device's is.
-    const double attack = (layer.sound == "Click" ? 0.01 : 0.005) * fileRate;
-    std::vector<double> result;
-    for (std::size_t i = 0;; ++i) {
-        const double position = static_cast<double>(i) * step;
-        const auto before = static_cast<std::size_t>(position);
-        if (before + 1 >= file.size())
-            return result;
-        const double share = position - static_cast<double>(before);
-        const double sample = file[before] * (1.0 - share) + file[before + 1] * share;
-        const double envelope = std::min(1.0, static_cast<double>(i + 1) / attack);
-        result.push_back(layer.level * envelope * sample);
-    }
-}
-
-std::vector<double> mixedSamples(const std::vector<Layer>& layers, double rate)
+std::vector<double> samplesOf(const Request& request, double rate)
 {
     std::vector<double> mix;
-    for (const Layer& layer : layers) {
-        const std::vector<double> samples = layerSamples(layer, rate);
-        mix.resize(std::max(mix.size(), samples.size()));
-        for (std::size_t i = 0; i < samples.size(); ++i)
-            mix[i] += samples[i];
+    for (const Layer& layer : request.layers) {
+        const std::vector<double> file = soundSamples(layer.sound);
+        const double step = std::exp2(layer.semitones / 12.0) * fileRate / rate;
+        // The sampler counts the attack in samples of the file's rate, whatever the device's is.
+        const double attack = (layer.sound == "Click" ? 0.01 : 0.005) * fileRate;
+        for (std::size_t i = 0;; ++i) {
+            const double position = static_cast<double>(i) * step;
+            const auto before = static_cast<std::size_t>(position);
+            if (before + 1 >= file.size())
+                break;
+            const double share = position - static_cast<double>(before);
+            const double sample = file[before] * (1.0 - share) + file[before + 1] * share;
+            mix.resize(std::max(mix.size(), i + 1));
+            mix[i] += layer.level * std::min(1.0, static_cast<double>(i + 1) / attack) * sample;
+        }
     }
     return mix;
+}
+
+double distance(const std::vector<double>& a, const std::vector<double>& b)
+{
+    double largest = 0.0;
+    for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i)
+        largest =
+            std::max(largest, std::abs((i < a.size() ? a[i] : 0.0) - (i < b.size() ? b[i] : 0.0)));
+    return largest;
+}
+
+double peak(const std::vector<double>& samples)
+{
+    return distance(samples, {});
 }

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "audio/audioengine.h"
+#include "expectedsound.h"
+#include "simulator/logcheck.h"
+#include "soundserver.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <juce_audio_basics/juce_audio_basics.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace
+{
+/// Counts a sound in a recording by a stretch of its file that no other sound is like, at the
+/// level that it is played with. Two that begin within the distance count as one.
+struct Ear {
+    QString sound;
+    double level;
+    std::size_t from, length, distance; ///< In samples.
+
+    int count(const std::vector<double>& recording) const
+    {
+        const auto samples = soundSamples(sound);
+        const double* stretch = samples.data() + from;
+        const double whole = level * std::inner_product(stretch, stretch + length, stretch, 0.0);
+        int found = 0;
+        double loudest = 0.0;
+        std::size_t place = 0;
+        for (std::size_t i = 0; i + length <= recording.size(); ++i) {
+            const double heard =
+                std::inner_product(stretch, stretch + length, recording.data() + i, 0.0) / whole;
+            if (heard > 0.5 && (found == 0 || i - place > distance)) {
+                ++found;
+                loudest = 0.0;
+            }
+            if (heard > std::max(0.5, loudest)) {
+                loudest = heard;
+                place = i;
+            }
+        }
+        return found;
+    }
+};
+
+// The tick, which begins 10 ms into the click and is over before the next block; the strike, from
+// where the bell before it is cut off; some of the beep.
+const Ear clickEar{"Click", 20.0 / 127.0, 441, 300, 400};
+const Ear bellEar{"Bell", 50.0 / 127.0, 250, 1250, 2000};
+const Ear beepEar{"Beep", 100.0 / 127.0, 1000, 1000, 6000};
+} // namespace
+
+/// Whole runs of the demo, heard through a real sound server.
+class TestRecordedRun : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// The ears themselves: sounds over each other, closer than a run brings them.
+    void earsTellSoundsApart()
+    {
+        AudioEngine engine;
+        engine.prepareToPlay(512, 44100.0);
+        juce::AudioBuffer<float> block(1, 512);
+        std::vector<double> recording;
+        // One letter a block: click, bell ("ding"), both, none.
+        for (const char request : QByteArray("cc..cc...D....d....D....d.........D....c......")) {
+            if (request == 'c' || request == 'D')
+                engine.slot_Click();
+            if (request == 'd' || request == 'D')
+                engine.slot_Ding();
+            engine.getNextAudioBlock(juce::AudioSourceChannelInfo(block));
+            recording.insert(recording.end(), block.getReadPointer(0),
+                             block.getReadPointer(0) + 512);
+        }
+        QCOMPARE(clickEar.count(recording), 8);
+        QCOMPARE(bellEar.count(recording), 5);
+        QCOMPARE(beepEar.count(recording), 0);
+    }
+
+    void everyRequestIsHeardOnce_data()
+    {
+        QTest::addColumn<bool>("isSlow"); // slow enough for every click and bell to stand alone
+        QTest::addColumn<int>("beeps");
+        // A band takes 50 ms, a button 200 ms; blocks of 12 ms merge what comes closer.
+        QTest::newRow("--pace 200") << true << 0;
+        QTest::newRow("--pace 2000 --fault too-early") << false << 1;
+    }
+
+    void everyRequestIsHeardOnce()
+    {
+        if (!SoundServer::isInstalled())
+            QSKIP("needs PulseAudio (pulseaudio, parec and ALSA's pulse plugin)");
+        QFETCH(bool, isSlow);
+        QFETCH(int, beeps);
+        SoundServer server;
+        QVERIFY(server.start(44100));
+        QVERIFY(server.startRecording());
+        const QTemporaryDir pictures;
+        QProcess demo;
+        demo.start(ZORVI_DEMO, QString("--once --serial RECORDED --output %1 %2")
+                                   .arg(pictures.path(), QTest::currentDataTag())
+                                   .split(' '));
+        QVERIFY(demo.waitForStarted());
+        QTRY_COMPARE_WITH_TIMEOUT(demo.state(), QProcess::NotRunning, 60000);
+        const auto recording = server.stopRecording();
+        QCOMPARE(demo.exitCode(), 0);
+
+        const QString output = QString::fromLocal8Bit(demo.readAllStandardOutput());
+        QFile log(QRegularExpression("^Log: (.*)$", QRegularExpression::MultilineOption)
+                      .match(output)
+                      .captured(1));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        int covered = 0;
+        int passed = 0;
+        for (const auto& bands : logcheck::readCoverage(log.readAll())) {
+            covered += static_cast<int>(bands.count(1));
+            passed += !bands.isEmpty() && bands.count(1) == bands.size() ? 1 : 0;
+        }
+        QVERIFY(covered > passed && passed > 0);
+        QCOMPARE(beepEar.count(recording), beeps);
+        if (isSlow) {
+            QCOMPARE(clickEar.count(recording), covered);
+            QCOMPARE(bellEar.count(recording), passed);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecordedRun)
+#include "test_recordedrun.moc"
