@@ -27,8 +27,6 @@ QString kindName(int component)
     return QStringLiteral("ROTARY");
 }
 
-constexpr int significantDigits = 6;
-
 QString block(int component, const QVector<ComponentRange>& ranges)
 {
     QString text = QStringLiteral("\r\n\r\n---------------- %1: %2 (Component %3) ----------------")
@@ -42,7 +40,7 @@ QString block(int component, const QVector<ComponentRange>& ranges)
         text += QStringLiteral("\r\nRange ");
         text += QString::number(i);
         text += QStringLiteral(": ");
-        text += QString::number(static_cast<double>(ranges.at(i).covered), 'g', significantDigits);
+        text += QString::number(static_cast<double>(ranges.at(i).covered), 'g', -1);
     }
     return text;
 }
