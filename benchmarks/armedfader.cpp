@@ -9,6 +9,7 @@
 #include "simulator/unitscript.h"
 
 #include <QCoreApplication>
+#include <QFrame>
 
 namespace
 {
@@ -44,50 +45,69 @@ void measureShown(benchmark::State& state, QWidget& window, const std::vector<st
     }
 }
 
-void moveArmedFader(benchmark::State& state, MainWindow& station)
+/// The two rows: the slider moves, or a band is covered as well.
+enum class What { Moves, CoversBands };
+
+void judge(benchmark::State& state, MainWindow& station, What what)
 {
     const Send send = [&](const MidiMessage& message) {
         station.handleIncomingMidiMessage(nullptr, message);
     };
+    if (what == What::CoversBands)
+        return measureShown(
+            state, station, bandAfterBand, [&] { station.slot_Init(); }, send);
     const MidiMessage coversBand = sweep.at(withinABand.back()).message;
     measureShown(
         state, station, withinABand, [&] { send(coversBand); }, send);
 }
 
-/// 44 queued slots, one of which sets a bare slider, and the slider's repaint.
-void moveBareSlider(benchmark::State& state)
+/// 44 queued slots, one of which sets a slider, and its repaint; where a band is covered, also one
+/// style sheet on one label and its repaint.
+void showBare(benchmark::State& state, QWidget& window, const QWidget& panel, What what)
 {
-    BareFader fader(false);
+    BareFader fader(panel, what == What::CoversBands);
     BareBroadcast sender(&fader);
+    const Send send = [&](const MidiMessage& message) {
+        Q_EMIT sender.signal_DistributeMIDI(message);
+    };
+    if (what == What::CoversBands)
+        return measureShown(
+            state, window, bandAfterBand, [&] { fader.blank(); }, send);
     measureShown(
-        state, fader, withinABand, [] {},
-        [&](const MidiMessage& message) { Q_EMIT sender.signal_DistributeMIDI(message); });
+        state, window, withinABand, [] {}, send);
 }
 
-void coverBands(benchmark::State& state, MainWindow& station)
+/// The floor: the widgets that change, alone in a window.
+void showAlone(benchmark::State& state, What what)
 {
-    measureShown(
-        state, station, bandAfterBand, [&] { station.slot_Init(); },
-        [&](const MidiMessage& message) { station.handleIncomingMidiMessage(nullptr, message); });
+    BareFaderWindow window;
+    showBare(state, window, *window.panel(), what);
 }
 
-/// The same with one style sheet set on one bare label, and its repaint.
-void restyleBareLabels(benchmark::State& state)
+/// Another floor, which tells what the station's code adds to its own widgets: the same widgets
+/// among all others of the bare forms, the panel under test on its blue ground.
+void showInBareForms(benchmark::State& state, What what)
 {
-    BareFader fader(true);
-    BareBroadcast sender(&fader);
-    measureShown(
-        state, fader, bandAfterBand, [&] { fader.blank(); },
-        [&](const MidiMessage& message) { Q_EMIT sender.signal_DistributeMIDI(message); });
+    BareStation window;
+    QWidget* panel = window.panel(roster::firstFader);
+    auto* ground = panel->findChild<QFrame*>(QStringLiteral("frame"));
+    ground->lower();
+    ground->setStyleSheet(QStringLiteral("QFrame{border:none; background: blue;}"));
+    showBare(state, window, *panel, what);
+}
+
+void addRows(MainWindow& station, const Row& row, const Row& inBareForms, What what)
+{
+    const auto judged = [&station, what](auto& state) { judge(state, station, what); };
+    addRow(row, judged, [what](auto& state) { showAlone(state, what); });
+    addRow(inBareForms, judged, [what](auto& state) { showInBareForms(state, what); });
 }
 } // namespace
 
 void addArmedFaderRows(MainWindow& station)
 {
-    addRow(
-        {"armed fader moves, window shown", 1.15},
-        [&](auto& state) { moveArmedFader(state, station); }, moveBareSlider);
-    addRow(
-        {"band newly covered, window shown", 1.2}, [&](auto& state) { coverBands(state, station); },
-        restyleBareLabels);
+    addRows(station, {"armed fader moves, window shown", 1.15},
+            {"armed fader moves, against the bare forms", 1.15}, What::Moves);
+    addRows(station, {"band newly covered, window shown", 1.2},
+            {"band newly covered, against the bare forms", 1.2}, What::CoversBands);
 }

@@ -10,6 +10,8 @@
 #include "ui_zorvi_0908_fader.h"
 #include "ui_zorvi_0908_rotary.h"
 
+#include <QFrame>
+#include <QLabel>
 #include <QSlider>
 
 namespace
@@ -48,27 +50,22 @@ BareBroadcast::BareBroadcast(QObject* first)
     }
 }
 
-BareFader::BareFader(bool coversBands)
-    : covers(coversBands)
+BareFaderWindow::BareFaderWindow()
 {
     QMainWindow stationModel;
     Ui::MainWindow().setupUi(&stationModel);
     resize(stationModel.size());
-    QWidget panelModel;
-    Ui::Zorvi_0908_Fader form;
-    form.setupUi(&panelModel);
-    auto* bare = new QWidget(this);
-    bare->setGeometry({*panelPlace(roster::firstFader, panelModel.width()), panelModel.size()});
-    bare->setStyleSheet(panelModel.styleSheet());
+    barePanel = ::barePanel<Ui::Zorvi_0908_Fader>(this);
+    barePanel->move(*panelPlace(roster::firstFader, barePanel->width()));
+    delete barePanel->findChild<QFrame*>(QStringLiteral("frame"));
+}
 
-    slider = new QSlider(bare);
-    slider->setMaximum(form.verticalSlider->maximum());
-    slider->setGeometry(form.verticalSlider->geometry());
-    for (std::size_t i = 0; i < squares.size(); ++i) {
-        squares.at(i) = new QLabel(bare);
-        squares.at(i)->setGeometry(
-            panelModel.findChild<QLabel*>(QStringLiteral("label_%1").arg(i))->geometry());
-    }
+BareFader::BareFader(const QWidget& panel, bool coversBands)
+    : covers(coversBands)
+    , slider(panel.findChild<QSlider*>())
+{
+    for (std::size_t i = 0; i < squares.size(); ++i)
+        squares.at(i) = panel.findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
     blank();
 }
 

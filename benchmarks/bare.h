@@ -42,14 +42,27 @@ private:
     std::array<BareSlot, 44> bareSlots;
 };
 
-/// A window of the station's size that holds one slider and thirteen squares, with the fader
-/// panel's style sheet on them; they are where that panel has them. A message moves the slider.
-class BareFader : public QMainWindow
+/// A window of the station's size that holds one fader's slider and squares alone, where its panel
+/// has them and with the panel's style sheet on them.
+class BareFaderWindow : public QMainWindow
+{
+public:
+    BareFaderWindow();
+
+    QWidget* panel() const { return barePanel; }
+
+private:
+    QWidget* barePanel;
+};
+
+/// Moves the slider of a panel to what a message says and, if it covers bands, turns a square
+/// white.
+class BareFader : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit BareFader(bool coversBands);
+    BareFader(const QWidget& panel, bool coversBands);
 
     /// Every square black.
     void blank();

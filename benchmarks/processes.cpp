@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "benchmarks/residentmemory.h"
 #include "benchmarks/row.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QMap>
 #include <QProcess>
 #include <QThread>
@@ -20,6 +20,7 @@ void start(QProcess& process, const QString& program)
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert("QT_PLUGIN_PATH", ZORVI_FIRST_FRAME_FOLDER);
     environment.insert("QT_QPA_GENERIC_PLUGINS", "zorvi_first_frame");
+    environment.remove("ALSA_CONFIG_PATH"); // as a process of its own it looks for sound devices
     process.setProcessEnvironment(environment);
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(program, QStringList());
@@ -56,16 +57,6 @@ double cpuSecondsOf(qint64 process)
     return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
 }
 
-double residentBytesOf(qint64 process)
-{
-    QFile status(QStringLiteral("/proc/%1/status").arg(process));
-    if (status.open(QIODevice::ReadOnly))
-        for (const QByteArray& line : status.readAll().split('\n'))
-            if (line.startsWith("VmRSS:"))
-                return line.simplified().split(' ').value(1).toDouble() * 1024;
-    return 0;
-}
-
 /// Measured once for each program; two rows ask.
 Idling idlingOf(const QString& program)
 {
@@ -80,7 +71,8 @@ Idling idlingOf(const QString& program)
         const double before = cpuSecondsOf(process.processId());
         QThread::sleep(idleSeconds);
         const double after = cpuSecondsOf(process.processId());
-        measured.insert(program, {after - before, residentBytesOf(process.processId())});
+        measured.insert(program,
+                        {after - before, residentBytesOf(QByteArray::number(process.processId()))});
         process.kill();
         process.waitForFinished(patienceMs);
     }

@@ -50,6 +50,9 @@ inline void setPerIteration(benchmark::State& state, int things)
 
 class MainWindow;
 
+/// What a program measures. The station is hidden and armed on its first component.
+void addBenchmarks(MainWindow& station);
+
 // One for each file of rows. The station is hidden and armed on its first component, and is left
 // so.
 void addMessageRows(MainWindow& station);
