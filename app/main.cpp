@@ -8,16 +8,26 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QTimer>
 
 #include <iostream>
 
 namespace
 {
-/// Says on the terminal and on the screen why the station cannot start; gives the exit status.
+/// Long enough to be read; a machine where nobody is there to answer goes on by itself.
+constexpr int boxStaysMs = 60000;
+
+/// Says on the terminal, and on the screen where there is one, why the station cannot start; gives
+/// the exit status.
 int refuseToStart(const QString& reason)
 {
     std::cerr << qPrintable(reason) << std::endl;
-    QMessageBox::critical(nullptr, QString(), reason);
+    const QString platform = QGuiApplication::platformName();
+    if (platform != QLatin1String("offscreen") && platform != QLatin1String("minimal")) {
+        QMessageBox box(QMessageBox::Critical, QString(), reason);
+        QTimer::singleShot(boxStaysMs, &box, &QDialog::reject);
+        box.exec();
+    }
     return EXIT_FAILURE;
 }
 } // namespace
