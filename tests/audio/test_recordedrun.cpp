@@ -18,32 +18,25 @@
 namespace
 {
 /// Counts a sound in a recording by a stretch of its file that no other sound is like, at the
-/// level that it is played with. Two that begin within the distance count as one.
+/// level that it is played with. Of two that begin within the distance only the louder counts.
 struct Ear {
     QString sound;
     double level;
-    std::size_t from, length, distance; ///< In samples.
+    std::ptrdiff_t from, length, distance; ///< In samples.
 
     int count(const std::vector<double>& recording) const
     {
         const auto samples = soundSamples(sound);
         const double* stretch = samples.data() + from;
         const double whole = level * std::inner_product(stretch, stretch + length, stretch, 0.0);
+        std::vector<double> levels;
+        for (auto i = recording.begin(); recording.end() - i >= length; ++i)
+            levels.push_back(std::inner_product(stretch, stretch + length, i, 0.0) / whole);
         int found = 0;
-        double loudest = 0.0;
-        std::size_t place = 0;
-        for (std::size_t i = 0; i + length <= recording.size(); ++i) {
-            const double heard =
-                std::inner_product(stretch, stretch + length, recording.data() + i, 0.0) / whole;
-            if (heard > 0.5 && (found == 0 || i - place > distance)) {
-                ++found;
-                loudest = 0.0;
-            }
-            if (heard > std::max(0.5, loudest)) {
-                loudest = heard;
-                place = i;
-            }
-        }
+        for (auto i = levels.begin(); i != levels.end(); ++i)
+            if (*i > 0.5)
+                found += i == std::max_element(i - std::min(distance, i - levels.begin()),
+                                               i + std::min(distance, levels.end() - i));
         return found;
     }
 };
@@ -53,6 +46,25 @@ struct Ear {
 const Ear clickEar{"Click", 20.0 / 127.0, 441, 300, 400};
 const Ear bellEar{"Bell", 50.0 / 127.0, 250, 1250, 2000};
 const Ear beepEar{"Beep", 100.0 / 127.0, 1000, 1000, 6000};
+
+/// How many requests that come every so many samples can have merged because a busy machine kept
+/// the device waiting: a bell rings on through the whole run, so silence within it is a hole, and
+/// three blocks were on their way when it began.
+int mergedAtMost(const std::vector<double>& recording, std::ptrdiff_t period)
+{
+    constexpr int shortestHole = 20;
+    constexpr int onTheirWay = 3 * 512;
+    std::ptrdiff_t merged = 0;
+    const auto sounds = [](double sample) { return sample != 0.0; };
+    auto end = std::find_if(recording.begin(), recording.end(), sounds);
+    while (end != recording.end()) {
+        const auto hole = std::find(end, recording.end(), 0.0);
+        end = std::find_if(hole, recording.end(), sounds);
+        if (end != recording.end() && end - hole > shortestHole)
+            merged += (end - hole + onTheirWay) / period;
+    }
+    return static_cast<int>(merged);
+}
 } // namespace
 
 /// Whole runs of the demo, heard through a real sound server.
@@ -124,10 +136,25 @@ private Q_SLOTS:
         }
         QVERIFY(covered > passed && passed > 0);
         QCOMPARE(beepEar.count(recording), beeps);
-        if (isSlow) {
-            QCOMPARE(clickEar.count(recording), covered);
-            QCOMPARE(bellEar.count(recording), passed);
-        }
+        if (!isSlow)
+            return;
+        constexpr int bandSamples = 2205;
+        constexpr int buttonSamples = 8820;
+        if (mergedAtMost(recording, bandSamples) > 10)
+            QSKIP("the machine is too busy: the sound device was kept waiting");
+        const auto verify = [&](const Ear& ear, int requests, int period) {
+            const int heard = ear.count(recording);
+            const int merged = mergedAtMost(recording, period);
+            const auto what = QString("%1: %2 of %3 heard, %4 or fewer merged")
+                                  .arg(ear.sound)
+                                  .arg(heard)
+                                  .arg(requests)
+                                  .arg(merged);
+            qInfo("%s", qPrintable(what));
+            QVERIFY2(heard <= requests && heard >= requests - merged, qPrintable(what));
+        };
+        verify(clickEar, covered, bandSamples);
+        verify(bellEar, passed, buttonSamples);
     }
 };
 
