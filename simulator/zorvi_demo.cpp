@@ -75,14 +75,15 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
 
 int main(int argc, char* argv[])
 {
-    fitCaptionsToLayout();
-    QApplication application(argc, argv);
-    QApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
-
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
     QString error;
-    const auto options = optionsOf(application, error);
+    // Before there is a window system, so that --help needs none.
+    const auto options = optionsOf(QCoreApplication(argc, argv), error);
     if (!options)
         return fail(error);
+
+    fitCaptionsToLayout();
+    const QApplication application(argc, argv);
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return fail(problem);

@@ -100,6 +100,15 @@ private Q_SLOTS:
         QCOMPARE(version.output.trimmed(), QStringLiteral("zorvi_unit " ZORVI_VERSION));
     }
 
+    void demoTellsItsOptionsWithoutAScreen()
+    {
+        const QString demo = "-u DISPLAY QT_QPA_PLATFORM=xcb " ZORVI_DEMO;
+        QVERIFY(runProgram("env", demo + " --help").output.contains("--once"));
+        const auto version = runProgram("env", demo + " --version");
+        QCOMPARE(version.exitStatus, 0);
+        QCOMPARE(version.output.trimmed(), QStringLiteral("zorvi_demo " ZORVI_VERSION));
+    }
+
     void unitNeedsASequencer()
     {
         if (QFileInfo::exists("/dev/snd/seq"))
