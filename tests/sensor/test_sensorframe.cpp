@@ -118,15 +118,15 @@ private Q_SLOTS:
         Parser parser(&monitor, nullptr);
         auto* driver = dynamic_cast<Quillon_MIDISensorParserDriver*>(parser.getCurrentProcessor());
         QVERIFY(driver != nullptr);
-        const auto answers = [](QObject& object, const char* name, const void* expected) {
-            return static_cast<const void*>(object.qt_metacast(name)) == expected;
+        const auto answers = [](QObject* object, const char* name, const void* expected) {
+            return static_cast<const void*>(object->qt_metacast(name)) == expected;
         };
-        QVERIFY(answers(parser, "Quillon_MIDISensorParser", &parser));
-        QVERIFY(answers(parser, "AudioProcessorPlayer",
+        QVERIFY(answers(&parser, "Quillon_MIDISensorParser", &parser));
+        QVERIFY(answers(&parser, "AudioProcessorPlayer",
                         static_cast<juce::AudioProcessorPlayer*>(&parser)));
-        QVERIFY(answers(parser, "AudioProcessor", nullptr));
-        QVERIFY(answers(*driver, "AudioProcessor", static_cast<juce::AudioProcessor*>(driver)));
-        QVERIFY(answers(monitor, "Quillon_SensorValuesMonitor", &monitor));
+        QVERIFY(answers(&parser, "AudioProcessor", nullptr));
+        QVERIFY(answers(driver, "AudioProcessor", static_cast<juce::AudioProcessor*>(driver)));
+        QVERIFY(answers(&monitor, "Quillon_SensorValuesMonitor", &monitor));
     }
 
     void constructionValues()

@@ -34,7 +34,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("component");
         QTest::addColumn<QByteArray>("line");
         QTest::addColumn<QByteArray>("replacement");
-        const auto row = [](const char* name, int component, QByteArray line, QByteArray instead) {
+        const auto row = [](const char* name, int component, const QByteArray& line,
+                            const QByteArray& instead) {
             QTest::newRow(name) << component << line << instead;
         };
         row("uncovered first band", 0, "Range 0: 1", "Range 0: 0");
