@@ -85,6 +85,10 @@ protected:
     virtual void showPassed();
 
 private:
+    /// Styles the frame, which covers the whole panel; hidesWindow: nothing behind it shines
+    /// through.
+    void setGround(const QString& style, bool hidesWindow);
+
     /// Marks every band that the value falls into and is not covered yet.
     void coverRanges(float value);
 
