@@ -8,7 +8,6 @@
 #include "benchmarks/shown.h"
 #include "simulator/unitscript.h"
 
-#include <QCoreApplication>
 #include <QFrame>
 
 namespace
@@ -36,12 +35,12 @@ void measureShown(benchmark::State& state, QWidget& window, const std::vector<st
             state.PauseTiming();
             value = values.begin();
             prepare();
-            QCoreApplication::processEvents();
+            paintChanges(window);
             state.ResumeTiming();
         }
         const MidiMessage message = sweep.at(*value++).message;
         midiThread.run([&] { send(message); });
-        QCoreApplication::processEvents();
+        paintChanges(window);
     }
 }
 
@@ -93,6 +92,7 @@ void showInBareForms(benchmark::State& state, What what)
     auto* ground = panel->findChild<QFrame*>(QStringLiteral("frame"));
     ground->lower();
     ground->setStyleSheet(QStringLiteral("QFrame{border:none; background: blue;}"));
+    panel->setAttribute(Qt::WA_OpaquePaintEvent);
     showBare(state, window, *panel, what);
 }
 

@@ -4,8 +4,17 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QWidget>
 #include <QWindow>
+
+/// Handles what waits and paints what it changed: one call of processEvents leaves the painting to
+/// the next one.
+inline void paintChanges(QWidget& window)
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(&window, QEvent::UpdateRequest);
+}
 
 /// Shows a window and returns once its first frame was painted.
 inline void showPainted(QWidget& window)
@@ -13,7 +22,7 @@ inline void showPainted(QWidget& window)
     window.show();
     while (!window.windowHandle()->isExposed())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    QCoreApplication::processEvents();
+    paintChanges(window);
 }
 
 /// Shows a window as long as this lives.

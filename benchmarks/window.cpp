@@ -26,7 +26,7 @@ void workUnit(MainWindow& station)
         for (const UnitStep& step :
              unitscript::worked(component, {Fault::NoHighEnd, roster::lastComponent}))
             station.handleIncomingMidiMessage(nullptr, step.message);
-    QCoreApplication::processEvents();
+    paintChanges(station);
 }
 
 /// What one reset of a unit that was worked changes; texts that are already there are left out.
@@ -55,7 +55,7 @@ void reset(benchmark::State& state, MainWindow& station)
         workUnit(station);
         state.ResumeTiming();
         station.slot_Init();
-        QCoreApplication::processEvents();
+        paintChanges(station);
     }
 }
 
@@ -71,7 +71,7 @@ void restyleBareForms(benchmark::State& state, const std::vector<StyleChange>& c
     const auto set = [&](QString StyleChange::*text) {
         for (std::size_t i = 0; i < changes.size(); ++i)
             widgets.at(i)->setStyleSheet(changes.at(i).*text);
-        QCoreApplication::processEvents();
+        paintChanges(bare);
     };
     while (state.KeepRunning()) {
         state.PauseTiming();
