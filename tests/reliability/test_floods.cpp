@@ -10,13 +10,6 @@
 
 #include <thread>
 
-QT_BEGIN_NAMESPACE
-// How the platform plugins bring in what a mouse does; made for tests.
-Q_GUI_EXPORT void qt_handleMouseEvent(QWindow* window, const QPointF& local, const QPointF& global,
-                                      Qt::MouseButtons state, Qt::MouseButton button,
-                                      QEvent::Type type, Qt::KeyboardModifiers mods, int timestamp);
-QT_END_NAMESPACE
-
 namespace
 {
 using Clock = std::chrono::steady_clock;
@@ -147,6 +140,7 @@ private:
         QSignalSpy answered(box, SIGNAL(clicked(bool)));
         auto* target = window->windowHandle();
         std::thread([target, place] {
+            // What the platform plugins report to, as Qt Test declares it.
             qt_handleMouseEvent(target, place, place, Qt::LeftButton, Qt::LeftButton,
                                 QEvent::MouseButtonPress, Qt::NoModifier, 0);
             qt_handleMouseEvent(target, place, place, Qt::NoButton, Qt::LeftButton,
