@@ -4,10 +4,10 @@
 #include "tests/app/expectedlog.h"
 #include "tests/passingmessages.h"
 #include "tests/reliability/figures.h"
+#include "tests/reliability/statewatch.h"
 #include "tests/reliability/station.h"
 
 #include <QElapsedTimer>
-#include <QSignalSpy>
 
 /// A station that tests one unit after the other all day.
 class TestLongRun : public QObject
@@ -24,7 +24,7 @@ private Q_SLOTS:
         MainWindow window;
         window.show();
         SimulatedUnit unit;
-        const QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
+        const StateWatch watch(window);
         QTimer answer;
         answer.callOnTimeout(&window, [] {
             if (auto* notice = station::openNotice())
@@ -53,8 +53,10 @@ private Q_SLOTS:
             milliseconds << time.elapsed();
             unit.unplug();
             window.slot_PollDevices();
-            QTRY_COMPARE(armed.last().first().toInt(), 0);
+            QTRY_COMPARE(watch.armed, 0);
 
+            const QString problem = watch.problem();
+            QVERIFY2(problem.isEmpty(), qPrintable(problem));
             QFile file(path);
             QVERIFY(file.open(QIODevice::ReadOnly));
             const QByteArray log = file.readAll();
