@@ -3,7 +3,7 @@
 
 #include "app/identity.h"
 #include "simulator/memorysequencer.h"
-#include "tests/reliability/station.h"
+#include "tests/station.h"
 
 #include <QElapsedTimer>
 

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "tests/app/expectedlog.h"
+#include "tests/panelstates.h"
 #include "tests/passingmessages.h"
-#include "tests/reliability/panelstates.h"
-#include "tests/reliability/station.h"
+#include "tests/station.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -6,8 +6,8 @@
 // Sensor >>".
 
 #include "tests/fuzz/fuzztarget.h"
-#include "tests/reliability/statewatch.h"
-#include "tests/reliability/station.h"
+#include "tests/statewatch.h"
+#include "tests/station.h"
 
 #include <iostream>
 

@@ -4,8 +4,8 @@
 #include "app/mainwindow.h"
 #include "simulator/simulatedunit.h"
 #include "tests/reliability/figures.h"
-#include "tests/reliability/statewatch.h"
 #include "tests/reliability/wirenoise.h"
+#include "tests/statewatch.h"
 
 #include <QTest>
 

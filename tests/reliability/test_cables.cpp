@@ -4,7 +4,7 @@
 #include "simulator/memorysequencer.h"
 #include "tests/passingmessages.h"
 #include "tests/reliability/figures.h"
-#include "tests/reliability/station.h"
+#include "tests/station.h"
 
 #include <thread>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "tests/reliability/figures.h"
-#include "tests/reliability/station.h"
+#include "tests/station.h"
 
 #include <QCheckBox>
 #include <QElapsedTimer>

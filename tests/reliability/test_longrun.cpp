@@ -4,8 +4,8 @@
 #include "tests/app/expectedlog.h"
 #include "tests/passingmessages.h"
 #include "tests/reliability/figures.h"
-#include "tests/reliability/statewatch.h"
-#include "tests/reliability/station.h"
+#include "tests/statewatch.h"
+#include "tests/station.h"
 
 #include <QElapsedTimer>
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "app/mainwindow.h"
-#include "tests/reliability/panelstates.h"
+#include "tests/panelstates.h"
 
 /// The armed component as the window announces it, and whether every panel is as it may be then.
 class StateWatch : public QObject
