@@ -26,8 +26,8 @@ const QString growingPrefix = QStringLiteral(".zorvi_log_in_the_making_");
 bool writeOut(QFile& file, const QByteArray& bytes)
 {
     bool whole = file.write(bytes) == bytes.size() && file.flush();
-#ifdef Q_OS_UNIX
-    whole = whole && fsync(file.handle()) == 0;
+#if defined(_POSIX_SYNCHRONIZED_IO) && _POSIX_SYNCHRONIZED_IO > 0
+    whole = whole && fdatasync(file.handle()) == 0;
 #endif
     return whole;
 }
