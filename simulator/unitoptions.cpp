@@ -61,6 +61,10 @@ std::optional<int> unitoptions::wholeNumber(const QCommandLineParser& parser, co
 
 std::optional<UnitOptions> unitoptions::readFrom(const QCommandLineParser& parser, QString& error)
 {
+    if (!parser.positionalArguments().isEmpty()) {
+        error = QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]);
+        return std::nullopt;
+    }
     const auto pace = number(parser, paceOption, slowestPace, fastestPace, error);
     if (!pace)
         return std::nullopt;

@@ -23,7 +23,7 @@ namespace unitoptions
 void addTo(QCommandLineParser& parser, double usualPace);
 
 /// The options of a command line that was parsed. Nothing if one of them has a value that makes no
-/// sense; `error` then says which and why.
+/// sense, or if there is more than options; `error` then says what and why.
 std::optional<UnitOptions> readFrom(const QCommandLineParser& parser, QString& error);
 
 /// The value of an option that is a number, or a whole number, between the two bounds; otherwise

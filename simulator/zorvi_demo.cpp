@@ -52,10 +52,6 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
                       QStringLiteral("A station with the marker: tests component 18 too.")});
     parser.process(application);
 
-    if (!parser.positionalArguments().isEmpty()) {
-        error = QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]);
-        return std::nullopt;
-    }
     const auto unit = unitoptions::readFrom(parser, error);
     if (!unit)
         return std::nullopt;

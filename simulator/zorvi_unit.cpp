@@ -57,10 +57,6 @@ std::optional<Options> optionsOf(const QCoreApplication& application, QString& e
                       QStringLiteral("Work component 18 too, for a station with the marker.")});
     parser.process(application);
 
-    if (!parser.positionalArguments().isEmpty()) {
-        error = QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]);
-        return std::nullopt;
-    }
     const auto unit = unitoptions::readFrom(parser, error);
     if (!unit)
         return std::nullopt;
