@@ -24,8 +24,8 @@ namespace
 constexpr int watchIntervalMs = 50;
 /// Longer than the station takes between two looks for the unit, and than a run's end takes.
 constexpr int standstillMs = 15000;
-/// What the last messages of a control may take to reach its panel.
-constexpr int patienceMs = 500;
+/// What the last messages of a control may take to reach its panel on a busy machine.
+constexpr int patienceMs = 2000;
 
 constexpr int handMs = 300;
 constexpr int readingMs = 3000;
