@@ -7,6 +7,7 @@ Usage: growth_pictures.py RESULTS FOLDER; writes growth-NAME.svg for each kind i
 is the smallest of its repetitions; messages and units count the CPU time of all threads.
 """
 
+import io
 import json
 import sys
 
@@ -54,7 +55,10 @@ def draw(found, labels, path):
         memory.set_ylim(bottom=0)
         time.yaxis.label.set_color("C0")
     # Without a date, so that the same figures give the same file.
-    figure.savefig(path, metadata={"Date": None})
+    picture = io.StringIO()
+    figure.savefig(picture, metadata={"Date": None})
+    with open(path, "w", encoding="utf-8") as file:
+        file.writelines(line.rstrip() + "\n" for line in picture.getvalue().splitlines())
 
 
 def main(source, folder):
