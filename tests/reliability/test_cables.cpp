@@ -22,6 +22,10 @@ private Q_SLOTS:
         const int settled = cycles / 10;
         MainWindow window;
         window.show();
+        // Keeps JUCE's link to the sequencer open, and with it the thread that takes its time to
+        // end.
+        SimulatedUnit bystander("Bystander");
+        QVERIFY(bystander.plug());
         SimulatedUnit unit;
         figures::Footprint before;
         std::size_t clientsBefore = 0;
