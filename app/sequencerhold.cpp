@@ -13,7 +13,7 @@ MidiDeviceListConnection& connectionOf(AudioDeviceManager& manager);
 
 // The connection is private, and the manager has no function to renew it. An explicit instantiation
 // may name a private member: if a later JUCE has no such member, this does not compile.
-template <MidiDeviceListConnection AudioDeviceManager::*member>
+template <auto member>
 struct Access {
     friend MidiDeviceListConnection& connectionOf(AudioDeviceManager& manager)
     {
