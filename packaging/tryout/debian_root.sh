@@ -5,6 +5,23 @@
 # To be sourced, by scripts that run as root: a fresh Debian in the folder $root.
 : "${root:?}"
 
+# Runs a command with mounts and processes of its own: they end with it, and when this script is
+# interrupted.
+contained() {
+    local child status=0
+    unshare --mount --pid --mount-proc --fork --kill-child "$@" &
+    child=$!
+    # shellcheck disable=SC2064 # the number as it is now
+    trap "kill -KILL $child" EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM HUP
+    wait "$child" || status=$?
+    trap - EXIT INT TERM HUP
+    return $status
+}
+
+# The functions below are for what runs contained.
+
 # Makes the Debian anew from the mirror that this machine's apt uses, otherwise from debootstrap's
 # own. Packages that were loaded once are kept beside it.
 make_root() { # suite
@@ -24,22 +41,7 @@ make_root() { # suite
     echo force-unsafe-io > "$root/etc/dpkg/dpkg.cfg.d/fast"
 }
 
-# Runs a command with mounts and processes of its own: they end with it, and when this script is
-# interrupted.
-contained() {
-    local child status=0
-    unshare --mount --pid --fork --kill-child "$@" &
-    child=$!
-    # shellcheck disable=SC2064 # the number as it is now
-    trap "kill -KILL $child" EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM HUP
-    wait "$child" || status=$?
-    trap - EXIT INT TERM HUP
-    return $status
-}
-
-# Within contained: what programs in the Debian expect.
+# What programs in the Debian expect.
 mount_root() {
     mount -t proc proc "$root/proc"
     mount -t tmpfs tmpfs "$root/dev/shm"

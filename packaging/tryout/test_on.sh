@@ -25,6 +25,9 @@ root=build/debian/$suite
 . packaging/tryout/debian_root.sh
 
 if [ "${2:-}" = contained ]; then
+    echo "test-on: making a fresh $suite in $root"
+    make_root "$suite"
+    git clone -q . "$root/station"
     mount_root
     mkdir -p build/debian/ccache "$root/var/cache/ccache"
     mount --bind build/debian/ccache "$root/var/cache/ccache"
@@ -35,9 +38,6 @@ fi
 
 git diff --quiet HEAD || echo "test-on: what is not committed is not tested"
 start=$SECONDS
-echo "test-on: making a fresh $suite in $root"
-make_root "$suite"
-git clone -q . "$root/station"
 contained "$self" "$suite" contained ||
     fail "failed on $suite after $((SECONDS - start)) s; what was built lies in $root/station"
 rm -rf --one-file-system "$root"

@@ -26,11 +26,11 @@ if [ "${3:-}" != contained ]; then
     # shellcheck source=/dev/null
     suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
     [ -n "$suite" ] || fail "/etc/os-release does not name this machine's release"
-    make_root "$suite"
-    contained "$self" "$package" "$library" contained
+    contained "$self" "$package" "$library" contained "$suite"
     rm -rf --one-file-system "$root"
     exit
 fi
+make_root "$4"
 mount_root
 
 cp "$package" "$root/tmp/station.deb"
