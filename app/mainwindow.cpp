@@ -7,6 +7,7 @@
 #include "app/midiinputthread.h"
 #include "app/panelplacement.h"
 #include "app/runorder.h"
+#include "app/sequencerhold.h"
 #include "app/testlog.h"
 #include "app/unitport.h"
 #include "panels/zorvi_0908_button.h"
@@ -184,8 +185,10 @@ const ComponentPanel* MainWindow::panelOf(int component) const
 
 void MainWindow::slot_PollDevices()
 {
-    const bool present = isUnitPresent();
-    if (present && !deviceConnected)
+    const auto inputs = juce::MidiInput::getAvailableDevices();
+    if (inputs.isEmpty()) // not even the system's own ports: there is no sequencer yet
+        reopenSequencer(deviceManager);
+    if (unitport::identifierIn(inputs).isNotEmpty() && !deviceConnected)
         connectUnit();
     else if (deviceConnected && !isUnitPresent())
         disconnectUnit();

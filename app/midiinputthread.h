@@ -4,8 +4,8 @@
 #pragma once
 
 /// Keeps JUCE's MIDI input thread running until the process ends, with an input of its own that
-/// nobody speaks to. That thread takes up to 100 ms to end after the last input was stopped:
-/// whoever closes an input in that time waits for it, and an input started in that time hears
-/// nothing, ever. Does nothing where the system has no virtual ports, or no MIDI yet; may be called
-/// as often as one likes, on the GUI thread.
+/// is sent nothing. In JUCE 7 that thread takes up to 100 ms to end after the last input was
+/// stopped: to close an input in that time blocks the caller, and an input started in that time
+/// never hears anything. JUCE 8 does not need this. Does nothing where the system has no virtual
+/// ports, or no MIDI yet; may be called again and again, on the GUI thread.
 void keepMidiInputThreadRunning();

@@ -6,8 +6,8 @@
 #include <juce_audio_basics/juce_audio_basics.h>
 
 /// A synthesiser whose notes sound in layers: every sound that answers a note is heard.
-/// juce::Synthesiser 7.0.5 stops the voices on a note before each sound that it starts, the layer
-/// it started a moment ago included; here they are stopped once, before the first one.
+/// juce::Synthesiser (7.0.5 and 8.0.6) stops the voices on a note before each sound that it starts,
+/// the layer it started a moment ago included; here they are stopped once, before the first one.
 class LayeredSynthesiser : public juce::Synthesiser
 {
 public:

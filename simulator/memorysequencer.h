@@ -13,13 +13,14 @@
 /// Ports exist within the process only. Everything here may be called from any thread.
 namespace memorysequencer
 {
-/// While on, no port can be made or connected: every attempt to open a device fails. JUCE 7.0.5
-/// loses the port on each such attempt and from then on keeps the sequencer open.
+/// While on, no port can be made or connected: every attempt to open a device fails. JUCE
+/// (7.0.5 and 8.0.6) loses the port on each such attempt and from then on keeps the sequencer open.
 void failOpens(bool fail);
 
 /// While on, the sequencer cannot be opened at all, as on a machine without one. It takes effect
-/// when JUCE opens it next, that is after the last port of the process was released; a port that is
-/// asked for while it is on keeps JUCE from ever opening it again.
+/// when JUCE opens it next: in JUCE 7 after the last port of the process was released, in JUCE 8
+/// after the last device manager was, too. A port that is asked for while it is on keeps JUCE from
+/// ever opening it again.
 void setAbsent(bool absent);
 
 /// What exists at this moment, over all clients.

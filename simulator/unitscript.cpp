@@ -98,8 +98,8 @@ UnitScript cablePulled(int component)
 {
     UnitScript script = unitscript::good(component);
     script.resize(isButton(component) ? 1 : script.size() / 4);
-    script.push_back({UnitStep::Action::Unplug});
-    script.push_back({UnitStep::Action::Replug});
+    script.push_back({UnitStep::Action::Unplug, {}});
+    script.push_back({UnitStep::Action::Replug, {}});
     return joined(std::move(script), unitscript::good(component));
 }
 

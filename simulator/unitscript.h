@@ -13,8 +13,8 @@
 struct UnitStep {
     enum class Action { Send, Unplug, Replug };
     Action action = Action::Send;
-    juce::MidiMessage message{}; ///< What is sent, with Action::Send.
-    double wait = 1.0;           ///< Since the step before it, in messages at the pace; 0: at once.
+    juce::MidiMessage message; ///< What is sent, with Action::Send.
+    double wait = 1.0;         ///< Since the step before it, in messages at the pace; 0: at once.
 };
 
 using UnitScript = std::vector<UnitStep>;

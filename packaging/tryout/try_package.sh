@@ -2,32 +2,41 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: try_package.sh PACKAGE.deb LIBRARY FOLDER   (as root)
+# usage: try_package.sh PACKAGE.deb LIBRARY   (as root)
 #
-# Installs the package into a fresh Debian in FOLDER, starts the station there under Xvfb as an
-# ordinary user of the group audio, has the preloaded LIBRARY play a unit's run against it, reads
-# the log, and removes the package, which must leave the log.
+# Installs the package into a fresh Debian of this machine's release, in build/debian/package, starts
+# the station there under Xvfb as an ordinary user of the group audio, has the preloaded LIBRARY play
+# a unit's run against it, reads the log, and removes the package, which must leave the log.
 set -euo pipefail
-package=$(readlink -f "$1") library=$(readlink -f "$2") root=$3
+package=$(readlink -f "$1") library=$(readlink -f "$2")
+self=$(readlink -f "$0")
+cd "$(dirname "$self")/../.."
+root=build/debian/package
 application=/opt/zorvi-assembly-test
 log=$application/Logs/ZORVI_TRYOUT.txt
 
-inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@"; }
 fail() {
     echo "try_package: $*" >&2
     exit 1
 }
+# shellcheck source=packaging/tryout/debian_root.sh
+. packaging/tryout/debian_root.sh
 
-[ -d "$root/etc" ] || debootstrap --variant=minbase bookworm "$root"
-cp /etc/resolv.conf "$root/etc/"
-cp /etc/apt/apt.conf.d/* "$root/etc/apt/apt.conf.d/"
-mountpoint -q "$root/proc" || mount -t proc proc "$root/proc"
-trap 'umount "$root/proc"' EXIT
+if [ "${3:-}" != contained ]; then
+    # shellcheck source=/dev/null
+    suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+    [ -n "$suite" ] || fail "/etc/os-release does not name this machine's release"
+    contained "$self" "$package" "$library" contained "$suite"
+    rm -rf --one-file-system "$root"
+    exit
+fi
+make_root "$4"
+mount_root
 
 cp "$package" "$root/tmp/station.deb"
 cp "$library" "$root/tmp/unit.so"
 inside apt-get update -q
-inside DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends \
+inside apt-get install -q -y --no-install-recommends \
     /tmp/station.deb xvfb xauth xdotool
 inside useradd -m -G audio tester 2>/dev/null || true
 inside useradd -m stranger 2>/dev/null || true
@@ -40,13 +49,13 @@ LD_PRELOAD=/tmp/unit.so $application/zorvi_assembly_test &
 station=\$!
 window=\$(xdotool search --sync --name '0908 Zorvi Assembly Test' | head -n 1)
 xdotool mousemove --window \$window 380 526 click 1 type TRYOUT
-for try in \$(seq 60); do [ -s $log ] && break; sleep 0.5; done
+for _ in \$(seq 60); do [ -s $log ] && break; sleep 0.5; done
 sleep 2
 xdotool key Return # closes the notice
 sleep 1
 kill \$station
 RUN
-inside su tester -c "xvfb-run -a -s '-screen 0 1280x800x24' bash /tmp/run.sh" || true
+inside_offline su tester -c "xvfb-run -a -s '-screen 0 1280x800x24' bash /tmp/run.sh" || true
 
 [ -s "$root$log" ] || fail "no log was written"
 ls -ln "$root$log"
@@ -56,6 +65,6 @@ ls -ln "$root$log"
 covered=$(tr -d '\r' < "$root$log" | grep -c '^Range .*: 1$' || true)
 echo "bands covered: $covered of 227 that this station tests"
 [ "$covered" = 227 ] || fail "not every tested band is covered"
-inside DEBIAN_FRONTEND=noninteractive apt-get remove -q -y zorvi-assembly-test
+inside apt-get remove -q -y zorvi-assembly-test
 [ -s "$root$log" ] || fail "removing the package took the log"
 echo "try_package: installed, ran, logged, removed; the log stayed"

@@ -202,7 +202,7 @@ private Q_SLOTS:
         QSignalSpy finished(&player, SIGNAL(signal_Finished()));
         player.setPace(1000);
         player.setCablePause(200);
-        player.play({{UnitStep::Action::Unplug}, {UnitStep::Action::Replug}});
+        player.play({{UnitStep::Action::Unplug, {}}, {UnitStep::Action::Replug, {}}});
         QTRY_VERIFY(!unit.isPlugged());
         QCOMPARE(finished.count(), 0);
         QTRY_VERIFY(unit.isPlugged());
