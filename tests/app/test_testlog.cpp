@@ -3,15 +3,16 @@
 
 #include "app/testlog.h"
 #include "tests/app/expectedlog.h"
-#include "tests/reliability/forkedchild.h"
+#include "tests/app/forkedchild.h"
+#include "tests/reliability/figures.h"
 
-#include <QDir>
-#include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTextCodec>
+#include <QThread>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace
@@ -19,17 +20,45 @@ namespace
 constexpr uid_t nobody = 65534;
 constexpr uid_t otherUser = 65533;
 
+bool isCovered(int component, int band)
+{
+    return (7 * component + band) % 3 == 0;
+}
+
+/// The unit's serial number, the date and the covered bands in a log.
+void writeLog(const QString& path, const QString& serial)
+{
+    testlog::Coverage coverage;
+    for (int c = 0; c < 44; ++c)
+        for (int band = 0; band < (c >= 9 && c < 40 ? 2 : 13); ++band)
+            coverage.at(static_cast<std::size_t>(c))
+                .append({0.0F, 0.0F, isCovered(c, band) ? 1.0F : 0.0F});
+    testlog::write(path, testlog::lines(serial, {{2026, 3, 9}, {7, 5, 4}}, coverage));
+}
+
+QByteArray expected(const QString& serial)
+{
+    return expectedLog(QTextCodec::codecForLocale()->fromUnicode(serial), "Mon Mar 9 07:05:04 2026",
+                       isCovered);
+}
+
 QByteArray contentOf(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
-/// As that user where the test runs as root, otherwise as who runs it.
-void writeAs(uid_t user, const QString& path, const QString& text, gid_t group = nobody)
+bool isWhole(const QByteArray& log)
 {
-    ForkedChild child([&] { testlog::write(path, {text}); }, user, group);
-    QVERIFY(child.succeeded());
+    return log == expected("one") || log == expected("the other");
+}
+
+[[noreturn]] void writeForEver(const QString& path)
+{
+    for (;;) {
+        writeLog(path, "one");
+        writeLog(path, "the other");
+    }
 }
 
 mode_t modeOf(const QString& path)
@@ -58,50 +87,38 @@ private Q_SLOTS:
         logs.setPath(folder->filePath("Logs"));
         QVERIFY(logs.mkpath("."));
         give(folder->path(), nobody, 0755);
-        give(logs.path(), nobody, 0755);
-        log = logs.filePath("log");
+        log = logs.filePath("ZORVI_1.txt");
     }
     void cleanup() { QFile::setPermissions(logs.path(), QFile::Permissions(0x7777)); }
 
     void serials_data()
     {
         QTest::addColumn<QString>("serial");
-        QTest::addColumn<QString>("file"); // below Logs; empty: nothing may be written
-        const auto written = [](const char* name, const QString& serial) {
-            QTest::newRow(name) << serial << "ZORVI_" + serial + ".txt";
-        };
-        written("empty", "");
-        written("spaces kept", " 1 2 ");
-        written("place markers", "%1%2%L3");
-        written("umlauts", "\u00e4\u00d6\u00fc");
-        written("as long as a name may be", QString(245, '7'));
-        QTest::newRow("too long") << QString(246, '7') << "";
-        QTest::newRow("slash") << "a/b" << "";
-        QTest::newRow("way out") << "/../../x" << "";
-        QTest::newRow("NUL") << QString("a") + QChar::Null + 'b' << "";
+        QTest::addColumn<bool>("written");
+        QTest::newRow("empty") << "" << true;
+        QTest::newRow("spaces kept") << " 1 2 " << true;
+        QTest::newRow("place markers") << "%1%2%L3" << true;
+        QTest::newRow("umlauts") << "\u00e4\u00d6\u00fc" << true;
+        QTest::newRow("as long as a name may be") << QString(245, '7') << true;
+        QTest::newRow("too long") << QString(246, '7') << false;
+        QTest::newRow("slash") << "a/b" << false;
+        QTest::newRow("way out") << "/../../x" << false;
+        QTest::newRow("NUL") << QString("a") + QChar::Null + 'b' << false;
     }
 
     /// Every byte of the log, over a longer one, and nothing else in the folder.
     void serials()
     {
         QFETCH(QString, serial);
-        QFETCH(QString, file);
-        const auto isCovered = [](int c, int band) { return (7 * c + band) % 3 == 0; };
-        testlog::Coverage coverage;
-        for (std::size_t c = 0; c < coverage.size(); ++c)
-            for (int band = 0; band < (c >= 9 && c < 40 ? 2 : 13); ++band)
-                coverage[c].append({0.0F, 0.0F, isCovered(static_cast<int>(c), band) ? 1.0F : 0});
+        QFETCH(bool, written);
         const QString path = testlog::path(folder->path(), serial);
         testlog::write(path, {QString(100000, 'x')});
-        testlog::write(path, testlog::lines(serial, {{2026, 3, 9}, {7, 5, 4}}, coverage));
-
-        QCOMPARE(logs.entryList(QDir::Files | QDir::Hidden).join('|'), file);
-        QCOMPARE(QDir(folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                 QStringList("Logs"));
-        if (!file.isEmpty())
-            QCOMPARE(contentOf(logs.filePath(file)),
-                     expectedLog(QTextCodec::codecForLocale()->fromUnicode(serial),
-                                 "Mon Mar 9 07:05:04 2026", isCovered));
+        writeLog(path, serial);
+        const QStringList files = written ? QStringList("ZORVI_" + serial + ".txt") : QStringList();
+        QCOMPARE(logs.entryList(all), files);
+        QCOMPARE(QDir(folder->path()).entryList(all), QStringList("Logs"));
+        if (written)
+            QCOMPARE(contentOf(logs.filePath(files.first())), expected(serial));
     }
 
     void permissions_data()
@@ -115,7 +132,6 @@ private Q_SLOTS:
         QTest::newRow("read-only log") << 0777U << 0444U << nobody << false;
         QTest::newRow("folder takes nothing") << 0555U << 0644U << nobody << true;
         QTest::newRow("neither does the log") << 0555U << 0444U << nobody << false;
-        QTest::newRow("another user's") << 0777U << 0644U << otherUser << false;
         QTest::newRow("another user's, open") << 0777U << 0666U << otherUser << true;
     }
 
@@ -131,24 +147,24 @@ private Q_SLOTS:
         testlog::write(log, {"an old log"});
         give(log, logsOwner, logMode);
         give(logs.path(), nobody, folderMode);
-        writeAs(nobody, log, "new");
+        const ForkedChild station([this] { testlog::write(log, {"new"}); }, nobody);
+        QVERIFY(station.succeeded());
         QCOMPARE(contentOf(log), QByteArray(replaced ? "new\n" : "an old log\n"));
         QCOMPARE(modeOf(log), logMode);
-        QCOMPARE(logs.entryList(QDir::Files | QDir::Hidden), QStringList("log"));
+        QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
     }
 
-    /// A link stays one, and what it leads to is written.
-    void link()
+    /// Links stay links, and what they lead to is written.
+    void links()
     {
         const QString target = folder->filePath("target");
         const QString between = folder->filePath("between");
-        QVERIFY(QFile::link("Logs/../target", between) && QFile::link("../between", log));
-        for (const char* text : {"old\n", "new\n"}) {
-            testlog::write(log, {QString(text).trimmed()});
-            QCOMPARE(contentOf(target), QByteArray(text));
+        QVERIFY(QFile::link("target", between) && QFile::link("../between", log));
+        for (const QString text : {"old", "new"}) {
+            testlog::write(log, {text});
+            QCOMPARE(contentOf(target), text.toLatin1() + '\n');
             QVERIFY(QFileInfo(log).isSymLink() && QFileInfo(between).isSymLink());
         }
-        QVERIFY(QFile::remove(target) && QFile::remove(between));
     }
 
     /// What is no file is written to and not replaced.
@@ -163,18 +179,87 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(log) && !QFileInfo(log).isFile());
     }
 
-    /// Where there is no folder, none is made.
-    void noFolder()
+    void killed()
     {
-        QVERIFY(logs.removeRecursively());
-        testlog::write(log, {"new"});
-        QVERIFY(!QFileInfo::exists(logs.path()));
-        QVERIFY(QFile::link(folder->filePath("nowhere"), logs.path()));
-        testlog::write(log, {"new"});
-        QVERIFY(!QFileInfo::exists(folder->filePath("nowhere")));
+        const int rounds = figures::count(100, 2000);
+        writeLog(log, "one");
+        int written = 0;
+        for (int i = 0; i < rounds; ++i) {
+            {
+                const ForkedChild station([this] { writeForEver(log); });
+                QThread::usleep(QRandomGenerator::global()->bounded(20000U));
+            }
+            const QByteArray after = contentOf(log);
+            QVERIFY2(isWhole(after), after);
+            written += after != expected("one") ? 1 : 0;
+        }
+        QVERIFY(written > 0);
+        figures::print("killed (SIGKILL) while writing over a log", rounds, 0,
+                       QString("%1 temporary files left").arg(logs.entryList(all).size() - 1));
+    }
+
+    void twoStations()
+    {
+        const int reads = figures::count(500, 20000);
+        writeLog(log, "one");
+        const ForkedChild first([this] { writeForEver(log); });
+        const ForkedChild second([this] { writeForEver(log); });
+        for (int i = 0; i < reads; ++i)
+            QVERIFY(isWhole(contentOf(log)));
+        figures::print("reads while two stations write the same serial", reads, 0);
+    }
+
+    /// Full but for some bytes: neither is the old log lost, nor does a new one appear, nor does
+    /// anything else stay.
+    void fullDisk()
+    {
+        const int times = figures::count(20, 1000);
+        for (const rlim_t room : {0, 4096}) {
+            writeLog(log, "one");
+            const ForkedChild station([&] {
+                std::signal(SIGXFSZ, SIG_IGN);
+                const rlimit limit{room, room};
+                setrlimit(RLIMIT_FSIZE, &limit);
+                for (int i = 0; i < times; ++i) {
+                    writeLog(log, "the other");
+                    writeLog(logs.filePath("new"), "the other");
+                }
+            });
+            QVERIFY(station.succeeded());
+            QCOMPARE(contentOf(log), expected("one"));
+            QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
+        }
+        figures::print("logs written over, disk full or nearly", 2 * times, 0);
+    }
+
+    /// The real station, at its start, removes what one that was killed left long ago. What another
+    /// one may be writing now stays, and so do an operator's files.
+    void leftovers()
+    {
+        const QDir program = QFileInfo(ZORVI_STATION).dir();
+        for (const QString& name : program.entryList({"zorvi_assembly_test", "*.wav"}))
+            QVERIFY(QFile::copy(program.filePath(name), folder->filePath(name)));
+        const QStringList left{".zorvi_log_in_the_making_0123"};
+        const QStringList kept{"ZORVI_1.txt", "ZORVI_1.txt.backup",
+                               ".zorvi_log_in_the_making_4567"};
+        for (const QString& name : left + kept) {
+            QFile file(logs.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            const int age = name == kept.last() ? 30 : 90;
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-age),
+                                     QFileDevice::FileModificationTime));
+        }
+        const QByteArray path = folder->filePath("zorvi_assembly_test").toLocal8Bit();
+        const ForkedChild station([&] { execl(path, path.constData(), nullptr); });
+        QTRY_COMPARE_WITH_TIMEOUT(logs.entryList(all).size(), kept.size(), 30000);
+        for (const QString& name : kept)
+            QVERIFY2(logs.exists(name), qPrintable(name));
     }
 
 private:
+    static constexpr auto all =
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+
     std::unique_ptr<QTemporaryDir> folder;
     QDir logs;
     QString log;

@@ -5,7 +5,6 @@
 // with the serial in it.
 
 #include "app/testlog.h"
-#include "tests/fuzz/fuzztarget.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -56,7 +56,7 @@ private Q_SLOTS:
     void exits_data()
     {
         QTest::addColumn<QString>("activity");
-        for (const char* activity : {"flood", "sound", "notice", "nothing"})
+        for (const char* activity : {"flood", "sound", "notice"})
             QTest::newRow(activity) << QString(activity);
     }
 
@@ -73,22 +73,21 @@ private Q_SLOTS:
             QTimer bells;
             std::atomic<bool> stop{false};
             std::thread flood;
-            if (activity == "flood") {
-                window->slot_PollDevices();
+            window->slot_PollDevices();
+            if (activity == "flood")
                 flood = std::thread([&] {
                     for (int value = 0; !stop; value = (value + 1) % 128)
                         unit.send({0xB0, value % 13 + 1, value});
                 });
-            } else if (activity == "sound") {
+            if (activity == "sound")
                 bells.callOnTimeout(window.get(), &MainWindow::signal_Ding);
-                bells.start(5);
-            } else if (activity == "notice") {
+            bells.start(5);
+            if (activity == "notice")
                 QTimer::singleShot(0, window.get(), SLOT(slot_TestComplete()));
-            }
             // Again and again: a notice comes before the window that it blocks.
             QTimer closer;
             closer.callOnTimeout(qApp, &QApplication::closeAllWindows);
-            closer.start(activity == "nothing" ? 0 : 50);
+            closer.start(50);
             QCOMPARE(QApplication::exec(), 0);
             window.reset();
             stop = true;
