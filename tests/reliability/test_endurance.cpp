@@ -77,6 +77,8 @@ private Q_SLOTS:
         for (int round = 1; round <= rounds; ++round) {
             for (int i = 0; i < perRound; ++i)
                 unit.send({0xB0, i / 128 % 128, i % 128});
+            while (memorysequencer::waitingEvents() > 0)
+                std::this_thread::yield();
             QMetaObject::invokeMethod(box, "click", Qt::QueuedConnection);
             QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), round, 30000);
             QTRY_COMPARE_WITH_TIMEOUT(hearing.count, round * perRound, 30000);

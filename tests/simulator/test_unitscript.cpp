@@ -47,8 +47,8 @@ QSet<int> bandsReached(const UnitScript& script, int component)
         if (message.isController() && own.isController() &&
             message.getControllerNumber() == own.getControllerNumber())
             bands << qMin(12, message.getControllerValue() / 10);
-        if (message.isNoteOnOrOff() && own.isNoteOn() &&
-            message.getNoteNumber() == own.getNoteNumber() && message.getVelocity() % 127 == 0)
+        if (message.isNoteOnOrOff() && own.isNoteOn() && message.getVelocity() % 127 == 0 &&
+            (component == 18 || message.getNoteNumber() == own.getNoteNumber()))
             bands << message.getVelocity() / 127;
     }
     return bands;
