@@ -133,6 +133,7 @@ private Q_SLOTS:
         QTest::newRow("folder takes nothing") << 0555U << 0644U << nobody << true;
         QTest::newRow("neither does the log") << 0555U << 0444U << nobody << false;
         QTest::newRow("another user's, open") << 0777U << 0666U << otherUser << true;
+        QTest::newRow("sticky folder") << 01777U << 0666U << otherUser << true;
     }
 
     /// A shorter log over an old one, as a user who is not root.
@@ -146,12 +147,32 @@ private Q_SLOTS:
             QSKIP("only root can make another user's log");
         testlog::write(log, {"an old log"});
         give(log, logsOwner, logMode);
-        give(logs.path(), nobody, folderMode);
+        give(logs.path(), logsOwner, folderMode);
         const ForkedChild station([this] { testlog::write(log, {"new"}); }, nobody);
         QVERIFY(station.succeeded());
         QCOMPARE(contentOf(log), QByteArray(replaced ? "new\n" : "an old log\n"));
         QCOMPARE(modeOf(log), logMode);
         QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
+    }
+
+    /// Two members of the folder's group replace each other's log, whatever their masks.
+    void group()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root can be two users");
+        give(logs.path(), 0, 02775);
+        for (const auto& [user, text] :
+             {std::pair(nobody, "one"), std::pair(otherUser, "two"), std::pair(nobody, "three")}) {
+            const ForkedChild station(
+                [&, line = QString(text)] {
+                    umask(077);
+                    testlog::write(log, {line});
+                },
+                user, nobody);
+            QVERIFY(station.succeeded());
+            QCOMPARE(contentOf(log), QByteArray(text) + '\n');
+            QCOMPARE(modeOf(log), 0660U);
+        }
     }
 
     /// Links stay links, and what they lead to is written.
@@ -239,9 +260,12 @@ private Q_SLOTS:
         const QDir program = QFileInfo(ZORVI_STATION).dir();
         for (const QString& name : program.entryList({"zorvi_assembly_test", "*.wav"}))
             QVERIFY(QFile::copy(program.filePath(name), folder->filePath(name)));
-        const QStringList left{".zorvi_log_in_the_making_0123"};
-        const QStringList kept{"ZORVI_1.txt", "ZORVI_1.txt.backup",
-                               ".zorvi_log_in_the_making_4567"};
+        const QStringList left{"ZORVI_1.txt.aBcDeF", "ZORVI_a b.txt.QQqqQQ",
+                               ".zorvi_log_in_the_making_0123"};
+        const QStringList kept{"ZORVI_1.txt",         "ZORVI_1.txt.backup",  "ZORVI_1.txt.Backup",
+                               "ZORVI_1.txt.BACKUP",  "ZORVI_1.txt.aBcDe",   "ZORVI_1.txt.aBcDe1",
+                               "ZORVI_1.txt.aBcDeFg", "ZORVI_1.txt.aBcDeF~", "ZORVI_1.aBcDeF",
+                               "notes.txt.aBcDeF",    "ZORVI_2.txt.aBcDeF"};
         for (const QString& name : left + kept) {
             QFile file(logs.filePath(name));
             QVERIFY(file.open(QIODevice::WriteOnly));

@@ -29,8 +29,8 @@ private Q_SLOTS:
             QByteArray log = expectedLog("1", "", [](int c) { return c != 18; });
             QCOMPARE(logcheck::differences(log, {}, false), QString());
             const auto number = QByteArray::number(row.component);
-            log.replace(log.indexOf(row.line, log.indexOf("(Component " + number)),
-                        row.line.size(), row.replacement);
+            log.replace(log.indexOf(row.line, log.indexOf("(Component " + number)), row.line.size(),
+                        row.replacement);
             const QString found = logcheck::differences(log, {}, false);
             QVERIFY2(found.contains("component " + number + ' '), qPrintable(found));
         }
@@ -40,8 +40,7 @@ private Q_SLOTS:
     void expectsTheFault()
     {
         const UnitFault unit{Fault::NoLowEnd, 2};
-        const auto log =
-            expectedLog("1", "", [](int c, int band) { return c != 2 || band != 0; });
+        const auto log = expectedLog("1", "", [](int c, int band) { return c != 2 || band != 0; });
         QCOMPARE(logcheck::differences(log, unit, true), QString());
         QVERIFY(logcheck::differences(log, {}, true).contains("component 2 "));
         QVERIFY(logcheck::differences(log, unit, false).contains("component 18 "));

@@ -83,8 +83,8 @@ private Q_SLOTS:
     void unitPlaysWholeRuns()
     {
         for (const bool marker : {false, true}) {
-            Program unit(ZORVI_UNIT_IN_MEMORY, QString("--runs 2 --delay 0 --pace 100000") +
-                                                   (marker ? " --tarvek" : ""));
+            Program unit(ZORVI_UNIT_IN_MEMORY,
+                         QString("--runs 2 --delay 0 --pace 100000") + (marker ? " --tarvek" : ""));
             QVERIFY2(unit.status() == 0, qPrintable(unit.errors));
             QStringList components;
             for (const QString& line : unit.output.split('\n').filter("Component "))

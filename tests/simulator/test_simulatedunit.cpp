@@ -32,8 +32,8 @@ private:
 
     std::mutex mutex;
     std::vector<juce::MidiMessage> messages;
-    std::unique_ptr<juce::MidiInput> input = juce::MidiInput::openDevice(
-        juce::MidiInput::getAvailableDevices()[0].identifier, this);
+    std::unique_ptr<juce::MidiInput> input =
+        juce::MidiInput::openDevice(juce::MidiInput::getAvailableDevices()[0].identifier, this);
 };
 
 QByteArray bytesOf(const juce::MidiMessage& message)

@@ -113,10 +113,8 @@ private Q_SLOTS:
         QCOMPARE(places(Fault::NoHighEnd), "-" + QString(9, 'x') + QString(31, '-') + "xxxx-");
         QCOMPARE(places(Fault::WeakButton), QString(10, '-') + QString(30, 'x') + "------");
         QCOMPARE(places(Fault::TooEarly), "-" + QString(38, 'x') + "--xxx--");
-        QCOMPARE(places(Fault::Swapped),
-                 "-xxxxxxxx-xxxxxxxx--" + QString(19, 'x') + "--xxx--");
+        QCOMPARE(places(Fault::Swapped), "-xxxxxxxx-xxxxxxxx--" + QString(19, 'x') + "--xxx--");
     }
-
 };
 
 QTEST_GUILESS_MAIN(TestUnitScript)
