@@ -15,22 +15,19 @@ private Q_SLOTS:
     /// The log of a whole run, then with one line of one component's block replaced.
     void findsDifferences()
     {
-        const struct {
-            int component;
-            QByteArray line;
-            QByteArray replacement;
-        } rows[] = {{43, "Range 12: 1", "Range 12: 0"},
-                    {20, "Range 1: 1", "Range 1: 0.5"},
-                    {9, "\r\nRange 1: 1", ""},
-                    {30, "(Component 30)", ""},
-                    {39, " NOT TESTED (Power Button)", "Range 0: 1"},
-                    {18, "Range 0: 0", "Range 0: 1"}};
-        for (const auto& row : rows) {
+        const std::tuple<int, QByteArray, QByteArray> changes[] = {
+            {43, "Range 12: 1", "Range 12: 0"},
+            {20, "Range 1: 1", "Range 1: 0.5"},
+            {9, "\r\nRange 1: 1", ""},
+            {30, "(Component 30)", ""},
+            {39, " NOT TESTED (Power Button)", "Range 0: 1"},
+            {18, "Range 0: 0", "Range 0: 1"}};
+        for (const auto& [component, line, replacement] : changes) {
             QByteArray log = expectedLog("1", "", [](int c) { return c != 18; });
             QCOMPARE(logcheck::differences(log, {}, false), QString());
-            const auto number = QByteArray::number(row.component);
-            log.replace(log.indexOf(row.line, log.indexOf("(Component " + number)), row.line.size(),
-                        row.replacement);
+            const auto number = QByteArray::number(component);
+            log.replace(log.indexOf(line, log.indexOf("(Component " + number)), line.size(),
+                        replacement);
             const QString found = logcheck::differences(log, {}, false);
             QVERIFY2(found.contains("component " + number + ' '), qPrintable(found));
         }
