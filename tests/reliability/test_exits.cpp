@@ -66,7 +66,7 @@ private Q_SLOTS:
         const int rounds = figures::count(3, 50);
         SimulatedUnit unit;
         QVERIFY(unit.plug());
-        int portsBefore = 0;
+        int ports = 0;
         for (int i = 0; i < rounds; ++i) {
             auto window = std::make_unique<MainWindow>();
             window->show();
@@ -93,9 +93,8 @@ private Q_SLOTS:
             stop = true;
             if (flood.joinable())
                 flood.join();
-            if (i == 0)
-                portsBefore = memorysequencer::portCount();
-            QCOMPARE(memorysequencer::portCount(), portsBefore);
+            ports = i == 0 ? memorysequencer::portCount() : ports;
+            QCOMPARE(memorysequencer::portCount(), ports);
         }
         figures::print("exits: " + activity + " going on", rounds, 0);
     }
