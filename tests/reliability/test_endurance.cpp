@@ -19,7 +19,11 @@ class TestEndurance : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { station::quiet(); }
+    void initTestCase()
+    {
+        station::quiet();
+        QDir::setCurrent(QDir::rootPath()); // not where the logs go
+    }
 
     void unitAfterUnit()
     {
