@@ -3,15 +3,67 @@
 
 #include "app/testlog.h"
 
-#include "app/filereplacement.h"
-
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QSaveFile>
 #include <QTextStream>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace
 {
 QString folder(const QString& applicationDirectory)
 {
     return applicationDirectory + QStringLiteral("/Logs");
+}
+
+/// Whether every byte reached the disk. A full disk reports it only when the buffer is written out,
+/// one across a network only when it is asked to sync.
+bool writeOut(QFileDevice& file, const QByteArray& bytes)
+{
+    bool whole = file.write(bytes) == bytes.size() && file.flush();
+#if defined(_POSIX_SYNCHRONIZED_IO) && _POSIX_SYNCHRONIZED_IO > 0
+    whole = whole && fdatasync(file.handle()) == 0;
+#endif
+    return whole;
+}
+
+/// A new log is as open to the group as its folder is, whatever the writing user's mask: all who
+/// may put logs into the folder may replace it.
+void openToGroup(QFileDevice& file, const QFileInfo& folder)
+{
+    if (folder.permission(QFileDevice::WriteGroup))
+        file.setPermissions(file.permissions() | QFileDevice::ReadGroup | QFileDevice::WriteGroup);
+}
+
+/// Puts a new file in the old one's place, in one step. False if there is no way to do that here;
+/// true also if the disk is full: the old file stays then.
+bool replaceFile(const QFileInfo& old, const QByteArray& bytes)
+{
+    // Pipes and devices are written to, and so is a link's missing target. QSaveFile follows one
+    // link only.
+    if (old.exists() ? !old.isFile() : old.isSymLink())
+        return false;
+    QSaveFile file(old.exists() ? old.canonicalFilePath() : old.filePath());
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (!old.exists())
+        openToGroup(file, QFileInfo(old.path()));
+    return !writeOut(file, bytes) || file.commit();
+}
+
+void writeInPlace(const QFileInfo& old, const QByteArray& bytes)
+{
+    QFile file(old.filePath());
+    // Some systems refuse to open another user's file in a sticky folder if it could be created.
+    const auto existing = old.exists() ? QIODevice::ExistingOnly : QIODevice::NotOpen;
+    if (!file.open(QIODevice::WriteOnly | existing))
+        return;
+    if (!old.exists())
+        openToGroup(file, QFileInfo(old.path()));
+    writeOut(file, bytes);
 }
 
 QString kindName(int component)
@@ -70,10 +122,32 @@ void testlog::write(const QString& path, const QStringList& lines)
     for (const QString& line : lines)
         stream << line << '\n';
     stream.flush();
-    filereplacement::write(path, bytes);
+    // A file name ends at a NUL: another file would be written.
+    if (path.contains(QChar::Null))
+        return;
+    const QFileInfo old(path);
+    // In place where the folder takes no new file or refuses the exchange: a sticky folder, a mount
+    // point, some network shares.
+    if (!replaceFile(old, bytes))
+        writeInPlace(old, bytes);
 }
 
 void testlog::removeLeftovers(const QString& applicationDirectory)
 {
-    filereplacement::removeLeftovers(folder(applicationDirectory));
+    // QSaveFile's names, a log's with a point and six random letters, and those of version 1.0.0.
+    // Letters that may be a word ("backup", "Backup") are an operator's.
+    static const QRegularExpression leftover(
+        QRegularExpression::anchoredPattern(
+            QStringLiteral("ZORVI_.*\\.txt\\.(?![A-Z]?[a-z]+$|[A-Z]+$)[A-Za-z]{6}"
+                           "|\\.zorvi_log_in_the_making_.*")),
+        QRegularExpression::DotMatchesEverythingOption);
+    constexpr int longestWriteSeconds = 60;
+    const QDateTime stillWriting = QDateTime::currentDateTime().addSecs(-longestWriteSeconds);
+    QDirIterator files(folder(applicationDirectory), QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    while (files.hasNext()) {
+        const QString path = files.next();
+        if (leftover.match(files.fileName()).hasMatch() &&
+            files.fileInfo().lastModified() < stillWriting)
+            QFile::remove(path);
+    }
 }

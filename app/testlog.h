@@ -25,10 +25,14 @@ QStringList lines(const QString& serial, const QDateTime& when, const Coverage& 
 /// The log's path under the application directory; the serial is taken as typed.
 QString path(const QString& applicationDirectory, const QString& serial);
 
-/// Writes the elements, a line feed after each, in the system's 8-bit encoding, over whatever stood
-/// there. Failure is silent: the station goes on with the next unit. No folder is created.
+/// Writes the elements, a line feed after each, in the system's 8-bit encoding. An old log is
+/// replaced whole or stays, also if the disk is full or the process is killed. Only where the
+/// folder does not permit that, and through a link whose target is missing, it is written in place.
+/// A log that the user may not write stays. Failure is silent: the station goes on with the next
+/// unit. No folder is created.
 void write(const QString& path, const QStringList& lines);
 
-/// Removes what stations left among the logs that were killed while they wrote; once, at start.
+/// Removes files that a station left among the logs when it was killed while it wrote. Files that
+/// changed within the last minute may be another station's that is writing now; they stay.
 void removeLeftovers(const QString& applicationDirectory);
 } // namespace testlog

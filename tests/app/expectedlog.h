@@ -7,17 +7,18 @@
 
 #include <functional>
 
-/// The log as a unit's record keeper expects it, put together without the code under test:
-/// covered says of each component whether its bands are to be marked.
+/// The log as a unit's record keeper expects it, put together without the code under test.
+/// covered: whether a component's band is to be marked.
 inline QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
-                              const std::function<bool(int)>& covered)
+                              const std::function<bool(int, int)>& covered)
 {
     QByteArray text = "Norvane Instruments\n\r\n\r\nZORVI\t#" + serial + "\t" + date + "\n";
     const auto block = [&](const char* kind, int index, int component, int bands) {
         text += QByteArray("\r\n\r\n---------------- ") + kind + ": " + QByteArray::number(index) +
                 " (Component " + QByteArray::number(component) + ") ----------------";
         for (int i = 0; i < bands; ++i)
-            text += "\r\nRange " + QByteArray::number(i) + ": " + (covered(component) ? '1' : '0');
+            text +=
+                "\r\nRange " + QByteArray::number(i) + ": " + (covered(component, i) ? '1' : '0');
         if (component == 39)
             text += "\r\n NOT TESTED (Power Button)";
         text += "\n";
@@ -29,4 +30,11 @@ inline QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
     for (int c = 40; c <= 43; ++c)
         block("ROTARY", c - 40, c, 13);
     return text;
+}
+
+/// The same with all bands of a component marked, or none.
+inline QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
+                              const std::function<bool(int)>& covered)
+{
+    return expectedLog(serial, date, [&](int component, int) { return covered(component); });
 }

@@ -1,12 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/fuzz/fuzztarget.h"
-
 #include <QDir>
 #include <QFile>
 
 #include <iostream>
+
+// libFuzzer's entry points; a case that must not be ends the program.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 /// Runs every case of the folder that is named first, without a fuzzer and with any compiler.
 int main(int argc, char* argv[])

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/memorysequencer.h"
 #include "simulator/simulatedunit.h"
 #include "simulator/unitplayer.h"
 
@@ -12,48 +11,35 @@
 
 namespace
 {
-/// Keeps what arrives on JUCE's MIDI thread until the test looks at it.
+/// Keeps the bytes that arrive on JUCE's MIDI thread from the first port in the list.
 class Recorder : private juce::MidiInputCallback
 {
 public:
-    /// Listens to the port of this number in the list.
-    explicit Recorder(int port = 0)
-        : input(juce::MidiInput::openDevice(juce::MidiInput::getAvailableDevices()[port].identifier,
-                                            this))
-    {
-        input->start();
-    }
+    Recorder() { input->start(); }
 
-    std::vector<juce::MidiMessage> received()
+    QVector<QByteArray> received()
     {
         const std::lock_guard lock(mutex);
         return messages;
+    }
+
+    static QByteArray bytesOf(const juce::MidiMessage& message)
+    {
+        return {reinterpret_cast<const char*>(message.getRawData()), message.getRawDataSize()};
     }
 
 private:
     void handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage& message) override
     {
         const std::lock_guard lock(mutex);
-        messages.push_back(message);
+        messages << bytesOf(message);
     }
 
     std::mutex mutex;
-    std::vector<juce::MidiMessage> messages;
-    std::unique_ptr<juce::MidiInput> input;
+    QVector<QByteArray> messages;
+    std::unique_ptr<juce::MidiInput> input =
+        juce::MidiInput::openDevice(juce::MidiInput::getAvailableDevices()[0].identifier, this);
 };
-
-juce::MidiMessage numbered(int number)
-{
-    return juce::MidiMessage::controllerEvent(1, number / 128 % 128, number % 128);
-}
-
-UnitScript numberedSteps(int count)
-{
-    UnitScript script;
-    for (int i = 0; i < count; ++i)
-        script.push_back({UnitStep::Action::Send, numbered(i)});
-    return script;
-}
 } // namespace
 
 /// The simulated unit over the sequencer in memory, listened to by JUCE's real MIDI code.
@@ -62,106 +48,30 @@ class TestSimulatedUnit : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup()
+    /// From the first of two units with one name, in order; system exclusive messages of any length
+    /// whole.
+    void everythingArrives()
     {
-        QCOMPARE(memorysequencer::clientCount(), 0);
-        QCOMPARE(memorysequencer::waitingEvents(), std::size_t{0});
-    }
-
-    void portsComeAndGo()
-    {
-        SimulatedUnit whole;
-        SimulatedUnit withoutOutput("Zorvi_Control", SimulatedUnit::Ports::OnlySending);
-        for (int i = 0; i < 100; ++i) {
-            for (SimulatedUnit* unit : {&whole, &withoutOutput}) {
-                unit->send(numbered(1)); // unplugged: lost, harmless
-                QVERIFY(unit->plug());
-                QVERIFY(unit->plug());
-                const auto inputs = juce::MidiInput::getAvailableDevices();
-                QCOMPARE(inputs.size(), 1);
-                QCOMPARE(inputs[0].name, juce::String("Zorvi_Control"));
-                QCOMPARE(juce::MidiOutput::getAvailableDevices().size(), unit == &whole ? 1 : 0);
-                unit->unplug();
-                QVERIFY(!unit->isPlugged());
-                QCOMPARE(memorysequencer::portCount(), 0);
-            }
-        }
-    }
-
-    void everyListenerGetsEverythingInOrder()
-    {
-        constexpr std::size_t count = 10000;
         SimulatedUnit unit;
-        QVERIFY(unit.plug());
-        Recorder first;
-        Recorder second;
-        for (std::size_t i = 0; i < count; ++i)
-            unit.send(numbered(static_cast<int>(i)));
-
-        for (Recorder* recorder : {&first, &second}) {
-            QTRY_COMPARE(recorder->received().size(), count);
-            const auto messages = recorder->received();
-            for (std::size_t i = 0; i < count; ++i)
-                QCOMPARE(messages[i].getControllerNumber() * 128 + messages[i].getControllerValue(),
-                         static_cast<int>(i));
-        }
-    }
-
-    void sysexArrivesWhole_data()
-    {
-        QTest::addColumn<int>("size");
-        for (const int size : {1, 64, 254, 255, 256, 4096, 20000, 60000})
-            QTest::addRow("%d bytes between F0 and F7", size) << size;
-    }
-
-    void sysexArrivesWhole()
-    {
-        QFETCH(int, size);
-        QByteArray body;
-        for (int i = 0; i < size; ++i)
-            body.append(static_cast<char>(i % 127));
-        SimulatedUnit unit;
-        QVERIFY(unit.plug());
-        Recorder recorder;
-        unit.send(juce::MidiMessage::createSysExMessage(body.constData(), size));
-        unit.send(numbered(1));
-
-        QTRY_COMPARE(recorder.received().size(), std::size_t{2});
-        const auto sysex = recorder.received().front();
-        QCOMPARE(QByteArray(reinterpret_cast<const char*>(sysex.getSysExData()),
-                            sysex.getSysExDataSize()),
-                 body);
-        QVERIFY(recorder.received().back().isController());
-    }
-
-    void unitsWithOneNameAreTwoUnits()
-    {
-        SimulatedUnit heard;
         SimulatedUnit other;
-        QVERIFY(heard.plug() && other.plug());
-        QCOMPARE(juce::MidiInput::getAvailableDevices().size(), 2);
+        QVERIFY(unit.plug() && other.plug());
         Recorder recorder;
-        other.send(numbered(1));
-        heard.send(numbered(2));
-        QTRY_VERIFY(!recorder.received().empty());
-        QCOMPARE(recorder.received().front().getControllerValue(), 2);
+        other.send({0x90, 1, 1});
+        QVector<QByteArray> sent;
+        const auto send = [&](const juce::MidiMessage& message) {
+            unit.send(message);
+            sent << Recorder::bytesOf(message);
+        };
+        for (int i = 0; i < 10000; ++i)
+            send({0xB0, i / 128, i % 128});
+        for (const int size : {1, 254, 255, 256, 60000})
+            send(juce::MidiMessage::createSysExMessage(QByteArray(size, 'U').constData(), size));
+        QTRY_COMPARE(recorder.received().size(), sent.size());
+        QCOMPARE(recorder.received(), sent);
     }
 
-    /// What waited for a listener that was never started goes with the listener.
-    void deletedListenerLeavesNothingBehind()
-    {
-        SimulatedUnit unit;
-        QVERIFY(unit.plug());
-        for (int i = 0; i < 100; ++i) {
-            const auto port = juce::MidiInput::getAvailableDevices()[0];
-            const auto input = juce::MidiInput::openDevice(port.identifier, nullptr);
-            QCOMPARE(memorysequencer::waitingEvents(), std::size_t{0});
-            unit.send(numbered(i));
-            QCOMPARE(memorysequencer::waitingEvents(), std::size_t{1});
-        }
-    }
-
-    void playerSendsTheWholeScript()
+    /// At its pace, with the cable's pauses; a script that is replaced is given up.
+    void playsAScript()
     {
         SimulatedUnit unit;
         QVERIFY(unit.plug());
@@ -169,56 +79,21 @@ private Q_SLOTS:
         UnitPlayer player(unit);
         QSignalSpy finished(&player, SIGNAL(signal_Finished()));
         player.setPace(1);
-        player.play(numberedSteps(1000)); // never gets far: replaced by the next script
-        player.setPace(50000);
-        player.play(numberedSteps(5000));
-        QVERIFY(player.isPlaying());
-        QTRY_COMPARE(finished.count(), 1);
-        QVERIFY(!player.isPlaying());
-        QTRY_COMPARE(recorder.received().size(), std::size_t{5000});
-
-        player.play({});
-        QTRY_COMPARE(finished.count(), 2);
-    }
-
-    void playerKeepsThePace()
-    {
-        SimulatedUnit unit;
-        UnitPlayer player(unit);
-        QSignalSpy finished(&player, SIGNAL(signal_Finished()));
-        player.setPace(200);
-        QElapsedTimer timer;
-        timer.start();
-        player.play(numberedSteps(100));
-        QTRY_COMPARE(finished.count(), 1);
-        QVERIFY2(timer.elapsed() >= 450, "half a second of messages came too fast");
-    }
-
-    void playerPullsTheCable()
-    {
-        SimulatedUnit unit;
-        QVERIFY(unit.plug());
-        UnitPlayer player(unit);
-        QSignalSpy finished(&player, SIGNAL(signal_Finished()));
+        player.play(UnitScript(100, {UnitStep::Action::Send, {0xB0, 1, 1}}));
         player.setPace(1000);
         player.setCablePause(200);
-        player.play({{UnitStep::Action::Unplug, {}}, {UnitStep::Action::Replug, {}}});
+        UnitScript script(500, {UnitStep::Action::Send, {0xB0, 2, 2}});
+        script.push_back({UnitStep::Action::Unplug});
+        script.push_back({UnitStep::Action::Replug});
+        QElapsedTimer time;
+        time.start();
+        player.play(script);
         QTRY_VERIFY(!unit.isPlugged());
-        QCOMPARE(finished.count(), 0);
-        QTRY_VERIFY(unit.isPlugged());
+        QVERIFY2(time.elapsed() >= 450, "half a second of messages came too fast");
+        QTRY_COMPARE(recorder.received(), QVector<QByteArray>(500, "\xB0\x02\x02"));
         QCOMPARE(finished.count(), 0);
         QTRY_COMPARE(finished.count(), 1);
-    }
-
-    void withoutASequencerItStaysUnplugged()
-    {
-        SimulatedUnit unit;
-        memorysequencer::setAbsent(true);
-        QVERIFY(!SimulatedUnit::isSequencerPresent());
-        QVERIFY(!unit.plug());
-        QVERIFY(!unit.isPlugged());
-        memorysequencer::setAbsent(false);
-        QVERIFY(unit.plug());
+        QVERIFY(unit.isPlugged() && !player.isPlaying());
     }
 };
 
