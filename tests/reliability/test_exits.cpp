@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/audio/soundserver.h"
 #include "tests/reliability/childprocess.h"
 #include "tests/reliability/figures.h"
 
@@ -23,7 +22,6 @@ private Q_SLOTS:
         if (screen.waitForStarted() && screen.waitForReadyRead(ChildProcess::patienceMs))
             display =
                 QStringLiteral(":") + QString::fromLatin1(screen.readAllStandardOutput().trimmed());
-        hasSound = SoundServer::isInstalled() && sound.start(44100);
     }
 
     void cleanupTestCase()
@@ -36,7 +34,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("activity");
         QTest::addColumn<QString>("way");
-        for (const char* activity : {"flood", "sound", "notice", "nothing"})
+        for (const char* activity : {"flood", "notice", "nothing"})
             for (const char* way : {"close", "manager", "signal"})
                 QTest::addRow("%s, %s", activity, way)
                     << QString::fromLatin1(activity) << QString::fromLatin1(way);
@@ -49,8 +47,6 @@ private Q_SLOTS:
         const int rounds = figures::count(1, 17);
         if (way == QLatin1String("manager") && display.isEmpty())
             QSKIP("no Xvfb");
-        if (activity == QLatin1String("sound") && !hasSound)
-            QSKIP("no sound server to play to");
 
         int wrong = 0;
         for (int i = 0; i < rounds; ++i) {
@@ -84,8 +80,6 @@ private Q_SLOTS:
 private:
     QProcess screen;
     QString display;
-    SoundServer sound;
-    bool hasSound = false;
 };
 
 QTEST_GUILESS_MAIN(TestExits)
