@@ -160,7 +160,7 @@ private Q_SLOTS:
     /// The sound is let go before anything of it is deleted, or it crashes sooner or later.
     void windowsGoWhileTheyPlay()
     {
-        for (int i = 0; i < 50; ++i) {
+        for (int i = 0; i < 20; ++i) {
             cleanup();
             init();
             Q_EMIT window->signal_Ding();

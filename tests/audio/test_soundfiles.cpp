@@ -54,12 +54,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("contents");
         const QByteArray whole = good["Bell"];
         QProcess sox; // writes to a pipe: the header cannot know the length
-        sox.start("sox", {soundPath("Bell"), "-t", "wav", "-"});
+        sox.start("sox", {soundPath("Bell"), "-t", "wav", "-", "repeat", "8"});
         QVERIFY(sox.waitForFinished());
         const QByteArray streamed = sox.readAllStandardOutput();
-        QVERIFY(streamed.left(44) != whole.left(44) && streamed.mid(44) == whole.mid(44));
-        QTest::newRow("written to a stream") << streamed;
-        QTest::newRow("more than ten seconds") << streamed + whole.mid(44).repeated(8);
+        QTest::newRow("streamed") << streamed.left(whole.size());
+        QTest::newRow("more than ten seconds") << streamed;
         QTest::newRow("a sample short") << whole.chopped(2);
         QTest::newRow("half of it") << whole.left(whole.size() / 2);
         QTest::newRow("one sample") << whole.left(46);
