@@ -28,7 +28,7 @@ constexpr Layer layers[] = {
 void add(Samples& mix, const Layer& layer, std::size_t at, double stop, double rate)
 {
     Samples file = soundSamples(layer.sound);
-    const auto length = static_cast<double>(file.size());
+    const double length = std::min(10 * fileRate, static_cast<double>(file.size()));
     file.resize(file.size() + 2);
     const double step = std::exp2(layer.semitones / 12.0) * fileRate / rate;
     // The sampler counts its fades in samples of the file's rate, whatever the device's is.
@@ -61,7 +61,7 @@ Samples soundSamples(const QString& sound)
     QFile file(soundPath(sound));
     if (!file.open(QIODevice::ReadOnly))
         qFatal("no sound file %s", qPrintable(file.fileName()));
-    const QByteArray bytes = file.readAll().mid(44, 2 * 441000);
+    const QByteArray bytes = file.readAll().mid(44);
     Samples samples;
     for (int i = 0; i + 1 < bytes.size(); i += 2)
         samples.push_back(qFromLittleEndian<qint16>(bytes.constData() + i) / 32768.0);

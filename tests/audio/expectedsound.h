@@ -24,10 +24,11 @@ void ask(AudioEngine& engine, char request);
 
 /// "Beep", "Click" or "Bell": the file beside the test.
 QString soundPath(const QString& sound);
-/// The first ten seconds of a file with a plain 16-bit header; -1 to 1.
+/// What follows a plain 16-bit header; -1 to 1.
 Samples soundSamples(const QString& sound);
 
-/// All requests together on a device of that rate in Hz. A request stops the one like it.
+/// All requests together on a device of that rate in Hz. A request stops the one like it; of a file
+/// the first ten seconds are played.
 Samples mixOf(const std::vector<Begin>& requests, double rate = fileRate);
 
 /// How far two sounds are apart; what lies after the end of either is silence.
