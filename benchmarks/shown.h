@@ -24,20 +24,3 @@ inline void showPainted(QWidget& window)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     paintChanges(window);
 }
-
-/// Shows a window as long as this lives.
-class Shown
-{
-public:
-    explicit Shown(QWidget& shown)
-        : window(shown)
-    {
-        showPainted(window);
-    }
-    Shown(const Shown&) = delete;
-    Shown& operator=(const Shown&) = delete;
-    ~Shown() { window.hide(); }
-
-private:
-    QWidget& window;
-};

@@ -48,7 +48,12 @@ void add(Samples& mix, const Layer& layer, std::size_t at, double stop, double r
 
 void ask(AudioEngine& engine, char request)
 {
-    request == 'b' ? engine.slot_Beep() : request == 'c' ? engine.slot_Click() : engine.slot_Ding();
+    if (request == 'b')
+        engine.slot_Beep();
+    if (request == 'c')
+        engine.slot_Click();
+    if (request == 'd')
+        engine.slot_Ding();
 }
 
 QString soundPath(const QString& sound)
@@ -84,16 +89,18 @@ Samples mixOf(const std::vector<Begin>& requests, double rate)
     return mix;
 }
 
-double distance(const Samples& a, const Samples& b)
+double distance(Samples a, const Samples& b)
 {
-    double largest = 0.0;
-    for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i)
-        largest =
-            std::max(largest, std::abs((i < a.size() ? a[i] : 0.0) - (i < b.size() ? b[i] : 0.0)));
-    return largest;
+    a.resize(std::max(a.size(), b.size()));
+    for (std::size_t i = 0; i < b.size(); ++i)
+        a[i] -= b[i];
+    return peak(a);
 }
 
 double peak(const Samples& samples)
 {
-    return distance(samples, {});
+    double largest = 0.0;
+    for (const double sample : samples)
+        largest = std::max(largest, std::abs(sample));
+    return largest;
 }

@@ -14,7 +14,8 @@ using Samples = std::vector<double>;
 inline constexpr double fileRate = 44100.0;
 inline constexpr double inaudible = 0.001;
 
-/// A request by its letter, b(eep), c(lick) or d(ing), and the device's sample at which it begins.
+/// A request by its letter, b(eep), c(lick), d(ing) or none, and the device's sample at which it
+/// begins.
 struct Begin {
     char request;
     std::size_t at = 0;
@@ -32,5 +33,5 @@ Samples soundSamples(const QString& sound);
 Samples mixOf(const std::vector<Begin>& requests, double rate = fileRate);
 
 /// How far two sounds are apart; what lies after the end of either is silence.
-double distance(const Samples& a, const Samples& b);
+double distance(Samples a, const Samples& b);
 double peak(const Samples& samples);

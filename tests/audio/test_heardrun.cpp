@@ -8,26 +8,19 @@
 #include <QCheckBox>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <thread>
 
 namespace
 {
-/// A PulseAudio server that ends with this process.
-class Server : public QProcess
-{
-    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
-};
-
 Samples fromItsBegin(const Samples& sound)
 {
     return {std::find_if(sound.begin(), sound.end(), [](double sample) { return sample != 0.0; }),
@@ -80,7 +73,7 @@ class TestHeardRun : public QObject
     bool hears(const QByteArray& requests) const
     {
         const Samples heard = fromItsBegin(read(90000));
-        for (std::size_t delay = 0; delay < 16 * 512; delay += 512) {
+        for (std::size_t delay = 0; delay < 64 * 512; delay += 512) {
             std::vector<Begin> begins;
             for (const char request : requests)
                 begins.push_back({request, begins.empty() ? 0 : delay});
@@ -167,26 +160,27 @@ private Q_SLOTS:
         }
     }
 
+    /// The run goes on without the sound server, which ends with this process if not before.
     void serverGoesAway()
     {
+        if (QStandardPaths::findExecutable("pulseaudio").isEmpty())
+            QSKIP("needs PulseAudio and ALSA's plugin for it");
         cleanup();
-        Server server;
+        QProcess server;
         const QString socket = folder.filePath("native");
         qputenv("XDG_RUNTIME_DIR", folder.path().toLocal8Bit());
         qputenv("PULSE_SERVER", "unix:" + socket.toLocal8Bit());
         makeDefaultDevice("type pulse");
-        server.start("pulseaudio", {"-n", "--daemonize=no", "--exit-idle-time=-1",
-                                    "--use-pid-file=no", "--disable-shm=yes", "-L",
-                                    "module-pipe-sink format=float32le channels=2 file=" + pipePath,
-                                    "-L", "module-native-protocol-unix socket=" + socket});
-        if (!server.waitForStarted())
-            QSKIP("needs PulseAudio and ALSA's plugin for it");
+        server.start("setpriv",
+                     {"--pdeathsig", "KILL", "pulseaudio", "-n", "--daemonize=no",
+                      "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm=yes", "-L",
+                      "module-pipe-sink format=float32le channels=2 file=" + pipePath, "-L",
+                      "module-native-protocol-unix socket=" + socket});
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(socket), 30000);
         std::atomic<bool> isHeard{false};
         std::thread listener([&] {
             for (Samples next = read(512); !next.empty(); next = read(512))
-                if (peak(next) > 0.05)
-                    isHeard = true;
+                isHeard = isHeard || peak(next) > 0.05;
         });
         init();
         send(0);

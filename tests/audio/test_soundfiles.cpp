@@ -37,18 +37,6 @@ private Q_SLOTS:
             write(sound.key(), sound.value());
     }
 
-    /// A fader swept in half a second is thirteen clicks, with a beep and bells as close to each
-    /// other as they come.
-    void loudestMomentDoesNotClip()
-    {
-        for (std::size_t beepAt = 0; beepAt < 24000; beepAt += 3000) {
-            std::vector<Begin> requests{{'b', beepAt}, {'d', beepAt}, {'d', 24000}};
-            for (std::size_t i = 0; i < 13; ++i)
-                requests.push_back({'c', i * 1700});
-            QVERIFY(peak(mixOf(requests)) < 1.0);
-        }
-    }
-
     void playsWhatIsThere_data()
     {
         QTest::addColumn<QByteArray>("contents");
