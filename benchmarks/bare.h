@@ -25,8 +25,7 @@ public Q_SLOTS:
     void slot_ReceiveMIDI(MidiMessage) {}
 };
 
-/// Sends each message to as many slots as there are panels: the one given first, if any, then bare
-/// ones.
+/// Sends messages to as many slots as there are panels: bare ones after the first, if it is given.
 class BareBroadcast : public QObject
 {
     Q_OBJECT

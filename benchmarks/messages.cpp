@@ -56,8 +56,7 @@ void callBareSlots(benchmark::State& state)
     measureBursts(state, toSlots(sender));
 }
 
-/// The armed fader goes up to where its last band begins, each message painted before the next is
-/// sent; the rearming is not measured.
+/// The armed fader goes up to its last band, each message painted before the next is sent.
 void measureSweeps(benchmark::State& state, QWidget& window, const std::function<void()>& rearm,
                    const Send& send)
 {

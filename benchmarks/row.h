@@ -19,8 +19,7 @@ struct Row {
 
 using Measurement = std::function<void(benchmark::State&)>;
 
-/// Registers one side of a row, "station" or "floor". What the table needs to know of the row
-/// travels in the counters.
+/// Registers a side of a row, "station" or "floor". The counters tell the table of the row.
 inline benchmark::internal::Benchmark* addSide(const Row& row, const char* side,
                                                const Measurement& measure)
 {
@@ -52,8 +51,7 @@ double residentBytesOf(const QByteArray& process);
 
 class MainWindow;
 
-// One for each file of rows. The station is hidden and armed on its first component, and is left
-// so.
+// The station is hidden and armed on its first component, and is left so.
 void addMessageRows(MainWindow& station);
 void addWindowRows(MainWindow& station);
 void addThreadRows();

@@ -8,8 +8,7 @@
 #include <QWidget>
 #include <QWindow>
 
-/// Handles what waits and paints what it changed: one call of processEvents leaves the painting to
-/// the next one.
+/// Handles what waits and paints what it changed, which processEvents leaves to its next call.
 inline void paintChanges(QWidget& window)
 {
     QCoreApplication::processEvents();

@@ -43,8 +43,7 @@ void playBlocks(benchmark::State& state, int voices)
         }
         state.ResumeTiming();
         for (int i = 0; i < blocks; ++i) {
-            // As a device's block: it is not known to be clear.
-            buffer.setNotClear();
+            buffer.setNotClear(); // as a device's block
             engine.getNextAudioBlock(juce::AudioSourceChannelInfo(buffer));
         }
     }

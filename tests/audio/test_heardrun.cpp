@@ -153,7 +153,7 @@ private Q_SLOTS:
     /// The sound is let go before anything of it is deleted, or it crashes sooner or later.
     void windowsGoWhileTheyPlay()
     {
-        for (int i = 0; i < 20; ++i) {
+        for (int i = 0; i < 12; ++i) {
             cleanup();
             init();
             Q_EMIT window->signal_Ding();
