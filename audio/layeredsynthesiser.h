@@ -6,11 +6,23 @@
 #include <juce_audio_basics/juce_audio_basics.h>
 
 /// A synthesiser whose notes sound in layers: every sound that answers a note is heard.
-/// juce::Synthesiser (7.0.5 and 8.0.6) stops the voices on a note before each sound that it starts,
-/// the layer it started a moment ago included; here they are stopped once, before the first one.
+/// juce::Synthesiser (7 and 8) stops the voices on a note before each sound that it starts, and takes the
+/// oldest voice on that note when all are busy. Both would end the layer that the same request
+/// started a moment before. Here the voices are stopped once, before the first layer, and a request
+/// never takes a voice that it started itself.
 class LayeredSynthesiser : public juce::Synthesiser
 {
 public:
     /// Channel 1 to 16, note 0 to 127, velocity 0 to 1. Called on the audio thread.
     void noteOn(int midiChannel, int midiNoteNumber, float velocity) override;
+
+protected:
+    /// The library's choice, among the voices that other requests started: the oldest on the note,
+    /// else the oldest of all; one voice of the highest and one of the lowest note go last. Null if
+    /// there is none. The library makes a list for that, which allocates; this does not.
+    juce::SynthesiserVoice* findVoiceToSteal(juce::SynthesiserSound* sound, int midiChannel,
+                                             int midiNoteNumber) const override;
+
+private:
+    const juce::SynthesiserVoice* firstLayer = nullptr; ///< Of the request that is being started.
 };

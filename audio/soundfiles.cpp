@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 namespace
 {
 QString pathOf(const QString& directory, Sound sound)
@@ -27,13 +29,15 @@ juce::File fileOf(const QString& path)
     return juce::File(path.toStdString());
 }
 
-/// Whether the file ends before the samples that its header promises.
-bool isTruncated(const juce::AudioFormatReader& reader, const QString& path)
+/// How many samples a file has room for. Its header may promise more: where it was written to a
+/// stream, or where the file was cut.
+juce::int64 samplesInFile(const juce::AudioFormatReader& reader, const QString& path)
 {
     constexpr juce::int64 smallestHeader = 44; // RIFF 12, fmt 24, data 8 bytes
-    const auto bytesPerFrame =
+    const juce::int64 bytesPerSample =
         static_cast<juce::int64>(reader.numChannels) * reader.bitsPerSample / 8;
-    return fileOf(path).getSize() < smallestHeader + reader.lengthInSamples * bytesPerFrame;
+    return (fileOf(path).getSize() - smallestHeader) /
+           std::max(bytesPerSample, static_cast<juce::int64>(1));
 }
 
 QString problemOf(const QString& directory, Sound sound)
@@ -45,7 +49,7 @@ QString problemOf(const QString& directory, Sound sound)
     if (reader == nullptr)
         return QCoreApplication::translate("SoundFiles", "The sound file %1 cannot be read as WAV.")
             .arg(path);
-    if (reader->lengthInSamples <= 0 || isTruncated(*reader, path))
+    if (reader->lengthInSamples <= 0)
         return QCoreApplication::translate("SoundFiles", "The sound file %1 is incomplete.")
             .arg(path);
     return {};
@@ -54,11 +58,15 @@ QString problemOf(const QString& directory, Sound sound)
 
 std::unique_ptr<juce::AudioFormatReader> openSound(const QString& directory, Sound sound)
 {
-    auto stream = std::make_unique<juce::FileInputStream>(fileOf(pathOf(directory, sound)));
+    const QString path = pathOf(directory, sound);
+    auto stream = std::make_unique<juce::FileInputStream>(fileOf(path));
     if (stream->failedToOpen())
         return nullptr;
-    return std::unique_ptr<juce::AudioFormatReader>(
+    std::unique_ptr<juce::AudioFormatReader> reader(
         juce::WavAudioFormat().createReaderFor(stream.release(), true));
+    if (reader != nullptr)
+        reader->lengthInSamples = std::min(reader->lengthInSamples, samplesInFile(*reader, path));
+    return reader;
 }
 
 QString soundFileProblem(const QString& directory)

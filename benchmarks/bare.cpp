@@ -16,83 +16,62 @@
 
 namespace
 {
-constexpr int bandWidth = 10;
-
-template <typename Form>
-QWidget* barePanel(QWidget* parent)
-{
-    auto* panel = new QWidget(parent);
-    Form().setupUi(panel);
-    return panel;
-}
-
-QWidget* barePanel(QWidget* parent, int component)
+void setUpForm(QWidget* panel, int component)
 {
     switch (roster::kindOf(component)) {
     case roster::Kind::Fader:
-        return barePanel<Ui::Zorvi_0908_Fader>(parent);
+        return Ui::Zorvi_0908_Fader().setupUi(panel);
     case roster::Kind::Button:
-        return barePanel<Ui::Zorvi_0908_Button>(parent);
+        return Ui::Zorvi_0908_Button().setupUi(panel);
     case roster::Kind::Rotary:
-        break;
+        return Ui::Zorvi_0908_Rotary().setupUi(panel);
     }
-    return barePanel<Ui::Zorvi_0908_Rotary>(parent);
 }
 } // namespace
 
 BareBroadcast::BareBroadcast(QObject* first)
 {
     static_assert(std::tuple_size_v<decltype(bareSlots)> == roster::componentCount);
-    for (std::size_t i = 0; i < bareSlots.size(); ++i) {
-        QObject* receiver = i == 0 && first != nullptr ? first : &bareSlots.at(i);
-        connect(this, SIGNAL(signal_DistributeMIDI(MidiMessage)), receiver,
+    for (std::size_t i = 0; i < bareSlots.size(); ++i)
+        connect(this, SIGNAL(signal_DistributeMIDI(MidiMessage)),
+                i == 0 && first != nullptr ? first : &bareSlots.at(i),
                 SLOT(slot_ReceiveMIDI(MidiMessage)));
-    }
-}
-
-BareFaderWindow::BareFaderWindow()
-{
-    QMainWindow stationModel;
-    Ui::MainWindow().setupUi(&stationModel);
-    resize(stationModel.size());
-    barePanel = ::barePanel<Ui::Zorvi_0908_Fader>(this);
-    barePanel->move(*panelPlace(roster::firstFader, barePanel->width()));
-    delete barePanel->findChild<QFrame*>(QStringLiteral("frame"));
-}
-
-BareFader::BareFader(const QWidget& panel, bool coversBands)
-    : covers(coversBands)
-    , slider(panel.findChild<QSlider*>())
-{
-    for (std::size_t i = 0; i < squares.size(); ++i)
-        squares.at(i) = panel.findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
-    blank();
-}
-
-void BareFader::blank()
-{
-    for (QLabel* square : squares)
-        square->setStyleSheet(QStringLiteral("background: black;"));
-}
-
-void BareFader::slot_ReceiveMIDI(MidiMessage midiMessage)
-{
-    const int value = midiMessage.getControllerValue();
-    if (covers)
-        squares.at(static_cast<std::size_t>(value / bandWidth))
-            ->setStyleSheet(QStringLiteral("background: white;"));
-    slider->setValue(value);
 }
 
 BareStation::BareStation()
 {
     Ui::MainWindow().setupUi(this);
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
-        QWidget* panel = barePanel(this, c);
-        barePanels.push_back(panel);
-        const auto place = panelPlace(c, barePanels.front()->width());
+        auto* panel = new QWidget(this);
+        setUpForm(panel, c);
+        if (c == roster::firstFader)
+            firstFader = panel;
+        const auto place = panelPlace(c, firstFader->width());
         if (place)
             panel->move(*place);
         panel->setVisible(place && c != roster::channelButton);
     }
+    slider = firstFader->findChild<QSlider*>();
+    for (std::size_t i = 0; i < squares.size(); ++i)
+        squares.at(i) = firstFader->findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
+}
+
+void BareStation::armFirstFader()
+{
+    auto* ground = firstFader->findChild<QFrame*>(QStringLiteral("frame"));
+    ground->lower();
+    ground->setStyleSheet(QStringLiteral("QFrame{border:none; background: blue;}"));
+    firstFader->setAttribute(Qt::WA_OpaquePaintEvent);
+    for (QLabel* square : squares)
+        square->setStyleSheet(QStringLiteral("background: black;"));
+}
+
+void BareStation::slot_ReceiveMIDI(MidiMessage midiMessage)
+{
+    constexpr int bandWidth = 10;
+    const int value = midiMessage.getControllerValue();
+    const auto band = static_cast<std::size_t>(value / bandWidth);
+    if (value % bandWidth == 0)
+        squares.at(band)->setStyleSheet(QStringLiteral("background: white;"));
+    slider->setValue(value);
 }

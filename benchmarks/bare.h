@@ -8,7 +8,6 @@
 #include <QMainWindow>
 
 #include <array>
-#include <vector>
 
 class QLabel;
 class QSlider;
@@ -26,8 +25,7 @@ public Q_SLOTS:
     void slot_ReceiveMIDI(MidiMessage) {}
 };
 
-/// Sends each message to as many slots as there are panels: the one given first, if any, then bare
-/// ones.
+/// Sends messages to as many slots as there are panels: bare ones after the first, if it is given.
 class BareBroadcast : public QObject
 {
     Q_OBJECT
@@ -42,52 +40,23 @@ private:
     std::array<BareSlot, 44> bareSlots;
 };
 
-/// A window of the station's size that holds one fader's slider and squares alone, where its panel
-/// has them and with the panel's style sheet on them.
-class BareFaderWindow : public QMainWindow
-{
-public:
-    BareFaderWindow();
-
-    QWidget* panel() const { return barePanel; }
-
-private:
-    QWidget* barePanel;
-};
-
-/// Moves the slider of a panel to what a message says and, if it covers bands, turns a square
-/// white.
-class BareFader : public QObject
+/// The station's widgets as uic makes them, without the classes that own them. The first fader's
+/// slider follows the messages, and each band that is new turns its square white.
+class BareStation : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    BareFader(const QWidget& panel, bool coversBands);
+    BareStation();
 
-    /// Every square black.
-    void blank();
+    /// The first fader with no band covered, under test on its blue ground.
+    void armFirstFader();
 
 public Q_SLOTS:
     void slot_ReceiveMIDI(MidiMessage midiMessage);
 
 private:
-    const bool covers;
-    QSlider* slider;
+    QWidget* firstFader = nullptr;
+    QSlider* slider = nullptr;
     std::array<QLabel*, 13> squares{};
-};
-
-/// The station's widgets as uic makes them, with nothing behind them.
-class BareStation : public QMainWindow
-{
-public:
-    BareStation();
-
-    /// The bare panel of a component.
-    QWidget* panel(int component) const
-    {
-        return barePanels.at(static_cast<std::size_t>(component));
-    }
-
-private:
-    std::vector<QWidget*> barePanels;
 };

@@ -8,8 +8,7 @@
 
 #include <unistd.h>
 
-/// Loaded by Qt into a program that is otherwise as it ships (QT_QPA_GENERIC_PLUGINS): writes one
-/// byte to stdout once the first frame was painted.
+/// Loaded by Qt into an unchanged program: writes a byte to stdout once its first frame is painted.
 class FirstFrame : public QGenericPlugin
 {
     Q_OBJECT

@@ -3,7 +3,6 @@
 
 #include "app/mainwindow.h"
 #include "app/testlog.h"
-#include "benchmarks/residentmemory.h"
 #include "benchmarks/row.h"
 #include "benchmarks/shown.h"
 #include "simulator/simulatedunit.h"
@@ -21,63 +20,44 @@
 
 namespace
 {
-/// A unit that is plugged in, and what the panels have heard of it.
-class ConnectedUnit
+/// Plugs a unit in, lets it send so many messages of a script, the same ones again and again, waits
+/// until the panels have heard them all, and unplugs it.
+void playUnit(MainWindow& station, const UnitScript& script, std::int64_t messages)
 {
-public:
-    explicit ConnectedUnit(MainWindow& window)
-        : station(window)
-    {
-        unit.plug();
-        station.slot_PollDevices();
-        QObject::connect(&station, &MainWindow::signal_DistributeMIDI, &counter,
-                         [this] { ++heard; });
-    }
-    ConnectedUnit(const ConnectedUnit&) = delete;
-    ConnectedUnit& operator=(const ConnectedUnit&) = delete;
-    ~ConnectedUnit()
-    {
-        unit.unplug();
-        station.slot_PollDevices();
-    }
-
-    /// Sends and waits until the panels have heard everything.
-    void send(const UnitScript& messages)
-    {
-        for (const UnitStep& step : messages)
-            unit.send(step.message);
-        sent += messages.size();
-        while (heard < sent)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-
-private:
-    MainWindow& station;
+    constexpr std::int64_t burst = 100;
     SimulatedUnit unit;
-    QObject counter; // lives on the panels' thread
-    std::size_t sent = 0;
-    std::size_t heard = 0;
-};
-
-void noteMemory(benchmark::State& state)
-{
-    malloc_trim(0);
-    state.counters["bytes"] = residentBytesOf("self");
+    unit.plug();
+    station.slot_PollDevices();
+    QObject listener; // lives on the panels' thread
+    std::int64_t heard = 0;
+    QObject::connect(&station, &MainWindow::signal_DistributeMIDI, &listener, [&] { ++heard; });
+    for (std::int64_t sent = 0; sent < messages;) {
+        unit.send(script.at(static_cast<std::size_t>(sent) % script.size()).message);
+        if (++sent % burst == 0 || sent == messages)
+            while (heard < sent)
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    unit.unplug();
+    station.slot_PollDevices();
 }
 
-/// The armed fader goes up and down and never to its end, as many messages as the argument says.
+/// Says how many there were, and what is resident after them.
+void note(benchmark::State& state)
+{
+    setPerIteration(state, static_cast<double>(state.range(0)));
+    malloc_trim(0);
+    state.counters["resident"] = residentBytesOf("self");
+}
+
+/// The armed fader goes up and down and never to its end.
 void sendMessages(benchmark::State& state, MainWindow& station)
 {
-    constexpr int burst = 100;
     const UnitScript sweep = unitscript::good(roster::firstFader);
-    const UnitScript part(sweep.begin(), sweep.begin() + burst);
-    const Shown shown(station);
-    ConnectedUnit unit(station);
+    showPainted(station);
     while (state.KeepRunning())
-        for (std::int64_t sent = 0; sent < state.range(0); sent += burst)
-            unit.send(part);
-    state.counters["things"] = static_cast<double>(state.range(0));
-    noteMemory(state);
+        playUnit(station, {sweep.begin(), sweep.begin() + 100}, state.range(0));
+    station.hide();
+    note(state);
 }
 
 /// Lets the half second before the notice pass at once, and closes the notice.
@@ -102,24 +82,22 @@ void testUnits(benchmark::State& state, MainWindow& station)
         const UnitScript steps = unitscript::good(component);
         work.insert(work.end(), steps.begin(), steps.end());
     }
-    const Shown shown(station);
+    showPainted(station);
     while (state.KeepRunning())
         for (std::int64_t run = 0; run < state.range(0); ++run) {
-            ConnectedUnit unit(station);
-            unit.send(work);
+            playUnit(station, work, static_cast<std::int64_t>(work.size()));
             endRun();
         }
-    state.counters["things"] = static_cast<double>(state.range(0));
-    noteMemory(state);
+    station.hide();
+    note(state);
 }
 
-/// One log of a new serial number, with as many others in the folder as the argument says.
+/// One log of a new serial number, with so many others in the folder.
 void writeLog(benchmark::State& state, MainWindow& station)
 {
     const QString application = QCoreApplication::applicationDirPath();
-    const QString serial = QStringLiteral("new");
-    const QString path = testlog::path(application, serial);
-    station.findChild<QLineEdit*>(QStringLiteral("serialNumber"))->setText(serial);
+    const QString path = testlog::path(application, QStringLiteral("new"));
+    station.findChild<QLineEdit*>(QStringLiteral("serialNumber"))->setText(QStringLiteral("new"));
     station.slot_OutputLog();
     QDir folder(application + QStringLiteral("/Logs"));
     for (auto others = static_cast<int>(folder.count()) - 2; others <= state.range(0); ++others)
@@ -131,39 +109,18 @@ void writeLog(benchmark::State& state, MainWindow& station)
         station.slot_OutputLog();
     }
 }
-
-/// One poll without a unit, with as many other ports as the argument says.
-void poll(benchmark::State& state, MainWindow& station)
-{
-    std::vector<std::unique_ptr<juce::MidiOutput>> ports;
-    ports.reserve(static_cast<std::size_t>(state.range(0)));
-    for (int port = 0; port < state.range(0); ++port)
-        ports.push_back(juce::MidiOutput::createNewDevice("Port " + juce::String(port)));
-    while (state.KeepRunning())
-        station.slot_PollDevices();
-}
 } // namespace
 
-void addBenchmarks(MainWindow& station)
+void addGrowthRows(MainWindow& station)
 {
-    const auto add = [&station](const char* name, void (*measure)(benchmark::State&, MainWindow&)) {
+    const auto add = [&](const char* name, auto* measure, std::int64_t least, std::int64_t most) {
         return benchmark::RegisterBenchmark(
-                   name, [&station, measure](benchmark::State& state) { measure(state, station); })
-            ->UseRealTime();
+                   name, std::bind(measure, std::placeholders::_1, std::ref(station)))
+            ->RangeMultiplier(10)
+            ->Range(least, most);
     };
-    constexpr int tens = 10;
     // The long ones by the time that all threads compute, which other programs do not add to.
-    add("messages", sendMessages)
-        ->RangeMultiplier(tens)
-        ->Range(1000, 1000000)
-        ->Iterations(1)
-        ->MeasureProcessCPUTime()
-        ->Repetitions(2);
-    add("runs", testUnits)
-        ->RangeMultiplier(tens)
-        ->Range(1, 1000)
-        ->Iterations(1)
-        ->MeasureProcessCPUTime();
-    add("logs", writeLog)->RangeMultiplier(tens)->Range(1, 100000)->Repetitions(5);
-    add("ports", poll)->Arg(1)->Arg(2)->Arg(5)->Arg(10)->Arg(20)->Arg(50)->Arg(100)->Repetitions(5);
+    add("growth, messages", sendMessages, 1000, 1000000)->Iterations(1)->MeasureProcessCPUTime();
+    add("growth, units tested", testUnits, 1, 1000)->Iterations(1)->MeasureProcessCPUTime();
+    add("growth, logs in the folder", writeLog, 1, 100000)->UseRealTime()->Repetitions(5);
 }

@@ -24,7 +24,11 @@ int main(int argc, char* argv[])
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return EXIT_FAILURE;
     MainWindow station;
-    addBenchmarks(station);
+    addMessageRows(station);
+    addWindowRows(station);
+    addThreadRows();
+    addProcessRows();
+    addGrowthRows(station);
     benchmark::RunSpecifiedBenchmarks();
     return EXIT_SUCCESS;
 }

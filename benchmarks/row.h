@@ -5,59 +5,55 @@
 
 #include <benchmark/benchmark.h>
 
-#include <array>
+#include <QByteArray>
+
 #include <functional>
 #include <string>
 
 /// What one row of the table is made of.
 struct Row {
-    const char* name;
-    double goal;      ///< Where above 0: how many times the floor's the station's figure may be.
-    double limit = 0; ///< Where above 0: what the station's figure must stay under, in seconds.
+    std::string name;
+    double goal;      ///< Largest ratio of station to floor; 0 for none.
+    double limit = 0; ///< What the station's figure must stay under, in seconds; 0 for none.
 };
 
 using Measurement = std::function<void(benchmark::State&)>;
 
-/// Registers both sides of a row as "name/station" and "name/floor", wall-clock time. What the
-/// table needs to know of the row travels in the counters.
-inline std::array<benchmark::internal::Benchmark*, 2>
-addSides(const Row& row, const Measurement& station, const Measurement& floor)
+/// Registers a side of a row, "station" or "floor". The counters tell the table of the row.
+inline benchmark::internal::Benchmark* addSide(const Row& row, const char* side,
+                                               const Measurement& measure)
 {
-    const auto add = [&row](const char* side, const Measurement& measure) {
-        const auto measured = [row, measure](benchmark::State& state) {
-            measure(state);
-            state.counters["goal"] = row.goal;
-            state.counters["limit"] = row.limit;
-        };
-        const auto name = std::string(row.name) + '/' + side;
-        return benchmark::RegisterBenchmark(name.c_str(), measured);
+    const std::string name = row.name + '/' + side;
+    const auto measured = [row, measure](benchmark::State& state) {
+        measure(state);
+        state.counters["goal"] = row.goal;
+        state.counters["limit"] = row.limit;
     };
-    return {add("station", station), add("floor", floor)};
+    return benchmark::RegisterBenchmark(name.data(), measured);
 }
 
-/// The usual row: wall-clock time.
-inline void addRow(const Row& row, const Measurement& station, const Measurement& floor)
+/// The usual row: wall-clock time. One without a floor has a limit instead.
+inline void addRow(const Row& row, const Measurement& station, const Measurement& floor = {})
 {
-    for (auto* side : addSides(row, station, floor))
-        side->UseRealTime();
+    addSide(row, "station", station)->UseRealTime();
+    if (floor)
+        addSide(row, "floor", floor)->UseRealTime();
 }
 
 /// Says how many of the things that the row is about one iteration did.
-inline void setPerIteration(benchmark::State& state, int things)
+inline void setPerIteration(benchmark::State& state, double things)
 {
     state.counters["things"] = things;
 }
 
+/// Resident memory of a process ("self" or its number) in bytes; 0 if there is none such.
+double residentBytesOf(const QByteArray& process);
+
 class MainWindow;
 
-/// What a program measures. The station is hidden and armed on its first component.
-void addBenchmarks(MainWindow& station);
-
-// One for each file of rows. The station is hidden and armed on its first component, and is left
-// so.
+// The station is hidden and armed on its first component, and is left so.
 void addMessageRows(MainWindow& station);
-void addArmedFaderRows(MainWindow& station);
 void addWindowRows(MainWindow& station);
-void addLogRows(MainWindow& station);
-void addProcessorRows();
+void addThreadRows();
 void addProcessRows();
+void addGrowthRows(MainWindow& station);

@@ -5,7 +5,7 @@
 # Runs the benchmarks of the release build and prints the table; "./dev bench" builds first.
 #
 #   run.sh [--compare FILE]   FILE: an earlier build/bench.json
-#   run.sh --growth           how the cost grows instead, and the pictures of it in docs/
+#   run.sh --growth           how the cost grows instead
 set -euo pipefail
 compare='' growth=''
 if [ "${1:-}" = --growth ] && [ $# = 1 ]; then
@@ -21,34 +21,34 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 [ -n "${DISPLAY:-}" ] || exec xvfb-run -a -s '-screen 0 1280x800x24' benchmarks/run.sh "$@"
 
 binaries=build/release/benchmarks
-if [ -n "$growth" ]; then
-    find "$binaries/growth/Logs" -type f -delete
-    QT_QPA_PLATFORM=xcb "$binaries/growth/zorvi_growth_benchmarks" --benchmark_out_format=json \
-        --benchmark_out=build/growth.json 2> build/bench.log
-    find "$binaries/growth/Logs" -type f -delete
-    exec benchmarks/growth_pictures.py build/growth.json docs/pictures
-fi
-
-results=build/bench.json
 parts=$(mktemp -d)
 trap 'rm -rf "$parts"' EXIT
 # The earlier run may be the one that is about to be replaced.
 [ -z "$compare" ] || cp "$compare" "$parts/before.json"
 
-# Many short repetitions in random order: whatever else the machine does hits both sides of a row.
-measure() { # where the result goes, then the command
-    QT_QPA_PLATFORM=xcb "${@:2}" --benchmark_repetitions=40 --benchmark_min_time=0.02 \
-        --benchmark_enable_random_interleaving=true --benchmark_out_format=json \
-        --benchmark_out="$parts/$1.json" > build/bench.log 2>&1 ||
-        { tail build/bench.log >&2; exit 1; }
+measure() { # where the result goes, the rows, then what is measured how often
+    local command=() name=$1 rows=$2
+    # On one core, so that it does not matter which one the other thread or the X server happens to
+    # be on; but whole processes as they come.
+    [ "$name" = processes ] || command=(taskset -c $(($(nproc) - 1)))
+    QT_QPA_PLATFORM=xcb "${command[@]}" $binaries/zorvi_benchmarks --benchmark_filter="$rows" \
+        "${@:3}" --benchmark_out_format=json --benchmark_out="$parts/$name.json" \
+        > build/bench.log 2>&1 || { tail build/bench.log >&2; exit 1; }
 }
-# On one core, so that it does not matter which one the other thread or the X server happens to be
-# on; but whole processes as they come.
-one_core=(taskset -c $(($(nproc) - 1)))
-measure station "${one_core[@]}" $binaries/zorvi_benchmarks --benchmark_filter='-process start|idle'
-measure audio "${one_core[@]}" $binaries/audio/zorvi_audio_benchmarks
-measure processes $binaries/zorvi_benchmarks --benchmark_filter='process start|idle'
-benchmarks/table.py "$results" "$parts"/{station,audio,processes}.json
+if [ -n "$growth" ]; then
+    measure growth '^growth'
+    find $binaries/Logs -type f -delete
+    benchmarks/table.py build/growth.json "$parts/growth.json"
+    exit
+fi
+
+# Many short repetitions in random order: whatever else the machine does hits both sides of a row.
+short=(--benchmark_repetitions=40 --benchmark_min_time=0.02
+    --benchmark_enable_random_interleaving=true)
+results=build/bench.json
+measure station '-^growth|^process start|^idle' "${short[@]}"
+measure processes '^process start|^idle' "${short[@]}"
+benchmarks/table.py "$results" "$parts"/{station,processes}.json
 [ -z "$compare" ] ||
     /usr/bin/python3 /usr/share/benchmark/compare.py --no-color --display_aggregates_only \
         benchmarks "$parts/before.json" "$results"

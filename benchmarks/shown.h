@@ -8,8 +8,7 @@
 #include <QWidget>
 #include <QWindow>
 
-/// Handles what waits and paints what it changed: one call of processEvents leaves the painting to
-/// the next one.
+/// Handles what waits and paints what it changed, which processEvents leaves to its next call.
 inline void paintChanges(QWidget& window)
 {
     QCoreApplication::processEvents();
@@ -24,20 +23,3 @@ inline void showPainted(QWidget& window)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     paintChanges(window);
 }
-
-/// Shows a window as long as this lives.
-class Shown
-{
-public:
-    explicit Shown(QWidget& shown)
-        : window(shown)
-    {
-        showPainted(window);
-    }
-    Shown(const Shown&) = delete;
-    Shown& operator=(const Shown&) = delete;
-    ~Shown() { window.hide(); }
-
-private:
-    QWidget& window;
-};

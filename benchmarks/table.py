@@ -1,14 +1,14 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Puts the JSON of the benchmark programs into one file and prints its rows as one table.
+"""Puts the JSON of the benchmark runs into one file and prints its rows as a table.
 
 Usage: table.py MERGED FILE...
 
 A figure is the smallest of its repetitions: whatever else the machine did meanwhile only ever adds
 to it, and the repetitions of all rows were taken in random order, so both sides of a row had the
 same chances. The last column tells how far the repetitions lay apart, station / floor: the median
-over the smallest.
+over the smallest. How a cost grows ("growth, THINGS/HOW MANY") gets a table of its own.
 """
 
 import json
@@ -34,59 +34,80 @@ def merged(files):
 
 
 def figures(benchmarks):
-    """{row: {side: [(value, counters), ...]}}"""
-    rows = {}
+    """{(name, side or how many): [(seconds, counters), ...]}"""
+    found = {}
     for run in benchmarks:
-        if run["run_type"] != "iteration" or "goal" not in run:
+        if run["run_type"] != "iteration":
             continue
-        row, side = run["name"].split("/")[:2]
-        seconds = run["real_time"] * SECONDS[run["time_unit"]] / run.get("things", 1)
-        value = run.get("bytes", seconds)
-        rows.setdefault(row, {}).setdefault(side, []).append((value, run))
-    return rows
+        time = "cpu_time" if "/process_time" in run["name"] else "real_time"
+        seconds = run[time] * SECONDS[run["time_unit"]] / run.get("things", 1)
+        found.setdefault(tuple(run["name"].split("/")[:2]), []).append((seconds, run))
+    return found
 
 
-def text(value, run):
-    if "bytes" in run:
-        return f"{value / 2**20:.1f} MiB"
+def least(runs):
+    return min(runs, key=lambda pair: pair[0])
+
+
+def text(seconds):
     for unit, factor in (("s", 1), ("ms", 1e-3), ("µs", 1e-6)):
-        if value >= factor:
-            return f"{value / factor:.3g} {unit}"
-    return f"{value / 1e-9:.3g} ns"
+        if seconds >= factor:
+            return f"{seconds / factor:.3g} {unit}"
+    return f"{seconds / 1e-9:.3g} ns"
 
 
-def ratio(value, least):
+def ratio(value, lowest):
     """As text; an empty window idles without any."""
-    return f"{value / least:.2f}" if least > 0 else "-"
+    return f"{value / lowest:.2f}" if lowest > 0 else "-"
 
 
 def spread(runs):
-    values = [value for value, _ in runs]
-    return ratio(statistics.median(values), min(values))
+    seconds = [value for value, _ in runs]
+    return ratio(statistics.median(seconds), min(seconds)) if seconds else "-"
+
+
+def memory(run):
+    return f"{run['resident'] / 2**20:.1f} MiB" if "resident" in run else ""
+
+
+def row(name, found):
+    """Of a benchmark with a station's side, and a floor's if it has one."""
+    stations, floors = found[name, "station"], found.get((name, "floor"), [])
+    station, run = least(stations)
+    floor, bare = least(floors) if floors else (0, {})
+    goals, met = [], True
+    if run["goal"] > 0:
+        goals.append(f"{run['goal']:g}")
+        met = station <= run["goal"] * floor
+    if run["limit"] > 0:
+        goals.append(f"under {text(run['limit'])}")
+        met = met and station < run["limit"]
+    resident = " / ".join(filter(None, (memory(run), memory(bare))))
+    return (name, text(station), text(floor) if floors else "-", ratio(station, floor),
+            ", ".join(goals), "yes" if met else "no", f"{spread(stations)} / {spread(floors)}",
+            resident)
+
+
+def show(table):
+    widths = [max(len(line[column]) for line in table) for column in range(len(table[0]))]
+    table.insert(1, tuple("-" * width for width in widths))
+    for line in table:
+        print("| " + " | ".join(cell.ljust(width) for cell, width in zip(line, widths)) + " |")
 
 
 def main(output, files):
     content = merged(files)
     with open(output, "w", encoding="utf-8") as file:
         json.dump(content, file, indent=1)
-    table = [("", "station", "floor", "ratio", "goal", "met", "median / least")]
-    for row, sides in figures(content["benchmarks"]).items():
-        station, run = min(sides["station"], key=lambda pair: pair[0])
-        floor, _ = min(sides["floor"], key=lambda pair: pair[0])
-        goals, met = [], True
-        if run["goal"] > 0:
-            goals.append(f"{run['goal']:g}")
-            met = station <= run["goal"] * floor
-        if run["limit"] > 0:
-            goals.append(f"under {text(run['limit'], {})}")
-            met = met and station < run["limit"]
-        apart = f"{spread(sides['station'])} / {spread(sides['floor'])}"
-        table.append((row, text(station, run), text(floor, run), ratio(station, floor),
-                      ", ".join(goals), "yes" if met else "no", apart))
-    widths = [max(len(line[column]) for line in table) for column in range(len(table[0]))]
-    table.insert(1, tuple("-" * width for width in widths))
-    for line in table:
-        print("| " + " | ".join(cell.ljust(width) for cell, width in zip(line, widths)) + " |")
+    found = figures(content["benchmarks"])
+    rows = [row(name, found) for name, side in found if side == "station"]
+    growth = [(name.removeprefix("growth, "), many, text(least(found[name, many])[0]),
+               memory(found[name, many][-1][1]))
+              for name, many in found if name.startswith("growth, ")]
+    if rows:
+        show([("", "station", "floor", "ratio", "goal", "met", "median / least", "memory"), *rows])
+    if growth:
+        show([("", "how many", "each", "memory"), *growth])
 
 
 main(sys.argv[1], sys.argv[2:])

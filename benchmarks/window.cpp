@@ -2,85 +2,60 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "app/mainwindow.h"
+#include "app/testlog.h"
 #include "benchmarks/bare.h"
 #include "benchmarks/row.h"
 #include "benchmarks/shown.h"
-#include "panels/componentpanel.h"
 #include "simulator/unitscript.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSaveFile>
 
 namespace
 {
-/// A style sheet of a widget in a panel that a reset has to set.
-struct StyleChange {
-    int component;
-    QString widget;
-    QString before;
-    QString after;
-};
-
-/// Works every control and leaves the last one short of its last band: with that the run would be
-/// over and the log be written.
-void workUnit(MainWindow& station)
-{
-    for (const int component : unitscript::runOrder(false))
-        for (const UnitStep& step :
-             unitscript::worked(component, {Fault::NoHighEnd, roster::lastComponent}))
-            station.handleIncomingMidiMessage(nullptr, step.message);
-    paintChanges(station);
-}
-
-/// What one reset of a unit that was worked changes; texts that are already there are left out.
-std::vector<StyleChange> changesOfReset(MainWindow& station)
-{
-    std::vector<StyleChange> changes;
-    workUnit(station);
-    for (const ComponentPanel* panel : station.findChildren<ComponentPanel*>())
-        for (const QWidget* widget : panel->findChildren<QWidget*>())
-            changes.push_back({panel->component(), widget->objectName(), widget->styleSheet(), {}});
-    station.slot_Init();
-    for (StyleChange& change : changes)
-        for (const ComponentPanel* panel : station.findChildren<ComponentPanel*>())
-            if (panel->component() == change.component)
-                change.after = panel->findChild<QWidget*>(change.widget)->styleSheet();
-    const auto same = [](const StyleChange& change) { return change.before == change.after; };
-    changes.erase(std::remove_if(changes.begin(), changes.end(), same), changes.end());
-    return changes;
-}
-
+/// Of a unit whose last control was left one band short: with that the run would be over and the
+/// log be written.
 void reset(benchmark::State& state, MainWindow& station)
 {
-    const Shown shown(station);
+    const UnitFault fault{Fault::NoHighEnd, roster::lastComponent};
+    showPainted(station);
     while (state.KeepRunning()) {
         state.PauseTiming();
-        workUnit(station);
+        for (const int component : unitscript::runOrder(false))
+            for (const UnitStep& step : unitscript::worked(component, fault))
+                station.handleIncomingMidiMessage(nullptr, step.message);
+        paintChanges(station);
         state.ResumeTiming();
         station.slot_Init();
         paintChanges(station);
     }
+    station.hide();
 }
 
-/// The same style sheets set on the widgets of bare forms, and their repaint.
-void restyleBareForms(benchmark::State& state, const std::vector<StyleChange>& changes)
+/// A log over the one before it, as when a unit is tested again.
+void writeLog(benchmark::State& state, MainWindow& station)
 {
-    BareStation bare;
-    const Shown shown(bare);
-    std::vector<QWidget*> widgets;
-    widgets.reserve(changes.size());
-    for (const StyleChange& change : changes)
-        widgets.push_back(bare.panel(change.component)->findChild<QWidget*>(change.widget));
-    const auto set = [&](QString StyleChange::*text) {
-        for (std::size_t i = 0; i < changes.size(); ++i)
-            widgets.at(i)->setStyleSheet(changes.at(i).*text);
-        paintChanges(bare);
-    };
+    while (state.KeepRunning())
+        station.slot_OutputLog();
+}
+
+/// The same bytes, ready made, to the same place through a bare QSaveFile.
+void saveBytes(benchmark::State& state, MainWindow& station)
+{
+    station.slot_OutputLog();
+    const QString path = testlog::path(QCoreApplication::applicationDirPath(), {});
+    QFile log(path);
+    if (!log.open(QIODevice::ReadOnly))
+        return state.SkipWithError("no log was written");
+    const QByteArray bytes = log.readAll();
     while (state.KeepRunning()) {
-        state.PauseTiming();
-        set(&StyleChange::before);
-        state.ResumeTiming();
-        set(&StyleChange::after);
+        QSaveFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write(bytes);
+        file.commit();
     }
 }
-
 /// Construction and the first frame; what comes after is not measured.
 template <typename Window>
 void construct(benchmark::State& state)
@@ -97,9 +72,12 @@ void construct(benchmark::State& state)
 
 void addWindowRows(MainWindow& station)
 {
-    addRow(
-        {"44 panels reset, window shown", 1.1}, [&](auto& state) { reset(state, station); },
-        [changes = changesOfReset(station)](auto& state) { restyleBareForms(state, changes); });
+    using std::placeholders::_1;
+    constexpr double frameSeconds = 1 / 60.0;
+    addRow({"44 panels reset and painted", 0, frameSeconds},
+           std::bind(reset, _1, std::ref(station)));
     // The floor: the same widget tree and style texts, as uic makes them.
     addRow({"window constructed and painted", 1.3}, construct<MainWindow>, construct<BareStation>);
+    addRow({"log built and written", 1.5}, std::bind(writeLog, _1, std::ref(station)),
+           std::bind(saveBytes, _1, std::ref(station)));
 }

@@ -10,57 +10,97 @@
 #include <algorithm>
 #include <cmath>
 
-const Request beep{
-    &AudioEngine::slot_Beep,
-    {{"Beep", 0, 100 / 127.0}, {"Click", -1, 100 / 127.0}, {"Bell", -2, 100 / 127.0}}};
-const Request click{&AudioEngine::slot_Click, {{"Click", 0, 20 / 127.0}, {"Bell", -1, 20 / 127.0}}};
-const Request bell{&AudioEngine::slot_Ding, {{"Bell", 0, 50 / 127.0}}};
-
-std::vector<double> soundSamples(const QString& sound)
+namespace
 {
-    QFile file(QStringLiteral("%1/Zorvi_AssemblyTest_%2.wav")
-                   .arg(QCoreApplication::applicationDirPath(), sound));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("no sound file %s", qPrintable(file.fileName()));
-    const QByteArray samples = file.readAll().mid(44); // behind the plain 16-bit header
-    std::vector<double> result;
-    for (int i = 0; i + 1 < samples.size(); i += 2)
-        result.push_back(qFromLittleEndian<qint16>(samples.constData() + i) / 32768.0);
-    return result;
+struct Layer {
+    char request;
+    const char* sound;
+    int semitones; ///< Up from the file's own pitch.
+    double level;
+    double fadeSeconds; ///< At its start, and when it is stopped.
+};
+constexpr Layer layers[] = {
+    {'b', "Beep", 0, 100 / 127.0, 0.005},  {'b', "Click", -1, 100 / 127.0, 0.01},
+    {'b', "Bell", -2, 100 / 127.0, 0.005}, {'c', "Click", 0, 20 / 127.0, 0.01},
+    {'c', "Bell", -1, 20 / 127.0, 0.005},  {'d', "Bell", 0, 50 / 127.0, 0.005}};
+
+/// Adds a layer that is stopped after so many samples.
+void add(Samples& mix, const Layer& layer, std::size_t at, double stop, double rate)
+{
+    Samples file = soundSamples(layer.sound);
+    const double length = std::min(10 * fileRate, static_cast<double>(file.size()));
+    file.resize(file.size() + 2);
+    const double step = std::exp2(layer.semitones / 12.0) * fileRate / rate;
+    // The sampler counts its fades in samples of the file's rate, whatever the device's is.
+    const double fade = layer.fadeSeconds * fileRate;
+    for (double i = 0; i * step <= length; ++i) {
+        const double left = i < stop ? 1.0 : std::max(0.0, 1.0 - (i - stop + 1) / fade);
+        const double envelope = std::min({1.0, stop / fade, (i + 1) / fade}) * left;
+        const auto before = static_cast<std::size_t>(i * step);
+        const double share = i * step - static_cast<double>(before);
+        const std::size_t place = at + static_cast<std::size_t>(i);
+        mix.resize(std::max(mix.size(), place + 1));
+        mix[place] +=
+            layer.level * envelope * (file[before] * (1.0 - share) + file[before + 1] * share);
+    }
+}
+} // namespace
+
+void ask(AudioEngine& engine, char request)
+{
+    if (request == 'b')
+        engine.slot_Beep();
+    if (request == 'c')
+        engine.slot_Click();
+    if (request == 'd')
+        engine.slot_Ding();
 }
 
-std::vector<double> samplesOf(const Request& request, double rate)
+QString soundPath(const QString& sound)
 {
-    std::vector<double> mix;
-    for (const Layer& layer : request.layers) {
-        const std::vector<double> file = soundSamples(layer.sound);
-        const double step = std::exp2(layer.semitones / 12.0) * fileRate / rate;
-        // The sampler counts the attack in samples of the file's rate, whatever the device's is.
-        const double attack = (layer.sound == "Click" ? 0.01 : 0.005) * fileRate;
-        for (std::size_t i = 0;; ++i) {
-            const double position = static_cast<double>(i) * step;
-            const auto before = static_cast<std::size_t>(position);
-            if (before + 1 >= file.size())
-                break;
-            const double share = position - static_cast<double>(before);
-            const double sample = file[before] * (1.0 - share) + file[before + 1] * share;
-            mix.resize(std::max(mix.size(), i + 1));
-            mix[i] += layer.level * std::min(1.0, static_cast<double>(i + 1) / attack) * sample;
-        }
+    return QCoreApplication::applicationDirPath() + "/Zorvi_AssemblyTest_" + sound + ".wav";
+}
+
+Samples soundSamples(const QString& sound)
+{
+    QFile file(soundPath(sound));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("no sound file %s", qPrintable(file.fileName()));
+    const QByteArray bytes = file.readAll().mid(44);
+    Samples samples;
+    for (int i = 0; i + 1 < bytes.size(); i += 2)
+        samples.push_back(qFromLittleEndian<qint16>(bytes.constData() + i) / 32768.0);
+    return samples;
+}
+
+Samples mixOf(const std::vector<Begin>& requests, double rate)
+{
+    Samples mix;
+    for (auto begin = requests.begin(); begin != requests.end(); ++begin) {
+        const auto next = std::find_if(begin + 1, requests.end(), [&](const Begin& later) {
+            return later.request == begin->request;
+        });
+        for (const Layer& layer : layers)
+            if (layer.request == begin->request)
+                add(mix, layer, begin->at,
+                    next == requests.end() ? HUGE_VAL : static_cast<double>(next->at - begin->at),
+                    rate);
     }
     return mix;
 }
 
-double distance(const std::vector<double>& a, const std::vector<double>& b)
+double distance(Samples a, const Samples& b)
 {
-    double largest = 0.0;
-    for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i)
-        largest =
-            std::max(largest, std::abs((i < a.size() ? a[i] : 0.0) - (i < b.size() ? b[i] : 0.0)));
-    return largest;
+    a.resize(std::max(a.size(), b.size()));
+    for (std::size_t i = 0; i < b.size(); ++i)
+        a[i] -= b[i];
+    return peak(a);
 }
 
-double peak(const std::vector<double>& samples)
+double peak(const Samples& samples)
 {
-    return distance(samples, {});
+    double largest = 0.0;
+    for (const double sample : samples)
+        largest = std::max(largest, std::abs(sample));
+    return largest;
 }

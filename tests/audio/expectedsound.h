@@ -5,40 +5,33 @@
 
 #include "audio/audioengine.h"
 
-#include <QString>
-
 #include <vector>
 
-/// What a request is to sound like, worked out from the sound files alone: the reference that the
-/// engine and the recordings of it are held against.
+// What requests are to sound like, worked out from the sound files alone.
+
+using Samples = std::vector<double>;
 
 inline constexpr double fileRate = 44100.0;
 inline constexpr double inaudible = 0.001;
 
-/// One sound file played at a pitch and a level.
-struct Layer {
-    QString sound; ///< "Beep", "Click" or "Bell"
-    int semitones; ///< up from the file's own pitch
-    double level;
+/// A request by its letter, b(eep), c(lick), d(ing) or none, and the device's sample at which it
+/// begins.
+struct Begin {
+    char request;
+    std::size_t at = 0;
 };
 
-/// What the station asks the engine for, and the layers that are to sound.
-struct Request {
-    void (AudioEngine::*slot)();
-    std::vector<Layer> layers;
-};
-Q_DECLARE_METATYPE(const Request*)
+void ask(AudioEngine& engine, char request);
 
-extern const Request beep;
-extern const Request click;
-extern const Request bell;
+/// "Beep", "Click" or "Bell": the file beside the test.
+QString soundPath(const QString& sound);
+/// What follows a plain 16-bit header; -1 to 1.
+Samples soundSamples(const QString& sound);
 
-/// The samples of a sound file beside the test, -1 to 1.
-std::vector<double> soundSamples(const QString& sound);
+/// All requests together on a device of that rate in Hz. A request stops the one like it; of a file
+/// the first ten seconds are played.
+Samples mixOf(const std::vector<Begin>& requests, double rate = fileRate);
 
-/// All layers of a request together on a device of that rate in Hz, behind the sounds' attack.
-std::vector<double> samplesOf(const Request& request, double rate = fileRate);
-
-/// How far two sounds are apart; what lies behind the end of either is silence.
-double distance(const std::vector<double>& a, const std::vector<double>& b);
-double peak(const std::vector<double>& samples);
+/// How far two sounds are apart; what lies after the end of either is silence.
+double distance(Samples a, const Samples& b);
+double peak(const Samples& samples);
