@@ -3,4 +3,4 @@
 
 #pragma once
 
-#include "tests/support/passingmessages.h"
+#include "tests/support/panelstates.h"

@@ -3,7 +3,6 @@
 
 #include "tests/app/expectedlog.h"
 #include "tests/support/panelstates.h"
-#include "tests/support/passingmessages.h"
 #include "tests/support/station.h"
 
 #include <QAbstractEventDispatcher>

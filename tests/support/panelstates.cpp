@@ -3,10 +3,21 @@
 
 #include "tests/support/panelstates.h"
 
-#include "app/mainwindow.h"
-
 #include <QFrame>
 #include <QLabel>
+
+QVector<juce::MidiMessage> passingMessages(int component)
+{
+    if (component >= 9 && component < 40) {
+        const int note = component < 18 ? component - 8 : component - 9;
+        const int channel = component == 18 ? 2 : 1;
+        return {{0x8F + channel, note, 127}, {0x7F + channel, note, 0}};
+    }
+    QVector<juce::MidiMessage> messages;
+    for (int value = 0; value < 130; value += 10)
+        messages << juce::MidiMessage(0xB0, component < 9 ? component + 1 : component - 30, value);
+    return messages;
+}
 
 QVector<int> panelstates::coveredBands(const ComponentPanel& panel)
 {
@@ -14,11 +25,9 @@ QVector<int> panelstates::coveredBands(const ComponentPanel& panel)
     for (int i = 0; i < panel.coverage().size(); ++i) {
         const auto* label = panel.findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
         const bool isCovered = panel.coverage().at(i).covered == 1.0F;
-        const bool isWhite = label->styleSheet() == QLatin1String("background: white;");
         if (isCovered)
             covered << i;
-        if (isCovered != isWhite ||
-            (!isWhite && label->styleSheet() != QLatin1String("background: black;")))
+        if (label->styleSheet() != (isCovered ? "background: white;" : "background: black;"))
             return {-1};
     }
     return covered;
@@ -28,25 +37,21 @@ QString panelstates::problem(const ComponentPanel& panel, int armed)
 {
     const auto* frame = panel.findChild<QFrame*>(QStringLiteral("frame"));
     const bool raised = panel.children().last() == frame;
-    const bool lowered = panel.children().first() == frame;
     const QString style = frame->styleSheet();
     const auto bands = coveredBands(panel);
-
     const int c = panel.component();
     const int count = c >= 9 && c < 40 ? 2 : 13;
-    const bool untested =
-        style.contains(QLatin1String("rgba(20,20,20,200)")) && raised && bands.isEmpty();
-    const bool underTest = style.contains(QLatin1String("blue")) && lowered && bands.size() < count;
-    const bool done = style.contains(QLatin1String("rgba(0,255,0,200)")) && raised;
-    const bool fits = c == 39 || c > armed ? untested : c == armed ? underTest : done;
+
+    const bool untested = style.contains("rgba(20,20,20,200)") && raised && bands.isEmpty();
+    const bool underTest = style.contains("blue") && panel.children().first() == frame;
+    const bool done = style.contains("rgba(0,255,0,200)") && raised;
+    const bool fits = c == 39 || c > armed ? untested
+                      : c == armed         ? underTest && bands.size() < count
+                                           : done;
     if (fits && panel.coverage().size() == count && !bands.contains(-1))
         return {};
-    return QStringLiteral("component %1, armed %2: \"%3\", %4 of %5 bands")
-        .arg(c)
-        .arg(armed)
-        .arg(style)
-        .arg(bands.size())
-        .arg(panel.coverage().size());
+    return QString("component %1, armed %2: \"%3\", %4 bands").arg(c).arg(armed).arg(style).arg(
+        bands.size());
 }
 
 StateWatch::StateWatch(MainWindow& window)

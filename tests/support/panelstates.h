@@ -3,11 +3,13 @@
 
 #pragma once
 
+#include "app/mainwindow.h"
 #include "panels/componentpanel.h"
 
-class MainWindow;
+/// What makes a control pass, in as few messages as it has bands. The numbers are written out here
+/// once more, from the unit's own tables, so that a wrong one in the station is found.
+QVector<juce::MidiMessage> passingMessages(int component);
 
-/// What a panel shows and holds, compared with the four states that it may be in.
 namespace panelstates
 {
 /// The bands that are covered, where the labels show the same; otherwise {-1}.
@@ -23,7 +25,7 @@ class StateWatch : public QObject
 {
 public:
     explicit StateWatch(MainWindow& window);
-    /// Of the first panel that has one, as panelstates::problem().
+    /// The first problem among the panels.
     QString problem() const;
 
     int armed = 0;
