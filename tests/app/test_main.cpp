@@ -34,7 +34,8 @@ void makeSoundCard()
     QFile alsa(home.filePath(".asoundrc"));
     alsa.open(QIODevice::WriteOnly);
     alsa.write("pcm.!default { type asym capture.pcm null playback.pcm { type file slave.pcm null "
-               "format raw file \"" + pipe + "\" } }\n");
+               "format raw file \"" +
+               pipe + "\" } }\n");
     qputenv("HOME", QFile::encodeName(home.path()));
 }
 
@@ -184,7 +185,8 @@ private Q_SLOTS:
             QVERIFY2(station.waitForFinished(20000), "waits for an answer that nobody gives");
             QVERIFY(station.exitStatus() == QProcess::NormalExit && station.exitCode() == 1);
             const QByteArray errors = station.readAllStandardError();
-            QVERIFY2(errors.count(".wav") == 1 && errors.contains(QFile::encodeName(file.fileName())),
+            QVERIFY2(errors.count(".wav") == 1 &&
+                         errors.contains(QFile::encodeName(file.fileName())),
                      errors);
         }
     }
@@ -202,7 +204,10 @@ void begin()
     QTimer::singleShot(0, qApp, [] {
         TestMain test;
         QCoreApplication::exit(QTest::qExec(&test, QCoreApplication::arguments()));
-        std::thread([] { while (true) isSilent(); }).detach(); // the device waits for its reader
+        std::thread([] {
+            while (true)
+                isSilent();
+        }).detach(); // the device waits for its reader
     });
 }
 } // namespace

@@ -50,8 +50,11 @@ QString panelstates::problem(const ComponentPanel& panel, int armed)
                                            : done;
     if (fits && panel.coverage().size() == count && !bands.contains(-1))
         return {};
-    return QString("component %1, armed %2: \"%3\", %4 bands").arg(c).arg(armed).arg(style).arg(
-        bands.size());
+    return QString("component %1, armed %2: \"%3\", %4 bands")
+        .arg(c)
+        .arg(armed)
+        .arg(style)
+        .arg(bands.size());
 }
 
 StateWatch::StateWatch(MainWindow& window)
