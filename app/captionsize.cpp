@@ -3,14 +3,22 @@
 
 #include "app/captionsize.h"
 
-#include <QByteArray>
+#include <QApplication>
+#include <QFont>
 
 void fitCaptionsToLayout()
 {
 #ifdef Q_OS_LINUX
-    // At a desktop's usual 96 dots per inch, Debian's 9 point Sans Serif (DejaVu Sans) is too wide
-    // for half of the captions, "Device: NOT CONNECTED" among them; 80 is the most at which all of
-    // them fit.
+    // At a desktop's usual 96 dots per inch, captions in Debian's 9 point Sans Serif (DejaVu Sans)
+    // are cut off, "Device: NOT CONNECTED" among them. At 80 all of them fit.
     qputenv("QT_FONT_DPI", QByteArrayLiteral("80"));
+#endif
+}
+
+void setCaptionFont()
+{
+#ifdef Q_OS_LINUX
+    // This also drops the fonts that a desktop has for single kinds of widgets.
+    QApplication::setFont(QFont(QStringLiteral("Sans Serif"), 9));
 #endif
 }

@@ -36,6 +36,7 @@ int main(int argc, char* argv[])
 {
     fitCaptionsToLayout();
     QApplication application(argc, argv);
+    setCaptionFont();
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())

@@ -8,6 +8,7 @@
 #include "app/panelplacement.h"
 #include "app/runorder.h"
 #include "app/sequencerhold.h"
+#include "app/serialentry.h"
 #include "app/testlog.h"
 #include "app/unitport.h"
 #include "panels/zorvi_0908_button.h"
@@ -104,8 +105,12 @@ void MainWindow::connectForm()
 {
     connect(form->log, SIGNAL(clicked(bool)), this, SLOT(slot_OutputLog()));
     connect(form->startTest, SIGNAL(clicked(bool)), this, SLOT(slot_Init()));
+    // Ready for the next serial number, which replaces the text.
+    connect(form->startTest, SIGNAL(clicked(bool)), form->serialNumber, SLOT(setFocus()));
+    connect(form->startTest, SIGNAL(clicked(bool)), form->serialNumber, SLOT(selectAll()));
     connect(form->skipSensorButton, SIGNAL(clicked(bool)), this,
             SLOT(slot_SkipCurrentSensorPressed()));
+    form->serialNumber->setFocus();
 }
 
 void MainWindow::createSound()
@@ -297,7 +302,10 @@ void MainWindow::slot_TestComplete()
 {
     QMessageBox notice;
     notice.setText(tr("Test Complete."));
-    if (notice.exec() != 0)
+    SerialEntry entry(notice, *form->serialNumber);
+    const int closedBy = notice.exec();
+    entry.finish();
+    if (closedBy != 0)
         slot_Init();
 }
 

@@ -15,7 +15,8 @@ struct RunStep {
     int component;
 };
 
-/// The step after the verdict on `judged` while `armed` is under test. The run moves on from the
-/// armed number, for a verdict on another panel as well: a run never goes back. Only a station with
-/// the marker (tarvekStation) tests the channel button.
+/// The step after the verdict on `judged` while `armed` is under test. The run moves on by one from
+/// the armed number, for a verdict on another panel as well; a verdict on the last tested button
+/// always leads to the first rotary. Only a station with the marker (tarvekStation) tests the
+/// channel button.
 RunStep stepAfterVerdict(int judged, int armed, bool tarvekStation);

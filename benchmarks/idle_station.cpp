@@ -12,6 +12,7 @@ int main(int argc, char* argv[])
 {
     fitCaptionsToLayout();
     QApplication application(argc, argv);
+    setCaptionFont();
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     SimulatedUnit unit;
     if (!unit.plug())

@@ -16,6 +16,7 @@ int main(int argc, char* argv[])
     // the station's cost, and differs from machine to machine.
     qputenv("ALSA_CONFIG_PATH", "/dev/null");
     QApplication application(argc, argv);
+    setCaptionFont();
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     // The station's debug lines: what a terminal takes for them is not the station's cost.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});

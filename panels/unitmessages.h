@@ -9,7 +9,8 @@
 /// them. Numbers are the 7-bit ones of the MIDI message, channels run from 1 to 16.
 namespace unitmessages
 {
-/// The channel on which the channel button speaks, and nobody else.
+/// The channel that the channel button is known by. The other buttons count on every channel, this
+/// one included.
 inline constexpr int channelButtonChannel = 2;
 
 /// The controller number of a fader (1 to 9) or a rotary (10 to 13): they run on without a gap.

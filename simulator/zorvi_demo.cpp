@@ -80,6 +80,7 @@ int main(int argc, char* argv[])
 
     fitCaptionsToLayout();
     const QApplication application(argc, argv);
+    setCaptionFont();
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return fail(problem);

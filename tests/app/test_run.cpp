@@ -2,53 +2,42 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "tests/app/expectedlog.h"
-#include "tests/panelstates.h"
-#include "tests/passingmessages.h"
-#include "tests/station.h"
+#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
+#include <QAbstractEventDispatcher>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QScopeGuard>
-#include <QSignalSpy>
-#include <QToolButton>
+#include <QTimer>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+#include <semaphore.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace
 {
-QStringList debugLines;
-
-/// Closes every notice of the station as an operator would, some time after it opened.
-class Operator : public QObject
-{
-public:
-    Operator()
+/// What the window announces, in order; what answers an announcement comes before it.
+struct Journal : QObject {
+    explicit Journal(const MainWindow& window)
     {
-        timer.callOnTimeout(this, [this] {
-            auto* notice = station::openNotice();
-            if (notice == nullptr || notice == last)
-                return;
-            last = notice;
-            texts << notice->text();
-            QTest::mouseClick(notice->button(QMessageBox::Ok), Qt::LeftButton);
-        });
-        timer.start(10);
+        connect(&window, &MainWindow::signal_QueueComponent, this,
+                [this](int c) { entries << QString("queue %1").arg(c); });
+        connect(&window, &MainWindow::signal_SkipComponent, this,
+                [this](int c) { entries << QString("skip %1").arg(c); });
+        connect(&window, &MainWindow::signal_Ding, this, [this] { entries << "bell"; });
+        connect(&window, &MainWindow::signal_Init, this, [this] { entries << "init"; });
     }
-
-    QStringList texts;
-
-private:
-    QTimer timer;
-    const QMessageBox* last = nullptr;
+    QStringList take() { return std::exchange(entries, {}); }
+    QStringList entries;
 };
 
-QVector<int> numbersOf(const QSignalSpy& spy)
-{
-    QVector<int> numbers;
-    for (const QVariantList& arguments : spy)
-        numbers << arguments.first().toInt();
-    return numbers;
-}
+const QStringList restart{"init", "queue 0"};
+QStringList debugLines;
 
+/// Every component that a run tests.
 QVector<int> runOrder(bool marker)
 {
     QVector<int> order;
@@ -58,22 +47,34 @@ QVector<int> runOrder(bool marker)
     return order;
 }
 
-QString logPath(const QString& serial)
+/// Closes so many notices, each of which has to say that the test is over.
+void closeNotices(int count)
 {
-    return QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
+    QStringList texts;
+    QTimer closing;
+    closing.callOnTimeout([&texts] {
+        if (auto* notice = station::openNotice()) {
+            texts << notice->text();
+            notice->accept();
+        }
+    });
+    closing.start(10);
+    QTRY_COMPARE(texts.size(), count);
+    QCOMPARE(texts.count("Test Complete."), count);
 }
 
-/// Compares a log with what is expected, its date aside, which must be a date of just now.
+/// Compares a log with what is expected, its date aside, which must be a date of just now, and
+/// removes it.
 void compareLog(const QString& serial, const std::function<bool(int)>& covered)
 {
-    QFile file(logPath(serial));
+    QFile file(QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt");
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray log = file.readAll();
     const QByteArray date = log.split('\n').value(3).split('\t').value(2);
     const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
-    QVERIFY2(written.isValid(), date.constData());
-    QVERIFY(qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
+    QVERIFY(written.isValid() && qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
     QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, covered));
+    QVERIFY(file.remove());
 }
 
 /// All panels, while a run goes in its order.
@@ -83,51 +84,42 @@ void comparePanels(const MainWindow& window, int armed)
         QCOMPARE(panelstates::problem(*panel, armed), QString());
 }
 
-void click(const MainWindow& window, const QString& button)
+/// The intervals of the single shots that are pending on this thread.
+QVector<int> pendingSingleShots()
 {
-    QTest::mouseClick(window.findChild<QToolButton*>(button), Qt::LeftButton);
+    QVector<int> intervals;
+    auto* dispatcher = QAbstractEventDispatcher::instance();
+    for (QObject* child : dispatcher->children())
+        for (const auto& timer : dispatcher->registeredTimers(child))
+            intervals << timer.interval;
+    return intervals;
 }
 
-void sendDirectly(MainWindow& window, int component)
+/// The worker threads of this process that Qt has not named otherwise.
+QVector<pid_t> workerThreads()
 {
-    for (const MidiMessage& message : passingMessages(component))
-        window.handleIncomingMidiMessage(nullptr, message);
+    QVector<pid_t> ids;
+    for (const auto& task : QDir("/proc/self/task").entryInfoList(QDir::Dirs)) {
+        QFile name(task.filePath() + "/comm");
+        if (name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "QThread")
+            ids << task.fileName().toInt();
+    }
+    return ids;
 }
 
-void skipUpToLast(MainWindow& window)
-{
-    const QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
-    while (armed.isEmpty() || armed.last().first().toInt() != 43)
-        window.slot_SkipCurrentSensorPressed();
-}
+sem_t thawed;
 } // namespace
 
 class TestRun : public QObject
 {
     Q_OBJECT
 
-    QString serial;
-
 private Q_SLOTS:
-    void initTestCase()
-    {
-        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
-            if (type == QtDebugMsg)
-                debugLines << text;
-        });
-    }
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-
-    void init()
-    {
-        serial = QTest::currentTestFunction();
-        QFile::remove(logPath(serial));
-    }
-
     void wholeRun_data()
     {
         QTest::addColumn<bool>("marker");
-        QTest::newRow("zorvi_assembly_test_TARVEK") << true;
+        QTest::newRow("aTARVEKb") << true;
+        QTest::newRow("zorvi_assembly_test_tarvek") << false;
         QTest::newRow("zorvi_assembly_test") << false;
     }
 
@@ -140,119 +132,102 @@ private Q_SLOTS:
         MainWindow window;
         window.show();
         comparePanels(window, 0);
-        station::setSerial(window, serial);
+        for (const auto* panel : window.findChildren<ComponentPanel*>())
+            QCOMPARE(panel->isHidden(),
+                     panel->component() == 39 || (panel->component() == 18 && !marker));
+        station::setSerial(window, "whole");
         SimulatedUnit unit;
         QVERIFY(unit.plug());
         window.slot_PollDevices();
-        QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
-        QSignalSpy skips(&window, SIGNAL(signal_SkipComponent(int)));
-        QSignalSpy bells(&window, SIGNAL(signal_Ding()));
+        Journal journal(window);
         debugLines.clear();
-        Operator person;
+        const auto handler = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& text) { debugLines << text; });
 
         // The controls in their order, without a pause: each is judged by the time the next one's
         // messages arrive.
-        const QVector<int> order = runOrder(marker);
-        for (const int component : order)
-            for (const MidiMessage& message : passingMessages(component))
-                unit.send(message);
-
-        QTRY_VERIFY(debugLines.contains("TEST COMPLETE"));
-        compareLog(serial, [&](int c) { return c != 18 || marker; });
-        QVERIFY(person.texts.isEmpty());
-        QElapsedTimer sinceEnd;
-        sinceEnd.start();
-        QTRY_COMPARE(person.texts, QStringList("Test Complete."));
-        QVERIFY(sinceEnd.elapsed() >= 400); // 500 less a coarse timer's slack and the wait above
-
-        QTRY_COMPARE(armed.count(), order.size());
-        QCOMPARE(numbersOf(armed), order.mid(1) << 0); // armed on 0 before the spy was there
-        QCOMPARE(bells.count(), order.size());
-        QCOMPARE(numbersOf(skips), marker ? QVector<int>{} : QVector<int>{18});
+        QStringList expected;
         QStringList lines;
-        for (const int c : runOrder(true)) // a control that is skipped is told of as well
-            lines << QString("Component num %1").arg(c);
+        for (const int c : runOrder(true)) {
+            lines << QString("Component num %1").arg(c); // also for one that is skipped
+            if (!marker && c == 18)
+                continue;
+            for (const MidiMessage& message : passingMessages(c))
+                unit.send(message);
+            expected << "bell";
+            if (c != 43)
+                expected << QString("queue %1").arg(!marker && c == 17 ? 19 : c == 38 ? 40 : c + 1);
+            if (!marker && c == 17)
+                expected << "skip 18";
+        }
+        QTRY_COMPARE(journal.entries.size(), expected.size());
+        qInstallMessageHandler(handler);
+        QCOMPARE(journal.take(), expected);
         QCOMPARE(debugLines, lines << "TEST COMPLETE");
+        compareLog("whole", [&](int c) { return c != 18 || marker; });
+        QCOMPARE(pendingSingleShots(), QVector<int>{500});
 
         // The next unit: everything untested, and judged at once.
+        closeNotices(1);
+        QTRY_COMPARE(journal.entries, restart);
+        journal.take();
         comparePanels(window, 0);
         for (const MidiMessage& message : passingMessages(0))
             unit.send(message);
-        QTRY_COMPARE(armed.last().first().toInt(), 1);
+        QTRY_COMPARE(journal.entries, (QStringList{"bell", "queue 1"}));
     }
 
-    /// Also the skip while the notice is pending, which writes the log again and brings a second
-    /// notice.
-    void everythingSkipped()
+    /// Some of each kind are skipped, the last one among them: the log has each control's own
+    /// bands. A skip while the notice is pending writes the log again and brings a second notice.
+    void someSkipped()
     {
         MainWindow window;
         window.show();
-        station::setSerial(window, serial);
-        QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
-        QSignalSpy bells(&window, SIGNAL(signal_Ding()));
-        const QVector<int> order = runOrder(false);
-        for (int i = 0; i < order.size(); ++i)
-            click(window, "skipSensorButton");
-        QCOMPARE(numbersOf(armed), order.mid(1) << 43); // the skipped last one is armed again
-        compareLog(serial, [](int) { return false; });
-        comparePanels(window, 43);
-
-        QVERIFY(QFile::remove(logPath(serial)));
-        click(window, "skipSensorButton");
-        compareLog(serial, [](int) { return false; });
-        armed.clear();
-        int notices = 0;
-        QTimer::singleShot(1500, &window, [&] {
-            for (QWidget* widget : QApplication::topLevelWidgets()) {
-                if (auto* notice = qobject_cast<QMessageBox*>(widget)) {
-                    ++notices;
-                    notice->accept();
-                }
-            }
-        });
-        QTRY_COMPARE(numbersOf(armed), (QVector<int>{0, 0})); // each notice restarts the run
-        QCOMPARE(notices, 2);
-        QCOMPARE(bells.count(), 0);
+        station::setSerial(window, "some");
+        const auto isWorked = [](int c) { return c != 18 && c != 39 && c % 3 != 1; };
+        Journal journal(window);
+        for (const int c : runOrder(false)) {
+            if (isWorked(c))
+                station::receive(window, passingMessages(c));
+            else
+                station::click(window, "skipSensorButton");
+        }
+        QCOMPARE(journal.take().count("bell"), 27);
+        for (int i = 0; i < 2; ++i) {
+            compareLog("some", isWorked);
+            comparePanels(window, 43); // armed again
+            if (i == 0)
+                station::click(window, "skipSensorButton");
+        }
+        QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
+        closeNotices(2);
+        QTRY_COMPARE(journal.entries, restart + restart); // each of them restarts the run
         comparePanels(window, 0);
     }
 
-    /// 43 is armed again after its skip; after its pass it is not.
-    void lastOnePasses()
-    {
-        MainWindow window;
-        skipUpToLast(window);
-        QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
-        const Operator person;
-        sendDirectly(window, 43);
-        QTRY_COMPARE(person.texts.size(), 1);
-        QTRY_COMPARE(numbersOf(armed), QVector<int>{0});
-    }
-
-    void anyWayOfClosingTheNoticeRestarts()
-    {
-        MainWindow window;
-        QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
-        for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
-            QTimer::singleShot(100, &window,
-                               [key] { QTest::keyClick(station::openNotice(), key); });
-            window.slot_TestComplete();
-        }
-        QCOMPARE(numbersOf(armed), (QVector<int>{0, 0}));
-    }
-
-    /// The run moves on by one from the armed number, whoever the verdict comes from.
+    /// The run moves on by one from the armed number, whichever panel the verdict comes from; what
+    /// is special depends on the panel.
     void verdictOfAnotherPanel()
     {
+        QCoreApplication::setApplicationName("zorvi_assembly_test");
         MainWindow window;
-        QSignalSpy armed(&window, SIGNAL(signal_QueueComponent(int)));
-        QSignalSpy bells(&window, SIGNAL(signal_Ding()));
-        window.slot_ProcessComponentResult(7, 1);
-        window.slot_ProcessComponentResult(30, 2);
-        window.slot_ProcessComponentResult(38, 2); // always leads to the rotaries
+        Journal journal(window);
+        const auto afterVerdict = [&](int judged, int result) {
+            window.slot_ProcessComponentResult(judged, result);
+            return journal.take();
+        };
+        QCOMPARE(afterVerdict(7, 1), (QStringList{"bell", "queue 1"}));
+        QCOMPARE(afterVerdict(30, 2), QStringList{"queue 2"});
+        QCOMPARE(afterVerdict(17, 2), (QStringList{"queue 4", "skip 3"}));
         for (const int unknown : {0, 3, -1})
-            window.slot_ProcessComponentResult(40, unknown);
-        QCOMPARE(numbersOf(armed), (QVector<int>{1, 2, 40}));
-        QCOMPARE(bells.count(), 1);
+            QCOMPARE(afterVerdict(40, unknown), QStringList{});
+        for (int c = 5; c <= 17; ++c)
+            afterVerdict(0, 2);
+        QCOMPARE(afterVerdict(7, 1), (QStringList{"bell", "queue 18"})); // 17 was not judged
+        QCOMPARE(afterVerdict(38, 1), (QStringList{"bell", "queue 40"}));
+        QCOMPARE(afterVerdict(38, 2), QStringList{"queue 40"});
+        QCOMPARE(afterVerdict(43, 2), QStringList{"queue 40"}); // the end, and 40 is still armed
+        closeNotices(1);
     }
 
     /// "Save Log" writes what there is, at any moment, over what stood there; "Start Test" begins
@@ -261,34 +236,51 @@ private Q_SLOTS:
     {
         MainWindow window;
         window.show();
-        station::setSerial(window, serial);
-        sendDirectly(window, 0);
-        sendDirectly(window, 1);
-        click(window, "log");
-        compareLog(serial, [](int c) { return c <= 1; });
+        station::setSerial(window, "mid");
+        station::receive(window, passingMessages(0) + passingMessages(1));
+        station::click(window, "log");
+        compareLog("mid", [](int c) { return c <= 1; });
         comparePanels(window, 2);
-        click(window, "startTest");
+        Journal journal(window);
+        station::click(window, "startTest");
+        QCOMPARE(journal.take(), restart);
         comparePanels(window, 0);
-        click(window, "log");
-        compareLog(serial, [](int) { return false; });
-        sendDirectly(window, 0);
+        station::click(window, "log");
+        compareLog("mid", [](int) { return false; });
         window.slot_RestartTest();
-        comparePanels(window, 0);
+        QCOMPARE(journal.take(), restart);
     }
 
-    /// Without its folder a log is silently not written, and the run goes on.
-    void logsFolderMissing()
+    /// Closing quits the processor's thread alone, and a window does not go before that thread: it
+    /// ticks on what goes with the window.
+    void threads()
     {
-        const QString logs = QFileInfo(logPath({})).path();
-        QVERIFY(QDir().rename(logs, logs + ".away"));
-        const auto back = qScopeGuard([&] { QDir().rename(logs + ".away", logs); });
-        MainWindow window;
-        const Operator person;
-        skipUpToLast(window);
-        window.slot_SkipCurrentSensorPressed();
-        QTRY_COMPARE(person.texts.size(), 1);
-        comparePanels(window, 0);
-        QVERIFY(!QDir(logs).exists());
+        const int before = workerThreads().size();
+        auto window = std::make_unique<MainWindow>();
+        QTRY_COMPARE(workerThreads().size(), before + 2);
+        window->close();
+        QTRY_COMPARE(workerThreads().size(), before + 1);
+        window = std::make_unique<MainWindow>();
+        QTRY_COMPARE(workerThreads().size(), before + 3);
+
+        sem_init(&thawed, 0, 0);
+        std::signal(SIGUSR1, [](int) { sem_wait(&thawed); });
+        const auto frozen = workerThreads();
+        for (const pid_t thread : frozen)
+            syscall(SYS_tgkill, getpid(), thread, SIGUSR1);
+        std::atomic<bool> gone{false};
+        bool wentEarly = false;
+        std::thread thaw([&] {
+            QTest::qSleep(200);
+            wentEarly = gone;
+            for (int i = 0; i < frozen.size(); ++i)
+                sem_post(&thawed);
+        });
+        window.reset();
+        gone = true;
+        thaw.join();
+        QVERIFY(!wentEarly);
+        QTRY_COMPARE(workerThreads().size(), before + 2);
     }
 };
 

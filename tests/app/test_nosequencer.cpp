@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "simulator/memorysequencer.h"
+#include "tests/support/station.h"
+
+/// In a program without other tests: JUCE opens the sequencer anew only while it has no port.
+class TestNoSequencer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void comesLater()
+    {
+        memorysequencer::setAbsent(true);
+        MainWindow window;
+        window.slot_PollDevices();
+        QCOMPARE(memorysequencer::clientCount(), 0);
+        QCOMPARE(station::deviceLabel(window), QString("Device: NOT CONNECTED"));
+        memorysequencer::setAbsent(false);
+        SimulatedUnit unit;
+        QVERIFY(unit.plug());
+        window.slot_PollDevices();
+        QCOMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
+        QVERIFY(station::hears(window, unit));
+    }
+};
+
+QTEST_MAIN(TestNoSequencer)
+#include "test_nosequencer.moc"
