@@ -87,7 +87,7 @@ QStringList schema(const SqlDialect& dialect)
                        "(id) ON DELETE CASCADE, component INTEGER NOT NULL, band INTEGER NOT NULL, "
                        "PRIMARY KEY (attempt_id, component, band))") +
             dialect.keyOnlyTable,
-        QStringLiteral("CREATE TABLE earlier_saves (station_id BIGINT NOT NULL REFERENCES stations "
+        QStringLiteral("CREATE TABLE other_saves (station_id BIGINT NOT NULL REFERENCES stations "
                        "(id), serial TEXT NOT NULL, tested_at TEXT NOT NULL, marks %1 NOT NULL, "
                        "PRIMARY KEY (station_id, serial, tested_at, marks))")
                 .arg(dialect.bytesColumn) +

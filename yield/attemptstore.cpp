@@ -1,0 +1,233 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/attemptstore.h"
+
+#include "yield/database.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QVariant>
+
+#include <algorithm>
+
+using attemptrules::Save;
+
+namespace
+{
+bool holds(const std::vector<Save>& saves, const Save& save)
+{
+    return std::find(saves.begin(), saves.end(), save) != saves.end();
+}
+
+/// One transaction's statements, each prepared once. After the first that fails, the others do
+/// nothing.
+class Transaction
+{
+public:
+    explicit Transaction(QSqlDatabase& connection)
+        : database(connection)
+        , findAttempt(connection)
+        , insertAttempt(connection)
+        , insertMissedBand(connection)
+    {
+        prepare(findAttempt, "SELECT 1 FROM attempts WHERE station_id = ? AND serial = ? LIMIT 1");
+        prepare(insertAttempt, "INSERT INTO attempts (station_id, serial, tested_at, marks, "
+                               "complete) VALUES (?, ?, ?, ?, ?)");
+        prepare(insertMissedBand, "INSERT INTO missed_bands VALUES (?, ?, ?)");
+    }
+
+    const QString& error() const { return errorText; }
+
+    /// The station's row, created if missing. Marks of component 18 among the logs say that the
+    /// station tests it.
+    void findStation(const Station& station, const std::vector<StationLog>& logs)
+    {
+        QSqlQuery query(database);
+        const char* const find = "SELECT id, tests_18 FROM stations WHERE name = ?";
+        run(query, find, {station.name});
+        if (isFine() && !query.next()) {
+            run(query, "INSERT INTO stations (name) VALUES (?)", {station.name});
+            run(query, find, {station.name});
+            query.next();
+        }
+        if (!isFine())
+            return;
+        stationId = query.value(0);
+        tests18 = query.value(1).toInt() != 0;
+        query.finish();
+        const bool isShown = std::any_of(logs.begin(), logs.end(), [](const StationLog& log) {
+            return attemptrules::showsComponent18(log.marks);
+        });
+        if (!tests18 && (station.tests18 || isShown))
+            beginToTest18();
+    }
+
+    void store(const StationLog& log, StoreCounts& counts)
+    {
+        if (!isFine())
+            return;
+        if (!attemptrules::isAttempt(log.marks)) {
+            ++counts.notAttempt;
+            return;
+        }
+        const Save save{log.testedAt, log.marks};
+        exec(findAttempt, {stationId, log.serial});
+        if (isFine() && !findAttempt.next()) {
+            insert(log.serial, save);
+            ++counts.added;
+            return;
+        }
+        findAttempt.finish();
+        attemptrules::Attempts present{saves("attempts", log.serial),
+                                       saves("other_saves", log.serial)};
+        if (holds(present.attempts, save) || holds(present.others, save)) {
+            ++counts.known;
+            return;
+        }
+        ++counts.added;
+        regroup(log.serial, present, save);
+    }
+
+private:
+    bool isFine() const { return errorText.isEmpty(); }
+
+    void check(bool done, const QSqlQuery& query)
+    {
+        if (isFine() && !done)
+            errorText = Database::inWords(query.lastError());
+    }
+
+    void prepare(QSqlQuery& query, const char* statement)
+    {
+        query.setForwardOnly(true);
+        if (isFine())
+            check(query.prepare(QString::fromLatin1(statement)), query);
+    }
+
+    void exec(QSqlQuery& query, const QVariantList& values)
+    {
+        if (!isFine())
+            return;
+        for (int i = 0; i < values.size(); ++i)
+            query.bindValue(i, values[i]);
+        check(query.exec(), query);
+    }
+
+    void run(QSqlQuery& query, const char* statement, const QVariantList& values)
+    {
+        prepare(query, statement);
+        exec(query, values);
+    }
+
+    /// No attempt of the station has a mark of component 18 yet, so each missed both bands.
+    void beginToTest18()
+    {
+        tests18 = true;
+        QSqlQuery query(database);
+        run(query, "UPDATE stations SET tests_18 = 1 WHERE id = ?", {stationId});
+        run(query, "UPDATE attempts SET complete = 0 WHERE station_id = ?", {stationId});
+        for (int band = 0; band < bandmarks::bandCount(roster::channelButton); ++band)
+            run(query,
+                "INSERT INTO missed_bands SELECT id, CAST(? AS INTEGER), CAST(? AS INTEGER) FROM "
+                "attempts WHERE station_id = ?",
+                {roster::channelButton, band, stationId});
+    }
+
+    void insert(const QString& serial, const Save& save)
+    {
+        const auto missed = attemptrules::missedBands(save.marks, tests18);
+        exec(insertAttempt, {stationId, serial, save.testedAt, bandmarks::packed(save.marks),
+                             missed.empty() ? 1 : 0});
+        if (missed.empty() || !isFine())
+            return;
+        const QVariant attemptId = insertAttempt.lastInsertId();
+        for (const auto& band : missed)
+            exec(insertMissedBand, {attemptId, band.componentNum, band.band});
+    }
+
+    std::vector<Save> saves(const char* table, const QString& serial)
+    {
+        QSqlQuery query(database);
+        run(query,
+            QByteArray("SELECT tested_at, marks FROM ") + table +
+                " WHERE station_id = ? AND serial = ?",
+            {stationId, serial});
+        std::vector<Save> found;
+        while (isFine() && query.next()) {
+            const auto marks = bandmarks::unpacked(query.value(1).toByteArray());
+            if (marks)
+                found.push_back({query.value(0).toString(), *marks});
+            else
+                errorText = QStringLiteral("the database holds marks that are none, for the "
+                                           "serial \"%1\"")
+                                .arg(serial);
+        }
+        return found;
+    }
+
+    void change(const char* statement, const QString& serial, const Save& save)
+    {
+        QSqlQuery query(database);
+        run(query, statement, {stationId, serial, save.testedAt, bandmarks::packed(save.marks)});
+    }
+
+    /// Groups the logs anew with one more among them, and changes the rows that differ.
+    void regroup(const QString& serial, const attemptrules::Attempts& present, const Save& added)
+    {
+        std::vector<Save> all = present.attempts;
+        all.insert(all.end(), present.others.begin(), present.others.end());
+        all.push_back(added);
+        const auto wanted = attemptrules::grouped(all);
+        for (const Save& save : present.attempts)
+            if (!holds(wanted.attempts, save))
+                change("DELETE FROM attempts WHERE station_id = ? AND serial = ? AND tested_at = ? "
+                       "AND marks = ?",
+                       serial, save);
+        for (const Save& save : present.others)
+            if (!holds(wanted.others, save))
+                change("DELETE FROM other_saves WHERE station_id = ? AND serial = ? AND "
+                       "tested_at = ? AND marks = ?",
+                       serial, save);
+        for (const Save& save : wanted.attempts)
+            if (!holds(present.attempts, save))
+                insert(serial, save);
+        for (const Save& save : wanted.others)
+            if (!holds(present.others, save))
+                change("INSERT INTO other_saves VALUES (?, ?, ?, ?)", serial, save);
+    }
+
+    QSqlDatabase& database;
+    QSqlQuery findAttempt;
+    QSqlQuery insertAttempt;
+    QSqlQuery insertMissedBand;
+    QVariant stationId;
+    bool tests18 = false;
+    QString errorText;
+};
+} // namespace
+
+bool attemptstore::store(Database& database, const Station& station,
+                         const std::vector<StationLog>& logs, StoreCounts& counts, QString& error)
+{
+    if (!database.beginWriting(error))
+        return false;
+    QSqlDatabase& connection = database.connection();
+    StoreCounts stored = counts;
+    {
+        Transaction transaction(connection);
+        transaction.findStation(station, logs);
+        for (const StationLog& log : logs)
+            transaction.store(log, stored);
+        error = transaction.error();
+    }
+    QSqlQuery end(connection);
+    if (error.isEmpty() && !end.exec(QStringLiteral("COMMIT")))
+        error = Database::inWords(end.lastError());
+    if (!error.isEmpty()) {
+        end.exec(QStringLiteral("ROLLBACK"));
+        return false;
+    }
+    counts = stored;
+    return true;
+}
