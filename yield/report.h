@@ -35,7 +35,7 @@ struct Tally {
 
 /// How often one control was not complete in the first attempt at a unit.
 struct ControlMisses {
-    int units = 0;            ///< Units whose first attempt tests this control.
+    int units = 0;            ///< Units whose first attempt was to test this control.
     int missed = 0;           ///< Of these, units that missed one of its bands or more.
     QVector<int> missedBands; ///< Of these, units that missed the band, by band.
 };
@@ -52,7 +52,10 @@ struct OpenUnit {
     int attempts = 0;
     QString lastTestedAt; ///< As in the database: yyyy-MM-ddTHH:mm:ss, local.
     QString lastStation;
-    QVector<MissedControl> missed;
+    int missedControlCount = 0;
+    QVector<MissedControl> missed; ///< The first of them, at most maxMissedControls.
+
+    static constexpr int maxMissedControls = 3;
 };
 
 /// A unit that was tested more than once.
