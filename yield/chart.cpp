@@ -108,7 +108,7 @@ void chart::drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, in
     const double barWidth = pitch * 0.66;
     const double end = left + pitch * bars.size();
 
-    Svg svg(xml, {width, 274}, QStringLiteral("Units that missed each control, most missed first"));
+    Svg svg(xml, {width, 290}, QStringLiteral("Units that missed each control, most missed first"));
     for (int percent = 0; percent <= 100; percent += 20) {
         const double y = shares.at(percent);
         svg.line({left, y}, {end, y},
@@ -126,9 +126,9 @@ void chart::drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, in
                  QStringLiteral("%1: %2, %3 of all misses")
                      .arg(bar.name, figuretext::units(bar.missed),
                           figuretext::percent(bar.missed, all)));
-        svg.text({area.center().x(), area.top() - 5}, figuretext::count(bar.missed),
-                 QStringLiteral("value middle"));
         svg.text({area.center().x(), units.bottom + 18}, bar.name, QStringLiteral("label middle"));
+        svg.text({area.center().x(), units.bottom + 34}, figuretext::count(bar.missed),
+                 QStringLiteral("value middle"));
         sum += bar.missed;
         points.append({area.right(), units.at(sum)});
         hovers.append(QStringLiteral("Up to %1: %2 of all misses")

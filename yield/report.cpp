@@ -17,9 +17,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 // The queries name the attempts that they are about: f is the first attempt at a unit, l the last.
+// They run over a million attempts in a second or two because each goes along one index of the
+// table attempts; docs/performance.md has the figures.
 
 namespace
 {
@@ -35,16 +38,10 @@ QString hasOther(const QString& attempt, QChar order)
 const QString isFirst = QStringLiteral("NOT ") + hasOther(QStringLiteral("f"), '<');
 const QString isLast = QStringLiteral("NOT ") + hasOther(QStringLiteral("l"), '>');
 const QString firstDay = QStringLiteral("substr(f.tested_at, 1, 10)");
-const QString testedAgain =
-    QStringLiteral("SELECT serial, count(*) AS attempts FROM attempts GROUP BY serial "
-                   "HAVING count(*) > 1");
 
-/// All units of the cohort whose last attempt is not complete.
-QString openUnitsOf(const QString& cohort)
+bool hasMoreAttempts(const RepeatedUnit& a, const RepeatedUnit& b)
 {
-    return QStringLiteral("FROM attempts AS l JOIN attempts AS f ON f.serial = l.serial WHERE "
-                          "l.complete = 0 AND %1 AND %2 AND %3")
-        .arg(isLast, isFirst, cohort);
+    return std::tie(a.attempts, a.lastTestedAt) > std::tie(b.attempts, b.lastTestedAt);
 }
 
 class Reader
@@ -58,8 +55,8 @@ public:
 
     bool read()
     {
-        return readStations() && findCohort() && countFirstAttempts() && countOpenUnits() &&
-               readRepeatedUnits() && countMisses() && readOpenUnits() && finish();
+        return readStations() && findCohort() && countAttempts() && readRepeatedUnits() &&
+               countMisses() && readOpenUnits() && readOpenBands() && finish();
     }
 
     QString problem;
@@ -140,67 +137,80 @@ private:
         report.total += tally;
     }
 
-    /// Most units are tested once. To count all attempts and take those off that are not the first
-    /// is several times as fast as to ask each attempt whether it is the first.
-    bool countFirstAttempts()
+    /// As if each attempt were at a unit of its own; readRepeatedUnits puts the others right.
+    bool countAttempts()
     {
-        const QString count =
-            QStringLiteral("SELECT f.station_id, %1, count(*), sum(f.complete) FROM attempts AS f "
-                           "WHERE %2 GROUP BY %1, f.station_id");
-        const QString isRepeat = QStringLiteral("f.serial IN (SELECT serial FROM (%1) AS again) "
-                                                "AND %2 AND %3")
-                                     .arg(testedAgain, hasOther(QStringLiteral("f"), '<'), cohort);
-        for (const auto& [condition, sign] : {std::pair(cohort, 1), std::pair(isRepeat, -1)}) {
-            QSqlQuery query(database);
-            if (!run(query, count.arg(firstDay, condition)))
-                return false;
-            while (query.next()) {
-                const int units = sign * query.value(2).toInt();
-                const int passed = sign * query.value(3).toInt();
-                add(query.value(0).toInt(), query.value(1).toString(),
-                    {units, units, passed, units});
-            }
+        QSqlQuery query(database);
+        if (!run(query, QStringLiteral("SELECT f.station_id, %1, count(*), sum(f.complete) FROM "
+                                       "attempts AS f WHERE %2 GROUP BY %1, f.station_id")
+                            .arg(firstDay, cohort)))
+            return false;
+        while (query.next()) {
+            const int count = query.value(2).toInt();
+            const int complete = query.value(3).toInt();
+            add(query.value(0).toInt(), query.value(1).toString(),
+                {count, count, complete, complete});
         }
         return true;
     }
 
-    bool countOpenUnits()
-    {
-        QSqlQuery query(database);
-        if (!run(query, QStringLiteral("SELECT f.station_id, %1, count(*) %2 GROUP BY %1, "
-                                       "f.station_id")
-                            .arg(firstDay, openUnitsOf(cohort))))
-            return false;
-        while (query.next())
-            add(query.value(0).toInt(), query.value(1).toString(),
-                {0, 0, 0, -query.value(2).toInt()});
-        return true;
-    }
-
+    /// The units with more than one attempt, each from its first to its last.
     bool readRepeatedUnits()
     {
         QSqlQuery query(database);
-        if (!run(query, QStringLiteral(
-                            "SELECT again.serial, again.attempts, f.tested_at, f.station_id, "
-                            "f.complete, l.tested_at, l.station_id, l.complete FROM (%1) AS again "
-                            "JOIN attempts AS f ON f.serial = again.serial JOIN attempts AS l ON "
-                            "l.serial = again.serial WHERE %2 AND %3 AND %4 ORDER BY "
-                            "again.attempts DESC, l.tested_at DESC, l.id DESC")
-                            .arg(testedAgain, isFirst, isLast, cohort)))
+        if (!run(query,
+                 QStringLiteral("SELECT f.serial, f.tested_at, f.station_id, f.complete, CASE WHEN "
+                                "%1 THEN 1 ELSE 0 END FROM attempts AS f WHERE f.serial IN (SELECT "
+                                "serial FROM attempts GROUP BY serial HAVING count(*) > 1) ORDER "
+                                "BY f.serial, f.tested_at, f.id")
+                     .arg(cohort)))
             return false;
+        RepeatedUnit unit;
+        int firstStation = 0;
+        bool isInCohort = false;
         while (query.next()) {
-            const int attempts = query.value(1).toInt();
-            const QString firstTestedAt = query.value(2).toString();
-            const int firstStation = query.value(3).toInt();
-            add(firstStation, firstTestedAt.left(10), {0, attempts - 1, 0, 0});
-            if (++report.repeatedUnitCount <= Report::maxRepeatedUnits)
-                report.repeatedUnits.append({query.value(0).toString(), attempts, firstTestedAt,
-                                             stations[firstStation].report.name,
-                                             query.value(4).toInt() != 0, query.value(5).toString(),
-                                             stations[query.value(6).toInt()].report.name,
-                                             query.value(7).toInt() != 0});
+            const QString serial = query.value(0).toString();
+            const QString testedAt = query.value(1).toString();
+            const int station = query.value(2).toInt();
+            const bool complete = query.value(3).toInt() != 0;
+            const bool wasCounted = query.value(4).toInt() != 0;
+            if (wasCounted)
+                add(station, testedAt.left(10), {-1, -1, -complete, -complete});
+            if (unit.attempts == 0 || serial != unit.serial) {
+                if (isInCohort)
+                    addRepeated(unit, firstStation);
+                unit = {serial,   0,  testedAt, stations[station].report.name,
+                        complete, {}, {},       false};
+                firstStation = station;
+                isInCohort = wasCounted;
+            }
+            ++unit.attempts;
+            unit.lastTestedAt = testedAt;
+            unit.lastStation = stations[station].report.name;
+            unit.passedLast = complete;
         }
+        if (isInCohort)
+            addRepeated(unit, firstStation);
+        keepRepeated(Report::maxRepeatedUnits);
         return true;
+    }
+
+    void addRepeated(const RepeatedUnit& unit, int firstStation)
+    {
+        add(firstStation, unit.firstTestedAt.left(10),
+            {1, unit.attempts, unit.passedFirst, unit.passedLast});
+        ++report.repeatedUnitCount;
+        report.repeatedUnits.append(unit);
+        // Now and then, so that neither the list nor the time to sort it grows.
+        if (report.repeatedUnits.size() == 8 * Report::maxRepeatedUnits)
+            keepRepeated(Report::maxRepeatedUnits);
+    }
+
+    void keepRepeated(int most)
+    {
+        auto& units = report.repeatedUnits;
+        std::stable_sort(units.begin(), units.end(), hasMoreAttempts);
+        units.resize(std::min(most, units.size()));
     }
 
     /// One row for each set of bands that some unit missed of a control; the set is a sum of powers
@@ -219,8 +229,9 @@ private:
                  QStringLiteral("SELECT station_id, component, bands, count(*) FROM (SELECT "
                                 "f.station_id, m.component, sum(1 << m.band) AS bands FROM "
                                 "attempts AS f JOIN missed_bands AS m ON m.attempt_id = f.id WHERE "
-                                "f.complete = 0 AND %1 AND %2 GROUP BY f.id, f.station_id, "
-                                "m.component) AS missed GROUP BY station_id, component, bands")
+                                "f.complete = 0 AND %1 AND %2 GROUP BY f.tested_at, f.id, "
+                                "f.station_id, m.component) AS missed GROUP BY station_id, "
+                                "component, bands")
                      .arg(isFirst, cohort)))
             return false;
         while (query.next()) {
@@ -246,39 +257,51 @@ private:
     bool readOpenUnits()
     {
         QSqlQuery query(database);
+        // A cross join, because SQLite then goes along the attempts that are not complete.
         if (!run(query,
-                 QStringLiteral("SELECT u.id, u.serial, u.attempts, u.tested_at, u.station_id, "
-                                "m.component, m.band FROM (SELECT l.id, l.serial, l.tested_at, "
-                                "l.station_id, (SELECT count(*) FROM attempts AS a WHERE a.serial "
-                                "= l.serial) AS attempts %1 ORDER BY l.tested_at DESC, l.id DESC "
-                                "LIMIT %2) AS u LEFT JOIN missed_bands AS m ON m.attempt_id = u.id "
-                                "ORDER BY u.tested_at DESC, u.id DESC, m.component, m.band")
-                     .arg(openUnitsOf(cohort))
+                 QStringLiteral("SELECT l.id, l.serial, l.tested_at, l.station_id, (SELECT "
+                                "count(*) FROM attempts AS a WHERE a.serial = l.serial) FROM "
+                                "attempts AS l CROSS JOIN attempts AS f WHERE l.complete = 0 AND "
+                                "f.serial = l.serial AND %1 AND %2 AND %3 ORDER BY l.tested_at "
+                                "DESC, l.id DESC LIMIT %4")
+                     .arg(isLast, isFirst, cohort)
                      .arg(Report::maxOpenUnits)))
             return false;
-        qlonglong attempt = -1;
+        while (query.next()) {
+            openUnitOf.insert(query.value(0).toString(), report.openUnits.size());
+            report.openUnits.append(OpenUnit{query.value(1).toString(),
+                                             query.value(4).toInt(),
+                                             query.value(2).toString(),
+                                             stations[query.value(3).toInt()].report.name,
+                                             0,
+                                             {}});
+        }
+        return true;
+    }
+
+    /// What the last attempts at the units not complete missed.
+    bool readOpenBands()
+    {
+        if (openUnitOf.isEmpty())
+            return true;
+        const QStringList attempts = openUnitOf.keys();
+        QSqlQuery query(database);
+        if (!run(query, QStringLiteral("SELECT attempt_id, component, band FROM missed_bands WHERE "
+                                       "attempt_id IN (%1) ORDER BY attempt_id, component, band")
+                            .arg(attempts.join(QLatin1Char(',')))))
+            return false;
+        QString attempt;
         int component = -1;
         while (query.next()) {
-            if (query.value(0).toLongLong() != attempt) {
-                attempt = query.value(0).toLongLong();
-                component = -1;
-                report.openUnits.append(OpenUnit{query.value(1).toString(),
-                                                 query.value(2).toInt(),
-                                                 query.value(3).toString(),
-                                                 stations[query.value(4).toInt()].report.name,
-                                                 0,
-                                                 {}});
-            }
-            if (query.isNull(5))
-                continue;
-            OpenUnit& unit = report.openUnits.last();
-            if (query.value(5).toInt() != component) {
-                component = query.value(5).toInt();
-                if (++unit.missedControlCount <= OpenUnit::maxMissedControls)
-                    unit.missed.append(MissedControl{component, {}});
-            }
+            const bool isSame =
+                query.value(0).toString() == attempt && query.value(1).toInt() == component;
+            attempt = query.value(0).toString();
+            component = query.value(1).toInt();
+            OpenUnit& unit = report.openUnits[openUnitOf.value(attempt)];
+            if (!isSame && ++unit.missedControlCount <= OpenUnit::maxMissedControls)
+                unit.missed.append(MissedControl{component, {}});
             if (unit.missedControlCount <= OpenUnit::maxMissedControls)
-                unit.missed.last().bands.append(query.value(6).toInt());
+                unit.missed.last().bands.append(query.value(2).toInt());
         }
         return true;
     }
@@ -299,7 +322,8 @@ private:
     QSqlDatabase& database;
     Report& report;
     QString cohort;
-    QHash<int, Station> stations;
+    QHash<int, Station> stations;   ///< By id.
+    QHash<QString, int> openUnitOf; ///< The index in openUnits by the attempt's id.
 };
 } // namespace
 
