@@ -27,11 +27,14 @@ class Transaction
 public:
     explicit Transaction(QSqlDatabase& connection)
         : database(connection)
-        , findAttempt(connection)
+        , findSaves(connection)
         , insertAttempt(connection)
         , insertMissedBand(connection)
     {
-        prepare(findAttempt, "SELECT 1 FROM attempts WHERE station_id = ? AND serial = ? LIMIT 1");
+        prepare(findSaves,
+                "SELECT 1, tested_at, marks FROM attempts WHERE station_id = ? AND serial = ? "
+                "UNION ALL SELECT 0, tested_at, marks FROM other_saves WHERE station_id = ? AND "
+                "serial = ?");
         prepare(insertAttempt, "INSERT INTO attempts (station_id, serial, tested_at, marks, "
                                "complete) VALUES (?, ?, ?, ?, ?)");
         prepare(insertMissedBand, "INSERT INTO missed_bands VALUES (?, ?, ?)");
@@ -72,21 +75,16 @@ public:
             return;
         }
         const Save save{log.testedAt, log.marks};
-        exec(findAttempt, {stationId, log.serial});
-        if (isFine() && !findAttempt.next()) {
-            insert(log.serial, save);
-            ++counts.added;
-            return;
-        }
-        findAttempt.finish();
-        attemptrules::Attempts present{saves("attempts", log.serial),
-                                       saves("other_saves", log.serial)};
+        const auto present = savesOf(log.serial);
         if (holds(present.attempts, save) || holds(present.others, save)) {
             ++counts.known;
             return;
         }
         ++counts.added;
-        regroup(log.serial, present, save);
+        if (present.attempts.empty())
+            insert(log.serial, save);
+        else
+            regroup(log.serial, present, save);
     }
 
 private:
@@ -146,23 +144,21 @@ private:
             exec(insertMissedBand, {attemptId, band.componentNum, band.band});
     }
 
-    std::vector<Save> saves(const char* table, const QString& serial)
+    attemptrules::Attempts savesOf(const QString& serial)
     {
-        QSqlQuery query(database);
-        run(query,
-            QByteArray("SELECT tested_at, marks FROM ") + table +
-                " WHERE station_id = ? AND serial = ?",
-            {stationId, serial});
-        std::vector<Save> found;
-        while (isFine() && query.next()) {
-            const auto marks = bandmarks::unpacked(query.value(1).toByteArray());
+        attemptrules::Attempts found;
+        exec(findSaves, {stationId, serial, stationId, serial});
+        while (isFine() && findSaves.next()) {
+            const auto marks = bandmarks::unpacked(findSaves.value(2).toByteArray());
             if (marks)
-                found.push_back({query.value(0).toString(), *marks});
+                (findSaves.value(0).toInt() == 1 ? found.attempts : found.others)
+                    .push_back({findSaves.value(1).toString(), *marks});
             else
                 errorText = QStringLiteral("the database holds marks that are none, for the "
                                            "serial \"%1\"")
                                 .arg(serial);
         }
+        findSaves.finish();
         return found;
     }
 
@@ -198,7 +194,7 @@ private:
     }
 
     QSqlDatabase& database;
-    QSqlQuery findAttempt;
+    QSqlQuery findSaves;
     QSqlQuery insertAttempt;
     QSqlQuery insertMissedBand;
     QVariant stationId;

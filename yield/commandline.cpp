@@ -98,6 +98,7 @@ int report(const QCommandLineParser& parser)
         return fail(problem);
     if (!file.commit())
         return fail(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+    QTextStream(stdout) << QStringLiteral("written: ") << file.fileName() << Qt::endl;
     return 0;
 }
 
@@ -266,7 +267,7 @@ int runCommand(const Command& command, const QStringList& arguments)
         parser.addPositionalArgument(command.argument, command.argumentHelp);
     if (!parser.parse(arguments))
         return fail(parser.errorText());
-    if (parser.isSet(help))
+    if (parser.isSet(help) || parser.isSet(QStringLiteral("help-all")))
         parser.showHelp();
     if (parser.positionalArguments().size() - 1 > command.mostArguments)
         return fail(QStringLiteral("unexpected argument \"%1\"")
