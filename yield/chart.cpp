@@ -16,7 +16,6 @@ namespace
 {
 constexpr double width = 1040;
 constexpr double left = 46;
-constexpr double right = 46;
 
 /// A linear scale along y: `lowest` is drawn at `bottom`, `highest` at `top`.
 struct Scale {
@@ -47,7 +46,7 @@ void drawPercentAxis(Svg& svg, const Scale& scale)
     const double step = scale.highest - scale.lowest > 50 ? 20 : 10;
     for (double percent = scale.highest; percent >= scale.lowest; percent -= step) {
         const double y = scale.at(percent);
-        svg.line({left, y}, {width - right, y}, QStringLiteral("grid"));
+        svg.line({left, y}, {width, y}, QStringLiteral("grid"));
         svg.text({left - 8, y + 4}, QStringLiteral("%1 %").arg(percent),
                  QStringLiteral("label end"));
     }
@@ -64,14 +63,14 @@ void chart::drawTimeline(QXmlStreamWriter& xml, const Timeline& timeline)
     }
     const Scale yields{16, 176, axisBegin(lowest), 100};
     const Scale units{206, 270, 0, static_cast<double>(mostUnits)};
-    const double pitch = (width - left - right) / timeline.length;
+    const double pitch = (width - left) / timeline.length;
     const double barWidth = std::min(pitch * 0.7, 40.0);
     constexpr double labelWidth = 56;
     const int labelStep = std::max(1, static_cast<int>(std::ceil(labelWidth / pitch)));
 
     Svg svg(xml, {width, 296}, QStringLiteral("First-pass yield and units by ") + timeline.unit);
     drawPercentAxis(svg, yields);
-    svg.line({left, units.bottom}, {width - right, units.bottom}, QStringLiteral("axis"));
+    svg.line({left, units.bottom}, {width, units.bottom}, QStringLiteral("axis"));
     svg.text({left - 8, units.top + 8}, figuretext::count(mostUnits), QStringLiteral("label end"));
     svg.text({left - 8, units.bottom}, QStringLiteral("units"), QStringLiteral("label end"));
 
@@ -104,6 +103,7 @@ void chart::drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, in
     // Both scales end at all misses, so that the line starts on the first bar.
     const Scale units{14, 246, 0, static_cast<double>(all)};
     const Scale shares{14, 246, 0, 100};
+    constexpr double right = 46;
     const double pitch = std::min((width - left - right) / bars.size(), 120.0);
     const double barWidth = pitch * 0.66;
     const double end = left + pitch * bars.size();

@@ -295,8 +295,8 @@ void writeOpenUnits(Html& html, const Report& report)
     const int open = report.total.units - report.total.passedLast;
     html.beginSection(QStringLiteral("open"), QStringLiteral("Units not complete"),
                       open == 0 ? QStringLiteral("The last attempt at every unit is complete.")
-                                : QStringLiteral("The last attempt at %1 is not complete, newest "
-                                                 "first: someone has to look at them.")
+                                : QStringLiteral("%1 whose last attempt is not complete, newest "
+                                                 "first: the list to walk to.")
                                       .arg(figuretext::units(open)));
     if (open > 0) {
         html.beginTable({QStringLiteral("Serial number"), QStringLiteral("Last tested"),
