@@ -3,7 +3,23 @@
 
 #include "yield/html.h"
 
+#include "yield/attempttext.h"
+
 #include <QIODevice>
+
+namespace
+{
+/// Without the characters that a page cannot hold: the writer would give up at them.
+QString holdable(const QString& text)
+{
+    // By way of UTF-8, which has no half surrogate pairs.
+    QString shown = QString::fromUtf8(attempttext::printable(text).toUtf8());
+    for (QChar& c : shown)
+        if (c.unicode() > QChar::ReplacementCharacter)
+            c = QChar::ReplacementCharacter;
+    return shown;
+}
+} // namespace
 
 Html::Html(QIODevice& output, const QString& title, const QString& style)
     : xml(&output)
@@ -40,7 +56,7 @@ void Html::end()
 void Html::element(const QString& name, const QString& text, const QString& cssClass)
 {
     begin(name, cssClass);
-    xml.writeCharacters(text);
+    xml.writeCharacters(holdable(text));
     end();
 }
 
