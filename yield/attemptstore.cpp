@@ -5,8 +5,10 @@
 
 #include "yield/database.h"
 
+#include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QStringList>
 #include <QVariant>
 
 #include <algorithm>
@@ -20,21 +22,25 @@ bool holds(const std::vector<Save>& saves, const Save& save)
     return std::find(saves.begin(), saves.end(), save) != saves.end();
 }
 
-/// One transaction's statements, each prepared once. After the first that fails, the others do
-/// nothing.
+/// So many logs are looked up with one query. Qt names every value of a query, and SQLite compares
+/// each name with all others.
+constexpr std::size_t lookupSize = 100;
+
+/// The logs of one unit at the station.
+struct Unit {
+    attemptrules::Attempts stored; ///< In the database.
+    std::vector<Save> added;
+};
+
+/// One transaction's statements. After the first that fails, the others do nothing.
 class Transaction
 {
 public:
     explicit Transaction(QSqlDatabase& connection)
         : database(connection)
-        , findSaves(connection)
         , insertAttempt(connection)
         , insertMissedBand(connection)
     {
-        prepare(findSaves,
-                "SELECT 1, tested_at, marks FROM attempts WHERE station_id = ? AND serial = ? "
-                "UNION ALL SELECT 0, tested_at, marks FROM other_saves WHERE station_id = ? AND "
-                "serial = ?");
         prepare(insertAttempt, "INSERT INTO attempts (station_id, serial, tested_at, marks, "
                                "complete) VALUES (?, ?, ?, ?, ?)");
         prepare(insertMissedBand, "INSERT INTO missed_bands VALUES (?, ?, ?)");
@@ -66,25 +72,10 @@ public:
             beginToTest18();
     }
 
-    void store(const StationLog& log, StoreCounts& counts)
+    void store(const std::vector<StationLog>& logs, StoreCounts& counts)
     {
-        if (!isFine())
-            return;
-        if (!attemptrules::isAttempt(log.marks)) {
-            ++counts.notAttempt;
-            return;
-        }
-        const Save save{log.testedAt, log.marks};
-        const auto present = savesOf(log.serial);
-        if (holds(present.attempts, save) || holds(present.others, save)) {
-            ++counts.known;
-            return;
-        }
-        ++counts.added;
-        if (present.attempts.empty())
-            insert(log.serial, save);
-        else
-            regroup(log.serial, present, save);
+        for (std::size_t i = 0; i < logs.size(); i += lookupSize)
+            storePart(logs.data() + i, std::min(lookupSize, logs.size() - i), counts);
     }
 
 private:
@@ -144,22 +135,62 @@ private:
             exec(insertMissedBand, {attemptId, band.componentNum, band.band});
     }
 
-    attemptrules::Attempts savesOf(const QString& serial)
+    void storePart(const StationLog* logs, std::size_t count, StoreCounts& counts)
     {
-        attemptrules::Attempts found;
-        exec(findSaves, {stationId, serial, stationId, serial});
-        while (isFine() && findSaves.next()) {
-            const auto marks = bandmarks::unpacked(findSaves.value(2).toByteArray());
+        QHash<QString, Unit> units;
+        QStringList serials;
+        for (std::size_t i = 0; i < count; ++i)
+            if (!units.contains(logs[i].serial)) {
+                units.insert(logs[i].serial, {});
+                serials << logs[i].serial;
+            }
+        lookUp(units, serials, "attempts", &attemptrules::Attempts::attempts);
+        lookUp(units, serials, "other_saves", &attemptrules::Attempts::others);
+        for (std::size_t i = 0; i < count; ++i) {
+            Unit& unit = units[logs[i].serial];
+            const Save save{logs[i].testedAt, logs[i].marks};
+            if (!attemptrules::isAttempt(save.marks)) {
+                ++counts.notAttempt;
+            } else if (holds(unit.stored.attempts, save) || holds(unit.stored.others, save) ||
+                       holds(unit.added, save)) {
+                ++counts.known;
+            } else {
+                ++counts.added;
+                unit.added.push_back(save);
+            }
+        }
+        for (const QString& serial : serials) {
+            const Unit& unit = units[serial];
+            if (unit.stored.attempts.empty() && unit.added.size() == 1)
+                insert(serial, unit.added.front());
+            else if (!unit.added.empty())
+                regroup(serial, unit);
+        }
+    }
+
+    /// Reads the saves of these units from one of the two tables that hold them.
+    void lookUp(QHash<QString, Unit>& units, const QStringList& serials, const QByteArray& table,
+                std::vector<Save> attemptrules::Attempts::*saves)
+    {
+        QVariantList values = {stationId};
+        for (const QString& serial : serials)
+            values << serial;
+        QSqlQuery query(database);
+        run(query,
+            "SELECT serial, tested_at, marks FROM " + table +
+                " WHERE station_id = ? AND serial IN (?" +
+                QByteArray(", ?").repeated(serials.size() - 1) + ')',
+            values);
+        while (isFine() && query.next()) {
+            const QString serial = query.value(0).toString();
+            const auto marks = bandmarks::unpacked(query.value(2).toByteArray());
             if (marks)
-                (findSaves.value(0).toInt() == 1 ? found.attempts : found.others)
-                    .push_back({findSaves.value(1).toString(), *marks});
+                (units[serial].stored.*saves).push_back({query.value(1).toString(), *marks});
             else
                 errorText = QStringLiteral("the database holds marks that are none, for the "
                                            "serial \"%1\"")
                                 .arg(serial);
         }
-        findSaves.finish();
-        return found;
     }
 
     void change(const char* statement, const QString& serial, const Save& save)
@@ -168,12 +199,13 @@ private:
         run(query, statement, {stationId, serial, save.testedAt, bandmarks::packed(save.marks)});
     }
 
-    /// Groups the logs anew with one more among them, and changes the rows that differ.
-    void regroup(const QString& serial, const attemptrules::Attempts& present, const Save& added)
+    /// Groups all logs of the unit anew and changes the rows that differ.
+    void regroup(const QString& serial, const Unit& unit)
     {
+        const auto& present = unit.stored;
         std::vector<Save> all = present.attempts;
         all.insert(all.end(), present.others.begin(), present.others.end());
-        all.push_back(added);
+        all.insert(all.end(), unit.added.begin(), unit.added.end());
         const auto wanted = attemptrules::grouped(all);
         for (const Save& save : present.attempts)
             if (!holds(wanted.attempts, save))
@@ -194,7 +226,6 @@ private:
     }
 
     QSqlDatabase& database;
-    QSqlQuery findSaves;
     QSqlQuery insertAttempt;
     QSqlQuery insertMissedBand;
     QVariant stationId;
@@ -213,8 +244,7 @@ bool attemptstore::store(Database& database, const Station& station,
     {
         Transaction transaction(connection);
         transaction.findStation(station, logs);
-        for (const StationLog& log : logs)
-            transaction.store(log, stored);
+        transaction.store(logs, stored);
         error = transaction.error();
     }
     QSqlQuery end(connection);

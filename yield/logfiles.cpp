@@ -3,31 +3,34 @@
 
 #include "yield/logfiles.h"
 
-#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace
 {
+/// By the system's own calls: QFile and QFileInfo took more time than all the rest of an import.
 std::optional<StationLog> readOnce(const QString& path, QString& reason)
 {
-    const QFileInfo info(path);
-    // A pipe or a device would keep the reader waiting.
-    if (info.exists() && !info.isFile()) {
-        reason = info.isDir() ? QStringLiteral("the folder cannot be read")
-                              : QStringLiteral("it is not a file");
+    // A pipe or a device must not keep the reader waiting.
+    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    QByteArray bytes(stationlog::longestLog + 1, Qt::Uninitialized);
+    const auto size =
+        file < 0 ? -1 : ::read(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    const int error = errno;
+    if (file >= 0)
+        close(file);
+    if (size < 0) {
+        reason = error == EISDIR ? QStringLiteral("the folder cannot be read")
+                                 : QString::fromLocal8Bit(std::strerror(error));
         return std::nullopt;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        reason = file.errorString();
-        return std::nullopt;
-    }
-    const QByteArray bytes = file.read(stationlog::longestLog + 1);
-    if (file.error() != QFileDevice::NoError) {
-        reason = file.errorString();
-        return std::nullopt;
-    }
+    bytes.truncate(static_cast<int>(size));
     return stationlog::read(bytes, reason);
 }
 } // namespace
@@ -43,10 +46,11 @@ QStringList logfiles::filesOf(const QString& path)
     const QFileInfo info(path);
     if (!info.isDir() || !info.isReadable() || !info.isExecutable())
         return {path};
-    const QDir folder(path);
-    QStringList files = folder.entryList(QDir::Files, QDir::Name);
-    for (QString& file : files)
-        file = folder.filePath(file);
+    QStringList files;
+    QDirIterator entries(path, QDir::Files);
+    while (entries.hasNext())
+        files << entries.next();
+    files.sort();
     return files;
 }
 

@@ -4,12 +4,12 @@
 #include "yield/stationlog.h"
 
 #include <QDate>
-#include <QLocale>
 #include <QTextCodec>
 #include <QTime>
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
 
 namespace
@@ -22,6 +22,7 @@ constexpr int longestSerial = 1000;
 /// All that follows the head of a log has the same length in every log.
 struct Body {
     QByteArray text; ///< With every mark 0.
+    QByteArray mask; ///< The bits that are the same in every log: '0' and '1' differ in one.
     std::array<int, bandMarkCount> marks{};
     std::array<int, roster::componentCount> blockEnds{};
 
@@ -41,6 +42,9 @@ struct Body {
             text += '\n';
             blockEnds.at(static_cast<std::size_t>(c)) = text.size();
         }
+        mask.fill('\xFF', text.size());
+        for (const int mark : marks)
+            mask[mark] = '\xFE';
     }
 
     int componentAt(int position) const
@@ -61,22 +65,20 @@ const Body& body()
 /// Nothing if the bytes, as many as a body has, are no body.
 std::optional<BandMarks> marksOf(const char* bytes)
 {
-    BandMarks marks;
-    const char* const text = body().text.constData();
-    int begin = 0;
-    for (std::size_t i = 0; i < body().marks.size(); ++i) {
-        const int position = body().marks[i];
-        const char mark = bytes[position];
-        if (std::memcmp(bytes + begin, text + begin, static_cast<std::size_t>(position - begin)) !=
-                0 ||
-            (mark != '0' && mark != '1'))
-            return std::nullopt;
-        marks[i] = mark == '1';
-        begin = position + 1;
-    }
-    if (std::memcmp(bytes + begin, text + begin,
-                    static_cast<std::size_t>(body().text.size() - begin)) != 0)
+    // Without a branch, so that the compiler compares many bytes at once: this is where the time
+    // of an import would go.
+    const Body& known = body();
+    const int size = known.text.size();
+    const char* const text = known.text.constData();
+    const char* const mask = known.mask.constData();
+    unsigned char difference = 0;
+    for (int i = 0; i < size; ++i)
+        difference = static_cast<unsigned char>(difference | ((bytes[i] ^ text[i]) & mask[i]));
+    if (difference != 0)
         return std::nullopt;
+    BandMarks marks;
+    for (std::size_t i = 0; i < marks.size(); ++i)
+        marks[i] = bytes[known.marks[i]] == '1';
     return marks;
 }
 
@@ -122,9 +124,9 @@ std::optional<QString> fromUtf8(const QByteArray& bytes)
 }
 
 /// A name's number among the short names of an English system, from 1; 0 if it is none.
-int numberOf(const QByteArray& name, const char* names)
+int numberOf(const char* name, const char* names)
 {
-    const char* const found = name.size() == 3 ? std::strstr(names, name.constData()) : nullptr;
+    const char* const found = std::strlen(name) == 3 ? std::strstr(names, name) : nullptr;
     return found != nullptr && (found - names) % 3 == 0 ? static_cast<int>(found - names) / 3 + 1
                                                         : 0;
 }
@@ -132,18 +134,29 @@ int numberOf(const QByteArray& name, const char* names)
 /// "Sat Nov 21 07:59:55 2026" as 2026-11-21T07:59:55; empty if it is not of this form.
 QString isoTime(const QByteArray& date)
 {
-    const auto words = date.split(' ');
-    if (words.size() != 5)
+    std::array<char, 4> weekday{};
+    std::array<char, 4> monthName{};
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    int year = 0;
+    std::sscanf(date.constData(), "%3s %3s %d %d:%d:%d %d", weekday.data(), monthName.data(), &day,
+                &hour, &minute, &second, &year);
+    const int month = numberOf(monthName.data(), "JanFebMarAprMayJunJulAugSepOctNovDec");
+    const QDate whole(year, month, day);
+    if (!whole.isValid() || !QTime::isValid(hour, minute, second) || year > 9999 ||
+        whole.dayOfWeek() != numberOf(weekday.data(), "MonTueWedThuFriSatSun"))
         return {};
-    const QDate day(words[4].toInt(), numberOf(words[1], "JanFebMarAprMayJunJulAugSepOctNovDec"),
-                    words[2].toInt());
-    const QTime time = QTime::fromString(QString::fromLatin1(words[3]), QStringLiteral("HH:mm:ss"));
-    const bool isWritten = day.isValid() && time.isValid() &&
-                           words[4] == QByteArray::number(day.year()) &&
-                           words[2] == QByteArray::number(day.day()) &&
-                           numberOf(words[0], "MonTueWedThuFriSatSun") == day.dayOfWeek();
-    return isWritten ? day.toString(Qt::ISODate) + QLatin1Char('T') + time.toString(Qt::ISODate)
-                     : QString();
+    // Written again, because the reading forgives blanks, signs and missing zeros.
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%s %s %d %02d:%02d:%02d %d", weekday.data(),
+                  monthName.data(), day, hour, minute, second, year);
+    if (date != text.data())
+        return {};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d", year, month, day, hour,
+                  minute, second);
+    return QString::fromLatin1(text.data());
 }
 } // namespace
 

@@ -50,7 +50,7 @@ private Q_SLOTS:
                                          "refused\n"));
         for (const char* line :
              {"half.txt: not imported: it is half a log: it ends in component",
-              "pipe: not imported: it is not a file", "nowhere: not imported: No such file"})
+              "pipe: not imported: it is empty", "nowhere: not imported: No such file"})
             QVERIFY2(outcome.errors.contains(line), outcome.errors.constData());
     }
 
