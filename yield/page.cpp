@@ -116,7 +116,7 @@ void writeTimeline(Html& html, const Report& report)
 void writeControlTable(Html& html, const Report& report, int first, int last)
 {
     html.beginTable(
-        {QStringLiteral("Control"), QStringLiteral("No."), QStringLiteral("#Missed by units")});
+        {QStringLiteral("Control"), QStringLiteral("No."), QStringLiteral("#Missed by")});
     for (int c = first; c <= last; ++c) {
         const ControlMisses& control = report.controls.at(static_cast<std::size_t>(c));
         QString figure = QStringLiteral("never tested");
@@ -391,13 +391,13 @@ bool page::write(const Report& report, QIODevice& output)
                           minute(QDateTime::currentDateTime().toString(Qt::ISODate))),
                  QStringLiteral("quiet"));
     if (report.total.units == 0) {
-        html.element(QStringLiteral("p"),
-                     report.databaseIsEmpty
-                         ? QStringLiteral("There are no attempts in the database yet. Import the "
-                                          "stations' logs with \"zorvi_yield import\".")
-                         : QStringLiteral("No unit was first tested in this time at this station. "
-                                          "The database has attempts at other times or stations."),
-                     QStringLiteral("empty"));
+        html.element(
+            QStringLiteral("p"),
+            report.databaseIsEmpty
+                ? QStringLiteral("There are no attempts in the database yet. Import the "
+                                 "stations' logs with \"zorvi_yield import\".")
+                : QStringLiteral("There are no such units in the database; it has others."),
+            QStringLiteral("empty"));
         return html.finish();
     }
     writeTotals(html, report.total);
