@@ -54,10 +54,15 @@ inline QDateTime noon()
     return {QDate(2026, 11, 21), QTime(12, 0)};
 }
 
+inline QString path(const QString& folder, const QString& serial)
+{
+    return folder + QStringLiteral("/ZORVI_%1.txt").arg(serial);
+}
+
 inline void write(const QString& folder, const QString& serial, const BandMarks& marks,
                   const QDateTime& when = noon())
 {
-    QFile file(folder + QStringLiteral("/ZORVI_%1.txt").arg(serial));
+    QFile file(path(folder, serial));
     if (file.open(QIODevice::WriteOnly))
         file.write(lines(serial, when, marks).join('\n').toUtf8() + '\n');
 }
