@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "demo/panelrun.h"
+
+#include "panels/zorvi_0908_button.h"
+#include "panels/zorvi_0908_fader.h"
+#include "panels/zorvi_0908_rotary.h"
+#include "simulator/unitscript.h"
+
+namespace
+{
+std::unique_ptr<ComponentPanel> panelFor(int component)
+{
+    switch (roster::kindOf(component)) {
+    case roster::Kind::Fader:
+        return std::make_unique<Zorvi_0908_Fader>(nullptr, component, component);
+    case roster::Kind::Button:
+        return std::make_unique<Zorvi_0908_Button>(nullptr, component, component);
+    case roster::Kind::Rotary:
+        break;
+    }
+    return std::make_unique<Zorvi_0908_Rotary>(nullptr, component, component);
+}
+} // namespace
+
+PanelRun::PanelRun()
+{
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
+        panels.push_back(panelFor(c));
+}
+
+PanelRun::~PanelRun() = default;
+
+testlog::Coverage PanelRun::coverageOf(const UnitFault& unit, bool withChannelButton)
+{
+    for (const auto& panel : panels)
+        panel->slot_Init();
+    for (const int armed : unitscript::runOrder(withChannelButton)) {
+        for (const auto& panel : panels)
+            panel->slot_QueueComponent(armed);
+        for (const UnitStep& step : unitscript::worked(armed, unit))
+            if (step.action == UnitStep::Action::Send)
+                for (const auto& panel : panels)
+                    panel->slot_ReceiveMIDI(step.message);
+    }
+    testlog::Coverage coverage;
+    for (std::size_t c = 0; c < panels.size(); ++c)
+        coverage.at(c) = panels.at(c)->coverage();
+    return coverage;
+}

@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "app/testlog.h"
+#include "simulator/unitfault.h"
+
+#include <memory>
+#include <vector>
+
+class ComponentPanel;
+
+/// The station's panels without its window: they judge the script of a simulated unit in no time.
+/// Needs a QApplication.
+class PanelRun
+{
+public:
+    PanelRun();
+    ~PanelRun();
+    PanelRun(const PanelRun&) = delete;
+    PanelRun& operator=(const PanelRun&) = delete;
+
+    /// What the panels recorded once every control was worked in the order of a run, each once;
+    /// withChannelButton: at a station that tests it.
+    testlog::Coverage coverageOf(const UnitFault& unit, bool withChannelButton);
+
+private:
+    std::vector<std::unique_ptr<ComponentPanel>> panels; ///< By component number.
+};

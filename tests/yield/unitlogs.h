@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "app/testlog.h"
+#include "yield/attemptrules.h"
+#include "yield/stationlog.h"
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QVariant>
+
+/// Logs as the station itself writes them, and what a database made of them.
+namespace unitlogs
+{
+/// Every mark but those of the given bands.
+inline BandMarks allBut(const std::vector<bandmarks::Band>& missed)
+{
+    BandMarks marks = ~BandMarks();
+    for (const auto& band : missed)
+        marks.reset(bandmarks::markIndex(band.componentNum, band.band));
+    return marks;
+}
+
+/// A whole run at a station without component 18.
+inline BandMarks whole()
+{
+    return allBut({{18, 0}, {18, 1}});
+}
+
+/// The marks of a run that got as far as that component, which it did not work.
+inline BandMarks upTo(int componentNum)
+{
+    BandMarks marks = whole();
+    for (auto mark = bandmarks::markIndex(componentNum, 0); mark < marks.size(); ++mark)
+        marks.reset(mark);
+    return marks;
+}
+
+inline QStringList lines(const QString& serial, const QDateTime& when, const BandMarks& marks)
+{
+    testlog::Coverage coverage;
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
+        for (int band = 0; band < bandmarks::bandCount(c); ++band)
+            coverage.at(static_cast<std::size_t>(c))
+                .append({0, 0, marks[bandmarks::markIndex(c, band)] ? 1.0F : 0.0F});
+    return testlog::lines(serial, when, coverage);
+}
+
+inline QDateTime noon()
+{
+    return {QDate(2026, 11, 21), QTime(12, 0)};
+}
+
+inline QString path(const QString& folder, const QString& serial)
+{
+    return folder + QStringLiteral("/ZORVI_%1.txt").arg(serial);
+}
+
+inline void write(const QString& folder, const QString& serial, const BandMarks& marks,
+                  const QDateTime& when = noon())
+{
+    QFile file(path(folder, serial));
+    if (file.open(QIODevice::WriteOnly))
+        file.write(lines(serial, when, marks).join('\n').toUtf8() + '\n');
+}
+
+inline StationLog log(const QString& serial, int minutesAfterNoon, const BandMarks& marks)
+{
+    return {serial, noon().addSecs(60 * minutesAfterNoon).toString(Qt::ISODate), marks};
+}
+
+/// All that the database has of a station, without the numbers of the rows; sorted.
+inline QStringList rows(const QSqlDatabase& database, const QString& station)
+{
+    const QString selects[] = {
+        QStringLiteral("SELECT 'attempt', serial, tested_at, complete, tests_18, marks FROM "
+                       "attempts"),
+        QStringLiteral("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
+                       "JOIN attempts ON attempts.id = attempt_id"),
+        QStringLiteral("SELECT 'save', serial, tested_at, 0, 0, marks FROM other_saves"),
+    };
+    QStringList found;
+    for (const QString& select : selects) {
+        QSqlQuery query(database);
+        if (!query.exec(select + QStringLiteral(" JOIN stations ON stations.id = station_id WHERE "
+                                                "name = '%1'")
+                                     .arg(station)))
+            return {QStringLiteral("the rows cannot be read")};
+        while (query.next()) {
+            QStringList row;
+            for (int i = 0; i < 5; ++i)
+                row << query.value(i).toString();
+            found << row.join(' ') + ' ' + query.value(5).toByteArray().toHex();
+        }
+    }
+    found.sort();
+    return found;
+}
+} // namespace unitlogs

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/commandline.h"
+
+#include <QCoreApplication>
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("zorvi_yield"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
+    return commandline::run(QCoreApplication::arguments());
+}
