@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# A unit on a USB cable: found, tested, pulled out in the middle, plugged in again and again.
+. "$(dirname "$0")/station.sh"
+
+start_station zorvi_assembly_test
+unplugged_label=$(device_label)
+label_is_as_without_unit() { [ "$(device_label)" = "$unplugged_label" ]; }
+label_is_other() { ! label_is_as_without_unit; }
+linked() { wait_for is_linked_to 'Zorvi_Control MIDI 1'; }
+
+build_unit unit Zorvi_Control
+plug unit
+check 'a unit is found' linked
+check 'the label says that it is connected' wait_for label_is_other
+screenshot connected
+
+type_serial WHOLE
+speak unit
+for controller in {1..9}; do turn "$controller" 0 127; done
+for note in {1..29}; do press 1 "$note"; done
+for controller in {10..13}; do turn "$controller" 127 0; done
+for controller in {10..13}; do turn "$controller" 0 127; done
+check 'a whole run, every value of every control: the log is complete' log_is_complete WHOLE
+check 'the notice comes and goes' close_notice
+
+type_serial PULLED
+turn 1 0 63
+hush
+unplug unit
+check 'the cable is pulled: the unit is let go' wait_for is_let_go
+check 'the label says that it is not connected' wait_for label_is_as_without_unit
+screenshot pulled
+plug unit
+check 'the cable is put back: the unit is found' linked
+speak unit
+turn 1 64 127
+screenshot put-back
+work_from 2
+check 'the bands covered before the cable was pulled have stayed' log_is_complete PULLED
+close_notice
+
+# One band in each link, so that the log tells whether each was heard: 13 of the first fader, 7 of
+# the second.
+type_serial REPLUGGED
+hush
+links=0
+for ((replug = 0; replug < 20; ++replug)); do
+    unplug unit
+    wait_for is_let_go
+    plug unit
+    linked && links=$((links + 1))
+    speak unit
+    touch_bands $((1 + replug / 13)) $((replug % 13)) $((replug % 13))
+    hush
+done
+check '20 replugs, 20 links' test "$links" = 20
+speak unit
+touch_bands 2 7 12
+work_from 3
+check 'each of the 20 links was heard' log_is_complete REPLUGGED

@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# A minute in which nothing happens, with a unit connected: what the MIDI thread takes.
+. "$(dirname "$0")/station.sh"
+
+start_station zorvi_assembly_test
+build_unit unit Zorvi_Control
+plug unit
+check 'the unit is found' wait_for is_linked_to 'Zorvi_Control MIDI 1'
+pause 3
+
+thread=$(dirname "$(grep -l '^JUCE MIDI Input$' /proc/"$station"/task/*/comm)")
+wakeups() { awk '/^voluntary/ { print $2 }' "$thread/status"; }
+cpu_ms() { awk '{ printf "%d", $1 / 1e6 }' "$thread/schedstat"; }
+wakeups_before=$(wakeups) cpu_before=$(cpu_ms)
+pause 60
+wakeups=$(($(wakeups) - wakeups_before)) cpu=$(($(cpu_ms) - cpu_before))
+note "MIDI thread, idle for 60 s, unit connected: $wakeups wake-ups, $cpu ms of CPU time"
+# It looks ten times a second whether it is to end.
+check 'the MIDI thread sleeps: fewer than 20 wake-ups a second' test "$wakeups" -lt 1200
+check 'the MIDI thread takes less than a hundredth of a processor' test "$cpu" -lt 600

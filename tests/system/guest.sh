@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# usage: guest.sh [GROUP]
+#
+# Runs in the machine that run.sh boots, as its first process: prepares it, runs each group of
+# tests, switches the machine off.
+export PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8
+here=$(dirname "$(readlink -f "$0")")
+project=$(readlink -f "$here/../..")
+export project
+
+mount -t sysfs sys /sys
+mount -t tmpfs tmp /tmp
+mount -t tmpfs run /run
+mkdir -p /dev/pts /dev/shm /tmp/.X11-unix /run/output
+ln -s /proc/self/fd /dev/fd # a daemon usually does that
+mount -t devpts pts /dev/pts
+mount -t tmpfs shm /dev/shm
+mount -t 9p -o trans=virtio,version=9p2000.L,msize=512000 output /run/output
+ip link set lo up
+linux=$(dirname "$(find "$project"/build/system/linux-*/lib/modules -maxdepth 1 -name "$(uname -r)" | head -n 1)")
+rm -rf "/lib/modules/$(uname -r)"
+mkdir -p /lib/modules
+ln -s "$linux/$(uname -r)" /lib/modules/
+modprobe -a configfs snd-seq snd-seq-midi snd-usb-audio libcomposite usb_f_midi
+modprobe dummy_hcd num=3 # controllers, so many units can be plugged in at once
+mount -t configfs configfs /sys/kernel/config
+
+exec 3> /dev/ttyS1 # for the results; everything else goes to the console
+stty -F /dev/ttyS1 -opost
+export DISPLAY=:1
+Xvfb :1 -screen 0 1280x800x24 -nolisten tcp > /run/output/xvfb.log 2>&1 &
+groups=("$here"/[0-9]-*.sh)
+[ -z "${1:-}" ] || groups=("$here/$1"-*.sh)
+for group in "${groups[@]}"; do
+    name=$(basename "$group" .sh)
+    echo "# $name, $(cut -d' ' -f1 /proc/uptime) s after the start" >&3
+    bash "$group" > "/run/output/$name.log" 2>&1 ||
+        echo "FAILED $name ended early with status $?" >&3
+done
+echo "# $(cut -d' ' -f1 /proc/uptime) s after the start" >&3
+echo 'end of system tests' >&3
+sleep 1
+sync
+echo o > /proc/sysrq-trigger
+while true; do :; done # until it is off; the first process must not end

@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# usage: run.sh [--kernel VERSION] [--kvm] [--group NUMBER]
+#
+# Boots a Debian kernel in QEMU and runs guest.sh there. The root file system of that machine is
+# this one's, read-only below an overlay in memory; it has no network. Screenshots and logs come to
+# build/system/.
+set -euo pipefail
+here=$(dirname "$(readlink -f "$0")")
+project=$(readlink -f "$here/../..")
+system=$project/build/system
+longest=1200 # seconds, for a busy machine; it takes about a third of that
+
+fail() {
+    echo "system: $*" >&2
+    exit 1
+}
+
+# Emulated, each instruction takes 4 ns of the machine's own time, and waiting takes none of ours: what
+# happens there does not depend on how busy this machine is.
+kernel='' group=''
+processor=(-accel tcg -cpu max -smp 1 -icount shift=2,sleep=off)
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --kernel) kernel=${2:?--kernel takes a version} && shift ;;
+        --group) group=${2:?--group takes a number} && shift ;;
+        --kvm) processor=(-accel kvm -cpu host -smp 2) ;;
+        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel VERSION] [--kvm] [--group NUMBER]" ;;
+    esac
+    shift
+done
+[ "${processor[1]}" != kvm ] || [ -w /dev/kvm ] || fail "/dev/kvm is not there or not writable"
+[ -x "$project/build/release/bin/zorvi_assembly_test" ] || fail "no station in build/release/bin"
+
+linux=$system/linux-${kernel:-own}
+"$here/kernel.sh" "$linux" "$kernel"
+
+output=$system/output
+rm -rf "$output" "$system/initramfs"
+mkdir -p "$output" "$system/initramfs/modules"
+qemu=''
+cleanup() {
+    [ -z "$qemu" ] || kill "$qemu" 2>/dev/null || true
+    rm -rf "$system/initramfs" "$system/initramfs.img"
+}
+trap cleanup EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+
+# What init needs to reach the root file system, in the order in which it is to be loaded.
+count=10
+for module in virtio_pci 9pnet_virtio 9p overlay; do
+    while read -r command file _; do
+        [ "$command" = insmod ] || continue # else it is built in
+        name=${file##*/}
+        [ -z "$(find "$system/initramfs/modules" -name "*-${name%%.ko*}.ko")" ] || continue
+        target=$system/initramfs/modules/$count-${name%%.ko*}.ko
+        case "$name" in
+            *.xz) xz -dc "$file" > "$target" ;;
+            *) cp "$file" "$target" ;;
+        esac
+        count=$((count + 1))
+    done < <(/sbin/modprobe -d "$linux" -S "$(cat "$linux/release")" --show-depends "$module")
+done
+cp "$here/init" /bin/busybox "$system/initramfs/"
+printf '%s\n' "$project" "$group" > "$system/initramfs/project"
+(cd "$system/initramfs" && find . | busybox cpio -o -H newc 2>/dev/null | gzip -1) > "$system/initramfs.img"
+
+echo "system: booting Linux $(cat "$linux/release"), ${processor[1]}"
+# The first serial port is the console, the second what guest.sh prints.
+timeout "$longest" qemu-system-x86_64 "${processor[@]}" -m 2G \
+    -nodefaults -no-reboot -display none -nic none \
+    -kernel "$linux/vmlinuz" -initrd "$system/initramfs.img" \
+    -append "console=ttyS0 quiet panic=-1" \
+    -serial "file:$system/console.log" -serial stdio \
+    -virtfs "local,path=/,mount_tag=root,security_model=none,readonly=on,multidevs=remap" \
+    -virtfs "local,path=$output,mount_tag=output,security_model=none" \
+    < /dev/null > >(tee "$system/results.txt") &
+qemu=$!
+status=0
+wait "$qemu" || status=$?
+qemu=''
+sleep 1 # for the last lines to come through tee
+
+passed=$(grep -c '^ok ' "$system/results.txt" || true)
+failed=$(grep -c '^FAILED ' "$system/results.txt" || true)
+if ! grep -qx 'end of system tests' "$system/results.txt"; then
+    echo "FAILED the machine ended early (status $status), see build/system/console.log"
+    failed=$((failed + 1))
+fi
+echo "$passed passed, $failed failed"
+[ "$failed" = 0 ]

@@ -1,0 +1,112 @@
+# shellcheck shell=bash
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# What the groups of tests share: results, the station, its links. Units are in unit.sh.
+set -uo pipefail
+here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
+bin=${project:?}/build/release/bin
+group=$(basename "$0" .sh)
+failures=0
+station=''
+trap 'stop_station; take_units_apart' EXIT
+# shellcheck source-path=SCRIPTDIR
+. "$here/unit.sh"
+
+# check WHAT COMMAND...: prints whether the command succeeds.
+check() {
+    local what=$1
+    shift
+    if "$@"; then
+        echo "ok ${group%%-*} $what" | tee /dev/fd/3
+    else
+        echo "FAILED ${group%%-*} $what" | tee /dev/fd/3
+        screenshot "failed-$((++failures))"
+        cat /proc/asound/seq/clients
+        note "messages that the kernel dropped for slow programs: $(lost_messages)"
+    fi
+}
+
+# The kernel keeps 200 messages for a program that is slow to fetch them, and drops the rest.
+lost_messages() { awk '/Alloc failures/ { sum += $NF } END { print sum + 0 }' /proc/asound/seq/clients; }
+
+# note TEXT: a figure among the results.
+note() { echo "# $*" | tee /dev/fd/3; }
+
+# wait_for COMMAND...: succeeds as soon as the command does, fails after 500 tries. Tries and not
+# seconds, because an emulated machine's clock runs ahead while it waits for the disk.
+wait_for() {
+    local try
+    for ((try = 0; try < 500; ++try)); do
+        ! "$@" || return 0
+        pause 0.2
+    done
+    return 1
+}
+
+screenshot() { import -window root "/run/output/$group-$1.png"; }
+
+# --- the station ---
+
+# start_station PROGRAM: with the serial number field empty and the run armed.
+start_station() {
+    "$bin/$1" &
+    station=$!
+    wait_for windows_are 1 || return
+    # All of its code into memory: it should not wait for the disk later.
+    awk '$6 ~ "^/" { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
+}
+
+stop_station() {
+    [ -n "$station" ] || return 0
+    kill "$station"
+    wait "$station"
+    station=''
+}
+
+# windows_are COUNT: the station's windows on the screen, 2 while the notice is open.
+windows_are() {
+    [ "$(xdotool search --onlyvisible --class zorvi_assembly_test 2> /dev/null | wc -l)" = "$1" ]
+}
+
+# Places in the window, which lies in the corner of the screen. There is no window manager: the
+# window under the pointer has the keyboard.
+press_start_test() { xdotool mousemove 335 566 click 1; }
+press_save_log() { xdotool mousemove 510 561 click 1; }
+type_serial() { xdotool mousemove 375 535 click --repeat 3 1 type "$1"; }
+close_notice() { wait_for windows_are 2 && xdotool key Return && wait_for windows_are 1; }
+# The device label, as a number that is the same for the same picture.
+device_label() { import -window root -crop 175x20+25+524 rgb:- | cksum; }
+
+log_of() { echo "$bin/Logs/ZORVI_$1.txt"; }
+
+# log_says SERIAL LINE...: the log is whole, and check_log.py says these lines of it, among others.
+log_says() {
+    local serial=$1 said line
+    shift
+    wait_for test -s "$(log_of "$serial")" || return
+    cp "$(log_of "$serial")" /run/output/
+    said=$(/usr/bin/python3 "$project/docs/check_log.py" "$(log_of "$serial")") || return
+    for line in "$@"; do
+        grep -Fx "$line" <<< "$said" || { echo "not \"$line\" but: $said"; return 1; }
+    done
+}
+
+# Of a station that does not test component 18.
+log_is_complete() {
+    log_says "$1" "serial $1, 227 of 229 bands covered" 'not covered: component 18: 0 1'
+}
+
+# --- links, as the kernel lists them ---
+
+# The ports that a program listens to, the kernel's own announcements left out.
+linked_ports() {
+    awk -F'"' '/^Client/ { client = $0 } /^ *Port/ { port = $2 }
+        /Connecting To/ && client !~ /^Client +0 / { print port }' /proc/asound/seq/clients
+}
+is_linked_to() { [ "$(linked_ports)" = "$1" ]; }
+# The input that the station opens bears the unit's name until the station has seen the unit go.
+is_let_go() {
+    ! awk -F'"' '/^Client/ { user = /User/ } /^ *Port/ && user { print $2 }' \
+        /proc/asound/seq/clients | grep -q '^Zorvi_Control'
+}
