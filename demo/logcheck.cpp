@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/logcheck.h"
+#include "demo/logcheck.h"
 
 #include "panels/componentroster.h"
 #include "panels/valuebands.h"
@@ -12,15 +12,15 @@ namespace
 {
 constexpr int buttonBandCount = 2;
 
-QVector<int> expectedBands(int component, const UnitFault& unit, bool channelButtonTested)
+QVector<int> expectedBands(int componentNum, const UnitFault& unit, bool channelButtonTested)
 {
-    if (component == roster::powerButton)
+    if (componentNum == roster::powerButton)
         return {};
-    const bool isButton = roster::kindOf(component) == roster::Kind::Button;
-    const bool isTested = component != roster::channelButton || channelButtonTested;
+    const bool isButton = roster::kindOf(componentNum) == roster::Kind::Button;
+    const bool isTested = componentNum != roster::channelButton || channelButtonTested;
     QVector<int> bands(isButton ? buttonBandCount : positionBands().size());
     for (int band = 0; band < bands.size(); ++band)
-        bands[band] = isTested && !unitfault::leavesUncovered(unit, component, band) ? 1 : 0;
+        bands[band] = isTested && !unitfault::leavesUncovered(unit, componentNum, band) ? 1 : 0;
     return bands;
 }
 
