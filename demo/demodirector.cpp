@@ -149,7 +149,7 @@ void DemoDirector::slot_Worked()
 void DemoDirector::slot_SkipIfNotPassed()
 {
     for (const auto* panel : station.findChildren<ComponentPanel*>())
-        if (panel->component() == armed && coveredBands(*panel) == panel->coverage().size())
+        if (panel->getComponentNum() == armed && coveredBands(*panel) == panel->coverage().size())
             return; // the last component of the run passed; no other is armed after it
     say(QStringLiteral("Component %1 was worked and did not pass: \"Skip Sensor >>\".").arg(armed));
     station.findChild<QToolButton*>(QStringLiteral("skipSensorButton"))->click();
@@ -171,7 +171,7 @@ void DemoDirector::slot_BandCovered()
     constexpr int fewPassed = 3;
     constexpr int halfway = 7;
     const auto* panel = qobject_cast<const ComponentPanel*>(sender());
-    if (middleTaken || panel->component() < fewPassed || coveredBands(*panel) != halfway)
+    if (middleTaken || panel->getComponentNum() < fewPassed || coveredBands(*panel) != halfway)
         return;
     middleTaken = true;
     savePicture(QStringLiteral("middle.png"));

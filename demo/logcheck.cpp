@@ -4,7 +4,7 @@
 #include "demo/logcheck.h"
 
 #include "panels/componentroster.h"
-#include "panels/valuebands.h"
+#include "panels/componentrange.h"
 
 #include <QStringList>
 

@@ -4,7 +4,7 @@
 #include "simulator/unitfault.h"
 
 #include "panels/componentroster.h"
-#include "panels/valuebands.h"
+#include "panels/componentrange.h"
 
 #include <algorithm>
 #include <array>
