@@ -3,14 +3,12 @@
 
 #include "app/mainwindow.h"
 
-#include "app/identity.h"
-#include "app/midiinputthread.h"
 #include "app/panelplacement.h"
 #include "app/runorder.h"
 #include "app/sequencerhold.h"
 #include "app/serialentry.h"
 #include "app/testlog.h"
-#include "app/unitport.h"
+#include "app/unitlink.h"
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
@@ -31,12 +29,12 @@ constexpr int pollIntervalMs = 1000;
 constexpr int noticeDelayMs = 500;
 constexpr int panelTag = -1;
 
-/// Whether the unit's port was there at the last poll; the process has one link to a unit.
+/// Whether the unit's port was there at the last poll. One for the process, which has one link.
 bool deviceConnected = false;
 
 bool isUnitPresent()
 {
-    return unitport::identifierIn(juce::MidiInput::getAvailableDevices()).isNotEmpty();
+    return unitlink::identifierIn(juce::MidiInput::getAvailableDevices()).isNotEmpty();
 }
 
 QThread* startedThread()
@@ -75,7 +73,7 @@ MainWindow::MainWindow(QWidget* parent)
     createPanels();
     slot_Init();
 
-    // Armed by now, and whatever comes of it: a station without sound tests all the same.
+    // After the run is armed. The result is ignored: the station works without sound.
     deviceManager.initialise(2, 2, nullptr, true);
     connect(&pollTimer, SIGNAL(timeout()), this, SLOT(slot_PollDevices()));
     pollTimer.start(pollIntervalMs);
@@ -83,20 +81,20 @@ MainWindow::MainWindow(QWidget* parent)
 
 MainWindow::~MainWindow()
 {
-    // First whatever calls into the window from another thread: the MIDI input, then the sound.
+    // First what calls the window from other threads: the MIDI input, then the sound.
     closeUnitInput();
     deviceConnected = false; // for the next window of this process
     audioSourcePlayer.setSource(nullptr);
     deviceManager.removeAudioCallback(&audioSourcePlayer);
-    // The processor ticks on the monitor, which goes with the window; the parser never touches it,
-    // so its thread runs on until the process ends.
+    // The processor uses the monitor, a member of the window. The parser does not, and its thread
+    // runs until the process ends.
     processorThread->quit();
     processorThread->wait();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    // The processor's thread alone, on purpose: it ticks; nothing ever comes to the parser's.
+    // On purpose only this thread: it ticks, the parser's thread has nothing to do.
     processorThread->quit();
     QMainWindow::closeEvent(event);
 }
@@ -150,16 +148,16 @@ void MainWindow::createPanels()
         addPanel(rotaryPanels[i], true);
     }
     for (std::size_t i = 0; i < buttonPanels.size(); ++i) {
-        const int component = componentAt(roster::firstButton, i);
-        buttonPanels[i] = new Zorvi_0908_Button(this, panelTag, component);
-        const bool testedElsewhere = component == roster::channelButton && tarvekStation == 0;
-        addPanel(buttonPanels[i], component != roster::powerButton && !testedElsewhere);
+        const int componentNum = componentAt(roster::firstButton, i);
+        buttonPanels[i] = new Zorvi_0908_Button(this, panelTag, componentNum);
+        const bool testedElsewhere = componentNum == roster::channelButton && tarvekStation == 0;
+        addPanel(buttonPanels[i], componentNum != roster::powerButton && !testedElsewhere);
     }
 }
 
 void MainWindow::addPanel(ComponentPanel* panel, bool shown)
 {
-    if (const auto place = panelPlace(panel->component(), faderPanels.front()->width()))
+    if (const auto place = panelPlace(panel->getComponentNum(), faderPanels.front()->width()))
         panel->move(*place);
     panel->setVisible(shown);
 
@@ -174,26 +172,12 @@ void MainWindow::addPanel(ComponentPanel* panel, bool shown)
     connect(panel, SIGNAL(signal_Beep()), audioEngine.get(), SLOT(slot_Beep()));
 }
 
-const ComponentPanel* MainWindow::panelOf(int component) const
-{
-    const auto index = static_cast<std::size_t>(roster::indexInKind(component));
-    switch (roster::kindOf(component)) {
-    case roster::Kind::Fader:
-        return faderPanels.at(index);
-    case roster::Kind::Button:
-        return buttonPanels.at(index);
-    case roster::Kind::Rotary:
-        break;
-    }
-    return rotaryPanels.at(index);
-}
-
 void MainWindow::slot_PollDevices()
 {
     const auto inputs = juce::MidiInput::getAvailableDevices();
     if (inputs.isEmpty()) // not even the system's own ports: there is no sequencer yet
         reopenSequencer(deviceManager);
-    if (unitport::identifierIn(inputs).isNotEmpty() && !deviceConnected)
+    if (unitlink::identifierIn(inputs).isNotEmpty() && !deviceConnected)
         connectUnit();
     else if (deviceConnected && !isUnitPresent())
         disconnectUnit();
@@ -204,19 +188,19 @@ void MainWindow::connectUnit()
     deviceConnected = true;
     form->deviceLabel->setText(tr("Device: CONNECTED"));
 
-    keepMidiInputThreadRunning();
-    // Listed again, for each direction on its own: the unit may have gone meanwhile.
-    const auto input = unitport::identifierIn(juce::MidiInput::getAvailableDevices());
+    unitlink::keepInputThreadRunning();
+    // The ports are listed again: the unit may be gone by now.
+    const auto input = unitlink::identifierIn(juce::MidiInput::getAvailableDevices());
     midiInput = juce::MidiInput::openDevice(input, this).release();
     if (midiInput != nullptr)
         midiInput->start();
 
-    const auto output = unitport::identifierIn(juce::MidiOutput::getAvailableDevices());
+    const auto output = unitlink::identifierIn(juce::MidiOutput::getAvailableDevices());
     if (output.isNotEmpty()) {
-        // The output is opened and let go, and the identity request is made and never sent: the
-        // station leaves the unit alone and tests whatever is plugged in.
+        // On purpose the output is closed at once and the request is not sent: the station only
+        // listens.
         juce::MidiOutput::openDevice(output);
-        identity::request();
+        unitlink::identityRequest();
     }
 }
 
@@ -239,7 +223,7 @@ void MainWindow::closeUnitInput()
 void MainWindow::handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage& message)
 {
     if (message.isSysEx()) {
-        if (identity::isReply(message))
+        if (unitlink::isIdentityReply(message))
             qDebug() << "sysex inquiry reply";
         return;
     }
@@ -272,8 +256,8 @@ void MainWindow::slot_ProcessComponentResult(int componentNum, int result)
     if (result == componentresult::passed)
         Q_EMIT signal_Ding();
 
-    const RunStep step = stepAfterVerdict(componentNum, currentComponent, tarvekStation == 1);
-    currentComponent = step.component;
+    const RunStep step = stepAfterResult(componentNum, currentComponent, tarvekStation == 1);
+    currentComponent = step.componentNum;
     switch (step.action) {
     case RunAction::Queue:
         Q_EMIT signal_QueueComponent(currentComponent);
@@ -283,8 +267,8 @@ void MainWindow::slot_ProcessComponentResult(int componentNum, int result)
         break;
     case RunAction::Finish:
         finishRun();
-        // A control that was skipped last can still be worked while the notice is pending; one
-        // that passed has nothing left to show.
+        // On purpose only after a skip: a skipped control can still be worked until the notice
+        // opens, a passed one has nothing left to judge.
         if (result == componentresult::skipped)
             Q_EMIT signal_QueueComponent(currentComponent);
         break;
@@ -312,8 +296,12 @@ void MainWindow::slot_TestComplete()
 void MainWindow::slot_OutputLog()
 {
     testlog::Coverage coverage;
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        coverage.at(static_cast<std::size_t>(c)) = panelOf(c)->coverage();
+    for (std::size_t i = 0; i < faderPanels.size(); ++i)
+        coverage.at(roster::firstFader + i) = faderPanels[i]->coverage();
+    for (std::size_t i = 0; i < buttonPanels.size(); ++i)
+        coverage.at(roster::firstButton + i) = buttonPanels[i]->coverage();
+    for (std::size_t i = 0; i < rotaryPanels.size(); ++i)
+        coverage.at(roster::firstRotary + i) = rotaryPanels[i]->coverage();
     const QString serial = form->serialNumber->text();
     logLines = testlog::lines(serial, QDateTime::currentDateTime(), coverage);
     testlog::write(testlog::path(QCoreApplication::applicationDirPath(), serial), logLines);

@@ -33,9 +33,9 @@ using juce::MidiInputCallback;
 using juce::MidiMessage;
 
 /// The station: owns the form, the panels, the sound, the sensor frame and the link to the unit,
-/// and takes each unit through its run. Armed on the first component from the start.
+/// and takes each unit through its run. The first component is armed from the start.
 ///
-/// Everything here runs on the GUI thread but for handleIncomingMidiMessage.
+/// Everything runs on the GUI thread except handleIncomingMidiMessage.
 class MainWindow : public QMainWindow, public MidiInputCallback
 {
     Q_OBJECT
@@ -44,8 +44,8 @@ public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    /// Called on JUCE's MIDI input thread: passes notes and controllers on to the panels and drops
-    /// everything else. It only emits.
+    /// Called on JUCE's MIDI input thread: emits notes and controllers to the panels and drops all
+    /// other messages.
     void handleIncomingMidiMessage(juce::MidiInput* source,
                                    const juce::MidiMessage& message) override;
 
@@ -54,28 +54,29 @@ Q_SIGNALS:
     void signal_QueueComponent(int componentNum);
     /// Resets every panel.
     void signal_Init();
-    /// A note or controller message of the unit, in the order the unit sent them.
+    /// A note or controller message of the unit; the messages keep their order.
     void signal_DistributeMIDI(MidiMessage midiMessage);
     /// Skips one component.
     void signal_SkipComponent(int componentNum);
-    /// Connected to the sound and never emitted, as the next one: the panels beep and click.
+    /// Connected to the sound and not emitted: the panels beep and click.
     void signal_Beep();
+    /// Connected and not emitted, as above.
     void signal_Click();
     /// A component passed: the bell.
     void signal_Ding();
 
 public Q_SLOTS:
-    /// "Start Test": every panel untested, the run at its first component.
+    /// "Start Test": resets every panel and arms the first component.
     void slot_Init();
-    /// A panel's verdict; a result that is neither passed nor skipped does not move the run.
+    /// A panel's result; the run goes on if it is passed or skipped.
     void slot_ProcessComponentResult(int componentNum, int result);
-    /// Looks whether the unit's port came or went.
+    /// Connects or disconnects when the unit's port has appeared or gone.
     void slot_PollDevices();
-    /// "Save Log", and the end of a run: writes the log of the serial number in the field.
+    /// "Save Log", and the end of a run: writes the log under the serial number in the field.
     void slot_OutputLog();
-    /// The same as slot_Init, for whoever starts the next run from outside.
+    /// The same as slot_Init; not connected.
     void slot_RestartTest();
-    /// The notice at the end of a run; closing it begins the next one.
+    /// Shows "Test Complete."; closing it starts the next run.
     void slot_TestComplete();
     /// "Skip Sensor >>".
     void slot_SkipCurrentSensorPressed();
@@ -90,7 +91,6 @@ private:
     void createProcessor();
     void createPanels();
     void addPanel(ComponentPanel* panel, bool shown);
-    const ComponentPanel* panelOf(int component) const;
 
     void connectUnit();
     void disconnectUnit();

@@ -9,7 +9,7 @@ namespace
 {
 constexpr int faderTop = 200;
 
-/// Fader 8 is set apart from the regular pitch of the others by a wider gap.
+/// Fader 8 stands apart: the gap before it is wider.
 QPoint faderPlace(int fader, int width)
 {
     constexpr int lastFader = roster::faderCount - 1;
@@ -23,8 +23,8 @@ QPoint rotaryPlace(int rotary, int faderWidth)
     return {faderPlace(2 * rotary, faderWidth).x() + 10, 10};
 }
 
-/// The buttons run in groups: one above each fader, a column at the left edge, and to the right of
-/// fader 7 a lone one, two columns of six and a cluster of four.
+/// The groups of buttons: one above each fader, a column at the left edge, and right of fader 7 a
+/// single one, two columns of six and a cluster of four.
 QPoint buttonPlace(int button, int faderWidth)
 {
     constexpr int rowOverFaders = 150;
@@ -52,13 +52,13 @@ QPoint buttonPlace(int button, int faderWidth)
 }
 } // namespace
 
-std::optional<QPoint> panelPlace(int component, int faderWidth)
+std::optional<QPoint> panelPlace(int componentNum, int faderWidth)
 {
-    if (component == roster::powerButton)
+    if (componentNum == roster::powerButton)
         return std::nullopt;
 
-    const int index = roster::indexInKind(component);
-    switch (roster::kindOf(component)) {
+    const int index = roster::indexInKind(componentNum);
+    switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
         return faderPlace(index, faderWidth);
     case roster::Kind::Button:

@@ -7,7 +7,6 @@
 
 #include <optional>
 
-/// Where the panel of a component lies in the window, in pixels of the window; faderWidth is the
-/// width of one fader panel, which sets the pitch. Nothing for the power button, whose panel is
-/// never shown.
-std::optional<QPoint> panelPlace(int component, int faderWidth);
+/// The position of a component's panel in the window, in pixels. faderWidth, the width of a fader
+/// panel, sets the pitch. Nothing for the power button, whose panel is not shown.
+std::optional<QPoint> panelPlace(int componentNum, int faderWidth);

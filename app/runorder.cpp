@@ -5,13 +5,13 @@
 
 #include "panels/componentroster.h"
 
-RunStep stepAfterVerdict(int judged, int armed, bool tarvekStation)
+RunStep stepAfterResult(int componentNum, int currentComponent, bool tarvekStation)
 {
-    if (judged == roster::lastTestedButton)
+    if (componentNum == roster::lastTestedButton)
         return {RunAction::Queue, roster::firstRotary};
-    if (judged == roster::lastComponent)
-        return {RunAction::Finish, armed};
-    if (!tarvekStation && judged + 1 == roster::channelButton)
-        return {RunAction::Skip, armed + 1};
-    return {RunAction::Queue, armed + 1};
+    if (componentNum == roster::lastComponent)
+        return {RunAction::Finish, currentComponent};
+    if (!tarvekStation && componentNum + 1 == roster::channelButton)
+        return {RunAction::Skip, currentComponent + 1};
+    return {RunAction::Queue, currentComponent + 1};
 }

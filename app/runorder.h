@@ -3,20 +3,20 @@
 
 #pragma once
 
-/// What a run does once a component has its verdict.
+/// What a run does after a component's result.
 enum class RunAction {
     Queue, ///< Arm the component.
-    Skip,  ///< Pass over the component: this station does not test it.
-    Finish ///< The run is over; the component stays the one that was armed.
+    Skip,  ///< Skip the component: this station does not test it.
+    Finish ///< The run is over.
 };
 
 struct RunStep {
     RunAction action;
-    int component;
+    int componentNum; ///< The new current component.
 };
 
-/// The step after the verdict on `judged` while `armed` is under test. The run moves on by one from
-/// the armed number, for a verdict on another panel as well; a verdict on the last tested button
-/// always leads to the first rotary. Only a station with the marker (tarvekStation) tests the
-/// channel button.
-RunStep stepAfterVerdict(int judged, int armed, bool tarvekStation);
+/// The step after a result of componentNum while currentComponent is armed. On purpose the run goes
+/// on from the armed component, whichever component the result is from; only the last tested button
+/// and the last component lead to a fixed step. tarvekStation: the station has the marker and tests
+/// the channel button.
+RunStep stepAfterResult(int componentNum, int currentComponent, bool tarvekStation);

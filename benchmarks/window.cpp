@@ -23,7 +23,7 @@ void reset(benchmark::State& state, MainWindow& station)
     while (state.KeepRunning()) {
         state.PauseTiming();
         for (const int component : unitscript::runOrder(false))
-            for (const UnitStep& step : unitscript::worked(component, fault))
+            for (const UnitStep& step : unitfault::scriptFor(component, fault))
                 station.handleIncomingMidiMessage(nullptr, step.message);
         paintChanges(station);
         state.ResumeTiming();

@@ -39,7 +39,7 @@ testlog::Coverage PanelRun::coverageOf(const UnitFault& unit, bool withChannelBu
     for (const int armed : unitscript::runOrder(withChannelButton)) {
         for (const auto& panel : panels)
             panel->slot_QueueComponent(armed);
-        for (const UnitStep& step : unitscript::worked(armed, unit))
+        for (const UnitStep& step : unitfault::scriptFor(armed, unit))
             if (step.action == UnitStep::Action::Send)
                 for (const auto& panel : panels)
                     panel->slot_ReceiveMIDI(step.message);

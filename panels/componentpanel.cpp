@@ -3,9 +3,6 @@
 
 #include "panels/componentpanel.h"
 
-#include "panels/unitmessages.h"
-#include "panels/valuebands.h"
-
 #include <QDebug>
 #include <QFrame>
 #include <QLabel>
@@ -21,7 +18,7 @@ const QString doneStyle = QStringLiteral("QFrame{border:none; background: rgba(0
 const QString blankLabelStyle = QStringLiteral("background: black;");
 const QString coveredLabelStyle = QStringLiteral("background: white;");
 
-/// Setting a style sheet is the dearest thing a panel does, even to the text it already has.
+/// Setting a style sheet is the slowest thing that a panel does, also with the text it already has.
 void restyle(QWidget* widget, const QString& style)
 {
     if (widget->styleSheet() != style)
@@ -34,30 +31,30 @@ bool isCovered(const ComponentRange& range)
 }
 } // namespace
 
-ComponentPanel::ComponentPanel(QWidget* parent, int panelTag, int component)
+ComponentPanel::ComponentPanel(QWidget* parent, int givenTag, int givenComponentNum)
     : QWidget(parent)
-    , tag(panelTag)
-    , componentNum(component)
+    , tag(givenTag)
+    , componentNum(givenComponentNum)
 {
 }
 
 ComponentPanel::~ComponentPanel() = default;
 
-void ComponentPanel::adoptForm(QFrame* stateFrame)
+void ComponentPanel::adoptForm(QFrame* givenFrame)
 {
-    frame = stateFrame;
+    frame = givenFrame;
     rangeLabels.resize(freshRanges().size());
     for (int i = 0; i < rangeLabels.size(); ++i)
         rangeLabels[i] = findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
     slot_Init();
 }
 
-void ComponentPanel::setGround(const QString& style, bool hidesWindow)
+void ComponentPanel::setFrameStyle(const QString& style, bool opaque)
 {
     restyle(frame, style);
-    // Said to Qt, which else paints the window behind the panel first, each time something in it
-    // moves: that was nearly half of what a message of the armed control cost.
-    setAttribute(Qt::WA_OpaquePaintEvent, hidesWindow);
+    // Otherwise Qt paints the window under the panel before each change in the panel: nearly half
+    // of the cost of a message of the armed control.
+    setAttribute(Qt::WA_OpaquePaintEvent, opaque);
 }
 
 void ComponentPanel::slot_Init()
@@ -66,17 +63,17 @@ void ComponentPanel::slot_Init()
     ranges = freshRanges();
     for (QLabel* label : std::as_const(rangeLabels))
         restyle(label, blankLabelStyle);
-    setGround(untestedStyle, false);
+    setFrameStyle(untestedStyle, false);
     frame->raise();
 }
 
-void ComponentPanel::slot_QueueComponent(int component)
+void ComponentPanel::slot_QueueComponent(int givenComponentNum)
 {
-    queuedComponent = component;
-    if (component != componentNum)
+    queuedComponent = givenComponentNum;
+    if (givenComponentNum != componentNum)
         return;
     frame->lower();
-    setGround(underTestStyle(), true);
+    setFrameStyle(underTestStyle(), true);
 }
 
 void ComponentPanel::slot_ReceiveMIDI(MidiMessage midiMessage)
@@ -114,46 +111,24 @@ void ComponentPanel::coverRanges(float value)
     }
 }
 
-void ComponentPanel::slot_Skip(int component)
+void ComponentPanel::slot_Skip(int givenComponentNum)
 {
-    if (component != componentNum)
+    if (givenComponentNum != componentNum)
         return;
-    // A skip leaves no mark in the panel: it looks like a pass, and only the result tells them
-    // apart, so that a skipped control can be queued again and goes on from where it stood.
-    veilAsDone();
+    // On purpose only the result says that this was a skip: a skipped control that is queued again
+    // goes on with the bands it has.
+    showDone();
     Q_EMIT signal_ComponentResult(componentNum, componentresult::skipped);
 }
 
-void ComponentPanel::veilAsDone()
+void ComponentPanel::showDone()
 {
-    setGround(doneStyle, false);
+    setFrameStyle(doneStyle, false);
     frame->raise();
 }
 
-bool ComponentPanel::accepts(const MidiMessage& midiMessage) const
-{
-    return midiMessage.isControllerOfType(unitmessages::controllerOf(componentNum));
-}
-
-int ComponentPanel::valueOf(const MidiMessage& midiMessage) const
-{
-    return midiMessage.getControllerValue();
-}
-
-QVector<ComponentRange> ComponentPanel::freshRanges() const
-{
-    return positionBands();
-}
-
-QString ComponentPanel::underTestStyle() const
-{
-    return QStringLiteral("QFrame{border:none; background: blue;}");
-}
-
-void ComponentPanel::display(int) {}
-
-void ComponentPanel::showPassed()
+void ComponentPanel::raiseAndShowDone()
 {
     frame->raise();
-    setGround(doneStyle, false);
+    setFrameStyle(doneStyle, false);
 }

@@ -15,20 +15,19 @@ class QLabel;
 
 using juce::MidiMessage;
 
-/// What a panel's verdict says; carried as an int by signal_ComponentResult.
+/// The results that signal_ComponentResult carries.
 namespace componentresult
 {
 inline constexpr int passed = 1;
 inline constexpr int skipped = 2;
 } // namespace componentresult
 
-/// The test protocol that every component's panel follows: it picks its own messages out of the
-/// unit's stream, judges them against its bands while it is under test, shows its state in colour
-/// and reports passed or skipped. It never decides that a control has failed.
+/// The test protocol of every component's panel: it takes its control's messages from the unit's
+/// stream, judges them against its bands while it is under test, shows its state in colour and
+/// reports passed or skipped. It never reports a failure: a control that does not pass is skipped.
 ///
-/// Unless a subclass says otherwise, the control reports its position by a controller of its own,
-/// as faders and rotaries do. A subclass builds its form and shows the judged value. Everything
-/// here runs on the GUI thread.
+/// A subclass for each kind of control gives the form, the filter, the bands and the display.
+/// Everything runs on the GUI thread.
 class ComponentPanel : public QWidget
 {
     Q_OBJECT
@@ -36,60 +35,62 @@ class ComponentPanel : public QWidget
 public:
     ~ComponentPanel() override;
 
-    /// The number of the component that this panel judges.
-    int component() const { return componentNum; }
+    /// The component that this panel judges, 0 to 43.
+    int getComponentNum() const { return componentNum; }
 
-    /// The bands and whether each was covered since the last reset, in band order.
+    /// The bands in their order, and which are covered since the last reset.
     const QVector<ComponentRange>& coverage() const { return ranges; }
 
 Q_SIGNALS:
-    /// The control passed or was skipped: one of the values in componentresult.
+    /// The control passed or was skipped: a value of componentresult.
     void signal_ComponentResult(int componentNum, int result);
     /// One more band was covered.
     void signal_Click();
-    /// The operator moved this control while the one before it is still under test.
+    /// The operator moved this control while the component before it is under test.
     void signal_Beep();
 
 public Q_SLOTS:
     /// Judges one message of the unit; messages for other controls are ignored.
     void slot_ReceiveMIDI(MidiMessage midiMessage);
-    /// Back to untested. The number queued last stays: a matching message would be judged again.
+    /// Resets the panel to untested. The queued number stays: a message of the component under test
+    /// is judged again.
     void slot_Init();
-    /// Announces which component is now under test; any number may come.
-    void slot_QueueComponent(int componentNum);
-    /// The operator skipped a component; any number may come.
-    void slot_Skip(int componentNum);
+    /// The component that is now under test; any number.
+    void slot_QueueComponent(int givenComponentNum);
+    /// The component that the operator skipped; any number.
+    void slot_Skip(int givenComponentNum);
 
 protected:
-    /// tag: stored for whoever identifies panels by it; nothing here reads it.
-    ComponentPanel(QWidget* parent, int tag, int componentNum);
+    /// givenTag is stored and not read.
+    ComponentPanel(QWidget* parent, int givenTag, int givenComponentNum);
 
-    /// The last step of a subclass's constructor, once its form stands: finds one label for each
-    /// band and resets the panel.
-    void adoptForm(QFrame* stateFrame);
+    /// For the end of a subclass's constructor, after its form is built: finds one label for each
+    /// band and resets the panel. givenFrame covers the whole panel.
+    void adoptForm(QFrame* givenFrame);
 
-    /// Lays the green veil of a control that is done over the panel: restyled first, then raised.
-    void veilAsDone();
+    /// Shows the panel as done (green): the frame is restyled, then raised.
+    void showDone();
+    /// The same in the other order: raised, then restyled.
+    void raiseAndShowDone();
 
-    /// Whether a message belongs to this panel's control.
-    virtual bool accepts(const MidiMessage& midiMessage) const;
-    /// The number to judge in a message that was accepted, 0 to 127.
-    virtual int valueOf(const MidiMessage& midiMessage) const;
-    /// The bands of a panel that is reset.
-    virtual QVector<ComponentRange> freshRanges() const;
+    /// Whether a message is one of this panel's control.
+    virtual bool accepts(const MidiMessage& midiMessage) const = 0;
+    /// The value to judge in an accepted message, 0 to 127.
+    virtual int valueOf(const MidiMessage& midiMessage) const = 0;
+    /// The bands of the kind, none covered.
+    virtual QVector<ComponentRange> freshRanges() const = 0;
     /// The frame's style sheet while the control is under test.
-    virtual QString underTestStyle() const;
-    /// Shows a value that was judged; a panel without a display shows nothing.
-    virtual void display(int value);
-    /// Shows that the control passed: raised first, then restyled.
-    virtual void showPassed();
+    virtual QString underTestStyle() const = 0;
+    /// Shows a judged value, 0 to 127.
+    virtual void display(int value) = 0;
+    /// Shows that the control passed, in the order of the kind.
+    virtual void showPassed() = 0;
 
 private:
-    /// Styles the frame, which covers the whole panel; hidesWindow: nothing behind it shines
-    /// through.
-    void setGround(const QString& style, bool hidesWindow);
+    /// Sets the frame's style sheet. opaque: the window under the panel is not visible through it.
+    void setFrameStyle(const QString& style, bool opaque);
 
-    /// Marks every band that the value falls into and is not covered yet.
+    /// Covers the uncovered bands that contain the value.
     void coverRanges(float value);
 
     int tag;

@@ -3,10 +3,16 @@
 
 #pragma once
 
+#include <QVector>
+
 /// One value band that a control must reach.
 struct ComponentRange {
-    float min; ///< Lowest value that counts, inclusive.
-    float max; ///< Highest value that counts, inclusive.
-    float
-        covered; ///< 0 until reached under test, then 1; a float because the log prints it as one.
+    float min; ///< Lowest value of the band, inclusive.
+    float max; ///< Highest value of the band, inclusive.
+    /// 0, and 1 after a value of the band was seen under test. A float because the log prints it.
+    float covered;
 };
+
+/// The thirteen bands of a fader or a rotary: tens from 0. The last one ends at 129, above the
+/// largest 7-bit value, so that every value from 120 on covers it.
+QVector<ComponentRange> positionBands();

@@ -3,8 +3,8 @@
 
 #pragma once
 
-/// The components of a unit and their numbers: the one place that knows them. A component number
-/// is the identity used in every signal and in the log.
+/// The components of a unit and their numbers, 0 to 43: the number of a component is its name in
+/// every signal and in the log.
 namespace roster
 {
 enum class Kind { Fader, Button, Rotary };
@@ -20,7 +20,7 @@ inline constexpr int buttonCount = 31;
 inline constexpr int firstRotary = 40;
 inline constexpr int rotaryCount = 4;
 
-/// Known by its MIDI channel, not by a note; tested only at a station that carries the marker.
+/// Recognised by its MIDI channel, not by a note; tested only at a station with the marker.
 inline constexpr int channelButton = 18;
 /// The last button that a run tests.
 inline constexpr int lastTestedButton = 38;
@@ -28,24 +28,17 @@ inline constexpr int lastTestedButton = 38;
 inline constexpr int powerButton = 39;
 
 /// The kind of a component, 0 to 43.
-constexpr Kind kindOf(int component)
+constexpr Kind kindOf(int componentNum)
 {
-    if (component < firstButton)
+    if (componentNum < firstButton)
         return Kind::Fader;
-    return component < firstRotary ? Kind::Button : Kind::Rotary;
+    return componentNum < firstRotary ? Kind::Button : Kind::Rotary;
 }
 
-/// A component's place among its kind, from 0.
-constexpr int indexInKind(int component)
+/// The index of a component in its kind, from 0.
+constexpr int indexInKind(int componentNum)
 {
-    switch (kindOf(component)) {
-    case Kind::Fader:
-        return component - firstFader;
-    case Kind::Button:
-        return component - firstButton;
-    case Kind::Rotary:
-        break;
-    }
-    return component - firstRotary;
+    constexpr int firstOfKind[] = {firstFader, firstButton, firstRotary};
+    return componentNum - firstOfKind[static_cast<int>(kindOf(componentNum))];
 }
 } // namespace roster

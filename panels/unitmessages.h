@@ -5,8 +5,8 @@
 
 #include "panels/componentroster.h"
 
-/// Which of the unit's MIDI messages belongs to which component, as the unit's firmware numbers
-/// them. Numbers are the 7-bit ones of the MIDI message, channels run from 1 to 16.
+/// The MIDI numbers of the components, as the unit's firmware sends them: 7-bit numbers of notes
+/// and controllers, channels from 1 to 16.
 namespace unitmessages
 {
 /// The channel that the channel button is known by. The other buttons count on every channel, this
@@ -14,17 +14,17 @@ namespace unitmessages
 inline constexpr int channelButtonChannel = 2;
 
 /// The controller number of a fader (1 to 9) or a rotary (10 to 13): they run on without a gap.
-constexpr int controllerOf(int component)
+constexpr int controllerOf(int componentNum)
 {
-    const int before = roster::kindOf(component) == roster::Kind::Fader ? 0 : roster::faderCount;
-    return before + roster::indexInKind(component) + 1;
+    const int before = roster::kindOf(componentNum) == roster::Kind::Fader ? 0 : roster::faderCount;
+    return before + roster::indexInKind(componentNum) + 1;
 }
 
-/// The note number of a button (1 to 30); the channel button has none, so the notes of the
-/// buttons behind it close up.
-constexpr int noteOf(int button)
+/// The note number of a button (1 to 30). The channel button has none, so the numbers of the
+/// buttons after it are one lower.
+constexpr int noteOf(int componentNum)
 {
-    const int note = roster::indexInKind(button) + 1;
-    return button < roster::channelButton ? note : note - 1;
+    const int note = roster::indexInKind(componentNum) + 1;
+    return componentNum < roster::channelButton ? note : note - 1;
 }
 } // namespace unitmessages

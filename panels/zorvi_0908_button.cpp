@@ -6,8 +6,8 @@
 #include "panels/unitmessages.h"
 #include "ui_zorvi_0908_button.h"
 
-Zorvi_0908_Button::Zorvi_0908_Button(QWidget* parent, int panelTag, int component)
-    : ComponentPanel(parent, panelTag, component)
+Zorvi_0908_Button::Zorvi_0908_Button(QWidget* parent, int givenTag, int givenComponentNum)
+    : ComponentPanel(parent, givenTag, givenComponentNum)
     , form(std::make_unique<Ui::Zorvi_0908_Button>())
 {
     form->setupUi(this);
@@ -20,16 +20,16 @@ bool Zorvi_0908_Button::accepts(const MidiMessage& midiMessage) const
 {
     if (!midiMessage.isNoteOnOrOff())
         return false;
-    // A note on the channel button's channel also counts for the button that owns the note. The
-    // overlap is kept: only the button under test judges, so it decides no more than who beeps.
-    if (component() == roster::channelButton)
+    // On purpose a note on the channel button's channel also counts for the button with that note:
+    // only the button under test judges, so the overlap matters for the beep alone.
+    if (getComponentNum() == roster::channelButton)
         return midiMessage.getChannel() == unitmessages::channelButtonChannel;
-    return midiMessage.getNoteNumber() == unitmessages::noteOf(component());
+    return midiMessage.getNoteNumber() == unitmessages::noteOf(getComponentNum());
 }
 
 int Zorvi_0908_Button::valueOf(const MidiMessage& midiMessage) const
 {
-    // Also of a note-off: a release counts only with velocity 0, however it is sent.
+    // Of a note-off too: only velocity 0 counts as released.
     return midiMessage.getVelocity();
 }
 
@@ -40,8 +40,12 @@ QVector<ComponentRange> Zorvi_0908_Button::freshRanges() const
     return {{released, released, 0.0F}, {fullyPressed, fullyPressed, 0.0F}};
 }
 
+QString Zorvi_0908_Button::underTestStyle() const
+{
+    return QStringLiteral("QFrame{border:none; background: blue;}");
+}
+
 void Zorvi_0908_Button::showPassed()
 {
-    // Restyled before raised, unlike the others: the button keeps the order it was built with.
-    veilAsDone();
+    showDone();
 }

@@ -3,10 +3,11 @@
 
 #include "panels/zorvi_0908_fader.h"
 
+#include "panels/unitmessages.h"
 #include "ui_zorvi_0908_fader.h"
 
-Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int panelTag, int component)
-    : ComponentPanel(parent, panelTag, component)
+Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int givenTag, int givenComponentNum)
+    : ComponentPanel(parent, givenTag, givenComponentNum)
     , form(std::make_unique<Ui::Zorvi_0908_Fader>())
 {
     form->setupUi(this);
@@ -15,7 +16,32 @@ Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int panelTag, int component)
 
 Zorvi_0908_Fader::~Zorvi_0908_Fader() = default;
 
+bool Zorvi_0908_Fader::accepts(const MidiMessage& midiMessage) const
+{
+    return midiMessage.isControllerOfType(unitmessages::controllerOf(getComponentNum()));
+}
+
+int Zorvi_0908_Fader::valueOf(const MidiMessage& midiMessage) const
+{
+    return midiMessage.getControllerValue();
+}
+
+QVector<ComponentRange> Zorvi_0908_Fader::freshRanges() const
+{
+    return positionBands();
+}
+
+QString Zorvi_0908_Fader::underTestStyle() const
+{
+    return QStringLiteral("QFrame{border:none; background: blue;}");
+}
+
 void Zorvi_0908_Fader::display(int value)
 {
     form->verticalSlider->setValue(value);
+}
+
+void Zorvi_0908_Fader::showPassed()
+{
+    raiseAndShowDone();
 }

@@ -12,20 +12,24 @@ namespace Ui
 class Zorvi_0908_Fader;
 }
 
-/// The panel of one linear fader: judges the position that its controller reports and lets a slider
-/// follow it. Its style sheet lacks two outlines that the other panels' have, on purpose: the
-/// vertical slider has none.
+/// The panel of one linear fader: judges the value of its controller and shows it on a slider. Its
+/// style sheet is on purpose without two outlines of the other kinds: its slider has no outline.
 class Zorvi_0908_Fader : public ComponentPanel
 {
     Q_OBJECT
 
 public:
-    /// componentNum: 0 to 8.
-    Zorvi_0908_Fader(QWidget* parent, int tag, int componentNum);
+    /// givenComponentNum: 0 to 8.
+    Zorvi_0908_Fader(QWidget* parent, int givenTag, int givenComponentNum);
     ~Zorvi_0908_Fader() override;
 
 protected:
+    bool accepts(const MidiMessage& midiMessage) const override;
+    int valueOf(const MidiMessage& midiMessage) const override;
+    QVector<ComponentRange> freshRanges() const override;
+    QString underTestStyle() const override;
     void display(int value) override;
+    void showPassed() override;
 
 private:
     const std::unique_ptr<Ui::Zorvi_0908_Fader> form;

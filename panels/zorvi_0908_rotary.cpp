@@ -3,10 +3,11 @@
 
 #include "panels/zorvi_0908_rotary.h"
 
+#include "panels/unitmessages.h"
 #include "ui_zorvi_0908_rotary.h"
 
-Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int panelTag, int component)
-    : ComponentPanel(parent, panelTag, component)
+Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int givenTag, int givenComponentNum)
+    : ComponentPanel(parent, givenTag, givenComponentNum)
     , form(std::make_unique<Ui::Zorvi_0908_Rotary>())
 {
     form->setupUi(this);
@@ -15,14 +16,34 @@ Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int panelTag, int componen
 
 Zorvi_0908_Rotary::~Zorvi_0908_Rotary() = default;
 
+bool Zorvi_0908_Rotary::accepts(const MidiMessage& midiMessage) const
+{
+    return midiMessage.isControllerOfType(unitmessages::controllerOf(getComponentNum()));
+}
+
+int Zorvi_0908_Rotary::valueOf(const MidiMessage& midiMessage) const
+{
+    return midiMessage.getControllerValue();
+}
+
+QVector<ComponentRange> Zorvi_0908_Rotary::freshRanges() const
+{
+    return positionBands();
+}
+
 QString Zorvi_0908_Rotary::underTestStyle() const
 {
-    // Without the QFrame selector of the other panels, on purpose: the frame has no children that
-    // the bare declarations could reach, so it looks the same.
+    // On purpose without the QFrame selector of the other kinds; the frame has no children, so it
+    // looks the same.
     return QStringLiteral("border:none; background: blue;");
 }
 
 void Zorvi_0908_Rotary::display(int value)
 {
     form->dial->setValue(value);
+}
+
+void Zorvi_0908_Rotary::showPassed()
+{
+    raiseAndShowDone();
 }

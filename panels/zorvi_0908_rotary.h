@@ -12,20 +12,24 @@ namespace Ui
 class Zorvi_0908_Rotary;
 }
 
-/// The panel of one rotary: judges the absolute position that its controller reports, against the
-/// same bands as a fader, and lets a dial follow it.
+/// The panel of one rotary: judges the value of its controller, an absolute position, against the
+/// same bands as a fader and shows it on a dial.
 class Zorvi_0908_Rotary : public ComponentPanel
 {
     Q_OBJECT
 
 public:
-    /// componentNum: 40 to 43.
-    Zorvi_0908_Rotary(QWidget* parent, int tag, int componentNum);
+    /// givenComponentNum: 40 to 43.
+    Zorvi_0908_Rotary(QWidget* parent, int givenTag, int givenComponentNum);
     ~Zorvi_0908_Rotary() override;
 
 protected:
+    bool accepts(const MidiMessage& midiMessage) const override;
+    int valueOf(const MidiMessage& midiMessage) const override;
+    QVector<ComponentRange> freshRanges() const override;
     QString underTestStyle() const override;
     void display(int value) override;
+    void showPassed() override;
 
 private:
     const std::unique_ptr<Ui::Zorvi_0908_Rotary> form;

@@ -11,9 +11,9 @@ class Quillon_MIDISensorParserDriver;
 
 using juce::AudioProcessorPlayer;
 
-/// The entry of the toolkit's message path: a player whose one processor, the driver, hands every
-/// MIDI message of each audio block to the parser. Registered with an audio device and a MIDI input
-/// it delivers on the audio device's thread; the station registers it with neither.
+/// The start of the toolkit's message path: a player whose processor, the driver, gives every MIDI
+/// message of each audio block to the parser, on the audio device's thread. It works when it is
+/// registered with an audio device and a MIDI input; the station registers it with neither.
 class Quillon_MIDISensorParser : public QObject, public AudioProcessorPlayer
 {
     Q_OBJECT
@@ -22,9 +22,9 @@ public:
     explicit Quillon_MIDISensorParser(QObject* parent);
     ~Quillon_MIDISensorParser() override;
 
-    /// Called for every message of a block, in order, on the thread that plays the block.
+    /// Called for every message of a block, in order, on the audio device's thread.
     virtual void parseMIDIMessage(const juce::MidiMessage& midiMessage) = 0;
 
 private:
-    Quillon_MIDISensorParserDriver* driver; // a child: deleted by QObject, after the player
+    Quillon_MIDISensorParserDriver* driver; // a child; QObject deletes it after the player
 };

@@ -5,9 +5,10 @@
 
 #include "sensor/quillon_midisensorparser.h"
 
-Quillon_MIDISensorParserDriver::Quillon_MIDISensorParserDriver(Quillon_MIDISensorParser* owner)
-    : QObject(owner)
-    , parser(owner)
+Quillon_MIDISensorParserDriver::Quillon_MIDISensorParserDriver(
+    Quillon_MIDISensorParser* givenParser)
+    : QObject(givenParser)
+    , parser(givenParser)
 {
 }
 

@@ -11,18 +11,18 @@ class Quillon_MIDISensorParser;
 
 using juce::AudioProcessor;
 
-/// The parser's processor: silent, and it consumes every MIDI message that it is played.
+/// The parser's processor: outputs silence and takes every MIDI message out of the block.
 class Quillon_MIDISensorParserDriver : public QObject, public AudioProcessor
 {
     Q_OBJECT
 
 public:
-    /// The parser becomes the Qt parent and gets the messages.
-    explicit Quillon_MIDISensorParserDriver(Quillon_MIDISensorParser* parser);
+    /// givenParser becomes the Qt parent and receives the messages.
+    explicit Quillon_MIDISensorParserDriver(Quillon_MIDISensorParser* givenParser);
     ~Quillon_MIDISensorParserDriver() override;
 
-    /// Clears the audio, hands each message to the parser, clears the messages. Runs on the thread
-    /// that plays the block.
+    /// Clears the audio, gives each message to the parser, clears the messages. On the audio
+    /// device's thread.
     void processBlock(juce::AudioBuffer<float>& audio, juce::MidiBuffer& midi) override;
     using AudioProcessor::processBlock;
 
@@ -43,7 +43,8 @@ public:
     bool acceptsMidi() const override { return true; }
     bool producesMidi() const override { return true; }
     juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    /// True on purpose although there is none: what a host asks first, and none is ever made.
+    /// True on purpose, although createEditor makes none: hosts only ask whether there could be
+    /// one.
     bool hasEditor() const override { return true; }
     int getNumPrograms() override { return 0; }
     int getCurrentProgram() override { return 0; }

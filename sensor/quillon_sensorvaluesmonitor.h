@@ -7,9 +7,8 @@
 #include <QObject>
 #include <QVector>
 
-/// The meeting point of the toolkit's threads: the raw values that a parser delivers and the
-/// processed values that a processor publishes, each array behind a mutex of its own. The locks are
-/// here, the arrays are the subclass's business.
+/// Shares sensor values between the toolkit's threads: the raw values of a parser and the processed
+/// values of a processor. The base has a mutex for each array, the subclass has the arrays.
 class Quillon_SensorValuesMonitor : public QObject
 {
     Q_OBJECT
@@ -18,7 +17,7 @@ public:
     explicit Quillon_SensorValuesMonitor(QObject* parent);
     ~Quillon_SensorValuesMonitor() override;
 
-    /// Whole arrays are taken and replaced, whatever their length. Called from any thread.
+    /// Each call gets or replaces a whole array, of any length. From any thread.
     virtual QVector<float> getRawSensorValues() = 0;
     virtual void setRawSensorValues(QVector<float> values) = 0;
     virtual QVector<float> getProcessedSensorValues() = 0;

@@ -23,7 +23,7 @@ QVector<float> Quillon_Zorvi_0908_AssemblyTester_Monitor::getRawSensorValues()
     return rawValues;
 }
 
-// The setters swap, so that the array that was replaced is freed with the argument, after the lock.
+// The setters swap: the old array is freed with the argument, after the lock is released.
 void Quillon_Zorvi_0908_AssemblyTester_Monitor::setRawSensorValues(QVector<float> values)
 {
     const QMutexLocker locker(&rawValuesMutex);

@@ -5,8 +5,8 @@
 
 #include "sensor/quillon_sensorvaluesmonitor.h"
 
-/// The tester's monitor: both arrays, of 256 zeros at the start. Handing one over costs a handle,
-/// whatever its length, and what was handed out never changes afterwards.
+/// The tester's monitor: both arrays, 256 zeros at the start. An array is shared, not copied, when
+/// it is handed over; a later change does not alter it.
 class Quillon_Zorvi_0908_AssemblyTester_Monitor : public Quillon_SensorValuesMonitor
 {
     Q_OBJECT

@@ -11,26 +11,26 @@ class Quillon_SensorValuesMonitor;
 
 using juce::MidiMessage;
 
-/// The tester's parser: passes every message on as a signal and decodes nothing; what a message
-/// means is for the panels to say.
+/// The tester's parser: emits every message and decodes none; the panels do that.
 class Quillon_Zorvi_0908_AssemblyTester_Parser : public Quillon_MIDISensorParser
 {
     Q_OBJECT
 
 public:
-    /// The monitor is kept for a parser that writes raw values; this one does not.
-    Quillon_Zorvi_0908_AssemblyTester_Parser(Quillon_SensorValuesMonitor* monitor, QObject* parent);
+    /// givenMonitor is stored and not used: this parser writes no raw values.
+    Quillon_Zorvi_0908_AssemblyTester_Parser(Quillon_SensorValuesMonitor* givenMonitor,
+                                             QObject* parent);
     ~Quillon_Zorvi_0908_AssemblyTester_Parser() override;
 
     void parseMIDIMessage(const juce::MidiMessage& midiMessage) override;
 
 Q_SIGNALS:
-    /// Emitted on the thread that plays the block.
+    /// Emitted on the audio device's thread.
     void signal_DistributeMIDI(MidiMessage midiMessage);
 
 protected:
     Quillon_SensorValuesMonitor* monitor;
-    // For a parser that decodes; this one leaves them as they are.
+    // Not used: this parser does not decode.
     QVector<float> sensorValues;
     qint64 lastBlockTime = -1;
     qint32 lastController = -1;

@@ -12,9 +12,9 @@ constexpr int tickIntervalMs = 10;
 }
 
 Quillon_Zorvi_0908_AssemblyTester_Processor::Quillon_Zorvi_0908_AssemblyTester_Processor(
-    Quillon_SensorValuesMonitor* valuesMonitor, QObject* parent)
+    Quillon_SensorValuesMonitor* givenMonitor, QObject* parent)
     : QObject(parent)
-    , monitor(valuesMonitor)
+    , monitor(givenMonitor)
     , rawValues(initialSensorValues())
     , processedValues(initialSensorValues())
 {

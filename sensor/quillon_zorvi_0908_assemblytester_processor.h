@@ -9,21 +9,21 @@
 
 class Quillon_SensorValuesMonitor;
 
-/// The processing stage: every 10 ms, on the thread it lives on, it takes the latest raw values
-/// from the monitor and publishes its processed values. The step between the two is empty: the
-/// station carries no sensor data, this is the frame that a processing step fits into.
+/// The processing stage: every 10 ms it takes the raw values from the monitor and publishes its
+/// processed values, on its own thread. There is no processing step between the two, on purpose:
+/// the station has no sensor data.
 class Quillon_Zorvi_0908_AssemblyTester_Processor : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Starts ticking at once; the monitor must outlive the last tick.
-    Quillon_Zorvi_0908_AssemblyTester_Processor(Quillon_SensorValuesMonitor* monitor,
+    /// Starts the timer. givenMonitor must outlive the last tick.
+    Quillon_Zorvi_0908_AssemblyTester_Processor(Quillon_SensorValuesMonitor* givenMonitor,
                                                 QObject* parent);
     ~Quillon_Zorvi_0908_AssemblyTester_Processor() override;
 
 protected:
-    /// One tick, whichever timer it comes from.
+    /// One tick. The timer's identifier is not compared: the object has one timer.
     void timerEvent(QTimerEvent* event) override;
 
     Quillon_SensorValuesMonitor* monitor;

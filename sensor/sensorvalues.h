@@ -5,7 +5,7 @@
 
 #include <QVector>
 
-/// An array of the toolkit's sensor values as it is at the start: 256 entries of 0.
+/// The initial array of sensor values: 256 entries of 0.
 inline QVector<float> initialSensorValues()
 {
     return QVector<float>(256, 0.0F);

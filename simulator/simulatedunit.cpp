@@ -24,7 +24,7 @@ bool SimulatedUnit::plug()
 {
     if (isPlugged())
         return true;
-    // Asked first: after a failed attempt to make a port JUCE never opens the sequencer again.
+    // First: after a failed attempt to make a port JUCE never opens the sequencer again.
     if (!isSequencerPresent())
         return false;
     sending = juce::MidiOutput::createNewDevice(name);

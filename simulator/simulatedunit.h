@@ -7,12 +7,12 @@
 
 #include <memory>
 
-/// A unit's MIDI ports, without the unit. It sends what it is told to and answers nothing, not even
-/// an identity request. Its functions are for one thread and need no message loop.
+/// The MIDI ports of a unit. Sends the messages that it is given and answers none, not even an
+/// identity request. For one thread; needs no message loop.
 class SimulatedUnit
 {
 public:
-    /// The port through which a unit can be spoken to may be left out.
+    /// A unit may be without the port that receives.
     enum class Ports { Both, OnlySending };
 
     explicit SimulatedUnit(juce::String portName = "Zorvi_Control", Ports ports = Ports::Both);
@@ -20,14 +20,14 @@ public:
     /// Whether the machine has a MIDI sequencer that ports can be made on.
     static bool isSequencerPresent();
 
-    /// Makes the ports. False, and nothing made, where that is not possible; plugging in what is
-    /// plugged in changes nothing.
+    /// Makes the ports. False, with no port made, if that is not possible; no effect on a plugged
+    /// unit.
     bool plug();
-    /// Takes the ports away; what was sent and not yet read is still delivered.
+    /// Removes the ports; messages already sent are still delivered.
     void unplug();
     bool isPlugged() const { return sending != nullptr; }
 
-    /// Sends one message to whoever listens; lost while unplugged.
+    /// Sends one message to every subscriber; lost while unplugged.
     void send(const juce::MidiMessage& message);
 
 private:

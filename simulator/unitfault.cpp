@@ -4,42 +4,179 @@
 #include "simulator/unitfault.h"
 
 #include "panels/componentroster.h"
+#include "panels/componentrange.h"
 
 #include <algorithm>
 #include <array>
 
 namespace
 {
+constexpr int highestValue = 127;
+constexpr double noWait = 0.0;
+
+bool isButton(int componentNum)
+{
+    return roster::kindOf(componentNum) == roster::Kind::Button;
+}
+
+bool isTested(int componentNum)
+{
+    return componentNum >= roster::firstComponent && componentNum <= roster::lastComponent &&
+           componentNum != roster::powerButton;
+}
+
+// Which components can have a fault.
+
+bool anyControl(int)
+{
+    return true;
+}
+
+bool movingControl(int componentNum)
+{
+    return !isButton(componentNum);
+}
+
+bool nextIsTested(int componentNum)
+{
+    return isTested(componentNum + 1);
+}
+
+/// Only with the next control of the same kind, and not with the channel button: many stations do
+/// not test it.
+bool canSwapWithNext(int componentNum)
+{
+    return nextIsTested(componentNum) &&
+           roster::kindOf(componentNum) == roster::kindOf(componentNum + 1) &&
+           componentNum != roster::channelButton && componentNum + 1 != roster::channelButton;
+}
+
+// What the faulty control sends.
+
+UnitScript stuck(int componentNum)
+{
+    if (isButton(componentNum))
+        return {};
+    constexpr int stuckValue = 64;
+    return UnitScript(20, unitscript::position(componentNum, stuckValue));
+}
+
+UnitScript noLowEnd(int componentNum)
+{
+    return unitscript::sweep(componentNum, 10, highestValue);
+}
+
+UnitScript noHighEnd(int componentNum)
+{
+    return unitscript::sweep(componentNum, 0, 119);
+}
+
+UnitScript weakButton(int componentNum)
+{
+    constexpr int weakVelocity = 100;
+    return {unitscript::press(componentNum, weakVelocity), unitscript::release(componentNum)};
+}
+
+/// The next control is moved by a few values only: then the operator notices.
+UnitScript tooEarly(int componentNum)
+{
+    UnitScript touched = unitscript::good(componentNum + 1);
+    constexpr std::size_t fewSteps = 5;
+    if (touched.size() > fewSteps)
+        touched.resize(fewSteps);
+    return unitscript::joined(std::move(touched), unitscript::good(componentNum));
+}
+
+UnitScript asNext(int componentNum)
+{
+    return unitscript::good(componentNum + 1);
+}
+
+UnitScript asPrevious(int componentNum)
+{
+    return unitscript::good(componentNum - 1);
+}
+
+/// Half of the way up, or a button pressed and not released; then the cable; then all of it again.
+UnitScript cablePulled(int componentNum)
+{
+    UnitScript script = unitscript::good(componentNum);
+    script.resize(isButton(componentNum) ? 1 : script.size() / 4);
+    script.push_back({UnitStep::Action::Unplug});
+    script.push_back({UnitStep::Action::Replug});
+    return unitscript::joined(std::move(script), unitscript::good(componentNum));
+}
+
+UnitScript chatter(int componentNum)
+{
+    constexpr int bounces = 20;
+    UnitScript script;
+    for (int i = 0; i < bounces; ++i) {
+        script.push_back(unitscript::press(componentNum, highestValue));
+        script.push_back(unitscript::release(componentNum));
+        script.back().wait = noWait;
+    }
+    return script;
+}
+
+/// Messages of no component: pressure, pitch bend, programs, clock and a controller above those of
+/// the rotaries.
+UnitScript flood(int componentNum)
+{
+    constexpr int rounds = 1000;
+    constexpr int foreignController = 100;
+    UnitScript script;
+    for (int i = 0; i < rounds; ++i) {
+        const int value = i % (highestValue + 1);
+        for (const auto& message :
+             {juce::MidiMessage::channelPressureChange(1, value),
+              juce::MidiMessage::pitchWheel(1, value), juce::MidiMessage::programChange(1, value),
+              juce::MidiMessage::midiClock(),
+              juce::MidiMessage::controllerEvent(1, foreignController, value)})
+            script.push_back(unitscript::sent(message, noWait));
+    }
+    return unitscript::joined(std::move(script), unitscript::good(componentNum));
+}
+
+/// Everything about a fault.
 struct FaultRow {
     Fault fault;
     const char* name;
-    int usualComponent;
+    int defaultComponent;
+    bool (*applies)(int componentNum);
+    UnitScript (*script)(int componentNum); ///< Of the component with the fault.
+    UnitScript (*nextScript)(int componentNum) = unitscript::good; ///< Of the component after it.
 };
 
 constexpr std::array<FaultRow, 10> faults{{
-    {Fault::None, "none", roster::firstFader},
-    {Fault::Stuck, "stuck", roster::firstFader + 3},
-    {Fault::NoLowEnd, "no-low-end", roster::firstFader + 2},
-    {Fault::NoHighEnd, "no-high-end", roster::firstRotary + 1},
-    {Fault::WeakButton, "weak-button", roster::firstButton + 2},
-    {Fault::TooEarly, "too-early", roster::firstFader + 4},
-    {Fault::Swapped, "swapped", roster::firstFader + 5},
-    {Fault::CablePulled, "cable-pulled", roster::firstFader + 1},
-    {Fault::Chatter, "chatter", roster::firstButton + 5},
-    {Fault::Flood, "flood", roster::firstFader + 6},
+    {Fault::None, "none", roster::firstFader, anyControl, unitscript::good},
+    {Fault::Stuck, "stuck", roster::firstFader + 3, anyControl, stuck},
+    {Fault::NoLowEnd, "no-low-end", roster::firstFader + 2, movingControl, noLowEnd},
+    {Fault::NoHighEnd, "no-high-end", roster::firstRotary + 1, movingControl, noHighEnd},
+    {Fault::WeakButton, "weak-button", roster::firstButton + 2, isButton, weakButton},
+    {Fault::TooEarly, "too-early", roster::firstFader + 4, nextIsTested, tooEarly},
+    {Fault::Swapped, "swapped", roster::firstFader + 5, canSwapWithNext, asNext, asPrevious},
+    {Fault::CablePulled, "cable-pulled", roster::firstFader + 1, anyControl, cablePulled},
+    {Fault::Chatter, "chatter", roster::firstButton + 5, isButton, chatter},
+    {Fault::Flood, "flood", roster::firstFader + 6, anyControl, flood},
 }};
 
-bool isTested(int component)
+const FaultRow& rowOf(Fault fault)
 {
-    return component >= roster::firstComponent && component <= roster::lastComponent &&
-           component != roster::powerButton;
+    return *std::find_if(faults.begin(), faults.end(),
+                         [fault](const FaultRow& row) { return row.fault == fault; });
 }
 
-/// The channel button takes no part in a swap: many stations do not test it.
-bool canSwapWithNext(int component)
+bool sends(const UnitScript& script, const UnitStep& wanted)
 {
-    return roster::kindOf(component) == roster::kindOf(component + 1) &&
-           component != roster::channelButton && component + 1 != roster::channelButton;
+    const juce::MidiMessage& message = wanted.message;
+    const auto isSame = [&message](const UnitStep& step) {
+        return step.action == UnitStep::Action::Send &&
+               step.message.getRawDataSize() == message.getRawDataSize() &&
+               std::equal(message.getRawData(), message.getRawData() + message.getRawDataSize(),
+                          step.message.getRawData());
+    };
+    return std::any_of(script.begin(), script.end(), isSame);
 }
 } // namespace
 
@@ -59,63 +196,36 @@ std::optional<Fault> unitfault::fromName(const QString& name)
     return std::nullopt;
 }
 
-bool unitfault::applies(Fault fault, int component)
+bool unitfault::applies(Fault fault, int componentNum)
 {
-    if (!isTested(component))
-        return false;
-    const bool isButton = roster::kindOf(component) == roster::Kind::Button;
-    switch (fault) {
-    case Fault::NoLowEnd:
-    case Fault::NoHighEnd:
-        return !isButton;
-    case Fault::WeakButton:
-    case Fault::Chatter:
-        return isButton;
-    case Fault::TooEarly:
-        return isTested(component + 1);
-    case Fault::Swapped:
-        return isTested(component + 1) && canSwapWithNext(component);
-    case Fault::None:
-    case Fault::Stuck:
-    case Fault::CablePulled:
-    case Fault::Flood:
-        break;
-    }
+    return isTested(componentNum) && rowOf(fault).applies(componentNum);
+}
+
+int unitfault::defaultComponent(Fault fault)
+{
+    return rowOf(fault).defaultComponent;
+}
+
+UnitScript unitfault::scriptFor(int componentNum, const UnitFault& unit)
+{
+    const FaultRow& row = rowOf(unit.fault);
+    if (componentNum == unit.componentNum)
+        return row.script(componentNum);
+    if (componentNum == unit.componentNum + 1)
+        return row.nextScript(componentNum);
+    return unitscript::good(componentNum);
+}
+
+bool unitfault::leavesUncovered(const UnitFault& unit, int componentNum, int band)
+{
+    const UnitScript script = scriptFor(componentNum, unit);
+    if (isButton(componentNum))
+        return !sends(script, band == 0 ? unitscript::release(componentNum)
+                                        : unitscript::press(componentNum, highestValue));
+    const ComponentRange range = positionBands().at(band);
+    for (int value = 0; value <= highestValue; ++value)
+        if (range.min <= static_cast<float>(value) && static_cast<float>(value) <= range.max &&
+            sends(script, unitscript::position(componentNum, value)))
+            return false;
     return true;
-}
-
-int unitfault::usualComponent(Fault fault)
-{
-    const auto* const row = std::find_if(faults.begin(), faults.end(),
-                                         [fault](const FaultRow& r) { return r.fault == fault; });
-    return row->usualComponent;
-}
-
-bool unitfault::leavesUncovered(const UnitFault& unit, int component, int band)
-{
-    const bool isSecondOfSwap = unit.fault == Fault::Swapped && component == unit.component + 1;
-    if (component != unit.component && !isSecondOfSwap)
-        return false;
-    constexpr int bandOfStuckValue = 6;
-    constexpr int lastPositionBand = 12;
-    constexpr int fullPressBand = 1;
-    switch (unit.fault) {
-    case Fault::Stuck:
-        return roster::kindOf(component) == roster::Kind::Button || band != bandOfStuckValue;
-    case Fault::NoLowEnd:
-        return band == 0;
-    case Fault::NoHighEnd:
-        return band == lastPositionBand;
-    case Fault::WeakButton:
-        return band == fullPressBand;
-    case Fault::Swapped:
-        return true;
-    case Fault::None:
-    case Fault::TooEarly:
-    case Fault::CablePulled:
-    case Fault::Chatter:
-    case Fault::Flood:
-        break;
-    }
-    return false;
 }

@@ -3,12 +3,14 @@
 
 #pragma once
 
+#include "simulator/unitscript.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <optional>
 
-/// The faults that a line meets, as a simulated unit can show them.
+/// The faults of real units that a simulated unit can show.
 enum class Fault {
     None,
     Stuck,       ///< A fader or rotary reports one value only, a button nothing.
@@ -16,31 +18,34 @@ enum class Fault {
     NoHighEnd,   ///< A fader or rotary never gets above 119.
     WeakButton,  ///< A button only reaches velocity 100.
     TooEarly,    ///< The next control is moved a little before this one is worked.
-    Swapped,     ///< This control and the next one speak in each other's place.
-    CablePulled, ///< The cable comes out in the middle of the work and goes back in.
+    Swapped,     ///< This control and the next one send each other's messages.
+    CablePulled, ///< The cable is pulled in the middle of the work and put back.
     Chatter,     ///< A button bounces many times on each press and release.
-    Flood        ///< Thousands of other messages come along at once.
+    Flood        ///< Thousands of messages of no component come first.
 };
 
 /// A unit with one fault, or with none.
 struct UnitFault {
     Fault fault = Fault::None;
-    int component = -1; ///< Where the fault sits.
+    int componentNum = -1; ///< The component that has the fault.
 };
 
 namespace unitfault
 {
-/// The names that the command lines take, the healthy unit's first.
+/// The names for command lines; the healthy unit's is the first.
 QStringList names();
-/// Nothing for a name that is not among them; letter case counts.
+/// The fault of a name, letter case included; nothing for an unknown name.
 std::optional<Fault> fromName(const QString& name);
 
-/// Whether a control of this number can show the fault.
-bool applies(Fault fault, int component);
-/// A component that can show the fault, for whoever did not choose one.
-int usualComponent(Fault fault);
+/// Whether this component can have the fault; false for a number outside 0 to 43.
+bool applies(Fault fault, int componentNum);
+/// Default component for the fault.
+int defaultComponent(Fault fault);
 
-/// Whether a band of a component stays uncovered when such a unit is worked once: bands as the
-/// panels count them, 13 for a fader or a rotary, 2 for a button.
-bool leavesUncovered(const UnitFault& unit, int component, int band);
+/// What the unit sends while the operator works this component, 0 to 43.
+UnitScript scriptFor(int componentNum, const UnitFault& unit);
+
+/// Whether a band of a component stays uncovered when the unit is worked once. Follows from what
+/// the unit sends. Bands are numbered as in the panels.
+bool leavesUncovered(const UnitFault& unit, int componentNum, int band);
 } // namespace unitfault

@@ -17,18 +17,18 @@ constexpr double slowestPace = 1.0;
 constexpr double fastestPace = 100000.0;
 } // namespace
 
-void unitoptions::addTo(QCommandLineParser& parser, double usualPace)
+void unitoptions::addTo(QCommandLineParser& parser, double defaultPace)
 {
     parser.addOption({paceOption,
-                      QStringLiteral("Messages per second (default: %1).").arg(usualPace),
-                      QStringLiteral("number"), QString::number(usualPace)});
+                      QStringLiteral("Messages per second (default: %1).").arg(defaultPace),
+                      QStringLiteral("number"), QString::number(defaultPace)});
     parser.addOption({faultOption,
                       QStringLiteral("What is wrong with the unit: %1 (default: none).")
                           .arg(unitfault::names().join(QStringLiteral(", "))),
                       QStringLiteral("name"), QStringLiteral("none")});
     parser.addOption({componentOption,
-                      QStringLiteral("The component that the fault sits in, 0 to %1 (default: one "
-                                     "that can have it).")
+                      QStringLiteral("The component that has the fault, 0 to %1 (default: depends "
+                                     "on the fault).")
                           .arg(roster::lastComponent),
                       QStringLiteral("number")});
 }
@@ -76,11 +76,11 @@ std::optional<UnitOptions> unitoptions::readFrom(const QCommandLineParser& parse
         return std::nullopt;
     }
 
-    UnitFault unit{*fault, unitfault::usualComponent(*fault)};
+    UnitFault unit{*fault, unitfault::defaultComponent(*fault)};
     if (parser.isSet(componentOption)) {
         bool isNumber = false;
-        unit.component = parser.value(componentOption).toInt(&isNumber);
-        if (!isNumber || !unitfault::applies(*fault, unit.component)) {
+        unit.componentNum = parser.value(componentOption).toInt(&isNumber);
+        if (!isNumber || !unitfault::applies(*fault, unit.componentNum)) {
             error = QStringLiteral("Component \"%1\" cannot have the fault \"%2\".")
                         .arg(parser.value(componentOption), parser.value(faultOption));
             return std::nullopt;

@@ -11,7 +11,7 @@
 
 class QCommandLineParser;
 
-/// How a simulated unit behaves, as told on a command line.
+/// How a simulated unit behaves: the options that its programs share.
 struct UnitOptions {
     double pace;
     UnitFault unit;
@@ -20,14 +20,14 @@ struct UnitOptions {
 namespace unitoptions
 {
 /// Adds --pace, --fault and --component; the pace in messages per second.
-void addTo(QCommandLineParser& parser, double usualPace);
+void addTo(QCommandLineParser& parser, double defaultPace);
 
-/// The options of a command line that was parsed. Nothing if one of them has a value that makes no
-/// sense, or if there is more than options; `error` then says what and why.
+/// The options of a parsed command line. Nothing if a value is out of range or an argument is no
+/// option; `error` then says what is wrong.
 std::optional<UnitOptions> readFrom(const QCommandLineParser& parser, QString& error);
 
-/// The value of an option that is a number, or a whole number, between the two bounds; otherwise
-/// nothing and an error as above.
+/// The value of an option as a number, or a whole number, from lowest to highest; otherwise nothing
+/// and an error as above.
 std::optional<double> number(const QCommandLineParser& parser, const QString& option, double lowest,
                              double highest, QString& error);
 std::optional<int> wholeNumber(const QCommandLineParser& parser, const QString& option, int lowest,

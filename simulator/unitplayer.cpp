@@ -12,23 +12,23 @@ namespace
 {
 constexpr double msPerSecond = 1e3;
 constexpr double nsPerSecond = 1e9;
-/// Of a tick that comes late, more than so many seconds or messages are not made up for: no hand
-/// moves in jerks.
-constexpr double longestTick = 0.02;
+/// After a late tick at most 20 ms of messages are sent, two at least; the rest of the delay is
+/// dropped.
+constexpr double longestTickSeconds = 0.02;
 constexpr double smallestBurst = 2.0;
 } // namespace
 
-UnitPlayer::UnitPlayer(SimulatedUnit& playedUnit, QObject* parent)
+UnitPlayer::UnitPlayer(SimulatedUnit& givenUnit, QObject* parent)
     : QObject(parent)
-    , unit(playedUnit)
+    , unit(givenUnit)
 {
     timer.setTimerType(Qt::PreciseTimer);
     connect(&timer, SIGNAL(timeout()), this, SLOT(slot_Tick()));
 }
 
-void UnitPlayer::setPace(double pace)
+void UnitPlayer::setPace(double givenPace)
 {
-    messagesPerSecond = pace;
+    pace = givenPace;
 }
 
 void UnitPlayer::setCablePause(int ms)
@@ -40,10 +40,10 @@ void UnitPlayer::play(UnitScript steps)
 {
     script = std::move(steps);
     next = 0;
-    owed = 0.0;
+    budget = 0.0;
     pauseMs = 0;
     sinceLast.start();
-    timer.start(std::max(1, static_cast<int>(std::lround(msPerSecond / messagesPerSecond))));
+    timer.start(std::max(1, static_cast<int>(std::lround(msPerSecond / pace))));
 }
 
 void UnitPlayer::stop()
@@ -56,14 +56,13 @@ void UnitPlayer::slot_Tick()
     if (pauseMs > 0 && sinceLast.elapsed() < pauseMs)
         return;
     if (pauseMs == 0)
-        owed += std::min(static_cast<double>(sinceLast.nsecsElapsed()) * messagesPerSecond /
-                             nsPerSecond,
-                         std::max(smallestBurst, longestTick * messagesPerSecond));
+        budget += std::min(static_cast<double>(sinceLast.nsecsElapsed()) * pace / nsPerSecond,
+                           std::max(smallestBurst, longestTickSeconds * pace));
     pauseMs = 0;
     sinceLast.start();
 
-    while (next < script.size() && pauseMs == 0 && owed >= script[next].wait)
-        take(script[next++]);
+    while (next < script.size() && pauseMs == 0 && budget >= script[next].wait)
+        run(script[next++]);
 
     if (next == script.size() && pauseMs == 0) {
         timer.stop();
@@ -71,12 +70,12 @@ void UnitPlayer::slot_Tick()
     }
 }
 
-void UnitPlayer::take(const UnitStep& step)
+void UnitPlayer::run(const UnitStep& step)
 {
     switch (step.action) {
     case UnitStep::Action::Send:
         unit.send(step.message);
-        owed -= step.wait;
+        budget -= step.wait;
         break;
     case UnitStep::Action::Unplug:
         unit.unplug();

@@ -11,44 +11,44 @@
 
 class SimulatedUnit;
 
-/// Plays scripts on a simulated unit, step by step at a pace. Lives on the thread of its event
-/// loop; the unit is the caller's and must outlive it.
+/// Plays scripts on a simulated unit, step by step at a pace, on its own thread's event loop. The
+/// unit must outlive it.
 class UnitPlayer : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit UnitPlayer(SimulatedUnit& unit, QObject* parent = nullptr);
+    explicit UnitPlayer(SimulatedUnit& givenUnit, QObject* parent = nullptr);
 
-    /// Messages per second, above 0; 200 if not set.
-    void setPace(double messagesPerSecond);
-    /// How long the cable stays out, and how long a plugged-in unit then keeps still so that the
-    /// station finds it again; in ms.
+    /// Messages per second, above 0; 200 by default.
+    void setPace(double givenPace);
+    /// How long the cable stays out, and how long the unit then sends nothing so that the station
+    /// finds it again; in ms.
     void setCablePause(int ms);
 
-    /// Starts a script, in place of one that is still playing.
+    /// Plays a script; one that is still playing ends.
     void play(UnitScript steps);
-    /// Ends what is playing, without the signal.
+    /// Ends the script without the signal.
     void stop();
     bool isPlaying() const { return timer.isActive(); }
 
 Q_SIGNALS:
-    /// The last step of the script was taken.
+    /// The script is over.
     void signal_Finished();
 
 private Q_SLOTS:
     void slot_Tick();
 
 private:
-    void take(const UnitStep& step);
+    void run(const UnitStep& step);
 
     SimulatedUnit& unit;
     QTimer timer;
-    double messagesPerSecond = 200.0;
+    double pace = 200.0;
     int cablePauseMs = 2500;
     UnitScript script;
     std::size_t next = 0;
     QElapsedTimer sinceLast;
-    double owed = 0.0; ///< Messages that the time passed so far entitles to, not yet sent.
+    double budget = 0.0; ///< Messages that may be sent by now.
     int pauseMs = 0;
 };

@@ -23,7 +23,7 @@ struct Options {
     bool withChannelButton;
 };
 
-void keepQuiet(const char*, int, const char*, int, const char*, ...) {}
+void ignoreLibraryErrors(const char*, int, const char*, int, const char*, ...) {}
 
 void say(const QString& line)
 {
@@ -36,8 +36,8 @@ int fail(const QString& line)
     return 1;
 }
 
-/// Nothing and an error text if the command line makes no sense; ends the program itself on --help,
-/// --version and options that do not exist.
+/// Nothing and an error text for a bad value; QCommandLineParser ends the program on --help,
+/// --version and unknown options.
 std::optional<Options> optionsOf(const QCoreApplication& application, QString& error)
 {
     QCommandLineParser parser;
@@ -74,10 +74,10 @@ std::optional<Options> optionsOf(const QCoreApplication& application, QString& e
 class Runs
 {
 public:
-    Runs(UnitPlayer& playing, const Options& chosen)
-        : player(playing)
-        , options(chosen)
-        , order(unitscript::runOrder(chosen.withChannelButton))
+    Runs(UnitPlayer& givenPlayer, const Options& givenOptions)
+        : player(givenPlayer)
+        , options(givenOptions)
+        , order(unitscript::runOrder(givenOptions.withChannelButton))
     {
         player.setPace(options.unit.pace);
         QObject::connect(&player, &UnitPlayer::signal_Finished, &player, [this] { workNext(); });
@@ -96,12 +96,12 @@ private:
     void workNext()
     {
         if (next < order.size()) {
-            const int component = order[next++];
+            const int componentNum = order[next++];
             say(QStringLiteral("Component %1 (%2 of %3)")
-                    .arg(component)
+                    .arg(componentNum)
                     .arg(next)
                     .arg(order.size()));
-            player.play(unitscript::worked(component, options.unit.unit));
+            player.play(unitfault::scriptFor(componentNum, options.unit.unit));
             return;
         }
         next = 0;
@@ -124,7 +124,7 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("zorvi_unit"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
-    snd_lib_error_set_handler(keepQuiet);
+    snd_lib_error_set_handler(ignoreLibraryErrors);
 
     QString error;
     const auto options = optionsOf(application, error);

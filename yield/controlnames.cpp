@@ -4,7 +4,7 @@
 #include "yield/controlnames.h"
 
 #include "panels/componentroster.h"
-#include "panels/valuebands.h"
+#include "panels/componentrange.h"
 #include "yield/bandmarks.h"
 
 #include <QStringList>

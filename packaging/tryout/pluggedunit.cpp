@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// A unit for a station that was installed from its package, on a machine without MIDI: preloaded
-// into the unchanged program, this library's sequencer functions come before the system library's,
-// and a thread of its own plugs a unit in and works every control once, in the order of a run.
+// A unit for an installed station on a machine without MIDI. Preloaded into the unchanged program,
+// this library replaces the system library's sequencer functions. A thread plugs in a unit and
+// works every control once, in the order of a run.
 
 #include "panels/unitmessages.h"
 
@@ -27,19 +27,19 @@ public:
                                           SND_SEQ_PORT_TYPE_MIDI_GENERIC);
     }
 
-    void work(int component)
+    void work(int componentNum)
     {
         snd_seq_event_t event;
         snd_seq_ev_clear(&event);
-        if (roster::kindOf(component) == roster::Kind::Button) {
-            const auto note = static_cast<unsigned char>(unitmessages::noteOf(component));
+        if (roster::kindOf(componentNum) == roster::Kind::Button) {
+            const auto note = static_cast<unsigned char>(unitmessages::noteOf(componentNum));
             snd_seq_ev_set_noteon(&event, 0, note, 127);
             send(event);
             snd_seq_ev_set_noteon(&event, 0, note, 0);
             send(event);
             return;
         }
-        const auto controller = static_cast<unsigned>(unitmessages::controllerOf(component));
+        const auto controller = static_cast<unsigned>(unitmessages::controllerOf(componentNum));
         for (int value = 0; value <= 127; ++value) {
             snd_seq_ev_set_controller(&event, 0, controller, value);
             send(event);
@@ -64,7 +64,7 @@ void playOneRun()
 {
     std::this_thread::sleep_for(1s); // the station starts without a unit
     Unit unit;
-    std::this_thread::sleep_for(3s); // and has it found, and the serial number typed, by now
+    std::this_thread::sleep_for(3s); // the station finds it, the serial number is typed
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         if (c != roster::channelButton && c != roster::powerButton)
             unit.work(c);

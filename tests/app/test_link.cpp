@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "app/identity.h"
-#include "simulator/memorysequencer.h"
+#include "app/unitlink.h"
+#include "sequencer/porttable.h"
 #include "tests/support/station.h"
 
 #include <QTimer>
@@ -95,25 +95,25 @@ private Q_SLOTS:
     {
         SimulatedUnit unit;
         QVERIFY(unit.plug());
-        const int idle = memorysequencer::portCount();
+        const int idle = memorysequencer::portTable().portCount();
         {
             MainWindow window;
             for (int i = 0; i < 3; ++i) {
                 QVERIFY(unit.plug());
                 for (int poll = 0; poll < 2; ++poll) { // still there: nothing changes
                     QCOMPARE(labelAfterPoll(window), connected);
-                    QCOMPARE(memorysequencer::portCount(), idle + 1);
+                    QCOMPARE(memorysequencer::portTable().portCount(), idle + 1);
                     QVERIFY(station::hears(window, unit));
                 }
                 unit.unplug();
                 QCOMPARE(station::deviceLabel(window), connected); // until the next poll
                 QCOMPARE(labelAfterPoll(window), notConnected);
-                QCOMPARE(memorysequencer::portCount(), idle - 2);
+                QCOMPARE(memorysequencer::portTable().portCount(), idle - 2);
             }
             QVERIFY(unit.plug());
             QCOMPARE(labelAfterPoll(window), connected);
         }
-        QCOMPARE(memorysequencer::portCount(), idle);
+        QCOMPARE(memorysequencer::portTable().portCount(), idle);
     }
 
     /// The unit gets no message, an identity request neither.
@@ -130,7 +130,7 @@ private Q_SLOTS:
                 juce::MidiOutput::openDevice(device.identifier)->sendMessageNow({0xB0, 1, 1});
         QTRY_COMPARE(unit.controllers.load(), 1);
         QCOMPARE(unit.others.load(), 0);
-        QCOMPARE(station::bytesOf(identity::request()), QByteArray::fromHex("F07E7F0601F7"));
+        QCOMPARE(station::bytesOf(unitlink::identityRequest()), QByteArray::fromHex("F07E7F0601F7"));
     }
 
     /// The state is connected all the same, nothing is heard, and unplugging is survived.
@@ -139,9 +139,9 @@ private Q_SLOTS:
         MainWindow window;
         SimulatedUnit unit;
         QVERIFY(unit.plug());
-        memorysequencer::failOpens(true);
+        memorysequencer::portTable().failOpens(true);
         const QString label = labelAfterPoll(window);
-        memorysequencer::failOpens(false);
+        memorysequencer::portTable().failOpens(false);
         QCOMPARE(label, connected);
         QCOMPARE(labelAfterPoll(window), connected); // no retry while the port stays
         const station::Hearing hearing(window);
@@ -184,7 +184,7 @@ private Q_SLOTS:
         const station::Hearing hearing(window);
         for (const QByteArray& bytes : others) {
             const MidiMessage message(bytes.constData(), bytes.size());
-            QVERIFY(!identity::isReply(message));
+            QVERIFY(!unitlink::isIdentityReply(message));
             station::receive(window, {message});
         }
         QTest::ignoreMessage(QtDebugMsg, "sysex inquiry reply");

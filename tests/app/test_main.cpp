@@ -80,7 +80,7 @@ void describe(QTextStream& out, const QWidget& widget, const QString& indent)
     if (!widget.isWindow())
         out << " at " << widget.x() << ',' << widget.y() << (widget.isHidden() ? " hidden" : "");
     if (panel != nullptr)
-        out << " component " << panel->component();
+        out << " component " << panel->getComponentNum();
     const bool again = panel != nullptr && seen.contains(meta.className());
     seen << meta.className();
     if (!widget.property("text").toString().isEmpty())

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/memorysequencer.h"
+#include "sequencer/porttable.h"
 #include "tests/support/station.h"
 
 /// In a program without other tests: JUCE opens the sequencer anew only while it has no port.
@@ -12,12 +12,12 @@ class TestNoSequencer : public QObject
 private Q_SLOTS:
     void comesLater()
     {
-        memorysequencer::setAbsent(true);
+        memorysequencer::portTable().setAbsent(true);
         MainWindow window;
         window.slot_PollDevices();
-        QCOMPARE(memorysequencer::clientCount(), 0);
+        QCOMPARE(memorysequencer::portTable().clientCount(), 0);
         QCOMPARE(station::deviceLabel(window), QString("Device: NOT CONNECTED"));
-        memorysequencer::setAbsent(false);
+        memorysequencer::portTable().setAbsent(false);
         SimulatedUnit unit;
         QVERIFY(unit.plug());
         window.slot_PollDevices();

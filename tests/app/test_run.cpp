@@ -134,7 +134,7 @@ private Q_SLOTS:
         comparePanels(window, 0);
         for (const auto* panel : window.findChildren<ComponentPanel*>())
             QCOMPARE(panel->isHidden(),
-                     panel->component() == 39 || (panel->component() == 18 && !marker));
+                     panel->getComponentNum() == 39 || (panel->getComponentNum() == 18 && !marker));
         station::setSerial(window, "whole");
         SimulatedUnit unit;
         QVERIFY(unit.plug());

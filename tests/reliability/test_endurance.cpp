@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/memorysequencer.h"
+#include "sequencer/porttable.h"
 #include "tests/app/expectedlog.h"
 #include "tests/passingmessages.h"
 #include "tests/reliability/figures.h"
@@ -51,11 +51,11 @@ private Q_SLOTS:
             QVERIFY(!QTest::currentTestFailed());
             if (i == settled) {
                 before = figures::Footprint::now();
-                portsBefore = memorysequencer::portCount();
+                portsBefore = memorysequencer::portTable().portCount();
             }
         }
         const auto after = figures::Footprint::now();
-        QCOMPARE(memorysequencer::portCount(), portsBefore);
+        QCOMPARE(memorysequencer::portTable().portCount(), portsBefore);
         figures::compareFlat(before, after);
         figures::print("cable pulled and put back", units, 0,
                        QString("heap after a quarter: %1 kB, at the end: %2 kB")
@@ -80,7 +80,7 @@ private Q_SLOTS:
         for (int round = 1; round <= rounds; ++round) {
             for (int i = 0; i < perRound; ++i)
                 unit.send({0xB0, i / 128 % 128, i % 128});
-            while (memorysequencer::waitingEvents() > 0)
+            while (memorysequencer::portTable().waitingEvents() > 0)
                 QThread::yieldCurrentThread();
             QMetaObject::invokeMethod(box, "click", Qt::QueuedConnection);
             QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), round, 30000);

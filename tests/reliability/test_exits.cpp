@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/memorysequencer.h"
+#include "sequencer/porttable.h"
 #include "tests/reliability/figures.h"
 #include "tests/station.h"
 
@@ -93,8 +93,8 @@ private Q_SLOTS:
             stop = true;
             if (flood.joinable())
                 flood.join();
-            ports = i == 0 ? memorysequencer::portCount() : ports;
-            QCOMPARE(memorysequencer::portCount(), ports);
+            ports = i == 0 ? memorysequencer::portTable().portCount() : ports;
+            QCOMPARE(memorysequencer::portTable().portCount(), ports);
         }
         figures::print("exits: " + activity + " going on", rounds, 0);
     }

@@ -48,7 +48,7 @@ private Q_SLOTS:
     {
         for (const QString& name : unitfault::names()) {
             const Fault fault = unitfault::fromName(name).value();
-            QVERIFY2(unitfault::applies(fault, unitfault::usualComponent(fault)), qPrintable(name));
+            QVERIFY2(unitfault::applies(fault, unitfault::defaultComponent(fault)), qPrintable(name));
             for (int faulty = 0; faulty <= 43; ++faulty)
                 for (int c = 0; c <= 43 && unitfault::applies(fault, faulty); ++c) {
                     const UnitFault unit{fault, faulty};
@@ -56,7 +56,7 @@ private Q_SLOTS:
                     for (int band = 0; band < (c >= 9 && c < 40 ? 2 : 13); ++band)
                         if (!unitfault::leavesUncovered(unit, c, band))
                             expected << band;
-                    QVERIFY2(bandsReached(unitscript::worked(c, unit), c) == expected,
+                    QVERIFY2(bandsReached(unitfault::scriptFor(c, unit), c) == expected,
                              qPrintable(QString("%1 in %2: %3").arg(name).arg(faulty).arg(c)));
                 }
         }
@@ -83,14 +83,14 @@ private Q_SLOTS:
         QCOMPARE(bytesOf(unitscript::good(9).back()), QByteArray("800100"));
         QCOMPARE(bytesOf(unitscript::good(10).back()), QByteArray("900200"));
         QCOMPARE(unitscript::good(0).size(), std::size_t{256});
-        const auto early = unitscript::worked(4, {Fault::TooEarly, 4});
+        const auto early = unitfault::scriptFor(4, {Fault::TooEarly, 4});
         QCOMPARE(bandsReached(early, 5), QSet<int>{0});
         QCOMPARE(bytesOf(early.front()), QByteArray("b00600"));
-        const auto pulled = unitscript::worked(1, {Fault::CablePulled, 1});
+        const auto pulled = unitfault::scriptFor(1, {Fault::CablePulled, 1});
         QVERIFY(pulled.at(64).action == UnitStep::Action::Unplug);
         QVERIFY(pulled.at(65).action == UnitStep::Action::Replug);
-        QVERIFY(unitscript::worked(14, {Fault::Chatter, 14}).size() > 10);
-        QVERIFY(unitscript::worked(6, {Fault::Flood, 6}).size() > 2000);
+        QVERIFY(unitfault::scriptFor(14, {Fault::Chatter, 14}).size() > 10);
+        QVERIFY(unitfault::scriptFor(6, {Fault::Flood, 6}).size() > 2000);
     }
 };
 

@@ -39,7 +39,7 @@ QString panelstates::problem(const ComponentPanel& panel, int armed)
     const bool raised = panel.children().last() == frame;
     const QString style = frame->styleSheet();
     const auto bands = coveredBands(panel);
-    const int c = panel.component();
+    const int c = panel.getComponentNum();
     const int count = c >= 9 && c < 40 ? 2 : 13;
 
     const bool untested = style.contains("rgba(20,20,20,200)") && raised && bands.isEmpty();

@@ -11,9 +11,8 @@
 
 namespace memorysequencer
 {
-/// The events that wait for one client, in the order they came, and a descriptor that polls
-/// readable while there are any. It grows as needed; nothing is ever dropped for want of room.
-/// Not thread-safe: the port table locks around it.
+/// The events that wait for one client, in order of arrival, and a file descriptor that is readable
+/// while there are any. Grows as needed and drops no event. Not thread-safe: the port table locks.
 class EventQueue
 {
 public:
@@ -22,18 +21,18 @@ public:
     EventQueue(const EventQueue&) = delete;
     EventQueue& operator=(const EventQueue&) = delete;
 
-    /// The descriptor to poll; negative if the system had none left.
+    /// The file descriptor to poll; negative if none was left.
     int descriptor() const { return fd; }
     std::size_t size() const { return events.size(); }
 
-    /// Appends a copy of the event, its variable-length data included. System exclusive data comes
-    /// out in pieces of at most 256 bytes, as the kernel hands on what a unit sends.
+    /// Appends a copy of the event, its variable-length data included. System exclusive data is
+    /// split into pieces of at most 256 bytes, as the kernel does.
     void push(const snd_seq_event_t& event);
 
-    /// The oldest event, valid until the next call; null if there is none.
+    /// The oldest event, valid until the next call; null if none waits.
     snd_seq_event_t* take();
 
-    /// Forgets what waits for a port that is no more.
+    /// Drops the events for a port that was deleted.
     void dropEventsFor(unsigned char port);
 
 private:

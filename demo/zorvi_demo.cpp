@@ -4,7 +4,7 @@
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
-#include "simulator/demodirector.h"
+#include "demo/demodirector.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -15,7 +15,7 @@
 
 namespace
 {
-constexpr double paceToFollow = 200;
+constexpr double visiblePace = 200;
 constexpr double fastPace = 2000;
 
 int fail(const QString& line)
@@ -24,8 +24,8 @@ int fail(const QString& line)
     return 1;
 }
 
-/// Nothing and an error text if the command line makes no sense; ends the program itself on --help,
-/// --version and options that do not exist.
+/// Nothing and an error text for a bad value; QCommandLineParser ends the program on --help,
+/// --version and unknown options.
 std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QString& error)
 {
     QCommandLineParser parser;
@@ -33,13 +33,12 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
         "The test station and a simulated unit in one program: a whole run, without hardware."));
     parser.addHelpOption();
     parser.addVersionOption();
-    unitoptions::addTo(parser, application.arguments().contains(QLatin1String("--once"))
-                                   ? fastPace
-                                   : paceToFollow);
+    unitoptions::addTo(
+        parser, application.arguments().contains(QLatin1String("--once")) ? fastPace : visiblePace);
     parser.addOption({QStringLiteral("once"),
                       QStringLiteral("Play one run fast (%1 messages per second), save pictures, "
-                                     "check the log and end; exit status 0 only if the log shows "
-                                     "what it must.")
+                                     "check the log and end; exit status 0 only if the log is "
+                                     "right.")
                           .arg(fastPace)});
     parser.addOption({QStringLiteral("output"),
                       QStringLiteral("Folder for start.png, middle.png and end.png (default: the "
@@ -61,7 +60,7 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
     if (parser.isSet(QStringLiteral("output")))
         folder = parser.value(QStringLiteral("output"));
     if (!folder.isEmpty() && !QDir().mkpath(folder)) {
-        error = QStringLiteral("the folder %1 cannot be made.").arg(folder);
+        error = QStringLiteral("the folder %1 cannot be created.").arg(folder);
         return std::nullopt;
     }
     return DemoOptions{*unit, once, parser.isSet(QStringLiteral("tarvek")),
@@ -92,7 +91,7 @@ int main(int argc, char* argv[])
     station.show();
     DemoDirector director(station, *options);
 
-    int status = options->once ? 1 : 0; // closing the window ends a demo, but is no run
+    int status = options->once ? 1 : 0; // a window closed early is no whole run
     QObject::connect(&director, &DemoDirector::signal_Finished, &director, [&](int result) {
         status = result;
         if (options->once || result != 0)

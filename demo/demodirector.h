@@ -17,7 +17,7 @@ class QMessageBox;
 
 struct DemoOptions {
     UnitOptions unit;
-    bool once; ///< As fast as it goes, and over after the run.
+    bool once; ///< As fast as possible; ends after one run.
     bool withChannelButton;
     QString serial;
     QString pictureFolder; ///< An existing folder for screenshots; empty for none.
@@ -25,18 +25,18 @@ struct DemoOptions {
 
 /// Plays the operator and the unit at a station: plugs in, types the serial number, works every
 /// control when the station arms it, skips what does not pass, closes the notice, reads the log.
-/// Tells on the terminal what it does.
+/// Prints what it does on the terminal.
 class DemoDirector : public QObject
 {
     Q_OBJECT
 
 public:
-    DemoDirector(MainWindow& station, const DemoOptions& options);
+    DemoDirector(MainWindow& givenStation, const DemoOptions& givenOptions);
 
     void start();
 
 Q_SIGNALS:
-    /// The run is over, 0, or went wrong, 1; what went wrong was told on stderr.
+    /// The run is over: 0, or 1 after an error, which was printed on stderr.
     void signal_Finished(int exitStatus);
 
 private Q_SLOTS:
@@ -63,8 +63,8 @@ private:
     SimulatedUnit unit;
     UnitPlayer player{unit};
     QTimer watchTimer;
-    QTimer workTimer; ///< The operator's hand on the way to the next control.
-    QTimer skipTimer; ///< The operator's patience with a control that was worked.
+    QTimer workTimer; ///< The operator's way to the next control.
+    QTimer skipTimer; ///< Before a control that was worked and did not pass is skipped.
     QElapsedTimer sinceProgress;
     Stage stage = Stage::WaitingForUnit;
     int armed = -1;

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/demodirector.h"
+#include "demo/demodirector.h"
 
 #include "app/mainwindow.h"
 #include "app/testlog.h"
 #include "panels/componentpanel.h"
-#include "simulator/logcheck.h"
+#include "demo/logcheck.h"
 
 #include <QApplication>
 #include <QFile>
@@ -22,9 +22,9 @@
 namespace
 {
 constexpr int watchIntervalMs = 50;
-/// Longer than the station takes between two looks for the unit, and than a run's end takes.
+/// Longer than the station's poll interval and than the end of a run.
 constexpr int standstillMs = 15000;
-/// What the last messages of a control may take to reach its panel on a busy machine.
+/// How long the last messages of a control may take to its panel on a busy machine.
 constexpr int patienceMs = 2000;
 
 constexpr int handMs = 300;
@@ -50,9 +50,9 @@ int coveredBands(const ComponentPanel& panel)
 }
 } // namespace
 
-DemoDirector::DemoDirector(MainWindow& shownStation, const DemoOptions& chosen)
-    : station(shownStation)
-    , options(chosen)
+DemoDirector::DemoDirector(MainWindow& givenStation, const DemoOptions& givenOptions)
+    : station(givenStation)
+    , options(givenOptions)
 {
     player.setPace(options.unit.pace);
     workTimer.setSingleShot(true);
@@ -74,7 +74,7 @@ DemoDirector::DemoDirector(MainWindow& shownStation, const DemoOptions& chosen)
 
 void DemoDirector::start()
 {
-    // An old log of the same serial number would hide that the new one was not written.
+    // An old log would hide that the new one was not written.
     QFile::remove(logPath());
     savePicture(QStringLiteral("start.png"));
     if (stage == Stage::Over)
@@ -97,7 +97,7 @@ void DemoDirector::slot_Watch()
     if (stage == Stage::Running && openNotice() != nullptr) {
         stage = Stage::Notice;
         say(QStringLiteral("The station says: %1").arg(openNotice()->text()));
-        // Queued: once the notice is gone, whoever closed it.
+        // Queued: after the notice has closed, also when a person closed it.
         connect(openNotice(), SIGNAL(finished(int)), this, SLOT(slot_CheckLog()),
                 Qt::QueuedConnection);
         QTimer::singleShot(options.once ? readingFastMs : readingMs, this,
@@ -109,7 +109,7 @@ void DemoDirector::slot_Watch()
     if (sinceProgress.elapsed() > standstillMs)
         fail(stage == Stage::WaitingForUnit
                  ? QStringLiteral("the station does not find the unit")
-                 : QStringLiteral("the run stands still at component %1").arg(armed));
+                 : QStringLiteral("the run does not go on from component %1").arg(armed));
 }
 
 void DemoDirector::begin()
@@ -123,7 +123,7 @@ void DemoDirector::begin()
 void DemoDirector::slot_Armed(int componentNum)
 {
     sinceProgress.start();
-    // A last component that was skipped is armed once more while the notice is on its way.
+    // A skipped last component is armed once more before the notice opens.
     if (stage != Stage::Running || componentNum == worked)
         return;
     armed = componentNum;
@@ -135,7 +135,7 @@ void DemoDirector::slot_Armed(int componentNum)
 void DemoDirector::slot_Work()
 {
     worked = armed;
-    player.play(unitscript::worked(armed, options.unit.unit));
+    player.play(unitfault::scriptFor(armed, options.unit.unit));
 }
 
 void DemoDirector::slot_Worked()
@@ -149,8 +149,8 @@ void DemoDirector::slot_Worked()
 void DemoDirector::slot_SkipIfNotPassed()
 {
     for (const auto* panel : station.findChildren<ComponentPanel*>())
-        if (panel->component() == armed && coveredBands(*panel) == panel->coverage().size())
-            return; // the last one of the run passed and nothing comes after it
+        if (panel->getComponentNum() == armed && coveredBands(*panel) == panel->coverage().size())
+            return; // the last component of the run passed; no other is armed after it
     say(QStringLiteral("Component %1 was worked and did not pass: \"Skip Sensor >>\".").arg(armed));
     station.findChild<QToolButton*>(QStringLiteral("skipSensorButton"))->click();
 }
@@ -167,11 +167,11 @@ void DemoDirector::slot_Verdict(int componentNum, int result)
 
 void DemoDirector::slot_BandCovered()
 {
-    // Late enough for passed panels and early enough for untested ones to be in the picture.
+    // Some panels have passed by now and some are untested.
     constexpr int fewPassed = 3;
     constexpr int halfway = 7;
     const auto* panel = qobject_cast<const ComponentPanel*>(sender());
-    if (middleTaken || panel->component() < fewPassed || coveredBands(*panel) != halfway)
+    if (middleTaken || panel->getComponentNum() < fewPassed || coveredBands(*panel) != halfway)
         return;
     middleTaken = true;
     savePicture(QStringLiteral("middle.png"));
@@ -181,7 +181,7 @@ void DemoDirector::slot_CloseNotice()
 {
     QMessageBox* notice = openNotice();
     if (notice == nullptr)
-        return; // somebody was quicker
+        return; // already closed by a person
     savePicture(QStringLiteral("end.png"), notice);
     notice->button(QMessageBox::Ok)->click();
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/porttable.h"
+#include "sequencer/porttable.h"
 
 #include <poll.h>
 
@@ -13,7 +13,7 @@ using memorysequencer::portTable;
 
 namespace
 {
-// The system library's types are opaque, so ours stand behind them. Callers provide zeroed memory
+// The system library's types are opaque, so these are used for them. Callers provide zeroed memory
 // for the info types and never destroy them.
 struct SystemInfo {
     int clients;

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/porttable.h"
+#include "sequencer/porttable.h"
 
 #include <algorithm>
 #include <cerrno>
 
 namespace
 {
-/// Numbers below belong to the kernel's own clients.
+/// Lower numbers are for the kernel's clients.
 constexpr int firstUserClient = 128;
-/// Events carry port numbers in one byte; the values above this one have other meanings.
+/// Events carry port numbers in one byte; higher values have other meanings.
 constexpr int lastPort = 252;
 
 /// The lowest number from `first` on that is no key of the map.
@@ -175,7 +175,7 @@ bool PortTable::exists(const Address& address)
 
 PortTable& portTable()
 {
-    // Never destroyed: whoever closes a port at the very end of the process still finds it.
+    // Never destroyed: ports may still be closed at the very end of the process.
     static PortTable& table = *new PortTable;
     return table;
 }

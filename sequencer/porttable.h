@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "simulator/eventqueue.h"
+#include "sequencer/eventqueue.h"
 
 #include <atomic>
 #include <map>
@@ -30,38 +30,45 @@ struct Client {
     EventQueue queue;
 };
 
-/// All clients of the sequencer, their ports and who listens to whom. Thread-safe; functions that
-/// can fail answer a negative errno value, as the sequencer's own do.
+/// A MIDI sequencer in memory: its clients, their ports and subscriptions. A program that links the
+/// object library zorvi_sequencer gets the functions of <alsa/seq.h> that JUCE calls from there, in
+/// place of the system library's, so that JUCE's MIDI code runs unchanged where the kernel has no
+/// sequencer. Ports exist within the process only.
+///
+/// Thread-safe. Functions that can fail return a negative errno value, as the system library's do.
 class PortTable
 {
 public:
-    /// While on, no port can be made or subscribed to.
+    /// While on, no port can be made or subscribed to: every attempt to open a device fails.
+    /// JUCE 7.0.5 loses the port on each such attempt and from then on keeps the sequencer open.
     void failOpens(bool fail) { failing = fail; }
-    /// While on, no client can be opened.
+    /// While on, no client can be opened, as on a machine without a sequencer. Takes effect when
+    /// JUCE opens the sequencer next: after the last port of the process was released. A port that
+    /// is asked for meanwhile keeps JUCE from ever opening it again.
     void setAbsent(bool isAbsent) { absent = isAbsent; }
 
-    /// Null while the sequencer is absent or if the system has no descriptor left.
+    /// Null while the sequencer is absent, or if no file descriptor is left.
     Client* openClient();
     void closeClient(Client& client);
     int clientCount();
-    /// The first client with a number above the given one and its number of ports.
+    /// The next client after the given number, and how many ports it has.
     std::optional<std::pair<int, int>> clientAfter(int client);
 
-    /// The new port's number, the lowest that is free.
+    /// Returns the new port's number, the lowest free one.
     int createPort(Client& client, const char* name, unsigned int capability);
     int deletePort(Client& client, int port);
     int portCount();
-    /// The first port of a client with a number above the given one.
+    /// The client's next port after the given number.
     std::optional<std::pair<int, Port>> portAfter(const Address& address);
 
     int subscribe(const Address& source, const Address& destination);
 
-    /// Hands a copy to everyone who listens to the event's source port, in order of subscription.
+    /// Queues a copy for every subscriber of the event's source port, in order of subscription.
     int send(const Client& sender, snd_seq_event_t event);
-    /// The client's oldest event, valid until its next call; null if there is none.
+    /// The client's oldest event, valid until its next call; null if none waits.
     snd_seq_event_t* receive(Client& client);
     std::size_t waitingFor(const Client& client);
-    /// Over all clients.
+    /// Events that wait, over all clients.
     std::size_t waitingEvents();
 
 private:
