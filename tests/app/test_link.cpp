@@ -130,7 +130,8 @@ private Q_SLOTS:
                 juce::MidiOutput::openDevice(device.identifier)->sendMessageNow({0xB0, 1, 1});
         QTRY_COMPARE(unit.controllers.load(), 1);
         QCOMPARE(unit.others.load(), 0);
-        QCOMPARE(station::bytesOf(unitlink::identityRequest()), QByteArray::fromHex("F07E7F0601F7"));
+        QCOMPARE(station::bytesOf(unitlink::identityRequest()),
+                 QByteArray::fromHex("F07E7F0601F7"));
     }
 
     /// The state is connected all the same, nothing is heard, and unplugging is survived.

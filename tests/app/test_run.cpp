@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/app/expectedlog.h"
+#include "tests/support/expectedlog.h"
 #include "tests/support/panelstates.h"
 #include "tests/support/station.h"
 

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "app/testlog.h"
-#include "tests/app/expectedlog.h"
 #include "tests/app/forkedchild.h"
-#include "tests/reliability/figures.h"
+#include "tests/support/expectedlog.h"
+#include "tests/support/figures.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>

@@ -5,8 +5,8 @@
 // A case is a row of messages, each behind a byte with its length; length 0 is a press on "Skip
 // Sensor >>".
 
-#include "tests/statewatch.h"
-#include "tests/station.h"
+#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
 #include <iostream>
 

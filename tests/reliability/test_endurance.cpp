@@ -2,11 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "sequencer/porttable.h"
-#include "tests/app/expectedlog.h"
-#include "tests/passingmessages.h"
-#include "tests/reliability/figures.h"
-#include "tests/statewatch.h"
-#include "tests/station.h"
+#include "tests/support/expectedlog.h"
+#include "tests/support/figures.h"
+#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
 #include <QCheckBox>
 #include <QSignalSpy>

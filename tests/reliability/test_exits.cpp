@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "sequencer/porttable.h"
-#include "tests/reliability/figures.h"
-#include "tests/station.h"
+#include "tests/support/figures.h"
+#include "tests/support/station.h"
 
 #include <QTemporaryFile>
 #include <QThread>

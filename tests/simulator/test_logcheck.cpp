@@ -3,7 +3,7 @@
 
 #include "demo/logcheck.h"
 
-#include "tests/app/expectedlog.h"
+#include "tests/support/expectedlog.h"
 
 #include <QTest>
 

@@ -3,7 +3,7 @@
 
 #include "simulator/unitscript.h"
 
-#include "tests/passingmessages.h"
+#include "tests/support/panelstates.h"
 
 #include <QSet>
 #include <QTest>
@@ -48,7 +48,8 @@ private Q_SLOTS:
     {
         for (const QString& name : unitfault::names()) {
             const Fault fault = unitfault::fromName(name).value();
-            QVERIFY2(unitfault::applies(fault, unitfault::defaultComponent(fault)), qPrintable(name));
+            QVERIFY2(unitfault::applies(fault, unitfault::defaultComponent(fault)),
+                     qPrintable(name));
             for (int faulty = 0; faulty <= 43; ++faulty)
                 for (int c = 0; c <= 43 && unitfault::applies(fault, faulty); ++c) {
                     const UnitFault unit{fault, faulty};

@@ -6,16 +6,17 @@
 #include <QFrame>
 #include <QLabel>
 
-QVector<juce::MidiMessage> passingMessages(int component)
+QVector<juce::MidiMessage> passingMessages(int componentNum)
 {
-    if (component >= 9 && component < 40) {
-        const int note = component < 18 ? component - 8 : component - 9;
-        const int channel = component == 18 ? 2 : 1;
+    if (componentNum >= 9 && componentNum < 40) {
+        const int note = componentNum < 18 ? componentNum - 8 : componentNum - 9;
+        const int channel = componentNum == 18 ? 2 : 1;
         return {{0x8F + channel, note, 127}, {0x7F + channel, note, 0}};
     }
     QVector<juce::MidiMessage> messages;
     for (int value = 0; value < 130; value += 10)
-        messages << juce::MidiMessage(0xB0, component < 9 ? component + 1 : component - 30, value);
+        messages << juce::MidiMessage(0xB0, componentNum < 9 ? componentNum + 1 : componentNum - 30,
+                                      value);
     return messages;
 }
 

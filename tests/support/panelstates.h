@@ -8,7 +8,7 @@
 
 /// What makes a control pass, in as few messages as it has bands. The numbers are written out here
 /// once more, from the unit's own tables, so that a wrong one in the station is found.
-QVector<juce::MidiMessage> passingMessages(int component);
+QVector<juce::MidiMessage> passingMessages(int componentNum);
 
 namespace panelstates
 {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/reliability/figures.h"
+#include "tests/support/figures.h"
 #include "tests/yield/postgresserver.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/attemptstore.h"
