@@ -42,11 +42,10 @@ void openToGroup(QFileDevice& file, const QFileInfo& folder)
 /// true also if the disk is full: the old file stays then.
 bool replaceFile(const QFileInfo& old, const QByteArray& bytes)
 {
-    // Pipes and devices are written to, and so is a link's missing target. QSaveFile follows one
-    // link only.
-    if (old.exists() ? !old.isFile() : old.isSymLink())
+    // Pipes and devices are written to.
+    if (old.exists() && !old.isFile())
         return false;
-    QSaveFile file(old.exists() ? old.canonicalFilePath() : old.filePath());
+    QSaveFile file(old.filePath()); // follows links
     if (!file.open(QIODevice::WriteOnly))
         return false;
     if (!old.exists())

@@ -273,6 +273,7 @@ private Q_SLOTS:
             QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-age),
                                      QFileDevice::FileModificationTime));
         }
+        qputenv("QT_QPA_PLATFORM", "offscreen");
         const QByteArray path = folder->filePath("zorvi_assembly_test").toLocal8Bit();
         const ForkedChild station([&] { execl(path, path.constData(), nullptr); });
         QTRY_COMPARE_WITH_TIMEOUT(logs.entryList(all).size(), kept.size(), 30000);

@@ -63,12 +63,12 @@ private Q_SLOTS:
         figures::print("complete runs, some controls skipped", units / unitsPerRun, 0);
     }
 
-    /// Five seconds of a full cable arrive at once, while the window stands still. Afterwards a
+    /// Seconds of a full cable arrive at once, while the window stands still. Afterwards a
     /// click is answered, every message has arrived, and no room is taken but the first flood's.
     void floods()
     {
         const int rounds = figures::count(2, 100);
-        constexpr int perRound = 5000;
+        const int perRound = figures::count(5000, 10000);
         MainWindow window;
         SimulatedUnit unit;
         connectUnit(window, unit);
@@ -88,7 +88,7 @@ private Q_SLOTS:
                 before = figures::Footprint::now();
         }
         figures::compareFlat(before, figures::Footprint::now());
-        figures::print("messages, 5000 at once", rounds * perRound, 0);
+        figures::print(QString("messages, %1 at once").arg(perRound), rounds * perRound, 0);
     }
 
 private:
