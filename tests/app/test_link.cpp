@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "app/identity.h"
+#include "app/midiinputthread.h"
 #include "simulator/memorysequencer.h"
 #include "tests/support/station.h"
 
@@ -48,13 +49,18 @@ class TestLink : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    /// A station that is gone leaves no port behind but the one that keeps JUCE's thread running.
     void initTestCase()
     {
-        // The first window that connects leaves a port behind, which keeps JUCE's thread running.
-        SimulatedUnit unit;
-        MainWindow window;
-        QVERIFY(unit.plug());
-        QCOMPARE(labelAfterPoll(window), connected);
+        keepMidiInputThreadRunning();
+        const int ports = memorysequencer::portCount();
+        {
+            SimulatedUnit unit;
+            MainWindow window;
+            QVERIFY(unit.plug());
+            QCOMPARE(labelAfterPoll(window), connected);
+        }
+        QCOMPARE(memorysequencer::portCount(), ports);
     }
 
     void pollsEverySecond()
