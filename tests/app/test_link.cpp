@@ -48,13 +48,18 @@ class TestLink : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    /// A station that is gone leaves no port behind but the one that keeps JUCE's thread running.
     void initTestCase()
     {
-        // The first window that connects leaves a port behind, which keeps JUCE's thread running.
-        SimulatedUnit unit;
-        MainWindow window;
-        QVERIFY(unit.plug());
-        QCOMPARE(labelAfterPoll(window), connected);
+        unitlink::keepInputThreadRunning();
+        const int ports = memorysequencer::portTable().portCount();
+        {
+            SimulatedUnit unit;
+            MainWindow window;
+            QVERIFY(unit.plug());
+            QCOMPARE(labelAfterPoll(window), connected);
+        }
+        QCOMPARE(memorysequencer::portTable().portCount(), ports);
     }
 
     void pollsEverySecond()
