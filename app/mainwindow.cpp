@@ -186,8 +186,7 @@ const ComponentPanel* MainWindow::panelOf(int component) const
 void MainWindow::slot_PollDevices()
 {
     const auto inputs = juce::MidiInput::getAvailableDevices();
-    if (inputs.isEmpty()) // not even the system's own ports: there is no sequencer yet
-        reopenSequencer(deviceManager);
+    followSequencer(deviceManager, !inputs.isEmpty());
     if (unitport::identifierIn(inputs).isNotEmpty() && !deviceConnected)
         connectUnit();
     else if (deviceConnected && !isUnitPresent())
