@@ -31,7 +31,8 @@ void followSequencer(juce::AudioDeviceManager& manager, bool portsListed)
         connection.reset();
         released = true;
     } else if (released) {
-        connection = MidiDeviceListConnection::make(nullptr); // the station asks for ports by itself
+        // Without a function to call: the station lists the ports itself.
+        connection = MidiDeviceListConnection::make(nullptr);
         released = false;
     }
 }

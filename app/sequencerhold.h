@@ -5,9 +5,9 @@
 
 #include <juce_audio_devices/juce_audio_devices.h>
 
-/// Lets JUCE 8 find an ALSA sequencer that appears after the station was started; to be called at each
-/// listing of the MIDI inputs, on the GUI thread. portsListed: whether there was any, the system's own
-/// included.
+/// Lets JUCE 8 find an ALSA sequencer that appears after the station was started; to be called at
+/// each listing of the MIDI inputs, on the GUI thread. portsListed: whether there was any, the
+/// system's own included.
 ///
 /// From its construction on, the device manager holds JUCE's client of the sequencer. A client that
 /// was made without a sequencer never finds one, and JUCE makes no other while it is held. It is
