@@ -175,8 +175,7 @@ void MainWindow::addPanel(ComponentPanel* panel, bool shown)
 void MainWindow::slot_PollDevices()
 {
     const auto inputs = juce::MidiInput::getAvailableDevices();
-    if (inputs.isEmpty()) // not even the system's own ports: there is no sequencer yet
-        reopenSequencer(deviceManager);
+    followSequencer(deviceManager, !inputs.isEmpty());
     if (unitlink::identifierIn(inputs).isNotEmpty() && !deviceConnected)
         connectUnit();
     else if (deviceConnected && !isUnitPresent())

@@ -23,14 +23,19 @@ struct Access {
 template struct Access<&AudioDeviceManager::midiDeviceListConnection>;
 } // namespace
 
-void reopenSequencer(juce::AudioDeviceManager& manager)
+void followSequencer(juce::AudioDeviceManager& manager, bool portsListed)
 {
-    // First let the old client go: what is made while it is held is given the same one. The manager
-    // is not to hear of new ports, as it opens none.
+    static bool released = false;
     auto& connection = connectionOf(manager);
-    connection.reset();
-    connection = MidiDeviceListConnection::make(nullptr);
+    if (!portsListed) {
+        connection.reset();
+        released = true;
+    } else if (released) {
+        // Without a function to call: the station lists the ports itself.
+        connection = MidiDeviceListConnection::make(nullptr);
+        released = false;
+    }
 }
 #else
-void reopenSequencer(juce::AudioDeviceManager&) {}
+void followSequencer(juce::AudioDeviceManager&, bool) {}
 #endif

@@ -5,9 +5,12 @@
 
 #include <juce_audio_devices/juce_audio_devices.h>
 
-/// Makes JUCE 8 look for the ALSA sequencer again; to be called on the GUI thread when not a single
-/// MIDI port is listed. From its construction on, the device manager holds JUCE's client of the
-/// sequencer. A client that was made while there was no sequencer never finds one, and no other is
-/// made while it is held. JUCE 7 holds none between two listings: nothing is done there, nor on
-/// systems without ALSA.
-void reopenSequencer(juce::AudioDeviceManager& manager);
+/// Lets JUCE 8 find an ALSA sequencer that appears after the station was started; to be called at
+/// each listing of the MIDI inputs, on the GUI thread. portsListed: whether there was any, the
+/// system's own included.
+///
+/// From its construction on, the device manager holds JUCE's client of the sequencer. A client that
+/// was made without a sequencer never finds one, and JUCE makes no other while it is held. It is
+/// released while no port is listed, and held again from then on, as JUCE would otherwise start and
+/// end its MIDI thread at each listing. JUCE 7 holds none: nothing is done there, nor without ALSA.
+void followSequencer(juce::AudioDeviceManager& manager, bool portsListed);
