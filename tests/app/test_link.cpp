@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "app/identity.h"
-#include "app/midiinputthread.h"
 #include "simulator/memorysequencer.h"
 #include "tests/support/station.h"
 
@@ -52,7 +51,7 @@ private Q_SLOTS:
     /// A station that is gone leaves no port behind but the one that keeps JUCE's thread running.
     void initTestCase()
     {
-        keepMidiInputThreadRunning();
+        juce::MidiInput::getAvailableDevices(); // makes the ports that JUCE has for itself
         const int ports = memorysequencer::portCount();
         {
             SimulatedUnit unit;
@@ -60,7 +59,7 @@ private Q_SLOTS:
             QVERIFY(unit.plug());
             QCOMPARE(labelAfterPoll(window), connected);
         }
-        QCOMPARE(memorysequencer::portCount(), ports);
+        QCOMPARE(memorysequencer::portCount(), ports + 1);
     }
 
     void pollsEverySecond()
