@@ -37,7 +37,7 @@ def figures(benchmarks):
     """{(name, side or how many): [(seconds, counters), ...]}"""
     found = {}
     for run in benchmarks:
-        if run["run_type"] != "iteration":
+        if run["run_type"] != "iteration" or run.get("error_occurred"):
             continue
         time = "cpu_time" if "/process_time" in run["name"] else "real_time"
         seconds = run[time] * SECONDS[run["time_unit"]] / run.get("things", 1)
