@@ -1,13 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-<<<<<<< HEAD
 #include "app/unitlink.h"
 #include "sequencer/porttable.h"
-=======
-#include "app/unitlink.h"
-#include "sequencer/porttable.h"
->>>>>>> wt-app
 #include "tests/support/station.h"
 
 #include <QTimer>
@@ -56,24 +51,15 @@ private Q_SLOTS:
     /// A station that is gone leaves no port behind but the one that keeps JUCE's thread running.
     void initTestCase()
     {
-<<<<<<< HEAD
-        unitlink::keepInputThreadRunning();
-        const int ports = memorysequencer::portTable().portCount();
-=======
         juce::MidiInput::getAvailableDevices(); // makes the ports that JUCE has for itself
         const int ports = memorysequencer::portTable().portCount();
->>>>>>> wt-app
         {
             SimulatedUnit unit;
             MainWindow window;
             QVERIFY(unit.plug());
             QCOMPARE(labelAfterPoll(window), connected);
         }
-<<<<<<< HEAD
-        QCOMPARE(memorysequencer::portTable().portCount(), ports);
-=======
         QCOMPARE(memorysequencer::portTable().portCount(), ports + 1);
->>>>>>> wt-app
     }
 
     void pollsEverySecond()
