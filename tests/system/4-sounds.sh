@@ -45,6 +45,5 @@ mapfile -t heard < <(/usr/bin/python3 "$here/ears.py" "$recording" "$bin")
 note "heard: ${heard[*]}"
 check 'a bell for each of the 42 controls that passed' test "${heard[0]}" = 'Bell 42'
 check 'a beep for the control that was moved too early' test "${heard[1]}" = 'Beep 1'
-kill %1
 stop_station
 rm /root/.asoundrc

@@ -12,14 +12,13 @@ project=$(readlink -f "$here/../..")
 export project
 
 mount -t sysfs sys /sys
-mount -t tmpfs tmp /tmp
 mount -t tmpfs run /run
-mkdir -p /dev/pts /dev/shm /tmp/.X11-unix /run/output
+rm -rf /tmp/.X* # screens of the other machine
+mkdir -p /dev/pts /dev/shm /run/output
 ln -s /proc/self/fd /dev/fd # a daemon usually does that
 mount -t devpts pts /dev/pts
 mount -t tmpfs shm /dev/shm
 mount -t 9p -o trans=virtio,version=9p2000.L,msize=512000 output /run/output
-ip link set lo up
 linux=$(dirname "$(find "$project"/build/system/linux-*/lib/modules -maxdepth 1 -name "$(uname -r)" | head -n 1)")
 rm -rf "/lib/modules/$(uname -r)"
 mkdir -p /lib/modules

@@ -9,7 +9,7 @@ bin=${project:?}/build/release/bin
 group=$(basename "$0" .sh)
 failures=0
 station=''
-trap 'stop_station; take_units_apart' EXIT
+trap 'stop_station; take_units_apart; kill $(jobs -p)' EXIT
 # shellcheck source-path=SCRIPTDIR
 . "$here/unit.sh"
 
