@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: guest.sh [GROUP]
+# usage: guest.sh ["GROUP..."]
 #
 # Runs in the machine that run.sh boots, as its first process: prepares it, runs each group of
 # tests, switches the machine off.
@@ -12,14 +12,13 @@ project=$(readlink -f "$here/../..")
 export project
 
 mount -t sysfs sys /sys
-mount -t tmpfs tmp /tmp
 mount -t tmpfs run /run
-mkdir -p /dev/pts /dev/shm /tmp/.X11-unix /run/output
+rm -rf /tmp/.X* # screens of the other machine
+mkdir -p /dev/pts /dev/shm /run/output
 ln -s /proc/self/fd /dev/fd # a daemon usually does that
 mount -t devpts pts /dev/pts
 mount -t tmpfs shm /dev/shm
 mount -t 9p -o trans=virtio,version=9p2000.L,msize=512000 output /run/output
-ip link set lo up
 linux=$(dirname "$(find "$project"/build/system/linux-*/lib/modules -maxdepth 1 -name "$(uname -r)" | head -n 1)")
 rm -rf "/lib/modules/$(uname -r)"
 mkdir -p /lib/modules
@@ -32,9 +31,8 @@ exec 3> /dev/ttyS1 # for the results; everything else goes to the console
 stty -F /dev/ttyS1 -opost
 export DISPLAY=:1
 Xvfb :1 -screen 0 1280x800x24 -nolisten tcp > /run/output/xvfb.log 2>&1 &
-groups=("$here"/[0-9]-*.sh)
-[ -z "${1:-}" ] || groups=("$here/$1"-*.sh)
-for group in "${groups[@]}"; do
+for number in ${1:-1 2 3 4 5 6}; do
+    group=$(echo "$here/$number"-*.sh)
     name=$(basename "$group" .sh)
     echo "# $name, $(cut -d' ' -f1 /proc/uptime) s after the start" >&3
     bash "$group" > "/run/output/$name.log" 2>&1 ||

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: run.sh [--kernel VERSION] [--kvm] [--group NUMBER]
+# usage: run.sh [--kernel VERSION] [--kvm] [--group NUMBERS]
 #
 # Boots a Debian kernel in QEMU and runs guest.sh there. The root file system of that machine is
 # this one's, read-only below an overlay in memory; it has no network. Screenshots and logs come to
@@ -18,16 +18,15 @@ fail() {
     exit 1
 }
 
-# Emulated, each instruction takes 4 ns of the machine's own time, and waiting takes none of ours: what
-# happens there does not depend on how busy this machine is.
+# Emulated, each instruction takes 2 ns of that machine's own time, however busy this one is.
 kernel='' group=''
-processor=(-accel tcg -cpu max -smp 1 -icount shift=2,sleep=off)
+processor=(-accel tcg -cpu max -smp 1 -icount shift=1)
 while [ $# -gt 0 ]; do
     case "$1" in
         --kernel) kernel=${2:?--kernel takes a version} && shift ;;
-        --group) group=${2:?--group takes a number} && shift ;;
+        --group) group=${2:?--group takes numbers} && shift ;;
         --kvm) processor=(-accel kvm -cpu host -smp 2) ;;
-        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel VERSION] [--kvm] [--group NUMBER]" ;;
+        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel VERSION] [--kvm] [--group NUMBERS]" ;;
     esac
     shift
 done

@@ -9,7 +9,7 @@ bin=${project:?}/build/release/bin
 group=$(basename "$0" .sh)
 failures=0
 station=''
-trap 'stop_station; take_units_apart' EXIT
+trap 'stop_station; take_units_apart; kill $(jobs -p)' EXIT
 # shellcheck source-path=SCRIPTDIR
 . "$here/unit.sh"
 
@@ -33,15 +33,13 @@ lost_messages() { awk '/Alloc failures/ { sum += $NF } END { print sum + 0 }' /p
 # note TEXT: a figure among the results.
 note() { echo "# $*" | tee /dev/fd/3; }
 
-# wait_for COMMAND...: succeeds as soon as the command does, fails after 500 tries. Tries and not
-# seconds, because an emulated machine's clock runs ahead while it waits for the disk.
+# wait_for COMMAND...: succeeds as soon as the command does, fails after a minute.
 wait_for() {
-    local try
-    for ((try = 0; try < 500; ++try)); do
-        ! "$@" || return 0
+    local end=$((SECONDS + 60))
+    until "$@"; do
+        [ "$SECONDS" -lt "$end" ] || return 1
         pause 0.2
     done
-    return 1
 }
 
 screenshot() { import -window root "/run/output/$group-$1.png"; }
@@ -54,7 +52,7 @@ start_station() {
     station=$!
     wait_for windows_are 1 || return
     # All of its code into memory: it should not wait for the disk later.
-    awk '$6 ~ "^/" { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
+    awk '/\.so/ { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
 }
 
 stop_station() {
