@@ -123,16 +123,15 @@ void chart::drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, in
         const QRectF area(QPointF(left + pitch * i + (pitch - barWidth) / 2, units.at(bar.missed)),
                           QPointF(left + pitch * i + (pitch + barWidth) / 2, units.bottom));
         svg.rect(area, QStringLiteral("bar"),
-                 QStringLiteral("%1: %2, %3 of all misses")
-                     .arg(bar.name, figuretext::units(bar.missed),
-                          figuretext::percent(bar.missed, all)));
+                 QStringLiteral("%1: %2 of all misses")
+                     .arg(bar.name, figuretext::share(bar.missed, all)));
         svg.text({area.center().x(), units.bottom + 18}, bar.name, QStringLiteral("label middle"));
         svg.text({area.center().x(), units.bottom + 34}, figuretext::count(bar.missed),
                  QStringLiteral("value middle"));
         sum += bar.missed;
         points.append({area.right(), units.at(sum)});
         hovers.append(QStringLiteral("Up to %1: %2 of all misses")
-                          .arg(bar.name, figuretext::percent(sum, all)));
+                          .arg(bar.name, figuretext::share(sum, all)));
     }
     svg.polyline(points, QStringLiteral("trend"));
     for (int i = 0; i < bars.size(); ++i)
