@@ -43,8 +43,8 @@ double axisBegin(double lowestYield)
 
 void drawPercentAxis(Svg& svg, const Scale& scale)
 {
-    const double step = scale.highest - scale.lowest > 50 ? 20 : 10;
-    for (double percent = scale.highest; percent >= scale.lowest; percent -= step) {
+    const int step = scale.highest - scale.lowest > 50 ? 20 : 10;
+    for (int percent = 100; percent >= scale.lowest; percent -= step) {
         const double y = scale.at(percent);
         svg.line({left, y}, {width, y}, QStringLiteral("grid"));
         svg.text({left - 8, y + 4}, QStringLiteral("%1 %").arg(percent),
