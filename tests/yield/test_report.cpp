@@ -87,7 +87,8 @@ void TestReport::theFortnightsRatesComeOut()
     QString problem;
     QVERIFY2(fortnight::make(folder.path(), units, lastDay, problem), qPrintable(problem));
     QVERIFY(QFile::exists(folder.filePath(QStringLiteral("yield.html"))));
-    Database database(folder.filePath(QStringLiteral("attempts.sqlite")), Database::Access::Read);
+    Database database(folder.filePath(QStringLiteral("fortnight/attempts.sqlite")),
+                      Database::Access::Read);
     Report report;
     QVERIFY2(readReport(database.connection(), {}, report, problem), qPrintable(problem));
 
