@@ -61,22 +61,21 @@ public:
     QString problem;
 
 private:
+    QString leftFolder() const { return folder + QStringLiteral("/fortnight"); }
     QString folderOf(int station) const
     {
-        return folder + QLatin1Char('/') + stations.at(station).name;
+        return leftFolder() + QLatin1Char('/') + stations.at(station).name;
     }
-    QString database() const { return folder + QStringLiteral("/attempts.sqlite"); }
+    QString database() const { return leftFolder() + QStringLiteral("/attempts.sqlite"); }
 
     bool prepareFolder()
     {
-        QFile::remove(database());
-        for (int station = 0; station < stations.size(); ++station) {
-            QDir(folderOf(station)).removeRecursively();
+        QDir(leftFolder()).removeRecursively();
+        for (int station = 0; station < stations.size(); ++station)
             if (!QDir().mkpath(folderOf(station) + QStringLiteral("/Logs"))) {
                 problem = QStringLiteral("the folder %1 cannot be made").arg(folderOf(station));
                 return false;
             }
-        }
         return true;
     }
 
@@ -139,7 +138,7 @@ private:
         for (const Test& test : tests) {
             const auto atStation = [&](const Test& other) { return other.station == test.station; };
             const auto all = std::count_if(tests.cbegin(), tests.cend(), atStation);
-            const auto pitch = shiftSeconds / static_cast<int>(all);
+            const auto pitch = shiftSeconds / std::max(1, static_cast<int>(all));
             const int seconds = pitch * tested[test.station]++ + static_cast<int>(random() % 60);
             const auto& station = stations.at(test.station);
             testlog::write(testlog::path(folderOf(test.station), test.serial),

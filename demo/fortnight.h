@@ -34,10 +34,10 @@ int unitsAt(int station, int units);
 /// How many of the units at a station have the fault.
 int unitsWith(const FaultRate& fault, int unitsAtStation);
 
-/// Puts into an existing folder what the line leaves by the end of its last day: a folder with
-/// Logs/ for each station, attempts.sqlite and yield.html; what was there of an earlier fortnight
-/// goes. Most units with a fault are repaired within days and tested again. The same number of
-/// units and the same day give the same logs. Needs a QApplication, and English names of days and
-/// months (LC_ALL=C.UTF-8). False, with a problem for people, if something cannot be written.
+/// Makes in an existing folder yield.html and, in place of an earlier one, the folder fortnight:
+/// what the line leaves by the end of its last day, attempts.sqlite and a folder with Logs/ for
+/// each station. Most units with a fault are repaired within days and tested again. The same number
+/// of units and the same day give the same logs. Needs a QApplication, and English names of days
+/// and months (LC_ALL=C.UTF-8). False, with a problem for people, if something cannot be written.
 bool make(const QString& folder, int units, const QDate& lastDay, QString& problem);
 } // namespace fortnight

@@ -36,8 +36,9 @@ int main(int argc, char* argv[])
     parser.addOption({QStringLiteral("units"), QStringLiteral("How many units (default: 300)."),
                       QStringLiteral("number"), QStringLiteral("300")});
     parser.addOption({QStringLiteral("output"),
-                      QStringLiteral("Folder for logs, database and page (default: the current "
-                                     "one)."),
+                      QStringLiteral("Folder for yield.html and, in place of an earlier one, the "
+                                     "folder fortnight with logs and database (default: the "
+                                     "current one)."),
                       QStringLiteral("folder"), QStringLiteral(".")});
     parser.process(application);
 

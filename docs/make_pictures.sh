@@ -27,3 +27,10 @@ convert "$runs/good/start.png" -crop 60x270+210+200 +repage -strip docs/pictures
 convert "$runs/good/middle.png" -crop 60x270+390+200 +repage -strip docs/pictures/fader-under-test.png
 convert "$runs/good/end.png" -crop 60x270+210+200 +repage -strip docs/pictures/fader-done.png
 convert "$runs/good/start.png" -crop 1066x112+10+485 +repage -strip docs/pictures/controls.png
+
+# The yield of the demo's two weeks.
+build/release/bin/zorvi_fortnight --output "$runs" >/dev/null
+chromium --headless --no-sandbox --disable-gpu --no-first-run --hide-scrollbars \
+    --user-data-dir="$runs/profile" --window-size=1120,1280 --screenshot="$runs/yield.png" \
+    "file://$runs/yield.html" 2>/dev/null
+convert "$runs/yield.png" -strip +dither -colors 200 docs/pictures/yield.png

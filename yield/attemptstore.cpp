@@ -24,7 +24,7 @@ bool holds(const std::vector<Save>& saves, const Save& save)
 
 /// So many logs are looked up with one query. Qt names every value of a query, and SQLite compares
 /// each name with all others.
-constexpr std::size_t lookupSize = 100;
+constexpr int lookupSize = 100;
 
 /// The logs of one unit at the station.
 struct Unit {
@@ -38,9 +38,15 @@ class Transaction
 public:
     explicit Transaction(QSqlDatabase& connection)
         : database(connection)
+        , findAttempts(connection)
+        , findOthers(connection)
         , insertAttempt(connection)
         , insertMissedBand(connection)
     {
+        const QByteArray ofUnits = " WHERE station_id = ? AND serial IN (?" +
+                                   QByteArray(", ?").repeated(lookupSize - 1) + ')';
+        prepare(findAttempts, "SELECT serial, tested_at, marks FROM attempts" + ofUnits);
+        prepare(findOthers, "SELECT serial, tested_at, marks FROM other_saves" + ofUnits);
         prepare(insertAttempt, "INSERT INTO attempts (station_id, serial, tested_at, marks, "
                                "complete) VALUES (?, ?, ?, ?, ?)");
         prepare(insertMissedBand, "INSERT INTO missed_bands VALUES (?, ?, ?)");
@@ -75,7 +81,7 @@ public:
     void store(const std::vector<StationLog>& logs, StoreCounts& counts)
     {
         for (std::size_t i = 0; i < logs.size(); i += lookupSize)
-            storePart(logs.data() + i, std::min(lookupSize, logs.size() - i), counts);
+            storePart(logs.data() + i, std::min<std::size_t>(lookupSize, logs.size() - i), counts);
     }
 
 private:
@@ -144,8 +150,8 @@ private:
                 units.insert(logs[i].serial, {});
                 serials << logs[i].serial;
             }
-        lookUp(units, serials, "attempts", &attemptrules::Attempts::attempts);
-        lookUp(units, serials, "other_saves", &attemptrules::Attempts::others);
+        if (lookUp(findAttempts, serials, units, &attemptrules::Attempts::attempts))
+            lookUp(findOthers, serials, units, &attemptrules::Attempts::others);
         for (std::size_t i = 0; i < count; ++i) {
             Unit& unit = units[logs[i].serial];
             const Save save{logs[i].testedAt, logs[i].marks};
@@ -168,19 +174,15 @@ private:
         }
     }
 
-    /// Reads the saves of these units from one of the two tables that hold them.
-    void lookUp(QHash<QString, Unit>& units, const QStringList& serials, const QByteArray& table,
+    /// Adds the saves of these units that one of the tables holds. Whether there are any.
+    bool lookUp(QSqlQuery& query, const QStringList& serials, QHash<QString, Unit>& units,
                 std::vector<Save> attemptrules::Attempts::*saves)
     {
         QVariantList values = {stationId};
-        for (const QString& serial : serials)
-            values << serial;
-        QSqlQuery query(database);
-        run(query,
-            "SELECT serial, tested_at, marks FROM " + table +
-                " WHERE station_id = ? AND serial IN (?" +
-                QByteArray(", ?").repeated(serials.size() - 1) + ')',
-            values);
+        for (int i = 0; i < lookupSize; ++i)
+            values << serials[std::min(i, serials.size() - 1)];
+        exec(query, values);
+        bool isFound = false;
         while (isFine() && query.next()) {
             const QString serial = query.value(0).toString();
             const auto marks = bandmarks::unpacked(query.value(2).toByteArray());
@@ -190,7 +192,10 @@ private:
                 errorText = QStringLiteral("the database holds marks that are none, for the "
                                            "serial \"%1\"")
                                 .arg(serial);
+            isFound = true;
         }
+        query.finish();
+        return isFound;
     }
 
     void change(const char* statement, const QString& serial, const Save& save)
@@ -226,6 +231,8 @@ private:
     }
 
     QSqlDatabase& database;
+    QSqlQuery findAttempts;
+    QSqlQuery findOthers;
     QSqlQuery insertAttempt;
     QSqlQuery insertMissedBand;
     QVariant stationId;

@@ -45,7 +45,7 @@ static_assert(firstMark(roster::componentCount) == bandMarkCount);
 /// The index of a band's mark; componentNum 0 to 43, band 0 to bandCount - 1.
 constexpr std::size_t markIndex(int componentNum, int band)
 {
-    return static_cast<std::size_t>(firstMark(componentNum) + band);
+    return static_cast<std::size_t>(firstMark(componentNum)) + static_cast<std::size_t>(band);
 }
 
 /// The band of the mark with that index, 0 to 228.

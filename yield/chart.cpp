@@ -43,8 +43,8 @@ double axisBegin(double lowestYield)
 
 void drawPercentAxis(Svg& svg, const Scale& scale)
 {
-    const double step = scale.highest - scale.lowest > 50 ? 20 : 10;
-    for (double percent = scale.highest; percent >= scale.lowest; percent -= step) {
+    const int step = scale.highest - scale.lowest > 50 ? 20 : 10;
+    for (int percent = 100; percent >= scale.lowest; percent -= step) {
         const double y = scale.at(percent);
         svg.line({left, y}, {width, y}, QStringLiteral("grid"));
         svg.text({left - 8, y + 4}, QStringLiteral("%1 %").arg(percent),
@@ -123,16 +123,15 @@ void chart::drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, in
         const QRectF area(QPointF(left + pitch * i + (pitch - barWidth) / 2, units.at(bar.missed)),
                           QPointF(left + pitch * i + (pitch + barWidth) / 2, units.bottom));
         svg.rect(area, QStringLiteral("bar"),
-                 QStringLiteral("%1: %2, %3 of all misses")
-                     .arg(bar.name, figuretext::units(bar.missed),
-                          figuretext::percent(bar.missed, all)));
+                 QStringLiteral("%1: %2 of all misses")
+                     .arg(bar.name, figuretext::share(bar.missed, all)));
         svg.text({area.center().x(), units.bottom + 18}, bar.name, QStringLiteral("label middle"));
         svg.text({area.center().x(), units.bottom + 34}, figuretext::count(bar.missed),
                  QStringLiteral("value middle"));
         sum += bar.missed;
         points.append({area.right(), units.at(sum)});
         hovers.append(QStringLiteral("Up to %1: %2 of all misses")
-                          .arg(bar.name, figuretext::percent(sum, all)));
+                          .arg(bar.name, figuretext::share(sum, all)));
     }
     svg.polyline(points, QStringLiteral("trend"));
     for (int i = 0; i < bars.size(); ++i)

@@ -57,7 +57,9 @@ const SqlDialect postgresql = {
     QStringLiteral("libqt5sql5-psql"),
     QStringLiteral("connect_timeout=10;keepalives_idle=30;keepalives_interval=10;"
                    "keepalives_count=3;tcp_user_timeout=60000"),
-    {QStringLiteral("SET lock_timeout = '60s'"), QStringLiteral("SET client_min_messages = error")},
+    {QStringLiteral("SET lock_timeout = '60s'"), QStringLiteral("SET client_min_messages = error"),
+     // All queries of a report see the same rows, whatever is imported meanwhile.
+     QStringLiteral("SET default_transaction_isolation = 'repeatable read'")},
     {QStringLiteral("BEGIN ISOLATION LEVEL READ COMMITTED"),
      QStringLiteral("SELECT pg_advisory_xact_lock(9080044)")},
     QStringLiteral("SELECT 1 WHERE current_setting('server_encoding') <> 'UTF8'"),

@@ -17,8 +17,12 @@
 #include "yield/surface.h"
 #include "yield/timeline.h"
 
+#include <sqlite3.h>
+
 #include <QBuffer>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSqlDriver>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -68,6 +72,7 @@ private Q_SLOTS:
     void theFortnightsRatesComeOut();
     void whatCounts_data();
     void whatCounts();
+    void theQueriesGoAlongIndices();
     void longTimesAreWeeksOrMonths();
     void wordsAndFigures();
     void theSurfaceHasTheWindowsSizes();
@@ -82,7 +87,8 @@ void TestReport::theFortnightsRatesComeOut()
     QString problem;
     QVERIFY2(fortnight::make(folder.path(), units, lastDay, problem), qPrintable(problem));
     QVERIFY(QFile::exists(folder.filePath(QStringLiteral("yield.html"))));
-    Database database(folder.filePath(QStringLiteral("attempts.sqlite")), Database::Access::Read);
+    Database database(folder.filePath(QStringLiteral("fortnight/attempts.sqlite")),
+                      Database::Access::Read);
     Report report;
     QVERIFY2(readReport(database.connection(), {}, report, problem), qPrintable(problem));
 
@@ -206,6 +212,45 @@ void TestReport::whatCounts()
     QCOMPARE(report.total.units, 0);
     QVERIFY(!read({{}, {}, QStringLiteral("three")}));
     QCOMPARE(problem, QStringLiteral("no station is named \"three\"; there are: one, two"));
+}
+
+/// SQLite tells which statements the report runs, and how it means to run them.
+void TestReport::theQueriesGoAlongIndices()
+{
+    const QTemporaryDir folder;
+    Database database(folder.filePath(QStringLiteral("a.sqlite")), Database::Access::Write);
+    QVERIFY(store(database, "one", false, "never", 0, unitlogs::upTo(40)));
+    QStringList statements;
+    sqlite3* const handle =
+        *static_cast<sqlite3* const*>(database.connection().driver()->handle().data());
+    const auto remember = [](unsigned, void* list, void*, void* statement) {
+        static_cast<QStringList*>(list)->append(QString::fromLatin1(static_cast<char*>(statement)));
+        return 0;
+    };
+    sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, remember, &statements);
+    Report report;
+    QString problem;
+    QVERIFY(readReport(database.connection(), {}, report, problem));
+    sqlite3_trace_v2(handle, 0, nullptr, nullptr);
+
+    const QRegularExpression wholeTable(
+        QStringLiteral("^SCAN (attempts|missed_bands|[aflmo])( |$)(?!USING .*INDEX)"));
+    QStringList sorting;
+    int lines = 0;
+    for (const QString& statement : statements.filter(QStringLiteral("attempts AS"))) {
+        QSqlQuery plan(database.connection());
+        QVERIFY(plan.exec(QStringLiteral("EXPLAIN QUERY PLAN ") + statement));
+        for (; plan.next(); ++lines) {
+            const QString line = plan.value(3).toString() + QStringLiteral(" in ") + statement;
+            QVERIFY2(!wholeTable.match(line).hasMatch(), qPrintable(line));
+            if (line.startsWith(QStringLiteral("USE TEMP B-TREE")))
+                sorting << line;
+        }
+    }
+    QVERIFY(lines > 10);
+    // Only the few different sets of missed bands are sorted.
+    QVERIFY2(sorting.size() == 1 && sorting.first().contains(QStringLiteral("SELECT station_id")),
+             qPrintable(sorting.join('\n')));
 }
 
 void TestReport::longTimesAreWeeksOrMonths()
