@@ -3,12 +3,12 @@
 
 #pragma once
 
-// Both functions draw the captions at the size that the window's layout, fixed in pixels, was made
-// for, whatever the desktop says. They do nothing where the system's own captions fit.
+// Both functions set the captions to the size that the window's layout, fixed in pixels, was made
+// for, whatever the desktop's settings are. They do nothing where the system's own captions fit.
 
-/// Settles the font resolution; to be called before the application object is made.
+/// Sets the font resolution; before the application object is constructed.
 void fitCaptionsToLayout();
 
-/// Settles the font's family and point size; to be called once the application object is made,
-/// since that takes over the desktop's fonts.
+/// Sets the font's family and point size; after the application object is constructed, which takes
+/// the desktop's fonts.
 void setCaptionFont();

@@ -14,10 +14,10 @@
 
 namespace
 {
-/// Long enough to be read; a machine where nobody is there to answer goes on by itself.
+/// Long enough to read the box; without an operator the program ends by itself.
 constexpr int boxStaysMs = 60000;
 
-/// Says on the terminal, and on the screen where there is one, why the station cannot start; gives
+/// Shows why the station cannot start, on the terminal and on the screen if there is one. Returns
 /// the exit status.
 int refuseToStart(const QString& reason)
 {

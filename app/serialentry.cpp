@@ -19,11 +19,11 @@ bool isPrintable(const QString& text)
 }
 } // namespace
 
-SerialEntry::SerialEntry(const QMessageBox& openNotice, QLineEdit& serialField)
-    : notice(openNotice)
-    , field(serialField)
+SerialEntry::SerialEntry(const QMessageBox& givenNotice, QLineEdit& givenField)
+    : notice(givenNotice)
+    , field(givenField)
 {
-    // On the application: the notice makes its button, which gets the keys, only when it is shown.
+    // On the application: the notice's button, which receives the keys, is made when it is shown.
     QApplication::instance()->installEventFilter(this);
 }
 

@@ -9,17 +9,17 @@ class QLineEdit;
 class QMessageBox;
 
 /// Lets the operator type or scan the next serial number while a notice is open: printable
-/// characters that are typed into the notice go into the field instead, the first one in place of
-/// its text. A blank counts only after another character; before, it presses the notice's button.
-/// All other keys stay with the notice. GUI thread.
+/// characters go into the serial field instead of the notice, and the first one replaces its text.
+/// A blank counts only after another character; before, it presses the notice's button. All other
+/// keys go to the notice. On the GUI thread.
 class SerialEntry : public QObject
 {
 public:
     /// Both must outlive this object.
-    SerialEntry(const QMessageBox& openNotice, QLineEdit& serialField);
+    SerialEntry(const QMessageBox& givenNotice, QLineEdit& givenField);
 
-    /// To be called once the notice is closed: gives the field the focus. Its text is selected, so
-    /// that the next scan replaces it; after typing the cursor stays at the end.
+    /// For after the notice has closed: gives the field the focus and selects its text, so that the
+    /// next scan replaces it. After typing the cursor stays at the end instead.
     void finish();
 
     bool eventFilter(QObject* receiver, QEvent* event) override;

@@ -65,28 +65,22 @@ void writeInPlace(const QFileInfo& old, const QByteArray& bytes)
     writeOut(file, bytes);
 }
 
-QString kindName(int component)
+QString kindName(int componentNum)
 {
-    switch (roster::kindOf(component)) {
-    case roster::Kind::Fader:
-        return QStringLiteral("FADER");
-    case roster::Kind::Button:
-        return QStringLiteral("BUTTON");
-    case roster::Kind::Rotary:
-        break;
-    }
-    return QStringLiteral("ROTARY");
+    const QString names[] = {QStringLiteral("FADER"), QStringLiteral("BUTTON"),
+                             QStringLiteral("ROTARY")};
+    return names[static_cast<int>(roster::kindOf(componentNum))];
 }
 
-QString block(int component, const QVector<ComponentRange>& ranges)
+QString block(int componentNum, const QVector<ComponentRange>& ranges)
 {
-    QString text = QStringLiteral("\r\n\r\n---------------- %1: %2 (Component %3) ----------------")
-                       .arg(kindName(component), QString::number(roster::indexInKind(component)),
-                            QString::number(component));
-    if (component == roster::powerButton)
+    QString text =
+        QStringLiteral("\r\n\r\n---------------- %1: %2 (Component %3) ----------------")
+            .arg(kindName(componentNum), QString::number(roster::indexInKind(componentNum)),
+                 QString::number(componentNum));
+    if (componentNum == roster::powerButton)
         return text + QStringLiteral("\r\n NOT TESTED (Power Button)");
-    // Piece by piece: to search every line for place markers took most of the time that a log takes
-    // before it goes to disk.
+    // Not by arg(): searching each line for place markers took most of the time before the disk.
     for (int i = 0; i < ranges.size(); ++i) {
         text += QStringLiteral("\r\nRange ");
         text += QString::number(i);
@@ -102,7 +96,7 @@ QStringList testlog::lines(const QString& serial, const QDateTime& when, const C
     QStringList lines;
     lines.reserve(2 + roster::componentCount);
     lines << QStringLiteral("Norvane Instruments");
-    // Both at once, so that a serial with a place marker in it stays as typed.
+    // Both in one call, so that a serial with a place marker stays as typed.
     lines << QStringLiteral("\r\n\r\nZORVI\t#%1\t%2").arg(serial, when.toString(Qt::TextDate));
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         lines << block(c, coverage.at(static_cast<std::size_t>(c)));
@@ -121,11 +115,11 @@ void testlog::write(const QString& path, const QStringList& lines)
     for (const QString& line : lines)
         stream << line << '\n';
     stream.flush();
-    // A file name ends at a NUL: another file would be written.
+    // A file name ends at a NUL, so another file would be written.
     if (path.contains(QChar::Null))
         return;
     const QFileInfo old(path);
-    // In place where the folder takes no new file or refuses the exchange: a sticky folder, a mount
+    // In place where the folder takes no new file or refuses the rename: a sticky folder, a mount
     // point, some network shares.
     if (!replaceFile(old, bytes))
         writeInPlace(old, bytes);
@@ -133,13 +127,12 @@ void testlog::write(const QString& path, const QStringList& lines)
 
 void testlog::removeLeftovers(const QString& applicationDirectory)
 {
-    // QSaveFile's names, a log's with a point and six random letters, and those of version 1.0.0.
-    // Letters that may be a word ("backup", "Backup") are an operator's.
-    static const QRegularExpression leftover(
-        QRegularExpression::anchoredPattern(
-            QStringLiteral("ZORVI_.*\\.txt\\.(?![A-Z]?[a-z]+$|[A-Z]+$)[A-Za-z]{6}"
-                           "|\\.zorvi_log_in_the_making_.*")),
-        QRegularExpression::DotMatchesEverythingOption);
+    // QSaveFile's names: a log's name, a point and six letters; and those of version 1.0.0. A file
+    // that ends in "backup" is an operator's.
+    static const QRegularExpression leftover(QRegularExpression::anchoredPattern(QStringLiteral(
+                                                 "ZORVI_.*\\.txt\\.(?!(?i:backup)$)[A-Za-z]{6}"
+                                                 "|\\.zorvi_log_in_the_making_.*")),
+                                             QRegularExpression::DotMatchesEverythingOption);
     constexpr int longestWriteSeconds = 60;
     const QDateTime stillWriting = QDateTime::currentDateTime().addSecs(-longestWriteSeconds);
     QDirIterator files(folder(applicationDirectory), QDir::Files | QDir::Hidden | QDir::NoSymLinks);

@@ -12,7 +12,7 @@
 
 #include <array>
 
-/// The text of a unit's log and how it gets to disk.
+/// The text of a unit's log, and how it is written.
 namespace testlog
 {
 /// The bands of every component, by component number.

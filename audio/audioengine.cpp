@@ -18,8 +18,8 @@ constexpr int voiceCount = 39;
 constexpr double longestSampleSeconds = 10.0;
 constexpr int channel = 1;
 
-/// A sound of the synthesiser, in the order in which they are made: each one answers its own note
-/// and those of all sounds before it, so that a request sounds in layers.
+/// The sounds in the order of their construction. On purpose each one answers its own note and
+/// those of the sounds before it, so that a request sounds in layers.
 struct SoundSetup {
     Sound sound;
     const char* name;
@@ -30,7 +30,7 @@ constexpr std::array<SoundSetup, 3> soundSetups{{{Sound::Beep, "beep", 1, 0.005}
                                                  {Sound::Click, "click", 2, 0.01},
                                                  {Sound::Bell, "bell", 3, 0.005}}};
 
-/// What a request plays.
+/// The note of a request.
 struct Note {
     int number;
     float velocity;
@@ -74,10 +74,10 @@ AudioEngine::AudioEngine()
 
 AudioEngine::~AudioEngine() = default;
 
-void AudioEngine::prepareToPlay(int, double newSampleRate)
+void AudioEngine::prepareToPlay(int, double givenSampleRate)
 {
-    // Whole on purpose: of a fractional rate's pitch nobody hears the difference.
-    sampleRate = static_cast<qint32>(newSampleRate);
+    // Truncated on purpose: the difference in pitch is not audible.
+    sampleRate = static_cast<qint32>(givenSampleRate);
     synth.setCurrentPlaybackSampleRate(sampleRate);
 }
 
@@ -88,23 +88,23 @@ void AudioEngine::getNextAudioBlock(const juce::AudioSourceChannelInfo& block)
     block.clearActiveBufferRegion();
 
     if (!audioOn.load(std::memory_order_relaxed)) {
-        // Not rendered at all: what was sounding goes on from here once sound is on again.
+        // Not rendered, so that the voices go on from here when sound is switched on again.
         playBeep.store(false, std::memory_order_relaxed);
         playClick.store(false, std::memory_order_relaxed);
         playBell.store(false, std::memory_order_relaxed);
         return;
     }
-    // Nothing can sound in it: what is requested waits for a block that it can sound in.
+    // The requests wait for a block with a buffer.
     if (block.buffer == nullptr)
         return;
 
-    // Looked at again on every sample, so that a request raised meanwhile sounds in this block.
+    // Checked for every sample, so that a request set during this loop sounds in this block.
     for (int i = 0; i < block.numSamples; ++i) {
         playIfRequested(playBeep, synth, beepNote);
         playIfRequested(playClick, synth, clickNote);
         playIfRequested(playBell, synth, bellNote);
     }
-    // From sample 0 of the buffer, not from the block's start: the device's blocks start at 0.
+    // On purpose from sample 0, not from the block's start: the blocks of a device start at 0.
     synth.renderNextBlock(*block.buffer, juce::MidiBuffer(), 0, block.numSamples);
 }
 

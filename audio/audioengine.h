@@ -12,12 +12,12 @@
 
 using juce::AudioSource;
 
-/// The station's audible feedback: beep, click and bell, from WAV files beside the executable that
-/// are decoded once, at construction. A sound whose file cannot be read stays silent; whoever
-/// starts the station asks soundFileProblem() first.
+/// Beep, click and bell, from WAV files in the application directory, which are read once, at
+/// construction. A sound whose file cannot be read stays silent; main checks soundFileProblem()
+/// first.
 ///
-/// The slots run on the GUI thread and only raise requests; the audio thread takes them up in its
-/// next block. Requests for the same sound merge until then.
+/// The slots run on the GUI thread and only set requests; the audio thread plays them in its next
+/// block. Requests for the same sound before that block are played once.
 class AudioEngine : public QObject, public AudioSource
 {
     Q_OBJECT
@@ -26,28 +26,28 @@ public:
     AudioEngine();
     ~AudioEngine() override;
 
-    /// The rate in Hz, of which the whole part counts; the block size does not matter.
-    void prepareToPlay(int samplesPerBlockExpected, double newSampleRate) override;
+    /// Sets the sample rate in Hz, truncated to a whole number. The block size is ignored.
+    void prepareToPlay(int samplesPerBlockExpected, double givenSampleRate) override;
     void releaseResources() override;
-    /// Fills one block, on the audio thread: takes up the requests and renders the voices. Never
-    /// allocates or waits; a block without a buffer leaves the requests for the next one.
+    /// Plays the requests and renders one block, on the audio thread. Does not allocate, lock or
+    /// wait beyond the synthesiser's own lock. A block without a buffer leaves the requests for the
+    /// next.
     void getNextAudioBlock(const juce::AudioSourceChannelInfo& block) override;
 
 public Q_SLOTS:
-    /// Requests a beep, unless the last one was too short a time ago: see beepdebounce.h.
+    /// Requests a beep; see beepdebounce.h for the requests that are dropped.
     void slot_Beep();
-    /// Requests a click; requests within one block sound as one.
+    /// Requests a click.
     void slot_Click();
     /// Requests the bell.
     void slot_Ding();
-    /// Off silences at once and drops requests; on goes on with what was sounding.
+    /// Off: silence at once, and requests are dropped. On: what was sounding goes on.
     void slot_SetAudioOnOff(bool on);
 
 private:
     LayeredSynthesiser synth;
     qint32 sampleRate = 44100;
-    // One byte each between the GUI thread and the audio thread: loads and stores, no
-    // read-modify-write.
+    // Shared by the GUI thread and the audio thread: one byte each, only loaded and stored.
     std::atomic<bool> playBeep{false};
     std::atomic<bool> playClick{false};
     std::atomic<bool> playBell{false};

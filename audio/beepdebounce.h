@@ -5,17 +5,16 @@
 
 #include <QtGlobal>
 
-/// What becomes of a request for the beep.
+/// What happens to a request for a beep.
 enum class BeepDecision {
-    Sound, ///< Play it, and count the time from here.
-    Rearm, ///< Drop it, and let the next one sound.
-    Drop   ///< Too soon after the last one.
+    Sound, ///< It sounds, and the pause starts.
+    Rearm, ///< It is dropped, and the next one sounds.
+    Drop   ///< It is dropped: the pause is not over.
 };
 
-/// Decides on a request: timerValid says whether time is being counted since an accepted beep,
-/// elapsedMs how much has gone by. The first request after the pause only arms the debounce again
-/// and stays silent, on purpose: a wrong control that is moved on and on beeps now and then, and
-/// one that is touched a second time is forgiven.
+/// Decides on a request. timerValid: the pause after a beep is running; elapsedMs: since that beep.
+/// On purpose the first request after the pause makes no sound: a single second touch makes no
+/// sound, and a wrong control that is moved all the time beeps now and then.
 constexpr BeepDecision decideBeep(bool timerValid, qint64 elapsedMs)
 {
     constexpr qint64 pauseMs = 500;

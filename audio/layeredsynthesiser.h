@@ -5,11 +5,11 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
-/// A synthesiser whose notes sound in layers: every sound that answers a note is heard.
-/// juce::Synthesiser (7 and 8) stops the voices on a note before each sound that it starts, and takes the
-/// oldest voice on that note when all are busy. Both would end the layer that the same request
-/// started a moment before. Here the voices are stopped once, before the first layer, and a request
-/// never takes a voice that it started itself.
+/// A synthesiser whose notes sound in layers: every sound that answers a note is played.
+/// juce::Synthesiser (7 and 8) stops the voices of a note before each sound that it starts, and
+/// takes the oldest voice of that note when all are busy. Both would end the layer that the same
+/// request has just started. Here the voices are stopped once, before the first layer, and a
+/// request never takes a voice that it started itself.
 class LayeredSynthesiser : public juce::Synthesiser
 {
 public:
@@ -17,12 +17,12 @@ public:
     void noteOn(int midiChannel, int midiNoteNumber, float velocity) override;
 
 protected:
-    /// The library's choice, among the voices that other requests started: the oldest on the note,
-    /// else the oldest of all; one voice of the highest and one of the lowest note go last. Null if
-    /// there is none. The library makes a list for that, which allocates; this does not.
+    /// The library's choice among the voices of other requests: the oldest of the note, else the
+    /// oldest of all; one voice of the highest and one of the lowest note are taken last. Null if
+    /// there is none. The library's function allocates a list; this one does not.
     juce::SynthesiserVoice* findVoiceToSteal(juce::SynthesiserSound* sound, int midiChannel,
                                              int midiNoteNumber) const override;
 
 private:
-    const juce::SynthesiserVoice* firstLayer = nullptr; ///< Of the request that is being started.
+    const juce::SynthesiserVoice* firstLayer = nullptr; ///< Of the request that is starting.
 };

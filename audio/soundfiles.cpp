@@ -29,8 +29,8 @@ juce::File fileOf(const QString& path)
     return juce::File(path.toStdString());
 }
 
-/// How many samples a file has room for. Its header may promise more: where it was written to a
-/// stream, or where the file was cut.
+/// How many samples a file can hold. Its header says more if it was written to a stream, or if the
+/// file was cut.
 juce::int64 samplesInFile(const juce::AudioFormatReader& reader, const QString& path)
 {
     constexpr juce::int64 smallestHeader = 44; // RIFF 12, fmt 24, data 8 bytes

@@ -12,13 +12,13 @@ namespace juce
 class AudioFormatReader;
 }
 
-/// The three sounds, which lie beside the executable as WAV files.
+/// The three sounds: WAV files in the application directory.
 enum class Sound { Beep, Click, Bell };
 
-/// Opens a sound's file in a directory; null where it is missing or no WAV file. One that holds
-/// less than its header promises is as long as what it holds.
+/// Opens a sound's file in a directory; null if it is missing or no WAV file. The length is that of
+/// the file, also where the header says more.
 std::unique_ptr<juce::AudioFormatReader> openSound(const QString& directory, Sound sound);
 
-/// What keeps the sounds in a directory from being played, in one sentence that names the file;
-/// empty if nothing does. A sound that is shorter than its header says is played.
+/// Why the sounds in a directory cannot be played: one sentence that names the file; empty if they
+/// can. A sound that is shorter than its header says can be played.
 QString soundFileProblem(const QString& directory);
