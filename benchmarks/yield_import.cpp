@@ -38,7 +38,7 @@ public:
     /// An empty database in the place of the one that is there.
     QString freshDatabase() const
     {
-        const QString path = folder.filePath(QStringLiteral("attempts.sqlite"));
+        QString path = folder.filePath(QStringLiteral("attempts.sqlite"));
         QFile::remove(path);
         QFile::copy(emptyDatabase(), path);
         return path;

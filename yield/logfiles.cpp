@@ -59,7 +59,7 @@ std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
     constexpr int tries = 5;
     Stamp refused;
     for (int i = 0; i < tries; ++i) {
-        if (const auto log = readOnce(path, reason))
+        if (auto log = readOnce(path, reason))
             return log;
         const Stamp now = stampOf(path);
         if (i > 0 && now == refused)

@@ -35,6 +35,8 @@ private Q_SLOTS:
         QTest::newRow("repaired and tested again") << without3 << whole << day << false;
         QTest::newRow("skipped, then saved in mid-run")
             << (unitlogs::upTo(20) & without3) << without3 << 300 << true;
+        QTest::newRow("begun again after a miss")
+            << (unitlogs::upTo(20) & without3) << whole << 300 << false;
         QTest::newRow("last control repaired") << withoutLast << whole << day << false;
         QTest::newRow("saved in the last control") << withoutLast << whole << 5 << true;
     }
