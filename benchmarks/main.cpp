@@ -30,6 +30,8 @@ int main(int argc, char* argv[])
     addThreadRows();
     addProcessRows();
     addGrowthRows(station);
+    addYieldImportRows();
+    addYieldReportRows();
     benchmark::RunSpecifiedBenchmarks();
     return EXIT_SUCCESS;
 }

@@ -57,3 +57,6 @@ void addWindowRows(MainWindow& station);
 void addThreadRows();
 void addProcessRows();
 void addGrowthRows(MainWindow& station);
+// Rows of zorvi_yield; they need no station.
+void addYieldImportRows();
+void addYieldReportRows();

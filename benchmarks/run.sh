@@ -14,7 +14,7 @@ elif [ "${1:-}" = --compare ]; then
     [ -f "${2:-}" ] || { echo "run.sh: --compare needs the JSON of an earlier run" >&2; exit 2; }
     compare=$(readlink -f "$2")
 elif [ $# -gt 0 ]; then
-    echo "run.sh: what is $1?" >&2
+    echo "run.sh: unknown option: $1" >&2
     exit 2
 fi
 cd "$(dirname "$(readlink -f "$0")")/.."
@@ -46,8 +46,8 @@ fi
 short=(--benchmark_repetitions=40 --benchmark_min_time=0.02
     --benchmark_enable_random_interleaving=true)
 results=build/bench.json
-measure station '-^growth|^process start|^idle' "${short[@]}"
-measure processes '^process start|^idle' "${short[@]}"
+measure station '-^growth|^process start|^idle|^report' "${short[@]}"
+measure processes '^process start|^idle|^report' "${short[@]}"
 benchmarks/table.py "$results" "$parts"/{station,processes}.json
 [ -z "$compare" ] ||
     /usr/bin/python3 /usr/share/benchmark/compare.py --no-color --display_aggregates_only \
