@@ -12,8 +12,8 @@ import wave
 
 import numpy
 
-# name, level, the stretch: first sample and length, distance in samples
-EARS = [("Bell", 50 / 127, 250, 1250, 2000), ("Beep", 100 / 127, 1000, 1000, 6000)]
+# name, level, the stretch: first sample and length, distance in samples (less than a control takes)
+EARS = [("Bell", 50 / 127, 250, 1250, 8000), ("Beep", 100 / 127, 1000, 1000, 6000)]
 
 
 def sound_file(path):

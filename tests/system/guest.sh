@@ -31,6 +31,7 @@ exec 3> /dev/ttyS1 # for the results; everything else goes to the console
 stty -F /dev/ttyS1 -opost
 export DISPLAY=:1
 Xvfb :1 -screen 0 1280x800x24 -nolisten tcp > /run/output/xvfb.log 2>&1 &
+until xdotool getmouselocation > /dev/null 2>&1; do sleep 0.2; done
 for number in ${1:-1 2 3 4 5 6}; do
     group=$(echo "$here/$number"-*.sh)
     name=$(basename "$group" .sh)
