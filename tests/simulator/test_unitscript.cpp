@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "simulator/unitscript.h"
+#include "simulator/unitfault.h"
 
 #include "tests/support/panelstates.h"
 
