@@ -102,8 +102,8 @@ UnitScript cablePulled(int componentNum)
 {
     UnitScript script = unitscript::good(componentNum);
     script.resize(isButton(componentNum) ? 1 : script.size() / 4);
-    script.push_back({UnitStep::Action::Unplug});
-    script.push_back({UnitStep::Action::Replug});
+    script.push_back({UnitStep::Action::Unplug, {}});
+    script.push_back({UnitStep::Action::Replug, {}});
     return unitscript::joined(std::move(script), unitscript::good(componentNum));
 }
 

@@ -83,7 +83,7 @@ private Q_SLOTS:
                 QThread::yieldCurrentThread();
             QMetaObject::invokeMethod(box, "click", Qt::QueuedConnection);
             QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), round, 30000);
-            QTRY_COMPARE_WITH_TIMEOUT(hearing.count, round * perRound, 30000);
+            QTRY_COMPARE_WITH_TIMEOUT(hearing.messages.size(), round * perRound, 30000);
             if (round == 1)
                 before = figures::Footprint::now();
         }

@@ -83,8 +83,8 @@ private Q_SLOTS:
         player.setPace(1000);
         player.setCablePause(200);
         UnitScript script(500, {UnitStep::Action::Send, {0xB0, 2, 2}});
-        script.push_back({UnitStep::Action::Unplug});
-        script.push_back({UnitStep::Action::Replug});
+        script.push_back({UnitStep::Action::Unplug, {}});
+        script.push_back({UnitStep::Action::Replug, {}});
         QElapsedTimer time;
         time.start();
         player.play(script);
