@@ -102,9 +102,9 @@ void TestReport::theFortnightsRatesComeOut()
         for (const auto& [unit, rate] : line.at(s).faults) {
             const int with = qRound(rate * unitsHere);
             faultyHere += with;
-            missed.at(static_cast<std::size_t>(unit.component)) += with;
+            missed.at(static_cast<std::size_t>(unit.componentNum)) += with;
             if (unit.fault == Fault::Swapped)
-                missed.at(static_cast<std::size_t>(unit.component) + 1) += with;
+                missed.at(static_cast<std::size_t>(unit.componentNum) + 1) += with;
         }
         QCOMPARE(report.stations.at(s).tally.units, unitsHere);
         QCOMPARE(report.stations.at(s).tally.passedFirst, unitsHere - faultyHere);
