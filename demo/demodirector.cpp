@@ -5,8 +5,8 @@
 
 #include "app/mainwindow.h"
 #include "app/testlog.h"
-#include "panels/componentpanel.h"
 #include "demo/logcheck.h"
+#include "panels/componentpanel.h"
 
 #include <QApplication>
 #include <QFile>

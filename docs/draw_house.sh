@@ -34,7 +34,7 @@ draw() {
     for target in $(tr ' ' '\n' <<<"$1" | sort -u); do
         case $target in
             Qt5::*) echo "    \"$target\" [fillcolor=\"#ffffff\"];" ;;
-            *) echo "    \"$target\" [label=\"$target\\n$(folder_of "$target")/\"];" ;;
+            *) printf '    "%s" [label="%s\\n%s/"];\n' "$target" "$target" "$(folder_of "$target")" ;;
         esac
     done
     echo '}'

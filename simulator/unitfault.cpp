@@ -3,8 +3,8 @@
 
 #include "simulator/unitfault.h"
 
-#include "panels/componentroster.h"
 #include "panels/componentrange.h"
+#include "panels/componentroster.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,8 @@
 
 #include "yield/controlnames.h"
 
-#include "panels/componentroster.h"
 #include "panels/componentrange.h"
+#include "panels/componentroster.h"
 #include "yield/bandmarks.h"
 
 #include <QStringList>
