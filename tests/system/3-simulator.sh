@@ -27,15 +27,15 @@ for fault in none too-early cable-pulled chatter flood; do
     close_notice
 done
 
-# stays_at FAULT COVERED LINE: bands covered in all, and what the log says of the faulty control.
+# stays_at FAULT MISSED: the bands that the log does not have, from the first such control on.
 stays_at() {
     run_unit "$1"
     check "zorvi_unit --fault $1: the run stays at the control" \
-        wait_for save_and_read "$1" "serial $1, $2 of 229 bands covered" "not covered: component $3"
+        wait_for save_and_read "$1" "missed $2"
 }
-stays_at stuck 40 '3: 0 1 2 3 4 5 7 8 9 10 11 12'
-stays_at no-low-end 38 '2: 0'
-stays_at no-high-end 200 '41: 12'
+stays_at stuck 'Fader 3: 0 to 59, 70 to 127; Fader 4: all;'
+stays_at no-low-end 'Fader 2: 0 to 9; Fader 3: all;'
+stays_at no-high-end 'Rotary 1: 120 to 127; Rotary 2: all;'
 screenshot stays
-stays_at weak-button 122 '11: 1'
-stays_at swapped 78 '6: 0 1 2 3 4 5 6 7 8 9 10 11 12'
+stays_at weak-button 'Button 2: pressed; Button 3: all;'
+stays_at swapped 'Fader 6: all; Fader 7: all;'
