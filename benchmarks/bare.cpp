@@ -16,9 +16,9 @@
 
 namespace
 {
-void setUpForm(QWidget* panel, int component)
+void setUpForm(QWidget* panel, int componentNum)
 {
-    switch (roster::kindOf(component)) {
+    switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
         return Ui::Zorvi_0908_Fader().setupUi(panel);
     case roster::Kind::Button:

@@ -78,8 +78,8 @@ void endRun()
 void testUnits(benchmark::State& state, MainWindow& station)
 {
     UnitScript work;
-    for (const int component : unitscript::runOrder(false)) {
-        const UnitScript steps = unitscript::good(component);
+    for (const int componentNum : unitscript::runOrder(false)) {
+        const UnitScript steps = unitscript::good(componentNum);
         work.insert(work.end(), steps.begin(), steps.end());
     }
     showPainted(station);

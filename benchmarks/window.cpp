@@ -22,8 +22,8 @@ void reset(benchmark::State& state, MainWindow& station)
     showPainted(station);
     while (state.KeepRunning()) {
         state.PauseTiming();
-        for (const int component : unitscript::runOrder(false))
-            for (const UnitStep& step : unitfault::scriptFor(component, fault))
+        for (const int componentNum : unitscript::runOrder(false))
+            for (const UnitStep& step : unitfault::scriptFor(componentNum, fault))
                 station.handleIncomingMidiMessage(nullptr, step.message);
         paintChanges(station);
         state.ResumeTiming();

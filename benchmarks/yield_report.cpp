@@ -57,13 +57,13 @@ void fill(QSqlDatabase& database, int attempts)
         query.bindValue(4, marks);
         query.bindValue(5, isComplete ? 1 : 0);
         query.exec();
-        const int component = static_cast<int>(random() % roster::channelButton);
+        const int componentNum = static_cast<int>(random() % roster::channelButton);
         const bool isAllMissed = random() % 4 == 0;
-        for (int band = 0; !isComplete && band < bandmarks::bandCount(component); ++band) {
-            if (!isAllMissed && band + 1 < bandmarks::bandCount(component))
+        for (int band = 0; !isComplete && band < bandmarks::bandCount(componentNum); ++band) {
+            if (!isAllMissed && band + 1 < bandmarks::bandCount(componentNum))
                 continue;
             missed.bindValue(0, i);
-            missed.bindValue(1, component);
+            missed.bindValue(1, componentNum);
             missed.bindValue(2, band);
             missed.exec();
         }

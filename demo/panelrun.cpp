@@ -10,17 +10,17 @@
 
 namespace
 {
-std::unique_ptr<ComponentPanel> panelFor(int component)
+std::unique_ptr<ComponentPanel> panelFor(int componentNum)
 {
-    switch (roster::kindOf(component)) {
+    switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
-        return std::make_unique<Zorvi_0908_Fader>(nullptr, component, component);
+        return std::make_unique<Zorvi_0908_Fader>(nullptr, componentNum, componentNum);
     case roster::Kind::Button:
-        return std::make_unique<Zorvi_0908_Button>(nullptr, component, component);
+        return std::make_unique<Zorvi_0908_Button>(nullptr, componentNum, componentNum);
     case roster::Kind::Rotary:
         break;
     }
-    return std::make_unique<Zorvi_0908_Rotary>(nullptr, component, component);
+    return std::make_unique<Zorvi_0908_Rotary>(nullptr, componentNum, componentNum);
 }
 } // namespace
 

@@ -30,16 +30,10 @@ QString values(int firstBand, int lastBand)
 
 QString controlnames::control(int componentNum)
 {
-    const QString number = QString::number(roster::indexInKind(componentNum));
-    switch (roster::kindOf(componentNum)) {
-    case roster::Kind::Fader:
-        return QStringLiteral("Fader ") + number;
-    case roster::Kind::Button:
-        return QStringLiteral("Button ") + number;
-    case roster::Kind::Rotary:
-        break;
-    }
-    return QStringLiteral("Rotary ") + number;
+    const QString kinds[] = {QStringLiteral("Fader %1"), QStringLiteral("Button %1"),
+                             QStringLiteral("Rotary %1")};
+    return kinds[static_cast<int>(roster::kindOf(componentNum))].arg(
+        roster::indexInKind(componentNum));
 }
 
 QString controlnames::band(int componentNum, int band)

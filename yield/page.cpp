@@ -210,8 +210,8 @@ QString worstControl(const StationReport& station)
     const auto worst = std::max_element(station.missed.cbegin(), station.missed.cend());
     if (*worst == 0)
         return QStringLiteral("–");
-    const auto component = static_cast<int>(std::distance(station.missed.cbegin(), worst));
-    return QStringLiteral("%1, %2").arg(controlnames::control(component),
+    const auto componentNum = static_cast<int>(std::distance(station.missed.cbegin(), worst));
+    return QStringLiteral("%1, %2").arg(controlnames::control(componentNum),
                                         figuretext::units(*worst));
 }
 

@@ -235,23 +235,23 @@ private:
                      .arg(isFirst, cohort)))
             return false;
         while (query.next()) {
-            const int component = query.value(1).toInt();
+            const int componentNum = query.value(1).toInt();
             const int bands = query.value(2).toInt();
             const int units = query.value(3).toInt();
-            ControlMisses& control = controlOf(component);
+            ControlMisses& control = controlOf(componentNum);
             control.missed += units;
             for (int band = 0; band < control.missedBands.size(); ++band)
                 if ((bands >> band & 1) != 0)
                     control.missedBands[band] += units;
             stations[query.value(0).toInt()].report.missed.at(
-                static_cast<std::size_t>(component)) += units;
+                static_cast<std::size_t>(componentNum)) += units;
         }
         return true;
     }
 
-    ControlMisses& controlOf(int component)
+    ControlMisses& controlOf(int componentNum)
     {
-        return report.controls.at(static_cast<std::size_t>(component));
+        return report.controls.at(static_cast<std::size_t>(componentNum));
     }
 
     bool readOpenUnits()
@@ -291,15 +291,15 @@ private:
                             .arg(attempts.join(QLatin1Char(',')))))
             return false;
         QString attempt;
-        int component = -1;
+        int componentNum = -1;
         while (query.next()) {
             const bool isSame =
-                query.value(0).toString() == attempt && query.value(1).toInt() == component;
+                query.value(0).toString() == attempt && query.value(1).toInt() == componentNum;
             attempt = query.value(0).toString();
-            component = query.value(1).toInt();
+            componentNum = query.value(1).toInt();
             OpenUnit& unit = report.openUnits[openUnitOf.value(attempt)];
             if (!isSame && ++unit.missedControlCount <= OpenUnit::maxMissedControls)
-                unit.missed.append(MissedControl{component, {}});
+                unit.missed.append(MissedControl{componentNum, {}});
             if (unit.missedControlCount <= OpenUnit::maxMissedControls)
                 unit.missed.last().bands.append(query.value(2).toInt());
         }

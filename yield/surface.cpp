@@ -27,17 +27,18 @@ QString colour(int missed, int units)
     return QStringLiteral("miss%1").arg(step);
 }
 
-QRectF place(int component)
+QRectF place(int componentNum)
 {
     const int faderWidth = surface::panelSize(roster::Kind::Fader).width();
-    const auto topLeft = panelPlace(component, faderWidth);
-    return topLeft ? QRectF(*topLeft, surface::panelSize(roster::kindOf(component))) : QRectF();
+    const auto topLeft = panelPlace(componentNum, faderWidth);
+    return topLeft ? QRectF(*topLeft, surface::panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
-QString hoverText(int component, const ControlMisses& control)
+QString hoverText(int componentNum, const ControlMisses& control)
 {
-    const QString name = QStringLiteral("%1 (component %2): ")
-                             .arg(controlnames::control(component), QString::number(component));
+    const QString name =
+        QStringLiteral("%1 (component %2): ")
+            .arg(controlnames::control(componentNum), QString::number(componentNum));
     if (control.units == 0)
         return name + QStringLiteral("not tested");
     return name + QStringLiteral("missed at the first attempt by ") +
@@ -45,28 +46,28 @@ QString hoverText(int component, const ControlMisses& control)
 }
 
 /// A hint of what it is: the slot of a fader, the ring of a rotary.
-void drawKind(Svg& svg, int component, const QRectF& area)
+void drawKind(Svg& svg, int componentNum, const QRectF& area)
 {
-    if (roster::kindOf(component) == roster::Kind::Fader)
+    if (roster::kindOf(componentNum) == roster::Kind::Fader)
         svg.line({area.center().x(), area.top() + 60}, {area.center().x(), area.bottom() - 20},
                  QStringLiteral("slot"));
-    else if (roster::kindOf(component) == roster::Kind::Rotary)
+    else if (roster::kindOf(componentNum) == roster::Kind::Rotary)
         svg.circle({area.left() + 38, area.center().y()}, 26, QStringLiteral("slot"));
 }
 
-void drawControl(Svg& svg, int component, const ControlMisses& control, const QRectF& area)
+void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const QRectF& area)
 {
     const bool isTested = control.units > 0;
     const QString classes =
         isTested ? colour(control.missed, control.units) : QStringLiteral("untested");
-    const QString number = QString::number(component);
+    const QString number = QString::number(componentNum);
     const QString rate = isTested ? figuretext::percent(control.missed, control.units) : QString();
     svg.rect(area.adjusted(1, 1, -1, -1), QStringLiteral("control ") + classes,
-             hoverText(component, control));
-    drawKind(svg, component, area);
+             hoverText(componentNum, control));
+    drawKind(svg, componentNum, area);
     const QString strong = QStringLiteral("number on-") + classes + QStringLiteral(" middle");
     const QString plain = QStringLiteral("rate on-") + classes + QStringLiteral(" middle");
-    switch (roster::kindOf(component)) {
+    switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
         svg.text({area.center().x(), area.top() + 24}, number, strong);
         svg.text({area.center().x(), area.top() + 44}, rate, plain);
@@ -102,15 +103,8 @@ void drawLegend(Svg& svg, QPointF corner)
 
 QSize surface::panelSize(roster::Kind kind)
 {
-    switch (kind) {
-    case roster::Kind::Fader:
-        return {60, 270};
-    case roster::Kind::Button:
-        return {60, 30};
-    case roster::Kind::Rotary:
-        break;
-    }
-    return {131, 81};
+    constexpr QSize sizes[] = {{60, 270}, {60, 30}, {131, 81}};
+    return sizes[static_cast<int>(kind)];
 }
 
 void surface::draw(QXmlStreamWriter& xml, const Report& report)
