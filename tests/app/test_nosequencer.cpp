@@ -12,16 +12,15 @@ class TestNoSequencer : public QObject
 private Q_SLOTS:
     void comesLater()
     {
-        memorysequencer::portTable().setAbsent(true);
+        auto& ports = memorysequencer::portTable();
+        ports.setAbsent(true);
         MainWindow window;
-        window.slot_PollDevices();
-        QCOMPARE(memorysequencer::portTable().clientCount(), 0);
-        QCOMPARE(station::deviceLabel(window), QString("Device: NOT CONNECTED"));
-        memorysequencer::portTable().setAbsent(false);
+        QCOMPARE(station::labelAfterPoll(window), QString("Device: NOT CONNECTED"));
+        QCOMPARE(ports.clientCount(), 0);
+        ports.setAbsent(false);
         SimulatedUnit unit;
         QVERIFY(unit.plug());
-        window.slot_PollDevices();
-        QCOMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
+        QCOMPARE(station::labelAfterPoll(window), QString("Device: CONNECTED"));
         QVERIFY(station::hears(window, unit));
     }
 };

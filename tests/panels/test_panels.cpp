@@ -4,26 +4,16 @@
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
-#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
 #include <QAbstractSlider>
 #include <QFrame>
 #include <QSignalSpy>
-#include <QTest>
-
-#include <algorithm>
-#include <memory>
-
-Q_DECLARE_METATYPE(juce::MidiMessage)
-
-using panelstates::coveredBands;
 
 namespace
 {
-const QString dark = QStringLiteral("QFrame{border:none; background: rgba(20,20,20,200);}");
-const QString green = QStringLiteral("QFrame{border:none; background: rgba(0,255,0,200);}");
-constexpr bool onTop = true;
-constexpr bool atBottom = false;
+const QString untested = "QFrame{border:none; background: rgba(20,20,20,200);} on top";
+const QString done = "QFrame{border:none; background: rgba(0,255,0,200);} on top";
 
 std::unique_ptr<ComponentPanel> makePanel(int component)
 {
@@ -34,16 +24,13 @@ std::unique_ptr<ComponentPanel> makePanel(int component)
     return std::make_unique<Zorvi_0908_Rotary>(nullptr, -1, component);
 }
 
-QString frameStyle(const ComponentPanel& panel)
+/// The style of a panel's frame and its place among the panel's widgets.
+QString frameOf(const ComponentPanel& panel)
 {
-    return panel.findChild<QFrame*>("frame")->styleSheet();
-}
-
-void compareFrame(const ComponentPanel& panel, const QString& style, bool top)
-{
-    QCOMPARE(frameStyle(panel), style);
-    const QObject* edge = top ? panel.children().last() : panel.children().first();
-    QCOMPARE(edge->objectName(), QStringLiteral("frame"));
+    const auto* frame = panel.findChild<QFrame*>("frame");
+    return frame->styleSheet() + (panel.children().last() == frame    ? " on top"
+                                  : panel.children().first() == frame ? " at the bottom"
+                                                                      : " between");
 }
 } // namespace
 
@@ -81,54 +68,13 @@ private Q_SLOTS:
         }
     }
 
-    /// A value covers its band once; the slider or dial follows all that is judged, in a covered
-    /// band as well, and nothing else.
-    void everyValue_data()
-    {
-        QTest::addColumn<int>("component");
-        QTest::addColumn<MidiMessage>("kind");
-        QTest::newRow("fader") << 5 << MidiMessage(0xB0, 6, 0);
-        QTest::newRow("rotary") << 42 << MidiMessage(0xB0, 12, 0);
-        QTest::newRow("button, note-on") << 30 << MidiMessage(0x90, 21, 0);
-        QTest::newRow("button, note-off") << 30 << MidiMessage(0x80, 21, 0);
-    }
-
-    void everyValue()
-    {
-        QFETCH(int, component);
-        QFETCH(MidiMessage, kind);
-        const auto panel = makePanel(component);
-        const auto* display = panel->findChild<QAbstractSlider*>();
-        QSignalSpy clicks(panel.get(), SIGNAL(signal_Click()));
-        const auto receive = [&](int value) {
-            panel->slot_ReceiveMIDI({kind.getRawData()[0], kind.getRawData()[1], value});
-            return display == nullptr || display->value() == value;
-        };
-        QVERIFY(receive(50) == (display == nullptr)); // not armed
-        panel->slot_QueueComponent(component);
-        for (int value = 0; value < 128; ++value) {
-            QVector<int> bands{qMin(value / 10, 12)};
-            if (component == 30)
-                bands = value == 0 ? QVector{0} : value == 127 ? QVector{1} : QVector<int>{};
-            QVERIFY(receive(value));
-            QVERIFY(component == 30 || receive(10 * bands.first()));
-            QVERIFY(receive(value));
-            QCOMPARE(clicks.count(), bands.size());
-            QCOMPARE(coveredBands(*panel), bands);
-            clicks.clear();
-            panel->slot_Init();
-            QVERIFY(display == nullptr || display->value() == value);
-        }
-    }
-
     void life_data()
     {
         QTest::addColumn<int>("component");
-        QTest::addColumn<QVector<MidiMessage>>("messages");
+        QTest::addColumn<bool>("backwards");
         for (const int c : {4, 10, 18, 40})
-            QTest::addRow("component %d", c) << c << passingMessages(c);
-        const auto both = passingMessages(10);
-        QTest::newRow("button held when armed") << 10 << QVector{both.last(), both.first()};
+            QTest::addRow("component %d", c) << c << false;
+        QTest::newRow("button held when armed") << 10 << true;
     }
 
     /// Untested, under test, skipped and queued again, passed, reset: frame, labels, signals in
@@ -136,18 +82,21 @@ private Q_SLOTS:
     void life()
     {
         QFETCH(int, component);
-        QFETCH(QVector<MidiMessage>, messages);
-        const QString blue = component < 40 ? "QFrame{border:none; background: blue;}"
-                                            : "border:none; background: blue;";
+        QFETCH(bool, backwards);
+        auto messages = passingMessages(component);
+        if (backwards)
+            std::reverse(messages.begin(), messages.end());
+        const QString underTest = component < 40
+                                      ? "QFrame{border:none; background: blue;} at the bottom"
+                                      : "border:none; background: blue; at the bottom";
         const auto panel = makePanel(component);
         QStringList signalled; // with what the panel showed at that moment
         connect(panel.get(), &ComponentPanel::signal_ComponentResult, this, [&](int c, int result) {
-            signalled << QString("%1 %2 %3").arg(c).arg(result).arg(frameStyle(*panel));
+            signalled << QString("%1 %2 %3").arg(c).arg(result).arg(frameOf(*panel));
         });
         connect(panel.get(), &ComponentPanel::signal_Click, this,
                 [&] { signalled << (coveredBands(*panel).contains(-1) ? "click" : "click late"); });
         connect(panel.get(), &ComponentPanel::signal_Beep, this, [&] { signalled << "beep"; });
-        compareFrame(*panel, dark, onTop);
 
         for (const int far : {component - 2, component + 1, component + 2, -2, 1000}) {
             panel->slot_QueueComponent(far); // not the one before: not a sound
@@ -157,48 +106,80 @@ private Q_SLOTS:
         QTest::ignoreMessage(
             QtDebugMsg, qPrintable(QString("next comp %1 %2").arg(component).arg(component - 1)));
         panel->slot_ReceiveMIDI(messages.first());
-        QCOMPARE(signalled, QStringList("beep"));
+        QCOMPARE(std::exchange(signalled, {}), QStringList("beep"));
         QVERIFY(coveredBands(*panel).isEmpty());
-        compareFrame(*panel, dark, onTop);
+        QCOMPARE(frameOf(*panel), untested);
 
         panel->slot_QueueComponent(component);
-        signalled.clear();
         panel->slot_ReceiveMIDI(messages.first());
         for (const int other : {-1, 44, 1000000, component + 1}) {
             panel->slot_QueueComponent(other);
             panel->slot_Skip(other);
-            compareFrame(*panel, blue, atBottom);
+            QCOMPARE(frameOf(*panel), underTest);
         }
         panel->slot_Skip(component);
-        compareFrame(*panel, green, onTop);
+        QCOMPARE(frameOf(*panel), done);
         panel->slot_QueueComponent(component);
-        compareFrame(*panel, blue, atBottom);
+        QCOMPARE(frameOf(*panel), underTest);
         for (const MidiMessage& message : messages)
             panel->slot_ReceiveMIDI(message);
-        // Each click comes before its label turns white, the results while the ground is as said.
-        QStringList expected{"click", QString("%1 2 %2").arg(component).arg(green)};
+        // Each click comes before its label turns white, the results while the frame is as said.
+        QStringList expected{"click", QString("%1 2 %2").arg(component).arg(done)};
         for (int i = 1; i < messages.size(); ++i)
             expected << "click";
-        expected << QString("%1 1 %2").arg(component).arg(blue);
-        QCOMPARE(signalled, expected);
-        compareFrame(*panel, green, onTop);
+        expected << QString("%1 1 %2").arg(component).arg(underTest);
+        QCOMPARE(std::exchange(signalled, {}), expected);
+        QCOMPARE(frameOf(*panel), done);
 
         // Passed: deaf even to what would beep, and blue but still passed when queued again.
-        signalled.clear();
-        panel->slot_QueueComponent(component - 1);
-        panel->slot_ReceiveMIDI(messages.first());
-        panel->slot_QueueComponent(component);
-        panel->slot_ReceiveMIDI(messages.first());
-        compareFrame(*panel, blue, atBottom);
+        for (const int queued : {component - 1, component}) {
+            panel->slot_QueueComponent(queued);
+            panel->slot_ReceiveMIDI(messages.first());
+        }
+        QCOMPARE(frameOf(*panel), underTest);
         panel->slot_Skip(component); // and a skip still says 2 after 1
-        QCOMPARE(signalled, QStringList(QString("%1 2 %2").arg(component).arg(green)));
-        compareFrame(*panel, green, onTop);
+        QCOMPARE(signalled, QStringList(expected.at(1)));
+        QCOMPARE(frameOf(*panel), done);
 
         panel->slot_Init();
-        compareFrame(*panel, dark, onTop);
+        QCOMPARE(frameOf(*panel), untested);
         QVERIFY(coveredBands(*panel).isEmpty());
         panel->slot_ReceiveMIDI(messages.first()); // still queued: judged without a new queueing
         QCOMPARE(coveredBands(*panel).size(), 1);
+    }
+
+    void everyValue_data() { life_data(); }
+
+    /// A value covers its band once; the slider or dial follows all that is judged, in a covered
+    /// band as well, and nothing else.
+    void everyValue()
+    {
+        QFETCH(int, component);
+        QFETCH(bool, backwards);
+        const auto messages = passingMessages(component);
+        const auto* kind = (backwards ? messages.last() : messages.first()).getRawData();
+        const auto panel = makePanel(component);
+        const auto* display = panel->findChild<QAbstractSlider*>();
+        QSignalSpy clicks(panel.get(), SIGNAL(signal_Click()));
+        const auto receive = [&](int value) {
+            panel->slot_ReceiveMIDI({kind[0], kind[1], value});
+            return display == nullptr || display->value() == value;
+        };
+        QVERIFY(receive(50) == (display == nullptr)); // not armed
+        panel->slot_QueueComponent(component);
+        for (int value = 0; value < 128; ++value) {
+            QVector<int> bands{qMin(value / 10, 12)};
+            if (display == nullptr)
+                bands = value == 0 ? QVector{0} : value == 127 ? QVector{1} : QVector<int>{};
+            QVERIFY(receive(value));
+            QVERIFY(display == nullptr || receive(10 * bands.first()));
+            QVERIFY(receive(value));
+            QCOMPARE(clicks.count(), bands.size());
+            QCOMPARE(coveredBands(*panel), bands);
+            clicks.clear();
+            panel->slot_Init();
+            QVERIFY(display == nullptr || display->value() == value);
+        }
     }
 };
 
