@@ -31,13 +31,29 @@ class TestLink : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// A connected station has one port open, its input. After the cable or the window went, only
-    /// the one is left that keeps JUCE's thread running: an input that is opened right after
-    /// another one closed is not deaf.
+    /// Has to be the first: JUCE opens the sequencer anew only while it has no port.
+    void sequencerComesLater()
+    {
+        portTable().setAbsent(true);
+        {
+            MainWindow window;
+            QCOMPARE(labelAfterPoll(window), notConnected);
+            QCOMPARE(portTable().clientCount(), 0);
+            portTable().setAbsent(false);
+            SimulatedUnit unit;
+            QVERIFY(unit.plug());
+            QCOMPARE(labelAfterPoll(window), connected);
+            QVERIFY(station::hears(window, unit));
+        }
+        QCOMPARE(portTable().clientCount(), 1); // kept, and with it JUCE's thread
+    }
+
+    /// A connected station has one port open, its input, and none after the cable or the window
+    /// went. An input that is opened right after another one closed is not deaf.
     void openPorts()
     {
-        juce::MidiInput::getAvailableDevices(); // makes the ports that JUCE has for itself
-        const int idle = portTable().portCount() + 1;
+        unitlink::keepInputThreadRunning();
+        const int idle = portTable().portCount();
         SimulatedUnit unit;
         {
             MainWindow window;

@@ -8,7 +8,7 @@
 #include "simulator/simulatedunit.h"
 
 #include <QMessageBox>
-#include <QTest>
+#include <QtTest>
 
 /// What makes a control pass, in as few messages as it has bands. The numbers are written out here
 /// once more, from the unit's own tables, so that a wrong one in the station is found.
