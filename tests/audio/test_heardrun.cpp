@@ -3,7 +3,7 @@
 
 #include "app/mainwindow.h"
 #include "tests/audio/expectedsound.h"
-#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
 #include <QCheckBox>
 #include <QProcess>

@@ -5,7 +5,6 @@
 // A case is a row of messages, each behind a byte with its length; length 0 is a press on "Skip
 // Sensor >>".
 
-#include "tests/support/panelstates.h"
 #include "tests/support/station.h"
 
 #include <iostream>

@@ -4,46 +4,39 @@
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
-#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
 #include <QAbstractSlider>
 #include <QFrame>
 #include <QSignalSpy>
-#include <QTest>
-
-#include <algorithm>
-#include <memory>
-
-Q_DECLARE_METATYPE(juce::MidiMessage)
-
-using panelstates::coveredBands;
 
 namespace
 {
-const QString dark = QStringLiteral("QFrame{border:none; background: rgba(20,20,20,200);}");
-const QString green = QStringLiteral("QFrame{border:none; background: rgba(0,255,0,200);}");
-constexpr bool onTop = true;
-constexpr bool atBottom = false;
+const QString untested = ": QFrame{border:none; background: rgba(20,20,20,200);} on top";
+const QString done = ": QFrame{border:none; background: rgba(0,255,0,200);} on top";
+
+bool isButton(int component)
+{
+    return component >= 9 && component < 40;
+}
 
 std::unique_ptr<ComponentPanel> makePanel(int component)
 {
+    if (isButton(component))
+        return std::make_unique<Zorvi_0908_Button>(nullptr, -1, component);
     if (component < 9)
         return std::make_unique<Zorvi_0908_Fader>(nullptr, -1, component);
-    if (component < 40)
-        return std::make_unique<Zorvi_0908_Button>(nullptr, -1, component);
     return std::make_unique<Zorvi_0908_Rotary>(nullptr, -1, component);
 }
 
-QString frameStyle(const ComponentPanel& panel)
+/// The style of a panel's frame, its place among the panel's widgets, and whether the window shows
+/// through.
+QString frameOf(const ComponentPanel& panel)
 {
-    return panel.findChild<QFrame*>("frame")->styleSheet();
-}
-
-void compareFrame(const ComponentPanel& panel, const QString& style, bool top)
-{
-    QCOMPARE(frameStyle(panel), style);
-    const QObject* edge = top ? panel.children().last() : panel.children().first();
-    QCOMPARE(edge->objectName(), QStringLiteral("frame"));
+    const auto* frame = panel.findChild<QFrame*>("frame");
+    const bool opaque = panel.testAttribute(Qt::WA_OpaquePaintEvent);
+    return ": " + frame->styleSheet() + (panel.children().last() == frame ? " on top" : "") +
+           (panel.children().first() == frame ? " below" : "") + (opaque ? ", opaque" : "");
 }
 } // namespace
 
@@ -52,153 +45,128 @@ class TestPanels : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// Every component against every status, number and channel: exactly the messages of its own
-    /// control are its own, the channel button's known by their channel, all others by their
-    /// number.
+    /// Exactly the messages of its own control are a component's own, on every channel: the channel
+    /// button's are known by their channel, all others by their number.
     void acceptance()
     {
         for (int component = 0; component < 44; ++component) {
             const auto panel = makePanel(component);
             panel->slot_QueueComponent(component);
             const int own = passingMessages(component).first().getRawData()[1];
-            for (int status = 0x80; status < 0xF0; ++status) {
-                const int kind = status & 0xF0;
-                const bool oneDataByte = kind == 0xC0 || kind == 0xD0;
-                const bool rightKind =
-                    component < 9 || component >= 40 ? kind == 0xB0 : kind == 0x80 || kind == 0x90;
-                for (int number = 0; number < 128; ++number) {
-                    panel->slot_ReceiveMIDI(oneDataByte ? MidiMessage(status, number)
-                                                        : MidiMessage(status, number, 0));
-                    const bool isOwn =
-                        rightKind && (component == 18 ? (status & 0x0F) == 1 : number == own);
-                    QVERIFY2(
-                        panel->coverage().first().covered == (isOwn ? 1.0F : 0.0F),
-                        qPrintable(QString("component %1, status %2").arg(component).arg(status)));
+            for (const int kind : {0x80, 0x90, 0xA0, 0xB0, 0xE0})
+                for (int i = 0; i < 16 * 128; ++i) {
+                    const int channel = i / 128; // from 0
+                    const int number = i % 128;
+                    panel->slot_ReceiveMIDI({kind + channel, number, 0});
+                    const bool isOwn = (component == 18 ? channel == 1 : number == own) &&
+                                       (isButton(component) ? kind <= 0x90 : kind == 0xB0);
+                    QVERIFY2((panel->coverage().first().covered == 1.0F) == isOwn,
+                             qPrintable(QString("component %1").arg(component)));
                     if (isOwn)
                         panel->slot_Init();
                 }
-            }
         }
     }
 
     /// A value covers its band once; the slider or dial follows all that is judged, in a covered
     /// band as well, and nothing else.
-    void everyValue_data()
-    {
-        QTest::addColumn<int>("component");
-        QTest::addColumn<MidiMessage>("kind");
-        QTest::newRow("fader") << 5 << MidiMessage(0xB0, 6, 0);
-        QTest::newRow("rotary") << 42 << MidiMessage(0xB0, 12, 0);
-        QTest::newRow("button, note-on") << 30 << MidiMessage(0x90, 21, 0);
-        QTest::newRow("button, note-off") << 30 << MidiMessage(0x80, 21, 0);
-    }
-
     void everyValue()
     {
-        QFETCH(int, component);
-        QFETCH(MidiMessage, kind);
-        const auto panel = makePanel(component);
-        const auto* display = panel->findChild<QAbstractSlider*>();
-        QSignalSpy clicks(panel.get(), SIGNAL(signal_Click()));
-        const auto receive = [&](int value) {
-            panel->slot_ReceiveMIDI({kind.getRawData()[0], kind.getRawData()[1], value});
-            return display == nullptr || display->value() == value;
-        };
-        QVERIFY(receive(50) == (display == nullptr)); // not armed
-        panel->slot_QueueComponent(component);
-        for (int value = 0; value < 128; ++value) {
-            QVector<int> bands{qMin(value / 10, 12)};
-            if (component == 30)
-                bands = value == 0 ? QVector{0} : value == 127 ? QVector{1} : QVector<int>{};
-            QVERIFY(receive(value));
-            QVERIFY(component == 30 || receive(10 * bands.first()));
-            QVERIFY(receive(value));
-            QCOMPARE(clicks.count(), bands.size());
-            QCOMPARE(coveredBands(*panel), bands);
-            clicks.clear();
-            panel->slot_Init();
-            QVERIFY(display == nullptr || display->value() == value);
+        for (int component = 0; component < 44; ++component) {
+            const auto panel = makePanel(component);
+            const auto* display = panel->findChild<QAbstractSlider*>();
+            QSignalSpy clicks(panel.get(), SIGNAL(signal_Click()));
+            const auto message = passingMessages(component).at(component % 2); // note-on or -off
+            const auto receive = [&](int value) {
+                panel->slot_ReceiveMIDI({message.getRawData()[0], message.getRawData()[1], value});
+                return display == nullptr || display->value() == value;
+            };
+            QVERIFY(receive(50) == isButton(component)); // not armed
+            panel->slot_QueueComponent(component);
+            for (int value = 0; value < 128; ++value) {
+                QVector<int> bands{qMin(value / 10, 12)};
+                if (isButton(component))
+                    bands = value == 0 ? QVector{0} : value == 127 ? QVector{1} : QVector<int>{};
+                QVERIFY(receive(value));
+                QCOMPARE(coveredBands(*panel), bands);
+                QVERIFY(isButton(component) || receive(10 * bands.first()));
+                QVERIFY(receive(value));
+                QCOMPARE(clicks.count(), bands.size());
+                clicks.clear();
+                panel->slot_Init();
+                QVERIFY(display == nullptr || display->value() == value);
+            }
         }
     }
 
     void life_data()
     {
         QTest::addColumn<int>("component");
-        QTest::addColumn<QVector<MidiMessage>>("messages");
+        QTest::addColumn<bool>("backwards");
         for (const int c : {4, 10, 18, 40})
-            QTest::addRow("component %d", c) << c << passingMessages(c);
-        const auto both = passingMessages(10);
-        QTest::newRow("button held when armed") << 10 << QVector{both.last(), both.first()};
+            QTest::addRow("component %d", c) << c << false;
+        QTest::newRow("button held when armed") << 10 << true;
     }
 
-    /// Untested, under test, skipped and queued again, passed, reset: frame, labels, signals in
-    /// their order, and what is ignored where.
+    /// Untested, under test, skipped and queued again, passed, reset: the signals in their order,
+    /// with the frame at that moment, and what is ignored where.
     void life()
     {
         QFETCH(int, component);
-        QFETCH(QVector<MidiMessage>, messages);
-        const QString blue = component < 40 ? "QFrame{border:none; background: blue;}"
-                                            : "border:none; background: blue;";
+        QFETCH(bool, backwards);
+        auto messages = passingMessages(component);
+        if (backwards)
+            std::reverse(messages.begin(), messages.end());
         const auto panel = makePanel(component);
-        QStringList signalled; // with what the panel showed at that moment
-        connect(panel.get(), &ComponentPanel::signal_ComponentResult, this, [&](int c, int result) {
-            signalled << QString("%1 %2 %3").arg(c).arg(result).arg(frameStyle(*panel));
-        });
-        connect(panel.get(), &ComponentPanel::signal_Click, this,
-                [&] { signalled << (coveredBands(*panel).contains(-1) ? "click" : "click late"); });
-        connect(panel.get(), &ComponentPanel::signal_Beep, this, [&] { signalled << "beep"; });
-        compareFrame(*panel, dark, onTop);
+        const auto receive = [&] { panel->slot_ReceiveMIDI(messages.first()); };
+        QStringList seen;
+        const auto see = [&](const QString& what) { seen << what + frameOf(*panel); };
+        connect(panel.get(), &ComponentPanel::signal_ComponentResult, this,
+                [&](int c, int result) { see(QString("result %1 of %2").arg(result).arg(c)); });
+        connect(panel.get(), &ComponentPanel::signal_Click, this, // before its label turns white
+                [&] { see(coveredBands(*panel).contains(-1) ? "click" : "late click"); });
+        connect(panel.get(), &ComponentPanel::signal_Beep, this, [&] { see("beep"); });
 
-        for (const int far : {component - 2, component + 1, component + 2, -2, 1000}) {
-            panel->slot_QueueComponent(far); // not the one before: not a sound
-            panel->slot_ReceiveMIDI(messages.first());
+        const QString line = QString("next comp %1 %2").arg(component).arg(component - 1);
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(line));
+        for (const int other : {-2, -1, 1, 2, 1000, -1000}) { // only the one before lets it beep
+            panel->slot_QueueComponent(component + other);
+            receive();
         }
-        panel->slot_QueueComponent(component - 1);
-        QTest::ignoreMessage(
-            QtDebugMsg, qPrintable(QString("next comp %1 %2").arg(component).arg(component - 1)));
-        panel->slot_ReceiveMIDI(messages.first());
-        QCOMPARE(signalled, QStringList("beep"));
         QVERIFY(coveredBands(*panel).isEmpty());
-        compareFrame(*panel, dark, onTop);
-
         panel->slot_QueueComponent(component);
-        signalled.clear();
-        panel->slot_ReceiveMIDI(messages.first());
+        receive();
         for (const int other : {-1, 44, 1000000, component + 1}) {
             panel->slot_QueueComponent(other);
             panel->slot_Skip(other);
-            compareFrame(*panel, blue, atBottom);
         }
+        see("still armed");
         panel->slot_Skip(component);
-        compareFrame(*panel, green, onTop);
         panel->slot_QueueComponent(component);
-        compareFrame(*panel, blue, atBottom);
         for (const MidiMessage& message : messages)
             panel->slot_ReceiveMIDI(message);
-        // Each click comes before its label turns white, the results while the ground is as said.
-        QStringList expected{"click", QString("%1 2 %2").arg(component).arg(green)};
-        for (int i = 1; i < messages.size(); ++i)
-            expected << "click";
-        expected << QString("%1 1 %2").arg(component).arg(blue);
-        QCOMPARE(signalled, expected);
-        compareFrame(*panel, green, onTop);
-
-        // Passed: deaf even to what would beep, and blue but still passed when queued again.
-        signalled.clear();
-        panel->slot_QueueComponent(component - 1);
-        panel->slot_ReceiveMIDI(messages.first());
+        see("passed");
+        panel->slot_QueueComponent(component - 1); // deaf even to what would beep
+        receive();
         panel->slot_QueueComponent(component);
-        panel->slot_ReceiveMIDI(messages.first());
-        compareFrame(*panel, blue, atBottom);
-        panel->slot_Skip(component); // and a skip still says 2 after 1
-        QCOMPARE(signalled, QStringList(QString("%1 2 %2").arg(component).arg(green)));
-        compareFrame(*panel, green, onTop);
-
+        receive();
+        panel->slot_Skip(component);
         panel->slot_Init();
-        compareFrame(*panel, dark, onTop);
+        see("reset");
         QVERIFY(coveredBands(*panel).isEmpty());
-        panel->slot_ReceiveMIDI(messages.first()); // still queued: judged without a new queueing
-        QCOMPARE(coveredBands(*panel).size(), 1);
+        receive(); // still queued: judged without a new queueing
+
+        const QString underTest = component < 40
+                                      ? ": QFrame{border:none; background: blue;} below, opaque"
+                                      : ": border:none; background: blue; below, opaque";
+        QStringList expected{"beep" + untested, "click" + underTest, "still armed" + underTest,
+                             QString("result 2 of %1").arg(component) + done};
+        for (int i = 1; i < messages.size(); ++i)
+            expected << "click" + underTest;
+        expected << QString("result 1 of %1").arg(component) + underTest << "passed" + done
+                 << QString("result 2 of %1").arg(component) + done << "reset" + untested
+                 << "click" + untested;
+        QCOMPARE(seen, expected);
     }
 };
 

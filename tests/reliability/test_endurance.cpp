@@ -4,7 +4,6 @@
 #include "sequencer/porttable.h"
 #include "tests/support/expectedlog.h"
 #include "tests/support/figures.h"
-#include "tests/support/panelstates.h"
 #include "tests/support/station.h"
 
 #include <QCheckBox>

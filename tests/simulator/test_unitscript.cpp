@@ -3,7 +3,7 @@
 
 #include "simulator/unitfault.h"
 
-#include "tests/support/panelstates.h"
+#include "tests/support/station.h"
 
 #include <QSet>
 #include <QTest>

@@ -8,14 +8,75 @@
 #include <QLineEdit>
 #include <QToolButton>
 
+QVector<MidiMessage> passingMessages(int componentNum)
+{
+    if (componentNum >= 9 && componentNum < 40) {
+        const int note = componentNum - (componentNum < 18 ? 8 : 9);
+        const int channel = componentNum == 18 ? 2 : 1;
+        return {{0x8F + channel, note, 127}, {0x7F + channel, note, 0}};
+    }
+    const int controller = componentNum < 9 ? componentNum + 1 : componentNum - 30;
+    QVector<MidiMessage> messages;
+    for (int value = 0; value < 130; value += 10)
+        messages << MidiMessage(0xB0, controller, value);
+    return messages;
+}
+
+QVector<int> coveredBands(const ComponentPanel& panel)
+{
+    QVector<int> covered;
+    for (int i = 0; i < panel.coverage().size(); ++i) {
+        const auto* label = panel.findChild<QLabel*>(QString("label_%1").arg(i));
+        const bool isCovered = panel.coverage().at(i).covered == 1.0F;
+        if (isCovered)
+            covered << i;
+        if (label->styleSheet() != (isCovered ? "background: white;" : "background: black;"))
+            return {-1};
+    }
+    return covered;
+}
+
+StateWatch::StateWatch(MainWindow& window)
+    : panels(window.findChildren<ComponentPanel*>())
+{
+    connect(&window, &MainWindow::signal_QueueComponent, this, [this](int c) { armed = c; });
+}
+
+QString StateWatch::problem() const
+{
+    for (const auto* panel : panels) {
+        const int c = panel->getComponentNum();
+        const int count = c >= 9 && c < 40 ? 2 : 13;
+        const auto bands = coveredBands(*panel);
+        const auto* frame = panel->findChild<QFrame*>("frame");
+        const bool raised = panel->children().last() == frame;
+        const bool lowered = panel->children().first() == frame;
+        const QString style = frame->styleSheet();
+
+        const bool untested = style.contains("rgba(20,20,20,200)") && raised && bands.isEmpty();
+        const bool underTest = style.contains("blue") && lowered && bands.size() < count;
+        const bool done = style.contains("rgba(0,255,0,200)") && raised;
+        const bool fits = c == 39 || c > armed ? untested : c == armed ? underTest : done;
+        if (!fits || panel->coverage().size() != count || bands.contains(-1))
+            return QString("component %1 while %2 is armed: %3").arg(c).arg(armed).arg(style);
+    }
+    return {};
+}
+
 QString station::deviceLabel(const MainWindow& window)
 {
-    return window.findChild<QLabel*>(QStringLiteral("deviceLabel"))->text();
+    return window.findChild<QLabel*>("deviceLabel")->text();
+}
+
+QString station::labelAfterPoll(MainWindow& window)
+{
+    window.slot_PollDevices();
+    return deviceLabel(window);
 }
 
 void station::setSerial(const MainWindow& window, const QString& serial)
 {
-    window.findChild<QLineEdit*>(QStringLiteral("serialNumber"))->setText(serial);
+    window.findChild<QLineEdit*>("serialNumber")->setText(serial);
 }
 
 void station::click(const MainWindow& window, const QString& button)
@@ -23,7 +84,7 @@ void station::click(const MainWindow& window, const QString& button)
     QTest::mouseClick(window.findChild<QAbstractButton*>(button), Qt::LeftButton);
 }
 
-void station::receive(MainWindow& window, const QVector<juce::MidiMessage>& messages)
+void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
 {
     for (const auto& message : messages)
         window.handleIncomingMidiMessage(nullptr, message);
@@ -37,10 +98,10 @@ QMessageBox* station::openNotice()
 station::Hearing::Hearing(const MainWindow& window)
 {
     connect(&window, &MainWindow::signal_DistributeMIDI, this,
-            [this](const juce::MidiMessage& message) { messages << bytesOf(message); });
+            [this](const MidiMessage& message) { messages << bytesOf(message); });
 }
 
-QByteArray station::bytesOf(const juce::MidiMessage& message)
+QByteArray station::bytesOf(const MidiMessage& message)
 {
     return {reinterpret_cast<const char*>(message.getRawData()), message.getRawDataSize()};
 }

@@ -4,32 +4,50 @@
 #pragma once
 
 #include "app/mainwindow.h"
+#include "panels/componentpanel.h"
 #include "simulator/simulatedunit.h"
 
 #include <QMessageBox>
-#include <QTest>
+#include <QtTest>
+
+/// What makes a control pass, in as few messages as it has bands. The numbers are written out here
+/// once more, from the unit's own tables, so that a wrong one in the station is found.
+QVector<MidiMessage> passingMessages(int componentNum);
+
+/// The bands that are covered, where the labels show the same; otherwise {-1}.
+QVector<int> coveredBands(const ComponentPanel& panel);
+
+/// The armed component as the window announces it, and whether every panel is as it may be then.
+struct StateWatch : QObject {
+    explicit StateWatch(MainWindow& window);
+    /// The first panel that is in a wrong state, if there is one. While a run goes in its order,
+    /// components before the armed one are done and the later ones untested.
+    QString problem() const;
+
+    const QList<ComponentPanel*> panels;
+    int armed = 0;
+};
 
 /// What a test does to a station, and what it sees of it, as an operator would.
 namespace station
 {
 QString deviceLabel(const MainWindow& window);
+QString labelAfterPoll(MainWindow& window);
 void setSerial(const MainWindow& window, const QString& serial);
 /// Clicks the button with that object name.
 void click(const MainWindow& window, const QString& button);
 /// Plays a unit's messages to the window, on this thread.
-void receive(MainWindow& window, const QVector<juce::MidiMessage>& messages);
+void receive(MainWindow& window, const QVector<MidiMessage>& messages);
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 
 /// Keeps what the panels hear, on their thread: the bytes of each message.
-class Hearing : public QObject
-{
-public:
+struct Hearing : QObject {
     explicit Hearing(const MainWindow& window);
     QVector<QByteArray> messages;
 };
 
-QByteArray bytesOf(const juce::MidiMessage& message);
+QByteArray bytesOf(const MidiMessage& message);
 /// Whether a message that the unit sends now arrives at the panels.
 bool hears(const MainWindow& window, SimulatedUnit& unit);
 
