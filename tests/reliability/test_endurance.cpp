@@ -17,14 +17,8 @@
 
 namespace
 {
-int heapKilobytes()
-{
-    const auto heap = mallinfo2();
-    return static_cast<int>((heap.uordblks + heap.hblkhd) / 1024);
-}
-
-/// What this process has open: its threads, its descriptors and the MIDI ports.
-QVector<int> openThings()
+/// How many threads, descriptors and MIDI ports there are.
+QVector<int> held()
 {
     const auto entries = [](const char* folder) {
         return static_cast<int>(QDir(folder).entryList(QDir::AllEntries | QDir::System).size());
@@ -33,8 +27,12 @@ QVector<int> openThings()
             memorysequencer::portTable().portCount()};
 }
 
-/// What caches may take. Sanitizers have a heap that is not looked at.
-constexpr int cachesKilobytes = 1024;
+int heapKilobytes()
+{
+    const auto heap = mallinfo2();
+    return static_cast<int>((heap.uordblks + heap.hblkhd) / 1024);
+}
+constexpr int cachesKilobytes = 1024; ///< May come on top.
 } // namespace
 
 /// A station that tests one unit after the other all day, with cables that come out.
@@ -58,7 +56,7 @@ private Q_SLOTS:
         SimulatedUnit unit;
         const StateWatch watch(window);
         int heap = 0;
-        QVector<int> open;
+        QVector<int> before;
         for (int i = 1; i <= units; ++i) {
             connectUnit(window, unit);
             pullCable(window, unit, i);
@@ -70,10 +68,10 @@ private Q_SLOTS:
             QVERIFY(!QTest::currentTestFailed());
             if (i == figures::count(4, 250)) {
                 heap = heapKilobytes();
-                open = openThings();
+                before = held();
             }
         }
-        QCOMPARE(openThings(), open);
+        QCOMPARE(held(), before);
         QVERIFY(heapKilobytes() <= heap + cachesKilobytes);
         figures::print("cable pulled and put back", units, 0,
                        QString("heap after a quarter: %1 kB, at the end: %2 kB")
@@ -137,8 +135,8 @@ private Q_SLOTS:
             stop = true;
             flood.join();
             QCOMPARE(status, 0);
-            ports = i == 0 ? openThings().last() : ports;
-            QCOMPARE(openThings().last(), ports);
+            ports = i == 0 ? held().last() : ports;
+            QCOMPARE(held().last(), ports);
         }
         figures::print("exits in a flood, notice open", rounds, 0);
     }

@@ -66,18 +66,11 @@ private Q_SLOTS:
     /// The unit over the sequencer in memory.
     void unitPlaysWholeRuns()
     {
-        for (const bool marker : {false, true}) {
-            Program unit(ZORVI_UNIT_IN_MEMORY,
-                         QString("--runs 2 --delay 0 --pace 100000") + (marker ? " --tarvek" : ""));
+        const QString options = "--runs 2 --delay 0 --pace 100000";
+        for (const auto& [marker, components] : {std::pair("", 2 * 42), {" --tarvek", 2 * 43}}) {
+            Program unit(ZORVI_UNIT_IN_MEMORY, options + marker);
             QVERIFY2(unit.status() == 0, qPrintable(unit.errors));
-            QStringList components;
-            for (const QString& line : unit.output.split('\n').filter("Component "))
-                components << line.section(' ', 1, 1);
-            QStringList order;
-            for (int component = 0; component < 44; ++component)
-                if (component != 39 && (component != 18 || marker))
-                    order << QString::number(component);
-            QCOMPARE(components, order + order);
+            QCOMPARE(unit.output.count("Component "), components);
         }
     }
 
