@@ -46,16 +46,6 @@ void add(Samples& mix, const Layer& layer, std::size_t at, double stop, double r
 }
 } // namespace
 
-void ask(AudioEngine& engine, char request)
-{
-    if (request == 'b')
-        engine.slot_Beep();
-    if (request == 'c')
-        engine.slot_Click();
-    if (request == 'd')
-        engine.slot_Ding();
-}
-
 QString soundPath(const QString& sound)
 {
     return QCoreApplication::applicationDirPath() + "/Zorvi_AssemblyTest_" + sound + ".wav";

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "audio/audioengine.h"
+#include <QString>
 
 #include <vector>
 
@@ -20,8 +20,6 @@ struct Begin {
     char request;
     std::size_t at = 0;
 };
-
-void ask(AudioEngine& engine, char request);
 
 /// "Beep", "Click" or "Bell": the file beside the test.
 QString soundPath(const QString& sound);

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "audio/audioengine.h"
 #include "audio/beepdebounce.h"
+#include "audio/soundfiles.h"
 #include "tests/audio/expectedsound.h"
 
 #include <QtTest>
@@ -25,6 +27,16 @@ Samples play(AudioEngine& engine, std::size_t samples, int blockSize = 512, int 
     }
     return heard;
 }
+
+void ask(AudioEngine& engine, char request)
+{
+    if (request == 'b')
+        engine.slot_Beep();
+    if (request == 'c')
+        engine.slot_Click();
+    if (request == 'd')
+        engine.slot_Ding();
+}
 } // namespace
 
 /// The engine alone: no device, its blocks are asked for by the test.
@@ -41,54 +53,48 @@ private Q_SLOTS:
         engine->prepareToPlay(512, fileRate);
     }
 
-    void requestsSoundInLayers_data()
-    {
-        QTest::addColumn<QByteArray>("requests"); // one for each block
-        QTest::addColumn<double>("rate");
-        QTest::addColumn<int>("blockSize");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<bool>("allHeard");
-        const auto row = [](const char* name, const QByteArray& requests, double rate = fileRate,
-                            int blockSize = 512, int channels = 2, bool allHeard = true) {
-            QTest::newRow(name) << requests << rate << blockSize << channels << allHeard;
-        };
-        row("a note stops the one like it alone", "dcbcd");
-        row("blocks of one sample", "c", fileRate, 1);
-        row("48 kHz device", "b", 48000, 480);
-        row("rate with a fraction, long blocks", "d", 192000.9, 8192);
-        row("mono device", "b", fileRate, 512, 1);
-        row("a fader swept in half a second", "d..c..c..c..c..c..cbdc..c..c..c..c..c..cd");
-        // Stopped notes keep their voices, of which there are 39, until their samples end: a ding
-        // one, a click one for its bell. The beep at the end finds three for its layers.
-        row("39 voices", "cc" + QByteArray(34, 'd') + 'b');
-        row("40: a click ends", "cc" + QByteArray(35, 'd') + 'b', fileRate, 512, 2, false);
-        row("all taken by dings", QByteArray(60, 'd') + 'b');
-        row("all taken by clicks", QByteArray(45, 'c') + 'b');
-    }
-
     /// Three requests for one block are one, and a block without a buffer leaves them be.
     void requestsSoundInLayers()
     {
-        QFETCH(QByteArray, requests);
-        QFETCH(double, rate);
-        QFETCH(int, blockSize);
-        QFETCH(int, channels);
-        QFETCH(bool, allHeard);
-        engine->prepareToPlay(blockSize, rate);
-        std::vector<Begin> begins;
-        Samples heard = play(*engine, 1000, blockSize, channels);
-        QCOMPARE(peak(heard), 0.0);
-        for (const char request : requests) {
-            for (int i = 0; i < 3; ++i)
-                ask(*engine, request);
-            engine->getNextAudioBlock({nullptr, 0, blockSize});
-            begins.push_back({request, heard.size()});
-            heard = play(*engine, 1, blockSize, channels, heard);
+        struct Row {
+            QByteArray requests; ///< One for each block.
+            double rate = fileRate;
+            int blockSize = 512;
+            int channels = 2;
+            bool allHeard = true;
+        };
+        const QByteArray dings(60, 'd');
+        const Row rows[] = {
+            {"dcbcd"}, // a note stops the one like it alone
+            {"c", fileRate, 1, 1},
+            {"b", 48000, 480},
+            {"d", 192000.9, 8192},
+            {"d..c..c..c..c..c..cbdc..c..c..c..c..c..cd"}, // a fader swept in half a second
+            // Stopped notes keep their voices, of which there are 39, until their samples end: a
+            // ding one, a click one for its bell. The beep at the end finds three for its layers;
+            {"cc" + dings.left(34) + 'b'},
+            {"cc" + dings.left(35) + 'b', fileRate, 512, 2, false}, // here a click ends for them.
+            {dings + 'b'},
+            {QByteArray(45, 'c') + 'b'},
+        };
+        for (const auto& [requests, rate, blockSize, channels, allHeard] : rows) {
+            init();
+            engine->prepareToPlay(blockSize, rate);
+            std::vector<Begin> begins;
+            Samples heard = play(*engine, 1000, blockSize, channels);
+            QCOMPARE(peak(heard), 0.0);
+            for (const char request : requests) {
+                for (int i = 0; i < 3; ++i)
+                    ask(*engine, request);
+                engine->getNextAudioBlock({nullptr, 0, blockSize});
+                begins.push_back({request, heard.size()});
+                heard = play(*engine, 1, blockSize, channels, heard);
+            }
+            const auto expected = mixOf(begins, std::floor(rate));
+            heard = play(*engine, expected.size(), blockSize, channels, heard);
+            QVERIFY2((distance(heard, expected) < inaudible) == allHeard, requests);
+            QVERIFY2(peak(heard) > 50 * inaudible && peak(heard) < 1.0, requests);
         }
-        const auto expected = mixOf(begins, std::floor(rate));
-        heard = play(*engine, expected.size(), blockSize, channels, heard);
-        QCOMPARE(distance(heard, expected) < inaudible, allHeard);
-        QVERIFY(peak(heard) > 50 * inaudible && peak(heard) < 1.0);
     }
 
     /// Off silences at once and drops requests; on goes on where the bell stood.
@@ -156,6 +162,54 @@ private Q_SLOTS:
         QVERIFY(!isHeard());               // the first after the pause
         QVERIFY(isHeard());                // from here the time is counted anew,
         QVERIFY(QTest::qWaitFor(isHeard)); // but not from those that are dropped meanwhile
+    }
+
+    /// Of a sound file as it may be ten seconds are played; one that cannot be played is named.
+    void soundFiles()
+    {
+        QProcess sox; // writes to a pipe: the header cannot know the length
+        sox.start("sox", {soundPath("Bell"), "-t", "wav", "-", "repeat", "8"});
+        QVERIFY(sox.waitForFinished());
+        const QByteArray streamed = sox.readAllStandardOutput();
+        QByteArray promisesNone = streamed;
+        promisesNone.replace(40, 4, QByteArray(4, '\0'));
+        const auto write = [](const QString& path, const QByteArray& contents) {
+            QFile file(path);
+            file.open(QIODevice::WriteOnly);
+            file.write(contents);
+        };
+
+        QFile bell(soundPath("Bell"));
+        QVERIFY(bell.open(QIODevice::ReadOnly));
+        const QByteArray original = bell.readAll();
+        double worst = 0.0;
+        for (const auto& contents : {streamed, original.chopped(2), original.left(46)}) {
+            write(bell.fileName(), contents);
+            init();
+            engine->slot_Ding();
+            worst = std::max(worst, distance(play(*engine, 500000), mixOf({{'d'}})));
+        }
+        write(bell.fileName(), original);
+        QVERIFY(worst < inaudible);
+
+        const QTemporaryDir folder;
+        const QDir installed = QFileInfo(bell).dir();
+        const QStringList sounds = installed.entryList({"*.wav"});
+        for (const QString& name : sounds)
+            QVERIFY(QFile::copy(installed.filePath(name), folder.filePath(name)));
+        for (const QString& name : sounds) {
+            const QString path = folder.filePath(name);
+            for (const auto& contents : {QByteArray(), QByteArray(5000, 'x'), streamed.left(20),
+                                         streamed.left(44), promisesNone}) {
+                write(path, contents);
+                QVERIFY(soundFileProblem(folder.path()).contains(path));
+            }
+            QVERIFY(QFile::remove(path));
+            const QString problem = soundFileProblem(folder.path());
+            QVERIFY(problem.contains(path) && !problem.contains('\n'));
+            write(path, streamed.left(46));
+            QCOMPARE(soundFileProblem(folder.path()), QString());
+        }
     }
 };
 

@@ -28,18 +28,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto lines = testlog::lines(serial, QDate(2026, 1, 1).startOfDay(), {});
     testlog::write(testlog::path(application, serial), lines);
 
-    int wrong = lines.at(1).contains(serial) ? 0 : 1;
+    bool isRight = lines.at(1).contains(serial);
     int files = 0;
-    QDirIterator found(folder.path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+    QDirIterator found(folder.path(), QDir::Files | QDir::System | QDir::Hidden,
                        QDirIterator::Subdirectories);
     while (found.hasNext()) {
         const QString path = found.next();
-        if (found.fileInfo().isDir() && logs.startsWith(path))
-            continue;
-        wrong += found.fileInfo().path() == logs && ++files == 1 ? 0 : 1;
+        isRight = isRight && found.fileInfo().path() == logs && ++files == 1;
         QFile::remove(path);
     }
-    if (wrong > 0)
+    if (!isRight)
         std::abort();
     return 0;
 }

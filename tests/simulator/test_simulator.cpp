@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "demo/logcheck.h"
+#include "demo/panelrun.h"
+#include "simulator/unitplayer.h"
+#include "tests/support/expectedlog.h"
+#include "tests/support/station.h"
+
+#include <QSignalSpy>
+
+namespace
+{
+using Action = UnitStep::Action;
+
+/// What the unit's makers know of its faults.
+bool canBeCovered(const QString& fault, int faulty, int component, int band)
+{
+    if (fault == "swapped")
+        return component != faulty && component != faulty + 1;
+    const bool isButton = faulty >= 9 && faulty < 40;
+    const QMap<QString, bool> covered{{"stuck", band == 6 && !isButton},
+                                      {"no-low-end", band != 0},
+                                      {"no-high-end", band != 12},
+                                      {"weak-button", band != 1}};
+    return component != faulty || covered.value(fault, true);
+}
+} // namespace
+
+class TestSimulator : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// The station's panels cover of a unit with a fault, on some component of each kind, what can
+    /// be covered of it, and the demo takes that log and no other.
+    void faults()
+    {
+        const QDateTime date({2026, 11, 21}, {7, 0});
+        PanelRun panels;
+        for (const QString& name : unitfault::names())
+            for (const int faulty : {3, 4, 11, 14, 41}) {
+                const UnitFault unit{*unitfault::fromName(name), faulty};
+                if (!unitfault::applies(unit.fault, faulty))
+                    continue;
+                const auto lines = testlog::lines("1", date, panels.coverageOf(unit, true));
+                QByteArray log = lines.join('\n').toLatin1() + '\n';
+                QCOMPARE(log,
+                         expectedLog("1", "Sat Nov 21 07:00:00 2026", [&](int component, int band) {
+                             return canBeCovered(name, faulty, component, band);
+                         }));
+                QCOMPARE(logcheck::differences(log, unit, true), QString());
+                QCOMPARE(logcheck::differences(log, unit, false),
+                         QString("component 18 differs in band 0 1"));
+                log.replace(log.lastIndexOf("Range 7: 1"), 10, "Range 7: 0");
+                QVERIFY(logcheck::differences(log, unit, true).endsWith(" differs in band 7"));
+                log.replace("Range 1: 1", "Range 1: 0.5");
+                QVERIFY(!logcheck::differences(log, unit, true).isEmpty());
+            }
+    }
+
+    void whereFaultsApply()
+    {
+        const auto places = [](Fault fault) {
+            QString list = unitfault::applies(fault, unitfault::defaultComponent(fault)) ? "" : "?";
+            for (int c = -1; c <= 44; ++c)
+                list += unitfault::applies(fault, c) ? 'x' : '-';
+            return list;
+        };
+        QCOMPARE(places(Fault::None), "-" + QString(39, 'x') + "-xxxx-");
+        QCOMPARE(places(Fault::NoHighEnd), "-" + QString(9, 'x') + QString(31, '-') + "xxxx-");
+        QCOMPARE(places(Fault::WeakButton), QString(10, '-') + QString(30, 'x') + "------");
+        QCOMPARE(places(Fault::TooEarly), "-" + QString(38, 'x') + "--xxx--");
+        QCOMPARE(places(Fault::Swapped), "-xxxxxxxx-xxxxxxxx--" + QString(19, 'x') + "--xxx--");
+        QVERIFY(!unitfault::fromName("Stuck").has_value());
+    }
+
+    void steps()
+    {
+        const auto bytes = [](const UnitStep& step) { return station::bytesOf(step.message); };
+        QCOMPARE(bytes(unitscript::good(9).back()), QByteArray::fromHex("800100"));
+        QCOMPARE(bytes(unitscript::good(10).back()), QByteArray::fromHex("900200"));
+        const auto early = unitfault::scriptFor(4, {Fault::TooEarly, 4});
+        QCOMPARE(bytes(early.front()), QByteArray::fromHex("B00600"));
+        const auto pulled = unitfault::scriptFor(1, {Fault::CablePulled, 1});
+        QVERIFY(pulled.at(64).action == Action::Unplug && pulled.at(65).action == Action::Replug);
+        QVERIFY(unitfault::scriptFor(14, {Fault::Chatter, 14}).size() > 10);
+        QVERIFY(unitfault::scriptFor(6, {Fault::Flood, 6}).size() > 2000);
+    }
+
+    /// At its pace, with the cable's pauses; a script that is replaced is given up.
+    void playsAScript()
+    {
+        SimulatedUnit unit;
+        QVERIFY(unit.plug());
+        MainWindow window;
+        window.slot_PollDevices();
+        const station::Hearing hearing(window);
+        UnitPlayer player(unit);
+        const QSignalSpy finished(&player, SIGNAL(signal_Finished()));
+        player.setPace(1);
+        player.play(UnitScript(100, {Action::Send, {0xB0, 1, 1}}));
+        player.setPace(1000);
+        player.setCablePause(200);
+        UnitScript script(500, {Action::Send, {0xB0, 2, 2}});
+        script.push_back({Action::Unplug, {}});
+        script.push_back({Action::Replug, {}});
+        QElapsedTimer time;
+        time.start();
+        player.play(script);
+        QTRY_VERIFY(!unit.isPlugged());
+        QVERIFY2(time.elapsed() >= 450, "half a second of messages came too fast");
+        QTRY_COMPARE(hearing.messages, QVector<QByteArray>(500, "\xB0\x02\x02"));
+        QCOMPARE(finished.count(), 0);
+        QTRY_COMPARE(finished.count(), 1);
+        QVERIFY(unit.isPlugged() && !player.isPlaying());
+    }
+};
+
+QTEST_MAIN(TestSimulator)
+#include "test_simulator.moc"
