@@ -50,11 +50,11 @@ QString StateWatch::problem() const
         const auto bands = coveredBands(*panel);
         const auto* frame = panel->findChild<QFrame*>("frame");
         const bool raised = panel->children().last() == frame;
-        const bool lowered = panel->children().first() == frame;
         const QString style = frame->styleSheet();
 
         const bool untested = style.contains("rgba(20,20,20,200)") && raised && bands.isEmpty();
-        const bool underTest = style.contains("blue") && lowered && bands.size() < count;
+        const bool underTest =
+            style.contains("blue") && panel->children().first() == frame && bands.size() < count;
         const bool done = style.contains("rgba(0,255,0,200)") && raised;
         const bool fits = c == 39 || c > armed ? untested : c == armed ? underTest : done;
         if (!fits || panel->coverage().size() != count || bands.contains(-1))
