@@ -70,7 +70,7 @@ private Q_SLOTS:
             {"dcbcd"}, // a note stops the one like it alone
             {"c", fileRate, 1, 1},
             {"b", 48000, 480},
-            {"d", 192000.9, 8192},
+            {"d", 8000.9, 8192},
             {"d..c..c..c..c..c..cbdc..c..c..c..c..c..cd"}, // a fader swept in half a second
             // Stopped notes keep their voices, of which there are 39, until their samples end: a
             // ding one, a click one for its bell. The beep at the end finds three for its layers;

@@ -84,8 +84,6 @@ private Q_SLOTS:
         QCOMPARE(bytes(early.front()), QByteArray::fromHex("B00600"));
         const auto pulled = unitfault::scriptFor(1, {Fault::CablePulled, 1});
         QVERIFY(pulled.at(64).action == Action::Unplug && pulled.at(65).action == Action::Replug);
-        QVERIFY(unitfault::scriptFor(14, {Fault::Chatter, 14}).size() > 10);
-        QVERIFY(unitfault::scriptFor(6, {Fault::Flood, 6}).size() > 2000);
     }
 
     /// At its pace, with the cable's pauses; a script that is replaced is given up.
