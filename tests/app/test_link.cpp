@@ -41,7 +41,7 @@ private Q_SLOTS:
             QCOMPARE(labelAfterPoll(window), notConnected);
             QCOMPARE(portTable().clientCount(), 0);
             portTable().setAbsent(false);
-            SimulatedUnit unit;
+            SimulatedUnit unit("Zorvi_Control", SimulatedUnit::Ports::OnlySending);
             QVERIFY(unit.plug());
             ports = portTable().portCount();
             QCOMPARE(labelAfterPoll(window), connected);
