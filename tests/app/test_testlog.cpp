@@ -261,10 +261,11 @@ private Q_SLOTS:
     {
         const QStringList left{"ZORVI_1.txt.aBcDeF", "ZORVI_a b.txt.QQqqQQ",
                                ".zorvi_log_in_the_making_0123"};
-        const QStringList kept{"ZORVI_1.txt",         "ZORVI_1.txt.backup",  "ZORVI_1.txt.Backup",
-                               "ZORVI_1.txt.BACKUP",  "ZORVI_1.txt.aBcDe",   "ZORVI_1.txt.aBcDe1",
-                               "ZORVI_1.txt.aBcDeFg", "ZORVI_1.txt.aBcDeF~", "ZORVI_1.aBcDeF",
-                               "notes.txt.aBcDeF",    "ZORVI_2.txt.aBcDeF"};
+        const auto kept = QString("ZORVI_1.txt ZORVI_1.txt.backup ZORVI_1.txt.Backup "
+                                  "ZORVI_1.txt.BACKUP ZORVI_1.txt.aBcDe ZORVI_1.txt.aBcDe1 "
+                                  "ZORVI_1.txt.aBcDeFg ZORVI_1.txt.aBcDeF~ ZORVI_1.aBcDeF "
+                                  ".notes notes.txt.aBcDeF ZORVI_2.txt.aBcDeF")
+                              .split(' ');
         for (const QString& name : left + kept) {
             QFile file(logs.filePath(name));
             QVERIFY(file.open(QIODevice::WriteOnly));
