@@ -6,7 +6,7 @@
 #include "benchmarks/bare.h"
 #include "benchmarks/row.h"
 #include "benchmarks/shown.h"
-#include "simulator/unitscript.h"
+#include "simulator/unitfault.h"
 
 #include <QCoreApplication>
 #include <QFile>
