@@ -94,6 +94,16 @@ private Q_SLOTS:
         QVERIFY(hears("b"));
     }
 
+    void checkBoxSwitchesTheSound()
+    {
+        station::click(*window, "audioOnOff");
+        Q_EMIT window->signal_Ding();
+        QVERIFY(hears(""));
+        station::click(*window, "audioOnOff");
+        Q_EMIT window->signal_Ding();
+        QVERIFY(hears("d"));
+    }
+
     /// The sound is let go before anything of it is deleted.
     void windowsGoWhileTheyPlay()
     {
