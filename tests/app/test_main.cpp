@@ -62,7 +62,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         window = qobject_cast<MainWindow*>(QApplication::topLevelWidgets().value(0));
-        QVERIFY(window != nullptr && QTest::qWaitForWindowActive(window));
+        QVERIFY(window != nullptr);
+        QVERIFY(QTest::qWaitForWindowActive(window));
         QVERIFY(window->qt_metacast("MidiInputCallback") != nullptr);
         field = window->findChild<QLineEdit*>("serialNumber");
         QVERIFY(!leftover.exists());
