@@ -62,7 +62,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         window = qobject_cast<MainWindow*>(QApplication::topLevelWidgets().value(0));
-        QVERIFY(window != nullptr);
+        if (window == nullptr)
+            QFAIL("the station has no window");
         QVERIFY(QTest::qWaitForWindowActive(window));
         QVERIFY(window->qt_metacast("MidiInputCallback") != nullptr);
         field = window->findChild<QLineEdit*>("serialNumber");
