@@ -13,16 +13,16 @@
 namespace
 {
 struct Layer {
-    char request;
     const char* sound;
     int semitones; ///< Up from the file's own pitch.
+    char request;
     double level;
     double fadeSeconds; ///< At its start, and when it is stopped.
 };
 constexpr Layer layers[] = {
-    {'b', "Beep", 0, 100 / 127.0, 0.005},  {'b', "Click", -1, 100 / 127.0, 0.01},
-    {'b', "Bell", -2, 100 / 127.0, 0.005}, {'c', "Click", 0, 20 / 127.0, 0.01},
-    {'c', "Bell", -1, 20 / 127.0, 0.005},  {'d', "Bell", 0, 50 / 127.0, 0.005}};
+    {"Beep", 0, 'b', 100 / 127.0, 0.005},  {"Click", -1, 'b', 100 / 127.0, 0.01},
+    {"Bell", -2, 'b', 100 / 127.0, 0.005}, {"Click", 0, 'c', 20 / 127.0, 0.01},
+    {"Bell", -1, 'c', 20 / 127.0, 0.005},  {"Bell", 0, 'd', 50 / 127.0, 0.005}};
 
 /// Adds a layer that is stopped after so many samples.
 void add(Samples& mix, const Layer& layer, std::size_t at, double stop, double rate)
