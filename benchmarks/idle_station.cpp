@@ -7,7 +7,7 @@
 
 #include <QApplication>
 
-/// The station with a unit connected that nobody works.
+/// The station with an idle unit connected.
 int main(int argc, char* argv[])
 {
     fitCaptionsToLayout();

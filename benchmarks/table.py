@@ -8,7 +8,7 @@ Usage: table.py MERGED FILE...
 A figure is the smallest of its repetitions: whatever else the machine did meanwhile only ever adds
 to it, and the repetitions of all rows were taken in random order, so both sides of a row had the
 same chances. The last column tells how far the repetitions lay apart, station / floor: the median
-over the smallest. How a cost grows ("growth, THINGS/HOW MANY") gets a table of its own.
+over the smallest. How a cost grows ("growth, THINGS/HOW MANY") has a separate table.
 """
 
 import json

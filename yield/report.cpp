@@ -137,7 +137,7 @@ private:
         report.total += tally;
     }
 
-    /// As if each attempt were at a unit of its own; readRepeatedUnits puts the others right.
+    /// Counts each attempt as one unit; readRepeatedUnits corrects the units with several.
     bool countAttempts()
     {
         QSqlQuery query(database);

@@ -5,7 +5,7 @@
 # To be sourced, by scripts that run as root: a fresh Debian in the folder $root.
 : "${root:?}"
 
-# Runs a command with mounts and processes of its own: they end with it, and when this script is
+# Runs a command with private mounts and processes: they end with it, and when this script is
 # interrupted.
 contained() {
     local child status=0

@@ -52,7 +52,7 @@ private Q_SLOTS:
     }
 
     /// A connected station has one port open, its input, and none after the cable or the window
-    /// went. An input that is opened right after another one closed is not deaf.
+    /// went. An input that is opened right after another one closed receives messages.
     void openPorts()
     {
         unitlink::keepInputThreadRunning();

@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(QFile::copy(ZORVI_STATION, program));
         QProcess station;
         station.start(program, QStringList());
-        QVERIFY2(station.waitForFinished(20000), "waits for an answer that nobody gives");
+        QVERIFY2(station.waitForFinished(20000), "the message box does not close by itself");
         QVERIFY(station.exitStatus() == QProcess::NormalExit && station.exitCode() == 1);
         QCOMPARE(QString(station.readAllStandardError()).count(folder.path()), 1);
     }

@@ -145,7 +145,7 @@ private Q_SLOTS:
         see("passed");
         for (const int queued : {component - 1, component}) {
             panel->slot_QueueComponent(queued);
-            receive(); // deaf even to what would beep
+            receive(); // no beep either
         }
         see("queued again");
         panel->slot_Skip(component);

@@ -14,7 +14,7 @@ protected:
     void setupChildProcess() override;
 };
 
-/// A real PostgreSQL server in a folder and at a port of its own.
+/// A real PostgreSQL server in a temporary folder and at a free port.
 class PostgresServer
 {
 public:
