@@ -5,9 +5,6 @@
 # The sounds of a run, recorded from the other end of a loopback card that is the default device.
 . "$(dirname "$0")/station.sh"
 
-# An emulated machine that is idle lets its clock jump when this one is busy, and the recording gets
-# holes. So it is never idle.
-chrt --idle 0 bash -c 'while true; do :; done' &
 modprobe snd-aloop index=0 pcm_substreams=1
 # Straight to the card: what comes out of its other end has not been mixed or resampled.
 echo 'pcm.!default { type plug slave.pcm "hw:Loopback,0" }' > /root/.asoundrc

@@ -11,16 +11,15 @@ set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 project=$(readlink -f "$here/../..")
 system=$project/build/system
-longest=1200 # seconds, for a busy machine; it takes about a third of that
+longest=1200 # seconds, for a busy machine; it takes less than half of that
 
 fail() {
     echo "system: $*" >&2
     exit 1
 }
 
-# Emulated, each instruction takes 2 ns of that machine's own time, however busy this one is.
 kernel='' group=''
-processor=(-accel tcg -cpu max -smp 1 -icount shift=1)
+processor=(-accel tcg -cpu max -smp 2)
 while [ $# -gt 0 ]; do
     case "$1" in
         --kernel) kernel=${2:?--kernel takes a version} && shift ;;
