@@ -29,7 +29,7 @@ trap 'rm -rf "$parts"' EXIT
 measure() { # where the result goes, the rows, then what is measured how often
     local command=() name=$1 rows=$2
     # On one core, so that it does not matter which one the other thread or the X server happens to
-    # be on; but whole processes as they come.
+    # be on; but whole processes, and what zorvi_yield does, as they come.
     [ "$name" = processes ] || command=(taskset -c $(($(nproc) - 1)))
     QT_QPA_PLATFORM=xcb "${command[@]}" $binaries/zorvi_benchmarks --benchmark_filter="$rows" \
         "${@:3}" --benchmark_out_format=json --benchmark_out="$parts/$name.json" \
@@ -46,8 +46,8 @@ fi
 short=(--benchmark_repetitions=40 --benchmark_min_time=0.02
     --benchmark_enable_random_interleaving=true)
 results=build/bench.json
-measure station '-^growth|^process start|^idle|^report' "${short[@]}"
-measure processes '^process start|^idle|^report' "${short[@]}"
+measure station '-^growth|^process start|^idle|^log read|^report' "${short[@]}"
+measure processes '^process start|^idle|^log read|^report' "${short[@]}"
 benchmarks/table.py "$results" "$parts"/{station,processes}.json
 [ -z "$compare" ] ||
     /usr/bin/python3 /usr/share/benchmark/compare.py --no-color --display_aggregates_only \
