@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <csignal>
+#include <thread>
 
 #include <sys/time.h>
 
@@ -146,6 +147,19 @@ private Q_SLOTS:
         timer = {};
         setitimer(ITIMER_REAL, &timer, nullptr);
         QVERIFY(buffer.getMagnitude(0, 4096) > 0.05F);
+    }
+
+    /// What the station's threads do to the engine, for the thread sanitizer to look at.
+    void threads()
+    {
+        std::thread audio([this] { play(*engine, 500000); });
+        for (int i = 0; i < 60000; ++i) {
+            ask(*engine, "bcd"[i % 3]);
+            engine->slot_SetAudioOnOff(i % 64 != 0);
+        }
+        audio.join();
+        engine->slot_Ding();
+        QVERIFY(peak(play(*engine, 4096)) > 0.05);
     }
 
     void debounce()

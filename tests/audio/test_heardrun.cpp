@@ -84,18 +84,12 @@ private Q_SLOTS:
         }
     }
 
-    void signalsOfTheWindow()
+    void signalsAndSwitchOfTheWindow()
     {
         Q_EMIT window->signal_Click();
         QVERIFY(hears("c"));
-        Q_EMIT window->signal_Ding();
-        QVERIFY(hears("d"));
         Q_EMIT window->signal_Beep();
         QVERIFY(hears("b"));
-    }
-
-    void checkBoxSwitchesTheSound()
-    {
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
         QVERIFY(hears(""));
