@@ -51,33 +51,6 @@ private Q_SLOTS:
         QCOMPARE(portTable().portCount(), ports - 1 + 1);
     }
 
-    /// A connected station has one port open, its input, and none after the cable or the window
-    /// went. An input that is opened right after another one closed receives messages.
-    void openPorts()
-    {
-        unitlink::keepInputThreadRunning();
-        const int idle = portTable().portCount();
-        SimulatedUnit unit;
-        {
-            MainWindow window;
-            for (int i = 0; i < 3; ++i) {
-                QVERIFY(unit.plug());
-                for (int poll = 0; poll < 2; ++poll) { // still there: nothing changes
-                    QCOMPARE(labelAfterPoll(window), connected);
-                    QCOMPARE(portTable().portCount(), idle + 3); // with the unit's two
-                    QVERIFY(station::hears(window, unit));
-                }
-                unit.unplug();
-                QCOMPARE(station::deviceLabel(window), connected); // until the next poll
-                QCOMPARE(labelAfterPoll(window), notConnected);
-                QCOMPARE(portTable().portCount(), idle);
-            }
-            QVERIFY(unit.plug());
-            QCOMPARE(labelAfterPoll(window), connected);
-        }
-        QCOMPARE(portTable().portCount(), idle + 2);
-    }
-
     /// Also without an output port, and also after a window that went while connected.
     void names()
     {

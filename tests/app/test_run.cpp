@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/support/expectedlog.h"
 #include "tests/support/station.h"
 
 #include <QAbstractEventDispatcher>
@@ -42,20 +41,6 @@ struct FiredTimers : QObject {
     }
     QSet<QString> fired;
 };
-
-/// Compares the log with what is expected, its date aside, which must be a date of just now, and
-/// removes it.
-void compareLog(const std::function<bool(int)>& covered)
-{
-    QFile file(QCoreApplication::applicationDirPath() + "/Logs/ZORVI_run .txt");
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray log = file.readAll();
-    const QByteArray date = log.split('\n').value(3).split('\t').value(2);
-    const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
-    QVERIFY(written.isValid() && qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
-    QCOMPARE(log, expectedLog("run ", date, covered));
-    QVERIFY(file.remove());
-}
 
 /// The worker threads of this process that Qt has not named otherwise.
 QVector<pid_t> workerThreads()
@@ -107,13 +92,13 @@ private Q_SLOTS:
         station::setSerial(window, "run "); // as it is typed
         station::receive(window, passingMessages(0) + passingMessages(1));
         station::click(window, "log");
-        compareLog([](int c) { return c <= 1; });
+        station::compareLog("run ", [](int c) { return c <= 1; });
         QCOMPARE(watch.problem(), QString());
         Journal journal(window);
         station::click(window, "startTest");
         QCOMPARE(watch.problem(), QString());
         station::click(window, "log");
-        compareLog([](int) { return false; });
+        station::compareLog("run ", [](int) { return false; });
         window.slot_RestartTest();
         QCOMPARE(journal.take(), restart + restart);
 
@@ -143,13 +128,13 @@ private Q_SLOTS:
         }
         QTRY_COMPARE(journal.entries.size(), expected.size());
         QCOMPARE(journal.take(), expected);
-        compareLog(isWorked);
+        station::compareLog("run ", isWorked);
 
         // A skip while the notice is pending: the log once more, and a second notice. Each notice
         // restarts the run.
         station::click(window, "skipSensorButton");
         QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
-        compareLog(isWorked);
+        station::compareLog("run ", isWorked);
         QStringList notices;
         QTimer closing;
         closing.callOnTimeout([&notices] {

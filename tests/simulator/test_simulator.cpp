@@ -75,17 +75,6 @@ private Q_SLOTS:
         QVERIFY(!unitfault::fromName("Stuck").has_value());
     }
 
-    void steps()
-    {
-        const auto bytes = [](const UnitStep& step) { return station::bytesOf(step.message); };
-        QCOMPARE(bytes(unitscript::good(9).back()), QByteArray::fromHex("800100"));
-        QCOMPARE(bytes(unitscript::good(10).back()), QByteArray::fromHex("900200"));
-        const auto early = unitfault::scriptFor(4, {Fault::TooEarly, 4});
-        QCOMPARE(bytes(early.front()), QByteArray::fromHex("B00600"));
-        const auto pulled = unitfault::scriptFor(1, {Fault::CablePulled, 1});
-        QVERIFY(pulled.at(64).action == Action::Unplug && pulled.at(65).action == Action::Replug);
-    }
-
     /// At its pace, with the cable's pauses; a script that is replaced is given up.
     void playsAScript()
     {

@@ -3,6 +3,8 @@
 
 #include "tests/support/station.h"
 
+#include "tests/support/expectedlog.h"
+
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -88,6 +90,18 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
 {
     for (const auto& message : messages)
         window.handleIncomingMidiMessage(nullptr, message);
+}
+
+void station::compareLog(const QString& serial, const std::function<bool(int)>& covered)
+{
+    QFile file(QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray log = file.readAll();
+    const QByteArray date = log.split('\n').value(3).split('\t').value(2);
+    const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
+    QVERIFY(written.isValid() && qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
+    QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, covered));
+    QVERIFY(file.remove());
 }
 
 QMessageBox* station::openNotice()

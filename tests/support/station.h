@@ -38,6 +38,9 @@ void setSerial(const MainWindow& window, const QString& serial);
 void click(const MainWindow& window, const QString& button);
 /// Plays a unit's messages to the window, on this thread.
 void receive(MainWindow& window, const QVector<MidiMessage>& messages);
+/// Compares the log of a serial number with what is expected, the bands of which components are
+/// covered and a date of just now, and removes it.
+void compareLog(const QString& serial, const std::function<bool(int)>& covered);
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 
