@@ -19,7 +19,8 @@
 
 namespace
 {
-constexpr int logCount = 4 * logimport::batchSize;
+/// So many batches that the first, which is read while nothing is stored yet, weighs little.
+constexpr int logCount = 10 * logimport::batchSize;
 
 /// Logs of as many units, one in twenty with a band missed, and a database that waits for them.
 class Line

@@ -9,9 +9,8 @@ cd "$(dirname "$0")/.."
 runs=$(mktemp -d)
 trap 'rm -rf "$runs"' EXIT
 
-for drawing in house threads; do
-    dot -Tsvg "docs/pictures/$drawing.dot" -o "docs/pictures/$drawing.svg"
-done
+docs/draw_house.sh
+dot -Tsvg docs/pictures/threads.dot -o docs/pictures/threads.svg
 
 run() { # folder, more options of the demo
     xvfb-run -a -s '-screen 0 1280x800x24' \

@@ -28,7 +28,7 @@ make_root() { # suite
     local suite=$1 mirror
     # shellcheck disable=SC2016 # apt-get fills in the address
     mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Label: Debian' |
-        head -n 1)
+        sed -n 1p)
     [ ! -e "$root" ] || rm -rf --one-file-system "$root"
     mkdir -p "$root" "$root.packages"
     debootstrap --variant=minbase --cache-dir="$(readlink -f "$root.packages")" "$suite" "$root" \

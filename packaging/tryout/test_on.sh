@@ -2,10 +2,11 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: test_on.sh SUITE   (as root)
+# usage: test_on.sh SUITE [COMMAND]   (as root)
 #
-# Clones HEAD into a fresh Debian of that suite in build/debian/SUITE and runs "./dev test" there.
-# The Debian is removed when all tests passed, and left to be looked at when not.
+# Clones HEAD into a fresh Debian of that suite in build/debian/SUITE and runs "./dev COMMAND" there:
+# test, which is the default, lint or demo. The Debian is removed when that succeeded, and left to be
+# looked at when not.
 set -euo pipefail
 self=$(readlink -f "$0")
 cd "$(dirname "$self")/../.."
@@ -20,25 +21,33 @@ case "$suite" in
     bookworm | trixie) ;;
     *) fail "which Debian? bookworm or trixie" ;;
 esac
+command=${2:-test}
+case "$command" in
+    test | lint) groups="build $command" ;;
+    demo) groups=build ;;
+    *) fail "which command? test, lint or demo" ;;
+esac
 root=build/debian/$suite
 # shellcheck source=packaging/tryout/debian_root.sh
 . packaging/tryout/debian_root.sh
 
-if [ "${2:-}" = contained ]; then
+if [ "${3:-}" = contained ]; then
     echo "test-on: making a fresh $suite in $root"
     make_root "$suite"
     git clone -q . "$root/station"
     mount_root
     mkdir -p build/debian/ccache "$root/var/cache/ccache"
     mount --bind build/debian/ccache "$root/var/cache/ccache"
-    inside sh -c 'cd /station && ./dev setup build test'
-    inside_offline CCACHE_DIR=/var/cache/ccache sh -c 'cd /station && ./dev test'
+    start=$SECONDS
+    inside sh -c "cd /station && ./dev setup $groups"
+    echo "test-on: its packages took $((SECONDS - start)) s"
+    inside_offline CCACHE_DIR=/var/cache/ccache sh -c "cd /station && ./dev $command"
     exit
 fi
 
 git diff --quiet HEAD || echo "test-on: what is not committed is not tested"
 start=$SECONDS
-contained "$self" "$suite" contained ||
-    fail "failed on $suite after $((SECONDS - start)) s; what was built lies in $root/station"
+contained "$self" "$suite" "$command" contained ||
+    fail "$command failed on $suite after $((SECONDS - start)) s; what was built lies in $root/station"
 rm -rf --one-file-system "$root"
-echo "test-on: all tests passed on $suite, $((SECONDS - start)) s"
+echo "test-on: $command succeeded on $suite, $((SECONDS - start)) s"

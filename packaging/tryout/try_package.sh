@@ -38,16 +38,17 @@ cp "$library" "$root/tmp/unit.so"
 inside apt-get update -q
 inside apt-get install -q -y --no-install-recommends \
     /tmp/station.deb xvfb xauth xdotool
-inside useradd -m -G audio tester 2>/dev/null || true
-inside useradd -m stranger 2>/dev/null || true
-inside su stranger -c "touch $application/Logs/x" 2>/dev/null && fail "a stranger can write logs"
-rm -f "$root$log"
+inside useradd -m -G audio tester
+inside useradd -m stranger
+inside su stranger -c "ls $application/Logs" # may look, not write
+inside su stranger -c "touch $application/Logs/x" && fail "a stranger can write logs"
 
 cat > "$root/tmp/run.sh" <<RUN
 cd \$HOME
 LD_PRELOAD=/tmp/unit.so $application/zorvi_assembly_test &
 station=\$!
-window=\$(xdotool search --sync --name '0908 Zorvi Assembly Test' | head -n 1)
+window=\$(timeout 60 xdotool search --sync --name '0908 Zorvi Assembly Test' | head -n 1)
+[ -n "\$window" ] || { echo "the station shows no window" >&2; exit 1; }
 xdotool mousemove --window \$window 380 526 click 1 type TRYOUT
 for _ in \$(seq 60); do [ -s $log ] && break; sleep 0.5; done
 sleep 2

@@ -35,7 +35,7 @@ apt-get "${apt[@]}" update > "$work/update.log" 2>&1 || { cat "$work/update.log"
 
 if [ -n "$version" ]; then
     package=$(apt-cache "${apt[@]}" pkgnames linux-image- |
-        { grep -E "^linux-image-${version//./\\.}[0-9.+a-z~-]*-amd64\$" || true; } |
+        { grep -E "^linux-image-${version//./\\.}([.+~-][0-9.+a-z~-]*)?-amd64\$" || true; } |
         { grep -Ev -- '-(rt|cloud)-amd64$' || true; } | sort -V | tail -n 1)
 else
     package=$(apt-cache "${apt[@]}" depends linux-image-amd64 | sed -n 's/^ *Depends: //p')

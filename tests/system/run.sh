@@ -32,7 +32,7 @@ done
 [ "${processor[1]}" != kvm ] || [ -w /dev/kvm ] || fail "/dev/kvm is not there or not writable"
 [ -x "$project/build/release/bin/zorvi_assembly_test" ] || fail "no station in build/release/bin"
 
-linux=$system/linux-${kernel:-own}
+linux=$system/linux-${kernel:-$(sed -n s/^VERSION_CODENAME=//p /etc/os-release)}
 "$here/kernel.sh" "$linux" "$kernel"
 
 output=$system/output
