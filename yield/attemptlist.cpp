@@ -28,7 +28,7 @@ bool visitAll(QSqlDatabase& database, const QString& condition, const QVariantLi
     while (done && query.next()) {
         const auto marks = bandmarks::unpacked(query.value(5).toByteArray());
         if (!marks) {
-            error = QStringLiteral("the database holds marks that are none");
+            error = bandmarks::damaged();
             return false;
         }
         visit({query.value(0).toString(), query.value(2).toString(), query.value(3).toString(),

@@ -189,11 +189,10 @@ private:
             if (marks)
                 (units[serial].stored.*saves).push_back({query.value(1).toString(), *marks});
             else
-                errorText = QStringLiteral("the database holds marks that are none, for the "
-                                           "serial \"%1\"")
-                                .arg(serial);
+                errorText = bandmarks::damaged();
             isFound = true;
         }
+        check(!query.lastError().isValid(), query);
         query.finish();
         return isFound;
     }

@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QSysInfo>
+#include <QTemporaryFile>
 #include <QTextStream>
 
 #include <climits>
@@ -23,9 +24,6 @@
 
 namespace
 {
-constexpr int incompleteStatus = 1;
-constexpr int failureStatus = 2;
-
 const QString databaseOption = QStringLiteral("database");
 const QString stationOption = QStringLiteral("station");
 const QString tests18Option = QStringLiteral("tests-18");
@@ -38,7 +36,7 @@ const QString formatOption = QStringLiteral("format");
 int fail(const QString& text)
 {
     QTextStream(stderr) << QCoreApplication::applicationName() << ": " << text << Qt::endl;
-    return failureStatus;
+    return exitstatus::failed;
 }
 
 int importLogs(const QCommandLineParser& parser)
@@ -59,18 +57,19 @@ int importLogs(const QCommandLineParser& parser)
     const StopSignals stopSignals;
     LogWatch watch(request, out, errors);
     QObject::connect(
-        &watch, &LogWatch::signal_Hopeless, &watch, [] { QCoreApplication::exit(failureStatus); },
-        Qt::QueuedConnection);
+        &watch, &LogWatch::signal_Hopeless, &watch,
+        [] { QCoreApplication::exit(exitstatus::failed); }, Qt::QueuedConnection);
     watch.start();
     return QCoreApplication::exec();
 }
 
-/// An invalid date without the option; nothing, and an error, if it is no date.
+/// The date stays invalid without the option. False, with the reason in error, if the value is no
+/// date.
 bool readDate(const QCommandLineParser& parser, const QString& option, QDate& date, QString& error)
 {
     if (!parser.isSet(option))
         return true;
-    date = QDate::fromString(parser.value(option), Qt::ISODate);
+    date = QDate::fromString(parser.value(option), QStringLiteral("yyyy-MM-dd"));
     if (!date.isValid())
         error = QStringLiteral("--%1 takes a date such as 2026-11-21, not \"%2\"")
                     .arg(option, parser.value(option));
@@ -124,7 +123,21 @@ int showUnit(const QCommandLineParser& parser)
     if (!isFound)
         fail(QStringLiteral("no attempt at a unit with the serial \"%1\"")
                  .arg(attempttext::printable(serial)));
-    return isComplete ? 0 : incompleteStatus;
+    return isComplete ? 0 : exitstatus::incomplete;
+}
+
+int copyToOutput(QFile& file)
+{
+    constexpr int pieceSize = 1 << 16;
+    QFile out;
+    bool isCopied = out.open(stdout, QIODevice::WriteOnly) && file.seek(0);
+    while (isCopied && !file.atEnd()) {
+        const QByteArray piece = file.read(pieceSize);
+        isCopied = !piece.isEmpty() && out.write(piece) == piece.size();
+    }
+    if (isCopied && out.flush())
+        return 0;
+    return fail(QStringLiteral("standard output: %1").arg(out.errorString()));
 }
 
 int exportAttempts(const QCommandLineParser& parser)
@@ -136,28 +149,29 @@ int exportAttempts(const QCommandLineParser& parser)
     Database database(parser.value(databaseOption), Database::Access::Read);
     if (!database.isOpen())
         return fail(database.problem());
-    QFile out;
-    if (!out.open(stdout, QIODevice::WriteOnly))
-        return fail(out.errorString());
+    // Kept until it is whole: a reader that takes its time must not keep others from importing.
+    QTemporaryFile records;
+    if (!records.open())
+        return fail(QStringLiteral("no temporary file: %1").arg(records.errorString()));
     QByteArray separator = "[\n";
     if (!isJson)
-        out.write(attempttext::csvHead());
+        records.write(attempttext::csvHead());
     const auto write = [&](const Attempt& attempt) {
         if (!isJson) {
-            out.write(attempttext::csv(attempt));
+            records.write(attempttext::csv(attempt));
             return;
         }
-        out.write(separator + attempttext::json(attempt));
+        records.write(separator + attempttext::json(attempt));
         separator = ",\n";
     };
     QString error;
     if (!attemptlist::forEach(database.connection(), write, error))
         return fail(error);
     if (isJson)
-        out.write(separator == "[\n" ? "[]\n" : "\n]\n");
-    if (!out.flush() || out.error() != QFileDevice::NoError)
-        return fail(QStringLiteral("standard output: %1").arg(out.errorString()));
-    return 0;
+        records.write(separator == "[\n" ? "[]\n" : "\n]\n");
+    if (!records.flush() || records.error() != QFileDevice::NoError)
+        return fail(QStringLiteral("%1: %2").arg(records.fileName(), records.errorString()));
+    return copyToOutput(records);
 }
 
 struct Command {
@@ -269,9 +283,12 @@ int runCommand(const Command& command, const QStringList& arguments)
         return fail(parser.errorText());
     if (parser.isSet(help) || parser.isSet(QStringLiteral("help-all")))
         parser.showHelp();
-    if (parser.positionalArguments().size() - 1 > command.mostArguments)
-        return fail(QStringLiteral("unexpected argument \"%1\"")
-                        .arg(parser.positionalArguments().at(1 + command.mostArguments)));
+    if (parser.positionalArguments().size() - 1 > command.mostArguments) {
+        const QString unexpected = parser.positionalArguments().at(1 + command.mostArguments);
+        if (Database::isAddress(unexpected)) // not repeated: there might be a password in it
+            return fail(QStringLiteral("a database's address goes after --database"));
+        return fail(QStringLiteral("unexpected argument \"%1\"").arg(unexpected));
+    }
     return command.run(parser);
 }
 } // namespace

@@ -58,6 +58,8 @@ const SqlDialect postgresql = {
     QStringLiteral("connect_timeout=10;keepalives_idle=30;keepalives_interval=10;"
                    "keepalives_count=3;tcp_user_timeout=60000"),
     {QStringLiteral("SET lock_timeout = '60s'"), QStringLiteral("SET client_min_messages = error"),
+     // A computer that lost its power in a transaction would keep the writers' lock for hours.
+     QStringLiteral("SET idle_in_transaction_session_timeout = '60s'"),
      // All queries of a report see the same rows, whatever is imported meanwhile.
      QStringLiteral("SET default_transaction_isolation = 'repeatable read'")},
     {QStringLiteral("BEGIN ISOLATION LEVEL READ COMMITTED"),
@@ -108,7 +110,7 @@ QStringList schema(const SqlDialect& dialect)
 Database::Database(const QString& location, Access access)
     : name(QUuid::createUuid().toString())
 {
-    const bool isServer = location.contains(QStringLiteral("://"));
+    const bool isServer = isAddress(location);
     dialect = isServer ? &postgresql : &sqlite;
     if (!QSqlDatabase::isDriverAvailable(dialect->driver)) {
         fail(QStringLiteral("Qt's driver %1 is not installed (package %2)")
@@ -157,12 +159,13 @@ void Database::openServer(const QString& location)
     // No message repeats the text: there might be a password in it.
     const QUrl url(location, QUrl::StrictMode);
     const QString databaseName = url.path().mid(1);
-    if (location.section(QStringLiteral("://"), 1).section(QLatin1Char('@'), 0, -2).contains(':'))
+    const QString rest = location.section(QLatin1Char(':'), 1);
+    if (rest.section(QLatin1Char('@'), 0, -2).contains(QLatin1Char(':')))
         return fail(QStringLiteral("a password does not belong in the database's address, where "
                                    "others can see it; put it into ~/.pgpass or PGPASSWORD"),
                     true);
-    if (!url.isValid() || databaseName.isEmpty() || databaseName.contains(QLatin1Char('/')) ||
-        url.hasQuery() || url.hasFragment() ||
+    if (!url.isValid() || !rest.startsWith(QStringLiteral("//")) || databaseName.isEmpty() ||
+        databaseName.contains(QLatin1Char('/')) || url.hasQuery() || url.hasFragment() ||
         !QStringList({QStringLiteral("postgresql"), QStringLiteral("postgres")})
              .contains(url.scheme()))
         return fail(QStringLiteral("the address of a database server has the form "
@@ -247,6 +250,14 @@ bool Database::beginWriting(QString& error)
             return false;
         }
     return true;
+}
+
+bool Database::isAddress(const QString& location)
+{
+    // A mistyped address is one too, or it would become the name of a file.
+    return location.contains(QStringLiteral("://")) ||
+           location.startsWith(QStringLiteral("postgres:")) ||
+           location.startsWith(QStringLiteral("postgresql:"));
 }
 
 QString Database::defaultLocation()

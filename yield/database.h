@@ -39,6 +39,9 @@ public:
     /// minute. False, with the reason in error, if that failed.
     bool beginWriting(QString& error);
 
+    /// Whether a location is meant to be a server's address and not a file.
+    static bool isAddress(const QString& location);
+
     /// The SQLite file in the user's data folder, for where no location is given.
     static QString defaultLocation();
 

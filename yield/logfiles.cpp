@@ -3,17 +3,26 @@
 
 #include "yield/logfiles.h"
 
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace
 {
+/// Qt reads what is not in the system's encoding as this character.
+bool hasForeignName(const QString& path)
+{
+    return path.contains(QChar(QChar::ReplacementCharacter));
+}
+
 /// By the system's own calls: QFile and QFileInfo took more time than all the rest of an import.
 std::optional<StationLog> readOnce(const QString& path, QString& reason)
 {
@@ -26,8 +35,9 @@ std::optional<StationLog> readOnce(const QString& path, QString& reason)
     if (file >= 0)
         close(file);
     if (size < 0) {
-        reason = error == EISDIR ? QStringLiteral("the folder cannot be read")
-                                 : QString::fromLocal8Bit(std::strerror(error));
+        reason = hasForeignName(path) ? QStringLiteral("its name has a foreign encoding")
+                 : error == EISDIR    ? QStringLiteral("the folder cannot be read")
+                                      : QString::fromLocal8Bit(std::strerror(error));
         return std::nullopt;
     }
     bytes.truncate(static_cast<int>(size));
@@ -46,12 +56,22 @@ QStringList logfiles::filesOf(const QString& path)
     const QFileInfo info(path);
     if (!info.isDir() || !info.isReadable() || !info.isExecutable())
         return {path};
+    // Not by QDir, which leaves out a file whose name is in a foreign encoding.
+    std::error_code error;
     QStringList files;
-    QDirIterator entries(path, QDir::Files);
-    while (entries.hasNext())
-        files << entries.next();
+    for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), error);
+         entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().string();
+        if (entry->path().filename().string().front() != '.' && entry->is_regular_file(error))
+            files << QFile::decodeName(name.c_str());
+    }
     files.sort();
     return files;
+}
+
+bool logfiles::isGone(const QString& path)
+{
+    return !hasForeignName(path) && !QFileInfo::exists(path);
 }
 
 std::optional<StationLog> logfiles::read(const QString& path, QString& reason)

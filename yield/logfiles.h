@@ -31,6 +31,9 @@ Stamp stampOf(const QString& path);
 /// it, or the path itself. The path itself too if there is nothing, so that its reading says so.
 QStringList filesOf(const QString& path);
 
+/// Whether a file is no longer there: a log in the making gets its own name when it is complete.
+bool isGone(const QString& path);
+
 /// Reads a log, again if it is replaced meanwhile. Nothing, and a reason for people, if the file
 /// cannot be read or is no log.
 std::optional<StationLog> read(const QString& path, QString& reason);

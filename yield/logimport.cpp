@@ -16,14 +16,15 @@ struct Batch {
     QStringList refusals;
 };
 
-Batch readBatch(const QStringList& files, int begin)
+/// named: what the user named, which is refused if it is not there.
+Batch readBatch(const QStringList& files, int begin, const QStringList& named)
 {
     Batch batch;
     for (const QString& file : files.mid(begin, logimport::batchSize)) {
         QString reason;
         if (auto log = logfiles::read(file, reason))
             batch.logs.push_back(std::move(*log));
-        else
+        else if (!logfiles::isGone(file) || named.contains(file))
             batch.refusals << logimport::refusal(file, reason);
     }
     return batch;
@@ -51,7 +52,7 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     Database database(request.database, Database::Access::Write);
     if (!database.isOpen()) {
         errors << database.problem() << Qt::endl;
-        return 2;
+        return exitstatus::failed;
     }
     QStringList files;
     for (const QString& path : request.paths)
@@ -61,11 +62,14 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     int refused = 0;
     QString error;
     // The next logs are read while the last ones are stored: either takes about half of the time.
-    auto next = std::async(std::launch::async, readBatch, files, 0);
-    for (int begin = 0; begin < files.size() && error.isEmpty(); begin += batchSize) {
+    auto next = std::async(std::launch::async, readBatch, files, 0, request.paths);
+    // Also without a log: the database remembers what the station tests.
+    for (int begin = 0; begin == 0 || (begin < files.size() && error.isEmpty());
+         begin += batchSize) {
         const Batch batch = next.get();
         if (begin + batchSize < files.size())
-            next = std::async(std::launch::async, readBatch, files, begin + batchSize);
+            next =
+                std::async(std::launch::async, readBatch, files, begin + batchSize, request.paths);
         for (const QString& refusal : batch.refusals)
             errors << refusal << Qt::endl;
         refused += batch.refusals.size();
@@ -76,7 +80,7 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         errors << QStringLiteral("the database failed: %1; what is in it stays, import again")
                       .arg(error)
                << Qt::endl;
-        return 2;
+        return exitstatus::failed;
     }
-    return refused == 0 ? 0 : 1;
+    return refused == 0 ? 0 : exitstatus::incomplete;
 }

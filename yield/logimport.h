@@ -16,6 +16,13 @@ struct ImportRequest {
     QStringList paths; ///< Folders and files.
 };
 
+/// What a command tells the shell, beside 0.
+namespace exitstatus
+{
+constexpr int incomplete = 1; ///< A file was refused; a unit is not complete.
+constexpr int failed = 2;     ///< The command could not do what it is for.
+} // namespace exitstatus
+
 namespace logimport
 {
 /// So many logs are stored in one transaction: enough to keep its cost small, few enough that
@@ -28,6 +35,6 @@ QString refusal(const QString& path, const QString& reason);
 /// What became of the logs, in one line.
 QString summary(const StoreCounts& counts, int refused);
 
-/// Imports once. The status for the shell: 0; 1 if a file was refused; 2 if the database failed.
+/// Imports once. Gives the status for the shell.
 int run(const ImportRequest& request, QTextStream& out, QTextStream& errors);
 } // namespace logimport

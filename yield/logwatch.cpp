@@ -88,20 +88,24 @@ void LogWatch::watchFolders()
 void LogWatch::readFile(const QString& path)
 {
     const auto stamp = logfiles::stampOf(path);
-    if (seen.contains(path) && seen.value(path) == stamp)
+    const auto isAsIn = [&](const QHash<QString, logfiles::Stamp>& seen) {
+        return seen.contains(path) && seen.value(path) == stamp;
+    };
+    if (isAsIn(seenLogs) || isAsIn(seenOthers))
         return;
     QString reason;
     if (auto log = logfiles::read(path, reason)) {
         toStore.push_back(std::move(*log));
-    } else {
+        seenLogs.insert(path, stamp);
+    } else if (!logfiles::isGone(path) || request.paths.contains(path)) {
         const qint64 ageMs = QDateTime::currentMSecsSinceEpoch() - stamp.modifiedMs;
         if (ageMs >= 0 && ageMs < settlingMs) {
             QTimer::singleShot(settlingMs, &lookSoon, SLOT(start()));
             return;
         }
         errors << logimport::refusal(path, reason) << Qt::endl;
+        seenOthers.insert(path, stamp);
     }
-    seen.insert(path, stamp);
 }
 
 /// Stores what was read, or finds out whether the database is still there.
@@ -117,6 +121,8 @@ void LogWatch::store()
     if (isAway) {
         isAway = false;
         retry.stop();
+        seenLogs.clear(); // it may have come back as it was some time ago
+        lookSoon.start();
         out << QStringLiteral("the database is back") << Qt::endl;
     }
     if (counts.added > 0)
@@ -125,7 +131,12 @@ void LogWatch::store()
 
 bool LogWatch::openDatabase()
 {
+    if (wasOpen && !Database::isAddress(request.database) && !QFileInfo::exists(request.database)) {
+        lose(QStringLiteral("%1 is gone").arg(request.database)); // with a share, for instance
+        return false;
+    }
     database = std::make_unique<Database>(request.database, Database::Access::Write);
+    wasOpen = wasOpen || database->isOpen();
     if (database->isOpen())
         return true;
     if (database->isHopeless()) {

@@ -53,8 +53,10 @@ private:
     QTimer lookLater; ///< For what the watcher misses, as on a network share.
     QTimer retry;     ///< While the database is away.
     QStringList toRead;
-    QHash<QString, logfiles::Stamp> seen; ///< Files as they were when read.
+    QHash<QString, logfiles::Stamp> seenLogs;   ///< Logs as they were when read.
+    QHash<QString, logfiles::Stamp> seenOthers; ///< Files that were refused.
     std::vector<StationLog> toStore;
     std::unique_ptr<Database> database;
+    bool wasOpen = false;
     bool isAway = false;
 };

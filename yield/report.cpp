@@ -67,14 +67,29 @@ private:
         bool tests18 = false;
     };
 
+    static QString cannotBeRead(const QSqlQuery& query)
+    {
+        return QStringLiteral("the report cannot be read: %1")
+            .arg(Database::inWords(query.lastError()));
+    }
+
     bool run(QSqlQuery& query, const QString& statement)
     {
         // PostgreSQL then hands over row by row, instead of the whole result at once.
         query.setForwardOnly(true);
         if (query.exec(statement))
             return true;
-        problem = QStringLiteral("the report cannot be read: %1")
-                      .arg(Database::inWords(query.lastError()));
+        problem = cannotBeRead(query);
+        return false;
+    }
+
+    /// The next row. False at the end and, with a problem, where the database fails meanwhile.
+    bool next(QSqlQuery& query)
+    {
+        if (query.next())
+            return true;
+        if (query.lastError().isValid())
+            problem = cannotBeRead(query);
         return false;
     }
 
@@ -83,7 +98,7 @@ private:
         QSqlQuery query(database);
         if (!run(query, QStringLiteral("SELECT id, name, tests_18 FROM stations")))
             return false;
-        while (query.next()) {
+        while (next(query)) {
             Station station;
             station.report.name = query.value(1).toString();
             station.tests18 = query.value(2).toInt() != 0;
@@ -91,8 +106,8 @@ private:
         }
         if (!run(query, QStringLiteral("SELECT 1 FROM attempts LIMIT 1")))
             return false;
-        report.databaseIsEmpty = !query.next();
-        return true;
+        report.databaseIsEmpty = !next(query);
+        return problem.isEmpty();
     }
 
     /// The condition on f for the units that the report is about.
@@ -145,13 +160,13 @@ private:
                                        "attempts AS f WHERE %2 GROUP BY %1, f.station_id")
                             .arg(firstDay, cohort)))
             return false;
-        while (query.next()) {
+        while (next(query)) {
             const int count = query.value(2).toInt();
             const int complete = query.value(3).toInt();
             add(query.value(0).toInt(), query.value(1).toString(),
                 {count, count, complete, complete});
         }
-        return true;
+        return problem.isEmpty();
     }
 
     /// The units with more than one attempt, each from its first to its last.
@@ -168,7 +183,7 @@ private:
         RepeatedUnit unit;
         int firstStation = 0;
         bool isInCohort = false;
-        while (query.next()) {
+        while (next(query)) {
             const QString serial = query.value(0).toString();
             const QString testedAt = query.value(1).toString();
             const int station = query.value(2).toInt();
@@ -192,7 +207,7 @@ private:
         if (isInCohort)
             addRepeated(unit, firstStation);
         keepRepeated(Report::maxRepeatedUnits);
-        return true;
+        return problem.isEmpty();
     }
 
     void addRepeated(const RepeatedUnit& unit, int firstStation)
@@ -234,7 +249,7 @@ private:
                                 "component, bands")
                      .arg(isFirst, cohort)))
             return false;
-        while (query.next()) {
+        while (next(query)) {
             const int componentNum = query.value(1).toInt();
             const int bands = query.value(2).toInt();
             const int units = query.value(3).toInt();
@@ -246,7 +261,7 @@ private:
             stations[query.value(0).toInt()].report.missed.at(
                 static_cast<std::size_t>(componentNum)) += units;
         }
-        return true;
+        return problem.isEmpty();
     }
 
     ControlMisses& controlOf(int componentNum)
@@ -267,7 +282,7 @@ private:
                      .arg(isLast, isFirst, cohort)
                      .arg(Report::maxOpenUnits)))
             return false;
-        while (query.next()) {
+        while (next(query)) {
             openUnitOf.insert(query.value(0).toString(), report.openUnits.size());
             report.openUnits.append(OpenUnit{query.value(1).toString(),
                                              query.value(4).toInt(),
@@ -276,7 +291,7 @@ private:
                                              0,
                                              {}});
         }
-        return true;
+        return problem.isEmpty();
     }
 
     /// What the last attempts at the units not complete missed.
@@ -292,7 +307,7 @@ private:
             return false;
         QString attempt;
         int componentNum = -1;
-        while (query.next()) {
+        while (next(query)) {
             const bool isSame =
                 query.value(0).toString() == attempt && query.value(1).toInt() == componentNum;
             attempt = query.value(0).toString();
@@ -303,7 +318,7 @@ private:
             if (unit.missedControlCount <= OpenUnit::maxMissedControls)
                 unit.missed.last().bands.append(query.value(2).toInt());
         }
-        return true;
+        return problem.isEmpty();
     }
 
     bool finish()
