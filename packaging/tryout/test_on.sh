@@ -5,7 +5,7 @@
 # usage: test_on.sh SUITE [COMMAND]   (as root)
 #
 # Clones HEAD into a fresh Debian of that suite in build/debian/SUITE and runs "./dev COMMAND" there:
-# test, which is the default, lint or demo. The Debian is removed when that succeeded, and left to be
+# test, which is the default, lint, package or demo. The Debian is removed when that succeeded, and left to be
 # looked at when not.
 set -euo pipefail
 self=$(readlink -f "$0")
@@ -23,9 +23,9 @@ case "$suite" in
 esac
 command=${2:-test}
 case "$command" in
-    test | lint) groups="build $command" ;;
+    test | lint | package) groups="build $command" ;;
     demo) groups=build ;;
-    *) fail "which command? test, lint or demo" ;;
+    *) fail "which command? test, lint, package or demo" ;;
 esac
 root=build/debian/$suite
 # shellcheck source=packaging/tryout/debian_root.sh
