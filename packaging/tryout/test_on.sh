@@ -5,8 +5,8 @@
 # usage: test_on.sh SUITE [COMMAND]   (as root)
 #
 # Clones HEAD into a fresh Debian of that suite in build/debian/SUITE and runs "./dev COMMAND" there:
-# test, which is the default, lint, package or demo. The Debian is removed when that succeeded, and left to be
-# looked at when not.
+# test, which is the default, lint, package or demo. The Debian is removed when that succeeded, and
+# left to be looked at when not.
 set -euo pipefail
 self=$(readlink -f "$0")
 cd "$(dirname "$self")/../.."
