@@ -32,6 +32,9 @@ struct Unit {
     std::vector<Save> added;
 };
 
+/// One of the two lists of Attempts.
+using SavesOfUnit = std::vector<Save> attemptrules::Attempts::*;
+
 /// One transaction's statements. After the first that fails, the others do nothing.
 class Transaction
 {
@@ -176,7 +179,7 @@ private:
 
     /// Adds the saves of these units that one of the tables holds. Whether there are any.
     bool lookUp(QSqlQuery& query, const QStringList& serials, QHash<QString, Unit>& units,
-                std::vector<Save> attemptrules::Attempts::*saves)
+                SavesOfUnit saves)
     {
         QVariantList values = {stationId};
         for (int i = 0; i < lookupSize; ++i)

@@ -82,8 +82,7 @@ QByteArray contentOf(const QString& path)
 
 mode_t modeOf(const QString& path)
 {
-    struct stat status {
-    };
+    struct stat status = {};
     return stat(QFile::encodeName(path), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
