@@ -78,7 +78,7 @@ private Q_SLOTS:
             {"cc" + dings.left(34) + 'b'},
             {"cc" + dings.left(35) + 'b', fileRate, 512, 2, false}, // here a click ends for them.
             {dings + 'b'},
-            {QByteArray(45, 'c') + 'b'},
+            {'d' + QByteArray(45, 'c') + 'b'}, // the ding rings on
         };
         for (const auto& [requests, rate, blockSize, channels, allHeard] : rows) {
             init();
