@@ -29,7 +29,7 @@ struct Journal : QObject {
 
 const QStringList restart{"init", "queue 0"};
 
-/// The timers that fired on the GUI thread, with their intervals.
+/// The timers that fired on the GUI thread, with their intervals, and what moved off it.
 struct FiredTimers : QObject {
     FiredTimers() { qApp->installEventFilter(this); }
     bool eventFilter(QObject* timer, QEvent* event) override
@@ -37,6 +37,8 @@ struct FiredTimers : QObject {
         if (event->type() == QEvent::Timer)
             for (const auto& info : QAbstractEventDispatcher::instance()->registeredTimers(timer))
                 fired << timer->metaObject()->className() + QString(" %1").arg(info.interval);
+        else if (event->type() == QEvent::ThreadChange)
+            fired << timer->metaObject()->className();
         return false;
     }
     QSet<QString> fired;
@@ -153,8 +155,9 @@ private Q_SLOTS:
         QTRY_COMPARE(journal.entries, (QStringList{"bell", "queue 1"}));
         unit.unplug();
         QTRY_COMPARE(station::deviceLabel(window), QString("Device: NOT CONNECTED"));
-        QVERIFY(timers.fired.contains("QTimer 1000") &&         // the polls
-                timers.fired.contains("QSingleShotTimer 500")); // the notices
+        QVERIFY(timers.fired.contains("QTimer 1000") &&          // the polls
+                timers.fired.contains("QSingleShotTimer 500") && // the notices
+                timers.fired.contains("Quillon_Zorvi_0908_AssemblyTester_Parser"));
     }
 
     /// The run moves on by one from the armed number, whichever panel the verdict comes from; what
