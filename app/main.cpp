@@ -21,7 +21,7 @@ constexpr int boxStaysMs = 60000;
 /// the exit status.
 int refuseToStart(const QString& reason)
 {
-    std::cerr << qPrintable(reason) << std::endl;
+    std::cerr << qPrintable(reason) << '\n';
     const QString platform = QGuiApplication::platformName();
     if (platform != QLatin1String("offscreen") && platform != QLatin1String("minimal")) {
         QMessageBox box(QMessageBox::Critical, QString(), reason);

@@ -33,7 +33,8 @@ void playUnit(MainWindow& station, const UnitScript& script, std::int64_t messag
     QObject::connect(&station, &MainWindow::signal_DistributeMIDI, &listener, [&] { ++heard; });
     for (std::int64_t sent = 0; sent < messages;) {
         unit.send(script.at(static_cast<std::size_t>(sent) % script.size()).message);
-        if (++sent % burst == 0 || sent == messages)
+        ++sent;
+        if (sent % burst == 0 || sent == messages)
             while (heard < sent)
                 QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }

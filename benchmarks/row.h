@@ -29,7 +29,8 @@ inline benchmark::internal::Benchmark* addSide(const Row& row, const char* side,
         state.counters["goal"] = row.goal;
         state.counters["limit"] = row.limit;
     };
-    return benchmark::RegisterBenchmark(name.data(), measured);
+    const char* const text = name.data(); // older versions of the library take no std::string
+    return benchmark::RegisterBenchmark(text, measured);
 }
 
 /// The usual row: wall-clock time. One without a floor has a limit instead.

@@ -141,10 +141,12 @@ void addYieldReportRows()
     for (auto* side :
          {addSide(row, "station", makeReport), addSide(row, "floor", goThroughAttempts)})
         side->UseRealTime()->Iterations(1)->Repetitions(5);
-    for (const int attempts : {tenth, million})
-        benchmark::RegisterBenchmark(
-            ("growth, report over attempts/" + std::to_string(attempts)).data(),
-            [attempts](auto& state) { rememberReport(state, attempts); })
+    for (const int attempts : {tenth, million}) {
+        const std::string name = "growth, report over attempts/" + std::to_string(attempts);
+        const char* const text = name.data();
+        benchmark::RegisterBenchmark(text,
+                                     [attempts](auto& state) { rememberReport(state, attempts); })
             ->UseManualTime()
             ->Iterations(1);
+    }
 }

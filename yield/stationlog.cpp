@@ -106,7 +106,7 @@ QString whatIsWrong(const QByteArray& bytes)
         if (begin + i >= bytes.size())
             return QStringLiteral("it is half a log: it ends in component %1").arg(c);
         const bool isMark = std::binary_search(body().marks.begin(), body().marks.end(), i);
-        if (bytes[begin + i] != text[i] && !(isMark && bytes[begin + i] == '1'))
+        if (bytes[begin + i] != text[i] && (!isMark || bytes[begin + i] != '1'))
             return QStringLiteral("its component %1 is not as the station writes it").arg(c);
     }
     return QStringLiteral("it goes on after its last component");
@@ -117,7 +117,7 @@ std::optional<QString> fromUtf8(const QByteArray& bytes)
 {
     static QTextCodec* const codec = QTextCodec::codecForName("UTF-8");
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    const QString text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
+    QString text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
     if (state.invalidChars != 0 || state.remainingChars != 0)
         return std::nullopt;
     return text;

@@ -22,6 +22,6 @@ int main(int argc, char* argv[])
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
                                static_cast<std::size_t>(bytes.size()));
     }
-    std::cout << cases << " cases" << std::endl;
+    std::cout << cases << " cases\n";
     return cases > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             window->slot_Init();
     }
     if (const QString problem = watch->problem(); !problem.isEmpty()) {
-        std::cerr << qPrintable(problem) << std::endl;
+        std::cerr << qPrintable(problem) << '\n';
         std::abort();
     }
     return 0;

@@ -21,7 +21,7 @@ namespace
 QVector<int> held()
 {
     const auto entries = [](const char* folder) {
-        return static_cast<int>(QDir(folder).entryList(QDir::AllEntries | QDir::System).size());
+        return QDir(folder).entryList(QDir::AllEntries | QDir::System).size();
     };
     return {entries("/proc/self/task"), entries("/proc/self/fd")};
 }

@@ -43,11 +43,11 @@ private Q_SLOTS:
         for (std::size_t i = 0; i < marks.size(); ++i)
             marks[i] = random() % 2 == 0;
         QString reason;
-        const auto log = stationlog::read(written(serial, marks), reason);
-        QVERIFY2(log, qPrintable(reason));
-        QCOMPARE(log->serial, serial);
-        QCOMPARE(log->testedAt, QStringLiteral("2026-11-21T12:00:00"));
-        QVERIFY(log->marks == marks);
+        const auto log = stationlog::read(written(serial, marks), reason).value_or(StationLog());
+        QCOMPARE(reason, QString());
+        QCOMPARE(log.serial, serial);
+        QCOMPARE(log.testedAt, QStringLiteral("2026-11-21T12:00:00"));
+        QVERIFY(log.marks == marks);
         QVERIFY(bandmarks::unpacked(bandmarks::packed(marks)) == marks);
     }
 
