@@ -247,14 +247,18 @@ private Q_SLOTS:
         compareRows(path, QStringLiteral("S"));
     }
 
-    /// Every attempt is kept although the second overwrites the first, also without the server.
-    void watchRidesOutTheServer()
+    void watchRidesOutItsDatabase_data() { addDatabases(); }
+
+    /// Every attempt is kept although the second overwrites the first, also while the server is
+    /// stopped or the file has vanished.
+    void watchRidesOutItsDatabase()
     {
+        const QString file = QTest::currentDataTag() == QByteArray("SQLite") ? location() : "";
         const QString logs = folder.filePath(QStringLiteral("Logs"));
         QVERIFY(QDir().mkpath(logs));
         QProcess watch;
         watch.start(yieldProgram,
-                    {"import", "--watch", "--station", "W", "--database", server.location(), logs});
+                    {"import", "--watch", "--station", "W", "--database", location(), logs});
         QByteArray out;
         QByteArray errors;
         const auto says = [&](const QByteArray& text) {
@@ -268,7 +272,7 @@ private Q_SLOTS:
                 unitlogs::lines(QStringLiteral("1"), unitlogs::noon().addSecs(60 * minute), marks));
         };
         const auto attempts = [&] {
-            Database database(server.location(), Database::Access::Read);
+            Database database(location(), Database::Access::Read);
             return unitlogs::rows(database.connection(), QStringLiteral("W"))
                 .filter("attempt")
                 .size();
@@ -277,11 +281,14 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(attempts(), 1, patienceMs);
         test(unitlogs::allBut({{5, 5}}), 1);
         QTRY_COMPARE_WITH_TIMEOUT(attempts(), 2, patienceMs);
-        server.stop();
+        if (file.isEmpty())
+            server.stop();
+        else
+            QVERIFY(QFile::rename(file, file + ".away"));
         test(unitlogs::allBut({{6, 6}}), 2);
         QTRY_COMPARE_WITH_TIMEOUT(says("database is away"), 1, patienceMs);
         test(unitlogs::allBut({{7, 7}}), 3);
-        QVERIFY(server.start());
+        QVERIFY(file.isEmpty() ? server.start() : QFile::rename(file + ".away", file));
         QTRY_COMPARE_WITH_TIMEOUT(says("database is back"), 1, patienceMs);
         QTRY_COMPARE_WITH_TIMEOUT(attempts(), 4, patienceMs);
         QCOMPARE(says("database is away"), 1);
