@@ -57,14 +57,17 @@ QStringList logfiles::filesOf(const QString& path)
     if (!info.isDir() || !info.isReadable() || !info.isExecutable())
         return {path};
     // Not by QDir, which leaves out a file whose name is in a foreign encoding.
-    std::error_code error;
+    std::error_code problem;
+    std::error_code noFile; // a link to nothing is left out
     QStringList files;
-    for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), error);
-         entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), problem);
+         entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
         const std::string name = entry->path().string();
-        if (entry->path().filename().string().front() != '.' && entry->is_regular_file(error))
+        if (entry->path().filename().string().front() != '.' && entry->is_regular_file(noFile))
             files << QFile::decodeName(name.c_str());
     }
+    if (problem) // the reading of the folder says so
+        files << path;
     files.sort();
     return files;
 }
