@@ -254,7 +254,7 @@ private Q_SLOTS:
     void watchRidesOutItsDatabase()
     {
         const QString file = QTest::currentDataTag() == QByteArray("SQLite") ? location() : "";
-        const QString logs = folder.filePath(QStringLiteral("Logs"));
+        const QString logs = folder.filePath(QString("Logs for ") + QTest::currentDataTag());
         QVERIFY(QDir().mkpath(logs));
         QProcess watch;
         watch.start(yieldProgram,
