@@ -3,10 +3,10 @@
 
 #include "app/testlog.h"
 #include "benchmarks/row.h"
-#include "yield/attemptrules.h"
-#include "yield/database.h"
-#include "yield/logfiles.h"
-#include "yield/logimport.h"
+#include "yield/intake/logimport.h"
+#include "yield/logs/attemptrules.h"
+#include "yield/logs/logfiles.h"
+#include "yield/store/database.h"
 
 #include <sqlite3.h>
 
@@ -100,7 +100,7 @@ std::vector<ReadyRow> readyRows(const Line& line)
         if (const auto log = logfiles::read(path, reason))
             rows.push_back({log->serial.toUtf8(), log->testedAt.toUtf8(),
                             bandmarks::packed(log->marks),
-                            attemptrules::missedBands(log->marks, false)});
+                            attemptrules::outcomeOf(log->marks, false).missed});
     return rows;
 }
 

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "benchmarks/row.h"
-#include "yield/bandmarks.h"
-#include "yield/database.h"
-#include "yield/report.h"
+#include "yield/commands/reportfile.h"
+#include "yield/logs/bandmarks.h"
+#include "yield/store/database.h"
 
 #include <QBuffer>
 #include <QElapsedTimer>

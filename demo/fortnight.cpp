@@ -4,9 +4,9 @@
 #include "demo/fortnight.h"
 
 #include "demo/panelrun.h"
-#include "yield/database.h"
-#include "yield/logimport.h"
-#include "yield/report.h"
+#include "yield/commands/reportfile.h"
+#include "yield/intake/logimport.h"
+#include "yield/store/database.h"
 
 #include <QDir>
 #include <QSaveFile>

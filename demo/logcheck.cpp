@@ -3,7 +3,7 @@
 
 #include "demo/logcheck.h"
 
-#include "yield/stationlog.h"
+#include "yield/logs/stationlog.h"
 
 #include <QStringList>
 

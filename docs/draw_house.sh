@@ -18,8 +18,8 @@ links() {
 
 # The folder whose CMakeLists.txt makes a target.
 folder_of() {
-    grep -lE "add_(library|executable)\($1 " ./*/CMakeLists.txt cmake/*.cmake |
-        sed -E 's|^\./||; s|/[^/]*$||'
+    git grep -lE "add_(library|executable)\($1 " -- '*CMakeLists.txt' 'cmake/*.cmake' |
+        sed -E 's|/[^/]*$||'
 }
 
 draw() {

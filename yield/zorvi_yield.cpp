@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/commandline.h"
+#include "yield/commands/commandline.h"
 
 #include <QCoreApplication>
 

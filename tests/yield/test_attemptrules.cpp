@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/attemptrules.h"
+#include "yield/logs/attemptrules.h"
 
 #include "tests/yield/unitlogs.h"
 
@@ -55,16 +55,17 @@ private Q_SLOTS:
     void whatCounts()
     {
         QVERIFY(!attemptrules::isAttempt({}));
-        QVERIFY(attemptrules::missedBands(unitlogs::whole(), false).empty());
-        QCOMPARE(attemptrules::missedBands(unitlogs::whole(), true).size(), std::size_t(2));
-        const auto missed = attemptrules::missedBands(unitlogs::allBut({{8, 12}, {40, 0}}), true);
+        QVERIFY(attemptrules::outcomeOf(unitlogs::whole(), false).isComplete());
+        QCOMPARE(attemptrules::outcomeOf(unitlogs::whole(), true).missed.size(), std::size_t(2));
+        const auto missed =
+            attemptrules::outcomeOf(unitlogs::allBut({{8, 12}, {40, 0}}), true).missed;
         QCOMPARE(missed.size(), std::size_t(2));
         QCOMPARE(missed[0].componentNum, 8);
         QCOMPARE(missed[0].band, 12);
         QCOMPARE(missed[1].componentNum, 40);
         QCOMPARE(missed[1].band, 0);
         // Component 39 has no marks that could be missed.
-        for (const auto& band : attemptrules::missedBands({}, true))
+        for (const auto& band : attemptrules::outcomeOf({}, true).missed)
             QVERIFY(band.componentNum != roster::powerButton);
     }
 };

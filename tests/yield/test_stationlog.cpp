@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/stationlog.h"
+#include "yield/logs/stationlog.h"
 
 #include "tests/yield/unitlogs.h"
 

@@ -4,9 +4,9 @@
 #include "tests/support/figures.h"
 #include "tests/yield/postgresserver.h"
 #include "tests/yield/unitlogs.h"
-#include "yield/attemptstore.h"
-#include "yield/database.h"
-#include "yield/logimport.h"
+#include "yield/intake/logimport.h"
+#include "yield/store/attemptstore.h"
+#include "yield/store/database.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "app/testlog.h"
-#include "yield/attemptrules.h"
-#include "yield/stationlog.h"
+#include "yield/logs/attemptrules.h"
+#include "yield/logs/stationlog.h"
 
 #include <QFile>
 #include <QSqlDatabase>

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/figures/report.h"
+
+class QIODevice;
+
+/// Writes the report as one HTML file (UTF-8) that needs nothing else. False, with a problem for
+/// people, if the database cannot be read or the output does not take it; what was written then is
+/// not whole.
+bool writeReport(QSqlDatabase& database, const ReportRequest& request, QIODevice& output,
+                 QString& problem);

@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/logs/bandmarks.h"
+
+#include <QString>
+
+#include <vector>
+
+/// What logs mean. Pure functions; the one place for these rules.
+namespace attemptrules
+{
+/// What one log says of the unit and the station that it is about.
+struct Save {
+    QString testedAt; ///< yyyy-MM-ddTHH:mm:ss
+    BandMarks marks;
+
+    bool operator==(const Save& other) const
+    {
+        return testedAt == other.testedAt && marks == other.marks;
+    }
+};
+
+/// A log without any mark is no attempt: "Save Log" leaves it after the notice was closed.
+bool isAttempt(const BandMarks& marks);
+
+/// Whether the marks have one of component 18: only a station that tests it leaves one.
+bool showsComponent18(const BandMarks& marks);
+
+/// Whether the later of two logs of the same unit and station is the same attempt saved again
+/// ("Save Log" in mid-run, and the end of the run later). It is if its marks contain the earlier
+/// ones and a single run can lead from these to those.
+bool isSavedAgain(const Save& earlier, const Save& later);
+
+/// The logs of one unit at one station, grouped.
+struct Attempts {
+    std::vector<Save> attempts; ///< For each attempt the first log with all its marks, by time.
+    std::vector<Save> others;   ///< The rest of the logs.
+};
+
+/// Logs in any order, each once, all of them attempts. The same logs give the same result,
+/// whatever their order.
+Attempts grouped(std::vector<Save> saves);
+
+/// What an attempt comes to.
+struct Outcome {
+    std::vector<bandmarks::Band> missed; ///< In the order of the marks.
+
+    bool isComplete() const { return missed.empty(); }
+};
+
+/// Component 39 misses nothing; the bands of component 18 count at a station that tests it.
+Outcome outcomeOf(const BandMarks& marks, bool tests18);
+} // namespace attemptrules

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/logs/controlnames.h"
+
+#include "panels/componentrange.h"
+#include "panels/componentroster.h"
+#include "yield/logs/bandmarks.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace
+{
+bool isButton(int componentNum)
+{
+    return roster::kindOf(componentNum) == roster::Kind::Button;
+}
+
+QString values(int firstBand, int lastBand)
+{
+    constexpr int highestValue = 127; // the last band reaches past it
+    static const QVector<ComponentRange> ranges = positionBands();
+    return QStringLiteral("%1 to %2")
+        .arg(static_cast<int>(ranges.at(firstBand).min))
+        .arg(std::min(static_cast<int>(ranges.at(lastBand).max), highestValue));
+}
+} // namespace
+
+QString controlnames::control(int componentNum)
+{
+    const QString kinds[] = {QStringLiteral("Fader %1"), QStringLiteral("Button %1"),
+                             QStringLiteral("Rotary %1")};
+    return kinds[static_cast<int>(roster::kindOf(componentNum))].arg(
+        roster::indexInKind(componentNum));
+}
+
+QString controlnames::band(int componentNum, int band)
+{
+    if (isButton(componentNum))
+        return band == 0 ? QStringLiteral("released") : QStringLiteral("pressed");
+    return values(band, band);
+}
+
+QString controlnames::bands(int componentNum, const QVector<int>& bands)
+{
+    if (bands.size() == bandmarks::bandCount(componentNum))
+        return QStringLiteral("all");
+    if (isButton(componentNum) && !bands.isEmpty())
+        return band(componentNum, bands.first());
+    QStringList words;
+    for (int first = 0, last = 0; first < bands.size(); first = ++last) {
+        while (last + 1 < bands.size() && bands.at(last + 1) == bands.at(last) + 1)
+            ++last;
+        words << values(bands.at(first), bands.at(last));
+    }
+    return words.join(QStringLiteral(", "));
+}

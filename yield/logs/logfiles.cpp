@@ -1,0 +1,93 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/logs/logfiles.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace
+{
+/// Qt reads what is not in the system's encoding as this character.
+bool hasForeignName(const QString& path)
+{
+    return path.contains(QChar(QChar::ReplacementCharacter));
+}
+
+/// By the system's own calls: QFile and QFileInfo took more time than all the rest of an import.
+std::optional<StationLog> readOnce(const QString& path, QString& reason)
+{
+    // A pipe or a device must not keep the reader waiting.
+    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    QByteArray bytes(stationlog::longestLog + 1, Qt::Uninitialized);
+    const auto size =
+        file < 0 ? -1 : ::read(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    const int error = errno;
+    if (file >= 0)
+        close(file);
+    if (size < 0) {
+        reason = hasForeignName(path) ? QStringLiteral("its name has a foreign encoding")
+                 : error == EISDIR    ? QStringLiteral("the folder cannot be read")
+                                      : QString::fromLocal8Bit(std::strerror(error));
+        return std::nullopt;
+    }
+    bytes.truncate(static_cast<int>(size));
+    return stationlog::read(bytes, reason);
+}
+} // namespace
+
+logfiles::Stamp logfiles::stampOf(const QString& path)
+{
+    const QFileInfo file(path);
+    return file.exists() ? Stamp{file.size(), file.lastModified().toMSecsSinceEpoch()} : Stamp();
+}
+
+QStringList logfiles::filesOf(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.isDir() || !info.isReadable() || !info.isExecutable())
+        return {path};
+    // Not by QDir, which leaves out a file whose name is in a foreign encoding.
+    std::error_code problem;
+    std::error_code noFile; // a link to nothing is left out
+    QStringList files;
+    for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), problem);
+         entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
+        const std::string name = entry->path().string();
+        if (entry->path().filename().string().front() != '.' && entry->is_regular_file(noFile))
+            files << QFile::decodeName(name.c_str());
+    }
+    if (problem) // the reading of the folder says so
+        files << path;
+    files.sort();
+    return files;
+}
+
+bool logfiles::isGone(const QString& path)
+{
+    return !hasForeignName(path) && !QFileInfo::exists(path);
+}
+
+std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
+{
+    constexpr int tries = 5;
+    Stamp refused;
+    for (int i = 0; i < tries; ++i) {
+        if (auto log = readOnce(path, reason))
+            return log;
+        const Stamp now = stampOf(path);
+        if (i > 0 && now == refused)
+            break;
+        refused = now;
+    }
+    return std::nullopt;
+}

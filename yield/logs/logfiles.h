@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/logs/stationlog.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+/// The files that logs are read from; none is ever written, moved or locked.
+namespace logfiles
+{
+/// What changes when a log is replaced.
+struct Stamp {
+    qint64 size = -1;
+    qint64 modifiedMs = -1; ///< Since 1970; -1 without a file.
+
+    bool operator==(const Stamp& other) const
+    {
+        return size == other.size && modifiedMs == other.modifiedMs;
+    }
+};
+
+Stamp stampOf(const QString& path);
+
+/// The files that a path stands for: the visible files of a folder, without those of folders in
+/// it, or the path itself. The path itself too if there is nothing, so that its reading says so.
+QStringList filesOf(const QString& path);
+
+/// Whether a file is no longer there: a log in the making gets its own name when it is complete.
+bool isGone(const QString& path);
+
+/// Reads a log, again if it is replaced meanwhile. Nothing, and a reason for people, if the file
+/// cannot be read or is no log.
+std::optional<StationLog> read(const QString& path, QString& reason);
+} // namespace logfiles

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/logs/bandmarks.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+/// What a log of the station says.
+struct StationLog {
+    QString serial;   ///< As typed: may be empty or hold any character but NUL.
+    QString testedAt; ///< yyyy-MM-ddTHH:mm:ss, the station's wall clock.
+    BandMarks marks;
+};
+
+/// The one reader of logs; docs/log-format.md describes them.
+namespace stationlog
+{
+/// No log is longer: it holds a serial that has to fit into a file name.
+constexpr int longestLog = 8192;
+
+/// Reads a whole log. Strict: nothing, and a reason for people, if any byte differs from what the
+/// station writes.
+std::optional<StationLog> read(const QByteArray& bytes, QString& reason);
+} // namespace stationlog

@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/figures/report.h"
+#include "yield/figures/timeline.h"
+
+class QXmlStreamWriter;
+
+/// The charts of the page.
+namespace chart
+{
+/// First-pass yield as a line of dots, the number of units as bars below it.
+void drawTimeline(QXmlStreamWriter& xml, const Timeline& timeline);
+
+/// A control and the units that missed it at the first attempt.
+struct ParetoBar {
+    QString name;
+    int missed;
+};
+
+/// Bars in the order given, and the line of their shares added up; all: what the bars and the
+/// controls that are not among them come to together.
+void drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, int all);
+
+/// How many units missed each band of a control.
+void drawBands(QXmlStreamWriter& xml, int componentNum, const ControlMisses& control);
+
+/// The range that holds the true yield with a confidence of 95 %, as fractions, if `passed` of
+/// `units` (above 0) passed: the score interval by Wilson.
+struct Interval {
+    double low;
+    double high;
+};
+Interval yieldInterval(int passed, int units);
+
+/// A yield as a dot and its interval as a line, on an axis from `axisBegin` to 1, both fractions.
+void drawInterval(QXmlStreamWriter& xml, int passed, int units, double axisBegin);
+} // namespace chart

@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/logs/attemptrules.h"
+#include "yield/logs/stationlog.h"
+
+#include <QString>
+
+#include <vector>
+
+class Database;
+
+/// Where logs come from.
+struct Station {
+    QString name;
+    bool tests18 = false; ///< Once true for a name, the database keeps it.
+};
+
+/// What became of logs.
+struct StoreCounts {
+    int added = 0;      ///< A new attempt, or a new save of one.
+    int known = 0;      ///< Already in the database.
+    int notAttempt = 0; ///< Without any mark.
+};
+
+/// Puts logs into the database, by the rules of attemptrules. The rows that a set of logs leads to
+/// are the same whatever the order, the repetitions and the number of programs that store them.
+namespace attemptstore
+{
+/// All of the logs in one transaction, or none: false, with the reason in error. Counts are added
+/// to.
+bool store(Database& database, const Station& station, const std::vector<StationLog>& logs,
+           StoreCounts& counts, QString& error);
+} // namespace attemptstore
