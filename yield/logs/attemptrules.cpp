@@ -3,7 +3,7 @@
 
 #include "yield/logs/attemptrules.h"
 
-#include <QDateTime>
+#include "yield/logs/walltime.h"
 
 #include <algorithm>
 #include <string>
@@ -34,14 +34,6 @@ BandMarks marksBefore(const BandMarks& marks, int componentNum)
 {
     const auto end = marks.size() - bandmarks::markIndex(componentNum, 0);
     return marks << end >> end;
-}
-
-/// By the station's wall clock, whatever zone this computer is in.
-qint64 secondsBetween(const QString& earlier, const QString& later)
-{
-    const auto utc = QStringLiteral("Z");
-    return QDateTime::fromString(earlier + utc, Qt::ISODate)
-        .secsTo(QDateTime::fromString(later + utc, Qt::ISODate));
 }
 
 bool isBefore(const attemptrules::Save& left, const attemptrules::Save& right)
@@ -79,7 +71,7 @@ bool attemptrules::isSavedAgain(const Save& earlier, const Save& later)
     if (marksBefore(earlier.marks, last) != marksBefore(later.marks, last))
         return false;
     return last != roster::lastComponent ||
-           secondsBetween(earlier.testedAt, later.testedAt) <= lastControlSeconds;
+           walltime::secondsBetween(earlier.testedAt, later.testedAt) <= lastControlSeconds;
 }
 
 attemptrules::Attempts attemptrules::grouped(std::vector<Save> saves)
@@ -99,14 +91,32 @@ attemptrules::Attempts attemptrules::grouped(std::vector<Save> saves)
     return result;
 }
 
+bool attemptrules::isTested(int componentNum, bool tests18)
+{
+    return componentNum != roster::powerButton &&
+           (tests18 || componentNum != roster::channelButton);
+}
+
 attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests18)
 {
     static const BandMarks ofChannelButton = marksOf(roster::channelButton);
+    const BandMarks counted = tests18 ? marks : marks | ofChannelButton;
     Outcome outcome;
-    const BandMarks unmarked = tests18 ? ~marks : ~marks & ~ofChannelButton;
-    if (unmarked.any())
-        for (std::size_t i = 0; i < unmarked.size(); ++i)
-            if (unmarked[i])
-                outcome.missed.push_back(bandmarks::bandOf(i));
+    if (counted.all())
+        return outcome;
+    const int last = lastControl(tests18 ? marks : marks & ~ofChannelButton);
+    int untried = 0;
+    for (int c = roster::lastComponent; c > last; --c)
+        if (isTested(c, tests18)) {
+            outcome.endedAt = c;
+            ++untried;
+        }
+    // A last control without any mark was tried: it may be dead.
+    if (untried < 2)
+        outcome.endedAt.reset();
+    const int end = outcome.endedAt ? bandmarks::firstMark(*outcome.endedAt) : bandMarkCount;
+    for (std::size_t mark = 0; mark < static_cast<std::size_t>(end); ++mark)
+        if (!counted[mark])
+            outcome.missed.push_back(bandmarks::bandOf(mark));
     return outcome;
 }

@@ -7,6 +7,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 /// What logs mean. Pure functions; the one place for these rules.
@@ -44,13 +45,18 @@ struct Attempts {
 /// whatever their order.
 Attempts grouped(std::vector<Save> saves);
 
+/// Whether a run works that component, 0 to 43: not 39, and 18 at a station that tests it only.
+bool isTested(int componentNum, bool tests18);
+
 /// What an attempt comes to.
 struct Outcome {
-    std::vector<bandmarks::Band> missed; ///< In the order of the marks.
+    std::vector<bandmarks::Band> missed; ///< In the order of the marks, of tested controls only.
+    /// The control where the run ended early: it and all tested ones after it, at least two
+    /// altogether, have no mark. They were not tried, so none of their bands is missed.
+    std::optional<int> endedAt;
 
-    bool isComplete() const { return missed.empty(); }
+    bool isComplete() const { return missed.empty() && !endedAt; }
 };
 
-/// Component 39 misses nothing; the bands of component 18 count at a station that tests it.
 Outcome outcomeOf(const BandMarks& marks, bool tests18);
 } // namespace attemptrules
