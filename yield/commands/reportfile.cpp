@@ -4,13 +4,13 @@
 #include "yield/commands/reportfile.h"
 
 #include "yield/figures/reportcounter.h"
+#include "yield/logs/attemptrules.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
 
 #include <QIODevice>
 
 #include <algorithm>
-#include <tuple>
 #include <vector>
 
 bool readReport(QSqlDatabase& database, const ReportRequest& request, Report& report,
@@ -21,8 +21,7 @@ bool readReport(QSqlDatabase& database, const ReportRequest& request, Report& re
             database, [&](const Attempt& attempt) { attempts.push_back(attempt); }, problem))
         return false;
     std::stable_sort(attempts.begin(), attempts.end(), [](const Attempt& a, const Attempt& b) {
-        return std::tie(a.serial, a.testedAt, a.station) <
-               std::tie(b.serial, b.testedAt, b.station);
+        return a.serial == b.serial ? attemptrules::isBefore(a, b) : a.serial < b.serial;
     });
     ReportRequest dated = request;
     if (!dated.now.isValid())
