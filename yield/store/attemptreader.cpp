@@ -55,24 +55,6 @@ private:
     QHash<int, Station> stations; ///< By id.
 };
 
-/// By UTF-8, as a database sorts.
-int compareText(const QString& left, const QString& right)
-{
-    return qstrcmp(left.toUtf8(), right.toUtf8());
-}
-
-/// The order of attempts at one unit.
-bool isBefore(const Attempt& left, const Attempt& right)
-{
-    if (left.testedAt != right.testedAt)
-        return left.testedAt < right.testedAt;
-    if (left.station != right.station)
-        return compareText(left.station, right.station) < 0;
-    if (left.marks.count() != right.marks.count())
-        return left.marks.count() < right.marks.count();
-    return bandmarks::packed(left.marks) < bandmarks::packed(right.marks);
-}
-
 /// Puts the attempts of each unit, which come by serial, into order.
 class UnitSorter
 {
@@ -91,7 +73,7 @@ public:
 
     void finishUnit()
     {
-        std::sort(unit.begin(), unit.end(), isBefore);
+        std::sort(unit.begin(), unit.end(), attemptrules::isBefore);
         std::for_each(unit.begin(), unit.end(), visit);
         unit.clear();
     }
