@@ -31,12 +31,15 @@ public:
             stations.insert(all.number(0), {all.text(1), all.number(2) != 0});
     }
 
-    /// clause: which attempts, in which order.
-    void read(const QString& clause, const QVariantList& values, const attemptreader::Visit& visit)
+    /// clause: which attempts, in which order; texts: its values.
+    void read(const QString& clause, const QStringList& texts, const attemptreader::Visit& visit)
     {
         Statement select(connection, "SELECT station_id, {bytes_of serial}, tested_at, marks "
                                      "FROM attempts " +
                                          clause);
+        QVariantList values;
+        for (const QString& text : texts)
+            values << select.valueOf(text);
         if (values.isEmpty())
             select.run();
         else
@@ -83,11 +86,11 @@ private:
     std::vector<Attempt> unit;
 };
 
-void readUnits(Database& database, const QString& clause, const QVariantList& values,
+void readUnits(Database& database, const QString& clause, const QStringList& texts,
                const attemptreader::Visit& visit)
 {
     UnitSorter sorter(visit);
-    Reader(database).read(clause, values, [&](const Attempt& attempt) { sorter.add(attempt); });
+    Reader(database).read(clause, texts, [&](const Attempt& attempt) { sorter.add(attempt); });
     sorter.finishUnit();
 }
 } // namespace
@@ -99,8 +102,7 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit)
 
 void attemptreader::forEachOf(Database& database, const QString& serial, const Visit& visit)
 {
-    readUnits(database, "WHERE {by_bytes serial} = {text_of ?}", {Statement::valueOf(serial)},
-              visit);
+    readUnits(database, "WHERE {by_bytes serial} = {text_of ?}", {serial}, visit);
 }
 
 void attemptreader::forEachByTime(Database& database, const Visit& visit)

@@ -38,8 +38,8 @@ StationRow updatedStation(Database& database, const Station& station,
 {
     auto row = StationRows::findStation(database, station.name);
     if (!row) {
-        Statement(database, "INSERT INTO stations (name) VALUES ({text_of ?})")
-            .run({Statement::valueOf(station.name)});
+        Statement insert(database, "INSERT INTO stations (name) VALUES ({text_of ?})");
+        insert.run({insert.valueOf(station.name)});
         row = StationRows::findStation(database, station.name);
     }
     // Marks of component 18 among the logs say that the station tests it.

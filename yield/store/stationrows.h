@@ -48,7 +48,7 @@ public:
     QMap<QString, UnitLogs> find(const QStringList& serials);
 
     using Visit = std::function<void(const QString& serial, const UnitLogs& logs)>;
-    /// Every unit, some at a time; visit may change its rows, and may see a unit twice.
+    /// Every unit, some at a time; visit may change its rows.
     void forEachUnit(const Visit& visit);
 
     /// Groups the logs of a unit and these anew, and changes the rows that differ.
@@ -63,8 +63,11 @@ private:
                 const attemptrules::Attempts& wanted);
     void insert(const QString& serial, const attemptrules::Save& save);
 
+    /// The next serials after this one, or the first ones.
+    QStringList serialsAfter(const std::optional<QString>& serial);
+
+    Database& database;
     const StationRow station;
-    Statement findSerials;
     Statement findAttempts;
     Statement findRepeated;
     Statement insertAttempt;
