@@ -83,6 +83,15 @@ std::optional<StationRow> StationRows::findStation(Database& database, const QSt
     return stationOf(select);
 }
 
+void StationRows::beginToTest18(Database& database, StationRow& station)
+{
+    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({station.id});
+    station.tests18 = true;
+    StationRows rows(database, station);
+    rows.forEachUnit(
+        [&](const QString& serial, const UnitLogs& logs) { rows.writeAgain(serial, logs); });
+}
+
 QMap<QString, UnitLogs> StationRows::find(const QStringList& serials)
 {
     QMap<QString, UnitLogs> units;

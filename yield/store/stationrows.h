@@ -44,6 +44,10 @@ public:
     static std::vector<StationRow> stations(Database& database);
     static std::optional<StationRow> findStation(Database& database, const QString& name);
 
+    /// From now on the station tests component 18: every attempt there missed it, or ended before
+    /// it. Changes the row that is handed over too.
+    static void beginToTest18(Database& database, StationRow& station);
+
     /// What the database has of so many units at most, by serial; of those without any log too.
     QMap<QString, UnitLogs> find(const QStringList& serials);
 
