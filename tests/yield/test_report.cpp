@@ -2,9 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "demo/fortnight.h"
-#include "panels/zorvi_0908_button.h"
-#include "panels/zorvi_0908_fader.h"
-#include "panels/zorvi_0908_rotary.h"
 #include "tests/yield/postgresserver.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/commands/reportfile.h"
@@ -76,7 +73,6 @@ private Q_SLOTS:
     void theQueriesGoAlongIndices();
     void longTimesAreWeeksOrMonths();
     void wordsAndFigures();
-    void theSurfaceHasTheWindowsSizes();
     void aBrowserShowsThePage();
 };
 
@@ -288,13 +284,6 @@ void TestReport::wordsAndFigures()
     QCOMPARE(controlnames::bands(9, {0, 1}), QStringLiteral("all"));
     const auto interval = chart::yieldInterval(94, 100);
     QVERIFY(qAbs(interval.low - 0.8752) < 0.0001 && qAbs(interval.high - 0.9722) < 0.0001);
-}
-
-void TestReport::theSurfaceHasTheWindowsSizes()
-{
-    QCOMPARE(surface::panelSize(roster::Kind::Fader), Zorvi_0908_Fader(nullptr, 0, 0).size());
-    QCOMPARE(surface::panelSize(roster::Kind::Button), Zorvi_0908_Button(nullptr, 9, 9).size());
-    QCOMPARE(surface::panelSize(roster::Kind::Rotary), Zorvi_0908_Rotary(nullptr, 40, 40).size());
 }
 
 /// What headless Chromium makes of it; it writes what the page says to its console to stderr.

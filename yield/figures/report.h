@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "panels/componentroster.h"
+#include "unit/componentroster.h"
 
 #include <QDate>
 #include <QMap>
