@@ -4,7 +4,6 @@
 #include "yield/figures/report.h"
 
 #include "yield/logs/bandmarks.h"
-#include "yield/store/database.h"
 
 #include <QHash>
 #include <QSqlDatabase>
@@ -68,7 +67,7 @@ private:
     static QString cannotBeRead(const QSqlQuery& query)
     {
         return QStringLiteral("the report cannot be read: %1")
-            .arg(Database::inWords(query.lastError()));
+            .arg(query.lastError().text());
     }
 
     bool run(QSqlQuery& query, const QString& statement)
