@@ -78,21 +78,20 @@ private Q_SLOTS:
         QCOMPARE(csv.status, 0);
         const QByteArray awkwardInCsv = awkward.toUtf8().replace('"', "\"\"");
         QCOMPARE(csv.out, QByteArray("station,serial,tested_at,complete,missed_bands\r\n") +
-                              "\"'+Line 1\",\"" + awkwardInCsv +
-                              "\",2026-11-21T12:00:00,0,\"3: 5 6; 10: 1\"\r\n" +
                               "\"'+Line 1\",\"'" + formula.toUtf8() +
-                              "\",2026-11-21T12:00:00,1,\"\"\r\n");
+                              "\",2026-11-21T12:00:00,1,\"\"\r\n" + "\"'+Line 1\",\"" +
+                              awkwardInCsv + "\",2026-11-21T12:00:00,0,\"3: 5 6; 10: 1\"\r\n");
 
         const Outcome json = run({"export", "--format", "json", "--database", "a.sqlite"});
         QCOMPARE(json.status, 0);
         const QJsonArray attempts = QJsonDocument::fromJson(json.out).array();
         QCOMPARE(attempts.size(), 2);
-        const QJsonObject attempt = attempts[0].toObject();
+        const QJsonObject attempt = attempts[1].toObject();
         QCOMPARE(attempt["serial"].toString(), awkward);
         QCOMPARE(attempt["missed_bands"].toArray().size(), 3);
         QCOMPARE(attempt["missed_bands"].toArray()[2].toObject(),
                  (QJsonObject{{"component", 10}, {"band", 1}}));
-        QCOMPARE(attempts[1].toObject()["complete"].toBool(), true);
+        QCOMPARE(attempts[0].toObject()["complete"].toBool(), true);
     }
 
     void statusAndMessage_data()
