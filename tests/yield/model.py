@@ -280,7 +280,7 @@ def unit_logs(serial, stations, day):
 def plant():
     names = random.sample(["Station 1", "Station 2", "line \u00e4", "\u4e00"], random.choice([1, 3, 4]))
     tests_18 = {name: random.random() < 0.4 for name in names}
-    odd = ["", " ", "\u00e4\u00df", "x\ty", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
+    odd = ["", " ", "KG-/4", "\u00e4\u00df", "x\ty", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
     serials = odd + ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
     days = [NOW.date() - datetime.timedelta(days=ago) for ago in range(random.choice([3, 12, 40]))]
     days += [NOW.date() + datetime.timedelta(days=ahead) for ahead in (1, 2)]
@@ -297,7 +297,7 @@ def plant():
                 "since": random.choice(["", first.isoformat()]),
                 "until": random.choice(["", last.isoformat()]),
                 "station": random.choice(["", random.choice(names)]),
-                "without": random.choice([[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["[!0]*"]]),
+                "without": random.choice([[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["[!0]*", "KG-?4"]]),
             }
         )
     # A station may turn out to test component 18 by a mark in any log. Not declared: told by marks.
