@@ -170,9 +170,8 @@ private:
     {
         Database attempts(database(), Database::Access::Read);
         QSaveFile page(folder + QStringLiteral("/yield.html"));
-        if (page.open(QIODevice::WriteOnly) &&
-            !writeReport(attempts.connection(), {}, page, problem))
-            return false;
+        if (page.open(QIODevice::WriteOnly) && !writeReport(attempts, {}, page))
+            page.cancelWriting();
         if (!page.commit())
             problem = QStringLiteral("%1: %2").arg(page.fileName(), page.errorString());
         return problem.isEmpty();

@@ -38,9 +38,7 @@ int report(const QCommandLineParser& parser)
     OutputFile file(parser.value("output"));
     if (!file.isOpen())
         return command::fail(file.problem());
-    if (!writeReport(database.connection(), request, file.device(), problem))
-        return command::fail(problem);
-    if (!file.finish())
+    if (!writeReport(database, request, file.device()) || !file.finish())
         return command::fail(file.problem());
     if (parser.value("output") != "-")
         QTextStream(stdout) << "written: " << parser.value("output") << Qt::endl;

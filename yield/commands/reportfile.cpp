@@ -3,18 +3,38 @@
 
 #include "yield/commands/reportfile.h"
 
+#include "yield/figures/reportcounter.h"
 #include "yield/page/page.h"
+#include "yield/store/attemptreader.h"
+#include "yield/store/databaseerror.h"
 
-#include <QIODevice>
-
-bool writeReport(QSqlDatabase& database, const ReportRequest& request, QIODevice& output,
-                 QString& problem)
+namespace
 {
-    Report report;
-    if (!readReport(database, request, report, problem))
-        return false;
-    if (page::write(report, output))
-        return true;
-    problem = QStringLiteral("the page cannot be written: %1").arg(output.errorString());
-    return false;
+void checkStation(const QString& name, const std::vector<StationNews>& known)
+{
+    QStringList names;
+    for (const StationNews& news : known)
+        names << news.station;
+    if (!name.isEmpty() && !names.isEmpty() && !names.contains(name))
+        throw DatabaseError(
+            DatabaseError::Kind::Unusable,
+            QString("no station is named \"%1\"; there are: %2").arg(name, names.join(", ")));
+}
+} // namespace
+
+Report readReport(Database& database, const ReportRequest& request)
+{
+    ReportRequest dated = request;
+    if (!dated.now.isValid())
+        dated.now = QDateTime::currentDateTime();
+    dated.news = attemptreader::newestLogs(database, dated.now);
+    checkStation(dated.station, dated.news);
+    ReportCounter counter(dated);
+    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) { counter.add(attempt); });
+    return counter.finish();
+}
+
+bool writeReport(Database& database, const ReportRequest& request, QIODevice& output)
+{
+    return page::write(readReport(database, request), output);
 }

@@ -85,7 +85,7 @@ void writeTotals(Html& html, const Tally& total)
 
 void writeTimeline(Html& html, const Report& report)
 {
-    const Timeline timeline = timelineOf(report.days);
+    const Timeline timeline = timelineOf(report.days, report.total);
     html.beginSection(
         QStringLiteral("days"), QStringLiteral("By ") + timeline.unit,
         QStringLiteral("First-pass yield as dots, the number of units as bars, by the "

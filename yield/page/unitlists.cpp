@@ -23,10 +23,13 @@ QString serialText(const QString& serial)
     return serial.isEmpty() ? QStringLiteral("(no serial number)") : serial;
 }
 
-void writeResult(Html& html, bool passed)
+void writeResult(Html& html, Result result)
 {
+    const bool passed = result == Result::Passed;
     html.element(QStringLiteral("td"),
-                 passed ? QStringLiteral("complete") : QStringLiteral("not complete"),
+                 passed                         ? QStringLiteral("complete")
+                 : result == Result::EndedEarly ? QStringLiteral("ended early")
+                                                : QStringLiteral("not complete"),
                  passed ? QStringLiteral("good") : QStringLiteral("bad"));
 }
 
@@ -98,10 +101,10 @@ void unitlists::writeRepeated(Html& html, const Report& report)
             html.element(QStringLiteral("td"), count(unit.attempts), QStringLiteral("number"));
             html.element(QStringLiteral("td"), minute(unit.firstTestedAt), QStringLiteral("time"));
             html.element(QStringLiteral("td"), unit.firstStation);
-            writeResult(html, unit.passedFirst);
+            writeResult(html, unit.firstResult);
             html.element(QStringLiteral("td"), minute(unit.lastTestedAt), QStringLiteral("time"));
             html.element(QStringLiteral("td"), unit.lastStation);
-            writeResult(html, unit.passedLast);
+            writeResult(html, unit.lastResult);
             html.end();
         }
         html.endTable();
