@@ -14,23 +14,23 @@ QString figuretext::count(int number)
 
 QString figuretext::units(int number)
 {
-    return count(number) + (number == 1 ? QStringLiteral(" unit") : QStringLiteral(" units"));
+    return count(number) + (number == 1 ? " unit" : " units");
 }
 
 QString figuretext::percent(int part, int whole)
 {
     if (whole == 0)
-        return QStringLiteral("–");
+        return "–";
     if (part == 0)
-        return QStringLiteral("0\u00a0%");
+        return "0\u00a0%";
     if (part == whole)
-        return QStringLiteral("100\u00a0%");
+        return "100\u00a0%";
     // Rounding must not make all or none of what is neither.
     const double percent = std::clamp(100.0 * part / whole, 0.1, 99.9);
-    return QString::number(percent, 'f', 1) + QStringLiteral("\u00a0%");
+    return QString::number(percent, 'f', 1) + "\u00a0%";
 }
 
 QString figuretext::share(int part, int whole)
 {
-    return QStringLiteral("%1 (%2 of %3)").arg(percent(part, whole), count(part), count(whole));
+    return QString("%1 (%2 of %3)").arg(percent(part, whole), count(part), count(whole));
 }

@@ -21,79 +21,113 @@ QString holdable(const QString& text)
 }
 } // namespace
 
+Html::Scope::Scope(Html& html, int elements)
+    : page(html)
+    , open(elements)
+{
+}
+
+Html::Scope::~Scope()
+{
+    for (; open > 0; --open)
+        page.xml.writeEndElement();
+}
+
 Html::Html(QIODevice& output, const QString& title, const QString& style)
     : xml(&output)
 {
-    xml.writeDTD(QStringLiteral("<!DOCTYPE html>\n"));
-    xml.writeStartElement(QStringLiteral("html"));
-    xml.writeAttribute(QStringLiteral("lang"), QStringLiteral("en"));
-    xml.writeStartElement(QStringLiteral("head"));
-    xml.writeEmptyElement(QStringLiteral("meta"));
-    xml.writeAttribute(QStringLiteral("charset"), QStringLiteral("utf-8"));
-    xml.writeEmptyElement(QStringLiteral("meta"));
-    xml.writeAttribute(QStringLiteral("name"), QStringLiteral("viewport"));
-    xml.writeAttribute(QStringLiteral("content"), QStringLiteral("width=device-width"));
-    xml.writeTextElement(QStringLiteral("title"), title);
-    xml.writeTextElement(QStringLiteral("style"), style);
-    xml.writeEndElement();
-    xml.writeStartElement(QStringLiteral("body"));
-}
-
-void Html::begin(const QString& element, const QString& cssClass)
-{
-    // A line for each, so that tools that show differences have something to hold on to.
-    xml.writeCharacters(QStringLiteral("\n"));
-    xml.writeStartElement(element);
-    if (!cssClass.isEmpty())
-        xml.writeAttribute(QStringLiteral("class"), cssClass);
-}
-
-void Html::end()
-{
-    xml.writeEndElement();
-}
-
-void Html::element(const QString& name, const QString& text, const QString& cssClass)
-{
-    begin(name, cssClass);
-    xml.writeCharacters(holdable(text));
-    end();
-}
-
-void Html::beginSection(const QString& id, const QString& heading, const QString& explanation)
-{
-    begin(QStringLiteral("section"));
-    xml.writeAttribute(QStringLiteral("id"), id);
-    element(QStringLiteral("h2"), heading);
-    if (!explanation.isEmpty())
-        element(QStringLiteral("p"), explanation, QStringLiteral("quiet"));
-}
-
-void Html::beginTable(const QStringList& headings)
-{
-    begin(QStringLiteral("table"));
-    begin(QStringLiteral("thead"));
-    begin(QStringLiteral("tr"));
-    for (const QString& heading : headings) {
-        const bool isNumber = heading.startsWith(QLatin1Char('#'));
-        element(QStringLiteral("th"), isNumber ? heading.mid(1) : heading,
-                isNumber ? QStringLiteral("number") : QString());
+    xml.writeDTD("<!DOCTYPE html>\n");
+    xml.writeStartElement("html");
+    attribute("lang", "en");
+    {
+        const Scope head = open("head");
+        xml.writeEmptyElement("meta");
+        attribute("charset", "utf-8");
+        xml.writeEmptyElement("meta");
+        attribute("name", "viewport");
+        attribute("content", "width=device-width");
+        element("title", title);
+        begin("style");
+        xml.writeCharacters(style);
+        xml.writeEndElement();
     }
-    end();
-    end();
-    begin(QStringLiteral("tbody"));
+    begin("body");
 }
 
-void Html::endTable()
+Html::Scope Html::open(const QString& element, const QString& cssClass)
 {
-    end();
-    end();
+    begin(element, cssClass);
+    return {*this, 1};
+}
+
+void Html::element(const QString& name, const QString& content, const QString& cssClass)
+{
+    const Scope scope = open(name, cssClass);
+    text(content);
+}
+
+Html::Scope Html::section(const QString& id, const QString& heading, const QString& explanation)
+{
+    begin("section");
+    attribute("id", id);
+    element("h2", heading);
+    if (!explanation.isEmpty())
+        element("p", explanation, "quiet");
+    return {*this, 1};
+}
+
+Html::Scope Html::table(const QVector<Column>& columns)
+{
+    begin("table");
+    {
+        const Scope head = open("thead");
+        const Scope headRow = row();
+        for (const Column& column : columns)
+            element("th", column.heading,
+                    column.kind == Column::Kind::Number ? "number" : QString());
+    }
+    begin("tbody");
+    return {*this, 2};
+}
+
+Html::Scope Html::row()
+{
+    return open("tr");
+}
+
+void Html::cell(const QString& content, const QString& cssClass)
+{
+    element("td", content, cssClass);
+}
+
+void Html::number(const QString& content)
+{
+    cell(content, "number");
+}
+
+void Html::attribute(const QString& name, const QString& value)
+{
+    xml.writeAttribute(name, holdable(value));
+}
+
+void Html::text(const QString& characters)
+{
+    xml.writeCharacters(holdable(characters));
 }
 
 bool Html::finish()
 {
     xml.writeEndElement();
     xml.writeEndElement();
-    xml.writeCharacters(QStringLiteral("\n"));
+    xml.writeCharacters("\n");
     return !xml.hasError();
+}
+
+void Html::begin(const QString& element, const QString& cssClass)
+{
+    // A line for each, so that tools that show differences have something to hold on to.
+    xml.writeCharacters("\n");
+    xml.writeStartElement(element);
+    if (!cssClass.isEmpty())
+        attribute("class", cssClass);
 }

@@ -7,7 +7,7 @@
 
 #include <QSize>
 
-class QXmlStreamWriter;
+class Html;
 
 /// The control surface as the station's window lays it out, each control coloured by how often its
 /// first attempt missed a band.
@@ -16,5 +16,5 @@ namespace surface
 /// The size of a kind's panel in the window, in pixels.
 QSize panelSize(roster::Kind kind);
 
-void draw(QXmlStreamWriter& xml, const Report& report);
+void draw(Html& html, const Report& report);
 } // namespace surface

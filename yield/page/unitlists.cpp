@@ -8,6 +8,7 @@
 #include "yield/page/html.h"
 
 using figuretext::count;
+using Kind = Html::Column::Kind;
 
 namespace
 {
@@ -20,93 +21,92 @@ QString minute(const QString& time)
 
 QString serialText(const QString& serial)
 {
-    return serial.isEmpty() ? QStringLiteral("(no serial number)") : serial;
+    return serial.isEmpty() ? "(no serial number)" : serial;
 }
 
 void writeResult(Html& html, bool passed)
 {
-    html.element(QStringLiteral("td"),
-                 passed ? QStringLiteral("complete") : QStringLiteral("not complete"),
-                 passed ? QStringLiteral("good") : QStringLiteral("bad"));
+    html.cell(passed ? "complete" : "not complete", passed ? "good" : "bad");
 }
 
 QString missedText(const OpenUnit& unit)
 {
     QStringList parts;
     for (const MissedControl& control : unit.missed)
-        parts << QStringLiteral("%1: %2").arg(
-            controlnames::control(control.componentNum),
-            controlnames::bands(control.componentNum, control.bands));
+        parts << QString("%1: %2").arg(controlnames::control(control.componentNum),
+                                       controlnames::bands(control.componentNum, control.bands));
     const int more = unit.missedControlCount - unit.missed.size();
     if (more > 0)
-        parts << QStringLiteral("and %1 more").arg(more);
-    return parts.join(QStringLiteral("; "));
+        parts << QString("and %1 more").arg(more);
+    return parts.join("; ");
 }
 
 void writeMore(Html& html, int more, const QString& rest)
 {
     if (more > 0)
-        html.element(QStringLiteral("p"), QStringLiteral("And %1 more; %2").arg(count(more), rest),
-                     QStringLiteral("quiet"));
+        html.element("p", QString("And %1 more; %2").arg(count(more), rest), "quiet");
 }
-
 } // namespace
 
 void unitlists::writeOpen(Html& html, const Report& report)
 {
     const int open = report.total.units - report.total.passedLast;
-    html.beginSection(QStringLiteral("open"), QStringLiteral("Units not complete"),
-                      open == 0 ? QStringLiteral("The last attempt at every unit is complete.")
-                                : QStringLiteral("%1 whose last attempt is not complete, newest "
-                                                 "first: the list to walk to.")
-                                      .arg(figuretext::units(open)));
-    if (open > 0) {
-        html.beginTable({QStringLiteral("Serial number"), QStringLiteral("Last tested"),
-                         QStringLiteral("Station"), QStringLiteral("#Attempts"),
-                         QStringLiteral("What the last attempt missed")});
+    const auto section =
+        html.section("open", "Units not complete",
+                     open == 0 ? "The last attempt at every unit is complete."
+                               : QString("%1 whose last attempt is not complete, newest first: "
+                                         "the list to walk to.")
+                                     .arg(figuretext::units(open)));
+    if (open == 0)
+        return;
+    {
+        const auto table = html.table({{"Serial number"},
+                                       {"Last tested"},
+                                       {"Station"},
+                                       {"Attempts", Kind::Number},
+                                       {"What the last attempt missed"}});
         for (const OpenUnit& unit : report.openUnits) {
-            html.begin(QStringLiteral("tr"));
-            html.element(QStringLiteral("td"), serialText(unit.serial), QStringLiteral("serial"));
-            html.element(QStringLiteral("td"), minute(unit.lastTestedAt), QStringLiteral("time"));
-            html.element(QStringLiteral("td"), unit.lastStation);
-            html.element(QStringLiteral("td"), count(unit.attempts), QStringLiteral("number"));
-            html.element(QStringLiteral("td"), missedText(unit));
-            html.end();
+            const auto row = html.row();
+            html.cell(serialText(unit.serial), "serial");
+            html.cell(minute(unit.lastTestedAt), "time");
+            html.cell(unit.lastStation);
+            html.number(count(unit.attempts));
+            html.cell(missedText(unit));
         }
-        html.endTable();
-        writeMore(html, open - report.openUnits.size(),
-                  QStringLiteral("\"zorvi_yield export\" lists every attempt."));
     }
-    html.end();
+    writeMore(html, open - report.openUnits.size(), "\"zorvi_yield export\" lists every attempt.");
 }
 
 void unitlists::writeRepeated(Html& html, const Report& report)
 {
     const int repeated = report.repeatedUnitCount;
-    html.beginSection(
-        QStringLiteral("repeated"), QStringLiteral("Units tested more than once"),
-        repeated == 0
-            ? QStringLiteral("No unit was tested twice.")
-            : QStringLiteral("%1, most attempts first.").arg(figuretext::units(repeated)));
-    if (repeated > 0) {
-        html.beginTable({QStringLiteral("Serial number"), QStringLiteral("#Attempts"),
-                         QStringLiteral("First attempt"), QStringLiteral("Station"), QString(),
-                         QStringLiteral("Last attempt"), QStringLiteral("Station"), QString()});
+    const auto section = html.section(
+        "repeated", "Units tested more than once",
+        repeated == 0 ? "No unit was tested twice."
+                      : QString("%1, most attempts first.").arg(figuretext::units(repeated)));
+    if (repeated == 0)
+        return;
+    {
+        const auto table = html.table({{"Serial number"},
+                                       {"Attempts", Kind::Number},
+                                       {"First attempt"},
+                                       {"Station"},
+                                       {"Result"},
+                                       {"Last attempt"},
+                                       {"Station"},
+                                       {"Result"}});
         for (const RepeatedUnit& unit : report.repeatedUnits) {
-            html.begin(QStringLiteral("tr"));
-            html.element(QStringLiteral("td"), serialText(unit.serial), QStringLiteral("serial"));
-            html.element(QStringLiteral("td"), count(unit.attempts), QStringLiteral("number"));
-            html.element(QStringLiteral("td"), minute(unit.firstTestedAt), QStringLiteral("time"));
-            html.element(QStringLiteral("td"), unit.firstStation);
+            const auto row = html.row();
+            html.cell(serialText(unit.serial), "serial");
+            html.number(count(unit.attempts));
+            html.cell(minute(unit.firstTestedAt), "time");
+            html.cell(unit.firstStation);
             writeResult(html, unit.passedFirst);
-            html.element(QStringLiteral("td"), minute(unit.lastTestedAt), QStringLiteral("time"));
-            html.element(QStringLiteral("td"), unit.lastStation);
+            html.cell(minute(unit.lastTestedAt), "time");
+            html.cell(unit.lastStation);
             writeResult(html, unit.passedLast);
-            html.end();
         }
-        html.endTable();
-        writeMore(html, repeated - report.repeatedUnits.size(),
-                  QStringLiteral("\"zorvi_yield unit SERIAL\" shows every attempt at one."));
     }
-    html.end();
+    writeMore(html, repeated - report.repeatedUnits.size(),
+              "\"zorvi_yield unit SERIAL\" shows every attempt at one.");
 }
