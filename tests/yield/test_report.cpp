@@ -18,12 +18,9 @@
 #include "yield/store/attemptstore.h"
 #include "yield/store/database.h"
 
-#include <sqlite3.h>
-
 #include <QBuffer>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QSqlDriver>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -73,7 +70,6 @@ private Q_SLOTS:
     void theFortnightsRatesComeOut();
     void whatCounts_data();
     void whatCounts();
-    void theQueriesGoAlongIndices();
     void longTimesAreWeeksOrMonths();
     void wordsAndFigures();
     void theSurfaceHasTheWindowsSizes();
@@ -198,7 +194,8 @@ void TestReport::whatCounts()
     QCOMPARE(report.openUnits.last().lastStation, one);
     QCOMPARE(report.repeatedUnitCount, 3);
     QCOMPARE(report.repeatedUnits.first().serial, QStringLiteral("never"));
-    QVERIFY(report.repeatedUnits.at(1).passedLast && !report.repeatedUnits.at(1).passedFirst);
+    QVERIFY(report.repeatedUnits.at(1).lastResult == Result::Passed &&
+            report.repeatedUnits.at(1).firstResult == Result::Failed);
 
     // The first attempt decides; what came later counts all the same.
     const QDate first(2026, 11, 21);
@@ -211,49 +208,6 @@ void TestReport::whatCounts()
     QCOMPARE(inWords(report.total), QStringLiteral("2 units, 3 attempts, 1 at first, 2 at last"));
     QVERIFY(read({first.addDays(2), {}, {}}) && !report.databaseIsEmpty && report.days.isEmpty());
     QCOMPARE(report.total.units, 0);
-    QVERIFY(!read({{}, {}, QStringLiteral("three")}));
-    QCOMPARE(problem, QStringLiteral("no station is named \"three\"; there are: one, two"));
-}
-
-/// SQLite tells which statements the report runs, and how it means to run them.
-void TestReport::theQueriesGoAlongIndices()
-{
-    const QTemporaryDir folder;
-    Database database(folder.filePath(QStringLiteral("a.sqlite")), Database::Access::Write);
-    QVERIFY(store(database, "one", false, "never", 0, unitlogs::upTo(40)));
-    QStringList statements;
-    sqlite3* const handle =
-        *static_cast<sqlite3* const*>(database.connection().driver()->handle().data());
-    const auto remember = [](unsigned, void* list, void*, void* statement) {
-        static_cast<QStringList*>(list)->append(QString::fromLatin1(static_cast<char*>(statement)));
-        return 0;
-    };
-    sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, remember, &statements);
-    Report report;
-    QString problem;
-    const QDate day(2026, 11, 21);
-    for (const ReportRequest& request : {ReportRequest(), ReportRequest{day, day, "one"}})
-        QVERIFY(readReport(database.connection(), request, report, problem));
-    sqlite3_trace_v2(handle, 0, nullptr, nullptr);
-
-    const QRegularExpression wholeTable(
-        QStringLiteral("^SCAN (attempts|missed_bands|[aflmo])( |$)(?!USING .*INDEX)"));
-    QStringList sorting;
-    int lines = 0;
-    for (const QString& statement : statements.filter(QStringLiteral("attempts AS"))) {
-        QSqlQuery plan(database.connection());
-        QVERIFY(plan.exec(QStringLiteral("EXPLAIN QUERY PLAN ") + statement));
-        for (; plan.next(); ++lines) {
-            const QString line = plan.value(3).toString() + QStringLiteral(" in ") + statement;
-            QVERIFY2(!wholeTable.match(line).hasMatch(), qPrintable(line));
-            if (line.startsWith("USE TEMP B-TREE") && !statement.contains("f.station_id = "))
-                sorting << line;
-        }
-    }
-    QVERIFY(lines > 10);
-    // Only the few different sets of missed bands are sorted, and a single station's attempts.
-    QVERIFY2(sorting.size() == 1 && sorting.first().contains(QStringLiteral("SELECT station_id")),
-             qPrintable(sorting.join('\n')));
 }
 
 void TestReport::longTimesAreWeeksOrMonths()
@@ -261,15 +215,15 @@ void TestReport::longTimesAreWeeksOrMonths()
     QMap<QDate, Tally> days;
     const QDate begin(2025, 12, 31); // a Wednesday
     for (int day = 0; day < 70; ++day)
-        days[begin.addDays(day)] = {1, 1, 1, 1};
-    QCOMPARE(timelineOf(days).length, 70);
-    days[begin.addDays(70)] = {1, 1, 1, 1};
-    const Timeline weeks = timelineOf(days);
+        days[begin.addDays(day)] = {1, 1, 1, 1, 0};
+    QCOMPARE(timelineOf(days, Tally()).length, 70);
+    days[begin.addDays(70)] = {1, 1, 1, 1, 0};
+    const Timeline weeks = timelineOf(days, Tally());
     QCOMPARE(weeks.unit, QStringLiteral("week"));
     QCOMPARE(weeks.periods.first().tally.units, 5);
     QCOMPARE(weeks.periods.at(1).name, QStringLiteral("Week of 5 Jan 2026"));
-    days[begin.addYears(2)] = {1, 1, 1, 1};
-    const Timeline months = timelineOf(days);
+    days[begin.addYears(2)] = {1, 1, 1, 1, 0};
+    const Timeline months = timelineOf(days, Tally());
     QCOMPARE(months.length, 25);
     QCOMPARE(months.periods.size(), 5); // the months without units leave their places empty
     QCOMPARE(months.periods.at(1).tally.units, 31);

@@ -4,39 +4,58 @@
 #pragma once
 
 #include "panels/componentroster.h"
+#include "yield/figures/limits.h"
+#include "yield/figures/tally.h"
+#include "yield/logs/stationnews.h"
 
 #include <QDate>
+#include <QDateTime>
 #include <QMap>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <array>
-
-class QSqlDatabase;
+#include <optional>
+#include <vector>
 
 /// Which units a report is about: those whose first attempt lies in the time and was made at the
-/// station. All their attempts count, later ones and those at other stations too.
+/// station, and whose serial no pattern matches. All their attempts count, later ones and those at
+/// other stations too.
 struct ReportRequest {
-    QDate since;     ///< First day, inclusive; invalid for no bound.
-    QDate until;     ///< Last day, inclusive; invalid for no bound.
-    QString station; ///< Empty for all stations.
+    QDate since;                     ///< First day, inclusive; invalid for no bound.
+    QDate until;                     ///< Last day, inclusive; invalid for no bound.
+    QString station;                 ///< Empty for all stations.
+    QStringList without;             ///< Shell-style wildcards for whole serials, valid ones.
+    QDateTime now;                   ///< When the report is made, local.
+    std::vector<StationNews> news{}; ///< Of every station that the database knows.
 };
 
-/// How units of one day, of one station or of the whole report fared.
-struct Tally {
-    int units = 0;
-    int attempts = 0;
-    int passedFirst = 0; ///< Units whose first attempt is complete.
-    int passedLast = 0;  ///< Units whose last attempt is complete.
-
-    Tally& operator+=(const Tally& other);
-};
+/// What an attempt came to.
+enum class Result { Passed, Failed, EndedEarly };
 
 /// How often one control was not complete in the first attempt at a unit.
 struct ControlMisses {
-    int units = 0;            ///< Units whose first attempt was to test this control.
+    int units = 0;            ///< Units whose first attempt tried this control.
     int missed = 0;           ///< Of these, units that missed one of its bands or more.
     QVector<int> missedBands; ///< Of these, units that missed the band, by band.
+    int endedHere = 0;        ///< Units whose first attempt ended early at this control.
+};
+
+/// The first, second, third … attempts at units.
+struct AttemptsByNumber {
+    int attempts = 0;
+    int passed = 0;
+    int endedEarly = 0; ///< Neither passed nor failed.
+};
+
+/// Failed attempts that a second test at once took back: most likely failures of the test, not of
+/// the unit. Attempts that ended early are left out, as if they had not been.
+struct FalseFailures {
+    int failed = 0;   ///< Failed attempts.
+    int retested = 0; ///< Of these, those whose unit was next tested at the same station, at most
+                      ///< an hour later.
+    int passed = 0;   ///< Of these, those that then passed.
 };
 
 /// What one attempt missed of one control.
@@ -49,10 +68,11 @@ struct MissedControl {
 struct OpenUnit {
     QString serial;
     int attempts = 0;
-    QString lastTestedAt; ///< As in the database: yyyy-MM-ddTHH:mm:ss, local.
+    QString lastTestedAt; ///< As in the log: yyyy-MM-ddTHH:mm:ss, local.
     QString lastStation;
     int missedControlCount = 0;
     QVector<MissedControl> missed; ///< The first of them, at most maxMissedControls.
+    std::optional<int> endedAt;    ///< The control where the last attempt ended early.
 
     static constexpr int maxMissedControls = 3;
 };
@@ -63,36 +83,62 @@ struct RepeatedUnit {
     int attempts = 0;
     QString firstTestedAt;
     QString firstStation;
-    bool passedFirst = false;
+    Result firstResult = Result::Passed;
     QString lastTestedAt;
     QString lastStation;
-    bool passedLast = false;
+    Result lastResult = Result::Passed;
+};
+
+/// The units first tested on one day.
+struct DayReport {
+    QDate day;
+    Tally tally;
+    Limits limits;
 };
 
 /// Stations side by side: the units first tested there.
 struct StationReport {
     QString name;
     Tally tally;
+    Limits limits;
     std::array<int, roster::componentCount> missed{}; ///< Units by control, as in ControlMisses.
+};
+
+/// How long ago a station's newest log was made.
+struct StationAge {
+    QString name;
+    QString newestAt;    ///< yyyy-MM-ddTHH:mm:ss; empty without a log.
+    qint64 seconds = -1; ///< By the wall clock, 0 or more; -1 without a log.
 };
 
 struct Report {
     ReportRequest request;
-    bool databaseIsEmpty = false;
+    bool databaseIsEmpty = true; ///< No attempt at all.
+    QVector<StationAge> ages;    ///< Of the stations asked for, with units or without; by name.
     Tally total;
-    QMap<QDate, Tally> days;         ///< By the day of the first attempt; days with units only.
+    int leftOut = 0; ///< Units that only --without keeps from the report.
+
+    /// By the day of the first attempt; days with units only, and none off the axis.
+    QMap<QDate, Tally> days;
+    /// Units first tested before 2000 or more than a day after the report: a wrong clock. They
+    /// count in the total and everywhere else.
+    Tally offAxis;
+    /// Today so far, yesterday and the days before it, newest first, days without units too; of
+    /// these the days that were asked for.
+    QVector<DayReport> recentDays;
+
+    /// First attempts first; the last of maxNumbers counts all later ones too.
+    QVector<AttemptsByNumber> attemptsByNumber;
+    FalseFailures falseFailures;
     QVector<StationReport> stations; ///< By name; those with units only.
     std::array<ControlMisses, roster::componentCount> controls;
     QVector<OpenUnit> openUnits;         ///< Newest first, at most maxOpenUnits.
     QVector<RepeatedUnit> repeatedUnits; ///< Most attempts first, at most maxRepeatedUnits.
     int repeatedUnitCount = 0;           ///< All of them.
 
+    static constexpr int recentDayCount = 8;
+    static constexpr int maxNumbers = 10;
     /// A list that is longer than this is of no use on a page.
     static constexpr int maxOpenUnits = 5000;
     static constexpr int maxRepeatedUnits = 200;
 };
-
-/// Reads the report from the database. False, with a problem for people, if a query fails or the
-/// station is not known.
-bool readReport(QSqlDatabase& database, const ReportRequest& request, Report& report,
-                QString& problem);

@@ -26,7 +26,7 @@ int monthNumber(const QDate& day)
 }
 } // namespace
 
-Timeline timelineOf(const QMap<QDate, Tally>& days)
+Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
 {
     Timeline timeline;
     if (days.isEmpty())
@@ -56,11 +56,14 @@ Timeline timelineOf(const QMap<QDate, Tally>& days)
                                  : byWeek
                                      ? QStringLiteral("Week of ") + inWords(begin, "d MMM yyyy")
                                      : inWords(begin, "MMMM yyyy");
-            timeline.periods.append(
-                {slot, name, inWords(begin, byDay || byWeek ? "d MMM" : "MMM yy"), Tally()});
+            timeline.periods.append({slot, name,
+                                     inWords(begin, byDay || byWeek ? "d MMM" : "MMM yy"), Tally(),
+                                     Limits()});
         }
         timeline.periods.last().tally += day.value();
     }
+    for (auto& period : timeline.periods)
+        period.limits = limitsOf(period.tally.units, all);
     timeline.length = timeline.periods.last().slot + 1;
     return timeline;
 }

@@ -3,8 +3,11 @@
 
 #pragma once
 
-#include "yield/figures/report.h"
+#include "yield/figures/limits.h"
+#include "yield/figures/tally.h"
 
+#include <QDate>
+#include <QMap>
 #include <QString>
 #include <QVector>
 
@@ -16,6 +19,7 @@ struct Timeline {
         QString name; ///< "Monday, 9 Nov 2026", "Week of 9 Nov 2026", "November 2026".
         QString shortName; ///< "9 Nov", "Nov 26".
         Tally tally;
+        Limits limits;
     };
 
     QString unit; ///< "day", "week" or "month".
@@ -23,4 +27,5 @@ struct Timeline {
     int length = 0; ///< Places on the axis.
 };
 
-Timeline timelineOf(const QMap<QDate, Tally>& days);
+/// The limits of the periods lie around the first-pass yield of all units.
+Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all);

@@ -3,14 +3,15 @@
 
 #include "yield/logs/attemptrules.h"
 
-#include <QDateTime>
+#include "yield/logs/walltime.h"
 
 #include <algorithm>
-#include <string>
 
 namespace
 {
-/// How long after a log with a mark of the last control the same run may add more.
+/// How long after a log the same run may leave another one.
+constexpr qint64 sameRunSeconds = 30 * 60;
+/// The same once the last control has a mark: the run is over as soon as that is worked.
 constexpr qint64 lastControlSeconds = 60;
 
 BandMarks marksOf(int componentNum)
@@ -32,26 +33,26 @@ int lastControl(const BandMarks& marks)
 
 BandMarks marksBefore(const BandMarks& marks, int componentNum)
 {
-    const auto end = marks.size() - bandmarks::markIndex(componentNum, 0);
-    return marks << end >> end;
+    BandMarks before;
+    for (std::size_t mark = 0; mark < bandmarks::markIndex(componentNum, 0); ++mark)
+        before[mark] = marks[mark];
+    return before;
 }
 
-/// By the station's wall clock, whatever zone this computer is in.
-qint64 secondsBetween(const QString& earlier, const QString& later)
+/// Within one second the marks can only have grown. Packed marks are compared so that the order of
+/// different marks, as many, is always the same.
+bool hasFewerMarks(const BandMarks& left, const BandMarks& right)
 {
-    const auto utc = QStringLiteral("Z");
-    return QDateTime::fromString(earlier + utc, Qt::ISODate)
-        .secsTo(QDateTime::fromString(later + utc, Qt::ISODate));
+    if (left.count() != right.count())
+        return left.count() < right.count();
+    return bandmarks::packed(left) < bandmarks::packed(right);
 }
 
-bool isBefore(const attemptrules::Save& left, const attemptrules::Save& right)
+bool isEarlier(const attemptrules::Save& left, const attemptrules::Save& right)
 {
     if (left.testedAt != right.testedAt)
         return left.testedAt < right.testedAt;
-    // Within one second the marks can only have grown.
-    if (left.marks.count() != right.marks.count())
-        return left.marks.count() < right.marks.count();
-    return bandmarks::packed(left.marks) < bandmarks::packed(right.marks);
+    return hasFewerMarks(left.marks, right.marks);
 }
 } // namespace
 
@@ -66,47 +67,73 @@ bool attemptrules::showsComponent18(const BandMarks& marks)
     return (marks & ofChannelButton).any();
 }
 
-bool attemptrules::isSavedAgain(const Save& earlier, const Save& later)
+bool attemptrules::isSavedAgain(const Save& latest, const Save& later)
 {
-    if ((earlier.marks & ~later.marks).any())
+    if ((latest.marks & ~later.marks).any())
         return false;
-    if (earlier.marks == later.marks)
-        return true;
     // A run works the controls in their order and never goes back. Where the later log has more
-    // bands of a control that the earlier one had left, the unit was tested again, and what it
-    // missed the first time must be kept.
-    const int last = lastControl(earlier.marks);
-    if (marksBefore(earlier.marks, last) != marksBefore(later.marks, last))
+    // bands of a control that the run had left, the unit was tested again, and what it missed the
+    // first time must be kept.
+    const int last = lastControl(latest.marks);
+    if (marksBefore(latest.marks, last) != marksBefore(later.marks, last))
         return false;
-    return last != roster::lastComponent ||
-           secondsBetween(earlier.testedAt, later.testedAt) <= lastControlSeconds;
+    return walltime::secondsBetween(latest.testedAt, later.testedAt) <=
+           (last == roster::lastComponent ? lastControlSeconds : sameRunSeconds);
 }
 
 attemptrules::Attempts attemptrules::grouped(std::vector<Save> saves)
 {
-    std::sort(saves.begin(), saves.end(), isBefore);
+    std::sort(saves.begin(), saves.end(), isEarlier);
     Attempts result;
-    for (const Save& save : saves) {
-        if (result.attempts.empty() || !isSavedAgain(result.attempts.back(), save)) {
-            result.attempts.push_back(save);
-        } else if (result.attempts.back().marks == save.marks) {
-            result.others.push_back(save);
+    for (std::size_t i = 0; i < saves.size(); ++i) {
+        // The log before is the latest one of the last attempt, and has all its marks.
+        if (i == 0 || !isSavedAgain(saves[i - 1], saves[i])) {
+            result.attempts.push_back(saves[i]);
+        } else if (result.attempts.back().marks == saves[i].marks) {
+            result.others.push_back(saves[i]);
         } else {
             result.others.push_back(result.attempts.back());
-            result.attempts.back() = save;
+            result.attempts.back() = saves[i];
         }
     }
     return result;
 }
 
+bool attemptrules::isBefore(const Attempt& left, const Attempt& right)
+{
+    if (left.testedAt != right.testedAt)
+        return left.testedAt < right.testedAt;
+    if (left.station != right.station)
+        return left.station.toUtf8() < right.station.toUtf8();
+    return hasFewerMarks(left.marks, right.marks);
+}
+
+bool attemptrules::isTested(int componentNum, bool tests18)
+{
+    return componentNum != roster::powerButton &&
+           (tests18 || componentNum != roster::channelButton);
+}
+
 attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests18)
 {
     static const BandMarks ofChannelButton = marksOf(roster::channelButton);
+    const BandMarks counted = tests18 ? marks : marks | ofChannelButton;
     Outcome outcome;
-    const BandMarks unmarked = tests18 ? ~marks : ~marks & ~ofChannelButton;
-    if (unmarked.any())
-        for (std::size_t i = 0; i < unmarked.size(); ++i)
-            if (unmarked[i])
-                outcome.missed.push_back(bandmarks::bandOf(i));
+    if (counted.all())
+        return outcome;
+    const int last = lastControl(tests18 ? marks : marks & ~ofChannelButton);
+    int untried = 0;
+    for (int c = roster::lastComponent; c > last; --c)
+        if (isTested(c, tests18)) {
+            outcome.endedAt = c;
+            ++untried;
+        }
+    // A last control without any mark was tried: it may be dead.
+    if (untried < 2)
+        outcome.endedAt.reset();
+    const int end = outcome.endedAt ? bandmarks::firstMark(*outcome.endedAt) : bandMarkCount;
+    for (std::size_t mark = 0; mark < static_cast<std::size_t>(end); ++mark)
+        if (!counted[mark])
+            outcome.missed.push_back(bandmarks::bandOf(mark));
     return outcome;
 }

@@ -83,7 +83,7 @@ void writeTotals(Html& html, const Tally& total)
 
 void writeTimeline(Html& html, const Report& report)
 {
-    const Timeline timeline = timelineOf(report.days);
+    const Timeline timeline = timelineOf(report.days, report.total);
     const auto section =
         html.section("days", "By " + timeline.unit,
                      QString("First-pass yield as dots, the number of units as bars, by the "

@@ -24,9 +24,12 @@ QString serialText(const QString& serial)
     return serial.isEmpty() ? "(no serial number)" : serial;
 }
 
-void writeResult(Html& html, bool passed)
+void writeResult(Html& html, Result result)
 {
-    html.cell(passed ? "complete" : "not complete", passed ? "good" : "bad");
+    if (result == Result::Passed)
+        html.cell("complete", "good");
+    else
+        html.cell(result == Result::EndedEarly ? "ended early" : "not complete", "bad");
 }
 
 QString missedText(const OpenUnit& unit)
@@ -101,10 +104,10 @@ void unitlists::writeRepeated(Html& html, const Report& report)
             html.number(count(unit.attempts));
             html.cell(minute(unit.firstTestedAt), "time");
             html.cell(unit.firstStation);
-            writeResult(html, unit.passedFirst);
+            writeResult(html, unit.firstResult);
             html.cell(minute(unit.lastTestedAt), "time");
             html.cell(unit.lastStation);
-            writeResult(html, unit.passedLast);
+            writeResult(html, unit.lastResult);
         }
     }
     writeMore(html, repeated - report.repeatedUnits.size(),

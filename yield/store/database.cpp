@@ -72,7 +72,7 @@ const SqlDialect postgresql = {
     QString(),
 };
 
-/// The tables, for plants to query; docs/log-format.md explains them.
+/// The tables, for plants to query; docs/database.md explains them.
 QStringList schema(const SqlDialect& dialect)
 {
     return {

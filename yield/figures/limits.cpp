@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/figures/limits.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+/// The least number of units that as many or fewer pass with a probability of limitTail or more;
+/// share: that of the units that pass on average.
+int lowLimit(int units, double share)
+{
+    if (share <= 0)
+        return 0;
+    if (share >= 1)
+        return units;
+    // What lies lower has no part in the sum that a double could hold.
+    constexpr double deviations = 20;
+    const double mean = units * share;
+    int passed = static_cast<int>(std::max(0.0, mean - deviations * std::sqrt(mean * (1 - share))));
+    double probability = std::exp(std::lgamma(units + 1.0) - std::lgamma(passed + 1.0) -
+                                  std::lgamma(units - passed + 1.0) + passed * std::log(share) +
+                                  (units - passed) * std::log1p(-share));
+    double sum = probability;
+    while (sum < limitTail && passed < units) {
+        probability *= (units - passed) / (passed + 1.0) * share / (1 - share);
+        ++passed;
+        sum += probability;
+    }
+    return passed;
+}
+} // namespace
+
+Limits limitsOf(int units, const Tally& all)
+{
+    if (units == 0 || all.units == 0)
+        return {};
+    // More than high pass where fewer than the low limit of failures fail.
+    return {lowLimit(units, 1.0 * all.passedFirst / all.units),
+            units - lowLimit(units, 1.0 * (all.units - all.passedFirst) / all.units)};
+}
+
+Verdict verdictOn(const Tally& part, const Limits& limits)
+{
+    if (part.passedFirst < limits.low)
+        return Verdict::Below;
+    return part.passedFirst > limits.high ? Verdict::Above : Verdict::Within;
+}

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "yield/figures/tally.h"
+
+/// Control limits of a p-chart: how many of a number of units may pass first, both ends included,
+/// if chance alone makes the difference.
+struct Limits {
+    int low = 0;
+    int high = 0;
+};
+
+/// The share of days within their limits' centre that still lie below the limits, and as many
+/// above: that of three standard deviations of a normal distribution.
+inline constexpr double limitTail = 0.00135;
+
+/// The limits for so many units (0 or more) around the first-pass yield of all units. Exact, from
+/// the binomial distribution: fewer than low pass with a probability below limitTail, and more than
+/// high too. Without units both are 0; if none or all of all units passed, both are none or all.
+Limits limitsOf(int units, const Tally& all);
+
+/// Whether a day or a station lies below its limits, within them or above.
+enum class Verdict { Below, Within, Above };
+Verdict verdictOn(const Tally& part, const Limits& limits);
