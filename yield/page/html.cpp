@@ -21,43 +21,46 @@ QString holdable(const QString& text)
 }
 } // namespace
 
-Html::Scope::Scope(Html& html, int elements)
-    : page(html)
-    , open(elements)
+Html::Scope::Scope(QXmlStreamWriter& writer)
+    : xml(writer)
 {
 }
 
 Html::Scope::~Scope()
 {
-    for (; open > 0; --open)
-        page.xml.writeEndElement();
+    xml.writeEndElement();
 }
 
-Html::Html(QIODevice& output, const QString& title, const QString& style)
+Html::Row::Row(Html& html)
+    : page(html)
+    , scope(html.open("tr"))
+{
+}
+
+Html::Row& Html::Row::cell(const QString& content, const QString& cssClass)
+{
+    page.element("td", content, cssClass);
+    return *this;
+}
+
+Html::Row& Html::Row::number(const QString& content)
+{
+    return cell(content, "number");
+}
+
+Html::Html(QIODevice& output)
     : xml(&output)
 {
-    xml.writeDTD("<!DOCTYPE html>\n");
-    xml.writeStartElement("html");
-    attribute("lang", "en");
-    {
-        const Scope head = open("head");
-        xml.writeEmptyElement("meta");
-        attribute("charset", "utf-8");
-        xml.writeEmptyElement("meta");
-        attribute("name", "viewport");
-        attribute("content", "width=device-width");
-        element("title", title);
-        begin("style");
-        xml.writeCharacters(style);
-        xml.writeEndElement();
-    }
-    begin("body");
 }
 
 Html::Scope Html::open(const QString& element, const QString& cssClass)
 {
-    begin(element, cssClass);
-    return {*this, 1};
+    // A line for each, so that tools that show differences have something to hold on to.
+    xml.writeCharacters("\n");
+    xml.writeStartElement(element);
+    if (!cssClass.isEmpty())
+        attribute("class", cssClass);
+    return Scope(xml);
 }
 
 void Html::element(const QString& name, const QString& content, const QString& cssClass)
@@ -66,43 +69,9 @@ void Html::element(const QString& name, const QString& content, const QString& c
     text(content);
 }
 
-Html::Scope Html::section(const QString& id, const QString& heading, const QString& explanation)
+Html::Row Html::row()
 {
-    begin("section");
-    attribute("id", id);
-    element("h2", heading);
-    if (!explanation.isEmpty())
-        element("p", explanation, "quiet");
-    return {*this, 1};
-}
-
-Html::Scope Html::table(const QVector<Column>& columns)
-{
-    begin("table");
-    {
-        const Scope head = open("thead");
-        const Scope headRow = row();
-        for (const Column& column : columns)
-            element("th", column.heading,
-                    column.kind == Column::Kind::Number ? "number" : QString());
-    }
-    begin("tbody");
-    return {*this, 2};
-}
-
-Html::Scope Html::row()
-{
-    return open("tr");
-}
-
-void Html::cell(const QString& content, const QString& cssClass)
-{
-    element("td", content, cssClass);
-}
-
-void Html::number(const QString& content)
-{
-    cell(content, "number");
+    return Row(*this);
 }
 
 void Html::attribute(const QString& name, const QString& value)
@@ -115,19 +84,13 @@ void Html::text(const QString& characters)
     xml.writeCharacters(holdable(characters));
 }
 
-bool Html::finish()
+void Html::markup(const QString& html)
 {
-    xml.writeEndElement();
-    xml.writeEndElement();
-    xml.writeCharacters("\n");
-    return !xml.hasError();
+    const QByteArray bytes = html.toUtf8();
+    tookMarkup = xml.device()->write(bytes) == bytes.size() && tookMarkup;
 }
 
-void Html::begin(const QString& element, const QString& cssClass)
+bool Html::isWhole() const
 {
-    // A line for each, so that tools that show differences have something to hold on to.
-    xml.writeCharacters("\n");
-    xml.writeStartElement(element);
-    if (!cssClass.isEmpty())
-        attribute("class", cssClass);
+    return tookMarkup && !xml.hasError();
 }

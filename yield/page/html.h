@@ -3,17 +3,16 @@
 
 #pragma once
 
-#include <QVector>
 #include <QXmlStreamWriter>
 
 class QIODevice;
 
-/// Writes an HTML page element by element. Every text is escaped; characters that a page cannot
-/// hold are shown as the replacement character.
+/// Writes parts of an HTML page element by element. Every text is escaped; characters that a page
+/// cannot hold are shown as the replacement character.
 class Html
 {
 public:
-    /// One open element, or some that stand in each other. They are closed with the object.
+    /// An open element; it is closed with the object.
     class Scope
     {
     public:
@@ -23,45 +22,44 @@ public:
 
     private:
         friend Html;
-        Scope(Html& html, int elements);
+        explicit Scope(QXmlStreamWriter& writer);
+
+        QXmlStreamWriter& xml;
+    };
+
+    /// A row of a table, closed with the object: html.row().cell("Station 1").number("12");
+    class Row
+    {
+    public:
+        Row& cell(const QString& content, const QString& cssClass = {});
+        /// A cell of a column of numbers.
+        Row& number(const QString& content);
+
+    private:
+        friend Html;
+        explicit Row(Html& html);
 
         Html& page;
-        int open;
+        Scope scope;
     };
 
-    struct Column {
-        enum class Kind { Text, Number };
-
-        QString heading;
-        Kind kind = Kind::Text;
-    };
-
-    /// style: CSS that holds none of the characters <, >, & and ".
-    Html(QIODevice& output, const QString& title, const QString& style);
+    explicit Html(QIODevice& output);
 
     [[nodiscard]] Scope open(const QString& element, const QString& cssClass = {});
     void element(const QString& name, const QString& content, const QString& cssClass = {});
+    Row row();
 
-    /// A section with a heading and, if there is one, a line that explains it.
-    [[nodiscard]] Scope section(const QString& id, const QString& heading,
-                                const QString& explanation = {});
-
-    /// A table with its head, to be filled with rows.
-    [[nodiscard]] Scope table(const QVector<Column>& columns);
-    [[nodiscard]] Scope row();
-    void cell(const QString& content, const QString& cssClass = {});
-    /// A cell of a column of numbers.
-    void number(const QString& content);
-
-    /// The parts of the element that was opened last: first its attributes, then its text.
+    /// Parts of the element that was opened last: first its attributes, then its text.
     void attribute(const QString& name, const QString& value);
     void text(const QString& characters);
 
-    /// Ends the page. False if the output did not take all of it.
-    bool finish();
+    /// HTML that is written as it is.
+    void markup(const QString& html);
+
+    /// Whether the output took everything so far.
+    bool isWhole() const;
 
 private:
-    void begin(const QString& element, const QString& cssClass = {});
-
     QXmlStreamWriter xml;
+    bool tookMarkup = true;
 };

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/page/surface.h"
-
 #include "app/panelplacement.h"
 #include "yield/logs/controlnames.h"
+#include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
 #include "yield/page/svg.h"
 
@@ -27,11 +26,18 @@ QString colour(int missed, int units)
     return QString("miss%1").arg(step);
 }
 
+/// The size of a kind's panel in the window, in pixels.
+QSize panelSize(roster::Kind kind)
+{
+    constexpr QSize sizes[] = {{60, 270}, {60, 30}, {131, 81}};
+    return sizes[static_cast<int>(kind)];
+}
+
 QRectF place(int componentNum)
 {
-    const int faderWidth = surface::panelSize(roster::Kind::Fader).width();
+    const int faderWidth = panelSize(roster::Kind::Fader).width();
     const auto topLeft = panelPlace(componentNum, faderWidth);
-    return topLeft ? QRectF(*topLeft, surface::panelSize(roster::kindOf(componentNum))) : QRectF();
+    return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
 QString hoverText(int componentNum, const ControlMisses& control)
@@ -45,16 +51,6 @@ QString hoverText(int componentNum, const ControlMisses& control)
            figuretext::share(control.missed, control.units);
 }
 
-/// A hint of what it is: the slot of a fader, the ring of a rotary.
-void drawKind(Svg& svg, int componentNum, const QRectF& area)
-{
-    if (roster::kindOf(componentNum) == roster::Kind::Fader)
-        svg.line({area.center().x(), area.top() + 60}, {area.center().x(), area.bottom() - 20},
-                 "slot");
-    else if (roster::kindOf(componentNum) == roster::Kind::Rotary)
-        svg.circle({area.left() + 38, area.center().y()}, 26, "slot");
-}
-
 void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const QRectF& area)
 {
     const bool isTested = control.units > 0;
@@ -62,7 +58,6 @@ void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const
     const QString number = QString::number(componentNum);
     const QString rate = isTested ? figuretext::percent(control.missed, control.units) : QString();
     svg.rect(area.adjusted(1, 1, -1, -1), "control " + classes, hoverText(componentNum, control));
-    drawKind(svg, componentNum, area);
     const QString strong = "number on-" + classes + " middle";
     const QString plain = "rate on-" + classes + " middle";
     switch (roster::kindOf(componentNum)) {
@@ -98,13 +93,7 @@ void drawLegend(Svg& svg, QPointF corner)
 }
 } // namespace
 
-QSize surface::panelSize(roster::Kind kind)
-{
-    constexpr QSize sizes[] = {{60, 270}, {60, 30}, {131, 81}};
-    return sizes[static_cast<int>(kind)];
-}
-
-void surface::draw(Html& html, const Report& report)
+void chart::drawSurface(Html& html, const Report& report)
 {
     constexpr double margin = 16;
     constexpr double legendHeight = 36;

@@ -51,13 +51,20 @@ void Svg::line(QPointF from, QPointF to, const QString& classes)
     attribute("y2", to.y());
 }
 
+void Svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
+{
+    constexpr double radius = 8;
+    const double tip = isUp ? -radius : radius;
+    const Html::Scope element = html.open("polygon", classes);
+    attribute("points", {centre + QPointF(0, tip), centre + QPointF(radius, -tip * 0.75),
+                         centre + QPointF(-radius, -tip * 0.75)});
+    writeHover(hover);
+}
+
 void Svg::polyline(const QVector<QPointF>& points, const QString& classes)
 {
-    QStringList pairs;
-    for (const QPointF& point : points)
-        pairs << asText(point.x()) + ',' + asText(point.y());
     const Html::Scope element = html.open("polyline", classes);
-    html.attribute("points", pairs.join(' '));
+    attribute("points", points);
 }
 
 void Svg::text(QPointF baseline, const QString& content, const QString& classes)
@@ -71,6 +78,14 @@ void Svg::text(QPointF baseline, const QString& content, const QString& classes)
 void Svg::attribute(const QString& name, double value)
 {
     html.attribute(name, asText(value));
+}
+
+void Svg::attribute(const QString& name, const QVector<QPointF>& points)
+{
+    QStringList pairs;
+    for (const QPointF& point : points)
+        pairs << asText(point.x()) + ',' + asText(point.y());
+    html.attribute(name, pairs.join(' '));
 }
 
 void Svg::writeHover(const QString& hover)

@@ -22,11 +22,14 @@ public:
     void rect(const QRectF& area, const QString& classes, const QString& hover = {});
     void circle(QPointF centre, double radius, const QString& classes, const QString& hover = {});
     void line(QPointF from, QPointF to, const QString& classes);
+    /// A triangle around the centre, its tip up or down.
+    void triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover = {});
     void polyline(const QVector<QPointF>& points, const QString& classes);
     void text(QPointF baseline, const QString& content, const QString& classes);
 
 private:
     void attribute(const QString& name, double value);
+    void attribute(const QString& name, const QVector<QPointF>& points);
     void writeHover(const QString& hover);
 
     Html& html;
