@@ -91,8 +91,7 @@ void makeReport(benchmark::State& state)
     while (state.KeepRunning()) {
         QBuffer page;
         page.open(QIODevice::WriteOnly);
-        QString problem;
-        if (!writeReport(database.connection(), {}, page, problem))
+        if (!writeReport(database, {}, page))
             state.SkipWithError("no report");
     }
 }

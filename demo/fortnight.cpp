@@ -169,14 +169,9 @@ private:
     bool makePage()
     {
         Database attempts(database(), Database::Access::Read);
-        if (!attempts.isOpen()) {
-            problem = attempts.problem();
-            return false;
-        }
         QSaveFile page(folder + QStringLiteral("/yield.html"));
-        if (page.open(QIODevice::WriteOnly) &&
-            !writeReport(attempts.connection(), {}, page, problem))
-            return false;
+        if (page.open(QIODevice::WriteOnly) && !writeReport(attempts, {}, page))
+            page.cancelWriting();
         if (!page.commit())
             problem = QStringLiteral("%1: %2").arg(page.fileName(), page.errorString());
         return problem.isEmpty();
@@ -221,7 +216,12 @@ int fortnight::unitsWith(const FaultRate& fault, int unitsAtStation)
 bool fortnight::make(const QString& folder, int units, const QDate& lastDay, QString& problem)
 {
     Line line(folder, units);
-    const bool isMade = line.work(lastDay);
-    problem = line.problem;
-    return isMade;
+    try {
+        const bool isMade = line.work(lastDay);
+        problem = line.problem;
+        return isMade;
+    } catch (const DatabaseError& error) {
+        problem = error.text();
+        return false;
+    }
 }

@@ -78,21 +78,20 @@ private Q_SLOTS:
         QCOMPARE(csv.status, 0);
         const QByteArray awkwardInCsv = awkward.toUtf8().replace('"', "\"\"");
         QCOMPARE(csv.out, QByteArray("station,serial,tested_at,complete,missed_bands\r\n") +
-                              "\"'+Line 1\",\"" + awkwardInCsv +
-                              "\",2026-11-21T12:00:00,0,\"3: 5 6; 10: 1\"\r\n" +
                               "\"'+Line 1\",\"'" + formula.toUtf8() +
-                              "\",2026-11-21T12:00:00,1,\"\"\r\n");
+                              "\",2026-11-21T12:00:00,1,\"\"\r\n" + "\"'+Line 1\",\"" +
+                              awkwardInCsv + "\",2026-11-21T12:00:00,0,\"3: 5 6; 10: 1\"\r\n");
 
         const Outcome json = run({"export", "--format", "json", "--database", "a.sqlite"});
         QCOMPARE(json.status, 0);
         const QJsonArray attempts = QJsonDocument::fromJson(json.out).array();
         QCOMPARE(attempts.size(), 2);
-        const QJsonObject attempt = attempts[0].toObject();
+        const QJsonObject attempt = attempts[1].toObject();
         QCOMPARE(attempt["serial"].toString(), awkward);
         QCOMPARE(attempt["missed_bands"].toArray().size(), 3);
         QCOMPARE(attempt["missed_bands"].toArray()[2].toObject(),
                  (QJsonObject{{"component", 10}, {"band", 1}}));
-        QCOMPARE(attempts[1].toObject()["complete"].toBool(), true);
+        QCOMPARE(attempts[0].toObject()["complete"].toBool(), true);
     }
 
     void statusAndMessage_data()
@@ -119,6 +118,12 @@ private Q_SLOTS:
         row("no date", {"report", "--since", "yesterday"}, 2, "--since takes a date");
         row("dates that cross", {"report", "--since", "2026-02-02", "--until", "2026-02-01"}, 2,
             "before");
+        row("no such station", {"report", "--station", "two", "--database", "a.sqlite"}, 2,
+            "no station is named \"two\"; there are: +Line 1");
+        row("no days", {"report", "--days", "0"}, 2, "--days takes a number from 1 to");
+        row("days of words", {"report", "--days", "7d"}, 2, "not \"7d\"");
+        row("two first days", {"report", "--days", "7", "--since", "2026-11-01"}, 2, "both say");
+        row("no pattern", {"report", "--without", "KG-*", "--without", "KG-["}, 2, "not \"KG-[\"");
         row("no database", {"unit", "1", "--database", "none.sqlite"}, 2, "no database");
         row("no folder for it", {"import", "logs", "--database", "none/a.sqlite"}, 2, "unable to");
         row("not a database", {"unit", "1", "--database", "logs/half.txt"}, 2, "not a database");

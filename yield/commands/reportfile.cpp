@@ -4,43 +4,37 @@
 #include "yield/commands/reportfile.h"
 
 #include "yield/figures/reportcounter.h"
-#include "yield/logs/attemptrules.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
+#include "yield/store/databaseerror.h"
 
-#include <QIODevice>
-
-#include <algorithm>
-#include <vector>
-
-bool readReport(QSqlDatabase& database, const ReportRequest& request, Report& report,
-                QString& problem)
+namespace
 {
-    std::vector<Attempt> attempts;
-    if (!attemptreader::forEach(
-            database, [&](const Attempt& attempt) { attempts.push_back(attempt); }, problem))
-        return false;
-    std::stable_sort(attempts.begin(), attempts.end(), [](const Attempt& a, const Attempt& b) {
-        return a.serial == b.serial ? attemptrules::isBefore(a, b) : a.serial < b.serial;
-    });
+void checkStation(const QString& name, const std::vector<StationNews>& known)
+{
+    QStringList names;
+    for (const StationNews& news : known)
+        names << news.station;
+    if (!name.isEmpty() && !names.isEmpty() && !names.contains(name))
+        throw DatabaseError(
+            DatabaseError::Kind::Unusable,
+            QString("no station is named \"%1\"; there are: %2").arg(name, names.join(", ")));
+}
+} // namespace
+
+Report readReport(Database& database, const ReportRequest& request)
+{
     ReportRequest dated = request;
     if (!dated.now.isValid())
         dated.now = QDateTime::currentDateTime();
+    dated.news = attemptreader::newestLogs(database, dated.now);
+    checkStation(dated.station, dated.news);
     ReportCounter counter(dated);
-    for (const Attempt& attempt : attempts)
-        counter.add(attempt);
-    report = counter.finish();
-    return true;
+    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) { counter.add(attempt); });
+    return counter.finish();
 }
 
-bool writeReport(QSqlDatabase& database, const ReportRequest& request, QIODevice& output,
-                 QString& problem)
+bool writeReport(Database& database, const ReportRequest& request, QIODevice& output)
 {
-    Report report;
-    if (!readReport(database, request, report, problem))
-        return false;
-    if (page::write(report, output))
-        return true;
-    problem = QStringLiteral("the page cannot be written: %1").arg(output.errorString());
-    return false;
+    return page::write(readReport(database, request), output);
 }

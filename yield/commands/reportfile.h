@@ -5,15 +5,13 @@
 
 #include "yield/figures/report.h"
 
+class Database;
 class QIODevice;
-class QSqlDatabase;
 
-/// Counts all attempts of a database. False, with a problem for people, if it cannot be read.
-bool readReport(QSqlDatabase& database, const ReportRequest& request, Report& report,
-                QString& problem);
+/// Counts all attempts of a database, up to now if the request does not say otherwise. Throws
+/// DatabaseError, also where the station is not known.
+Report readReport(Database& database, const ReportRequest& request);
 
-/// Writes the report as one HTML file (UTF-8) that needs nothing else. False, with a problem for
-/// people, if the database cannot be read or the output does not take it; what was written then is
-/// not whole.
-bool writeReport(QSqlDatabase& database, const ReportRequest& request, QIODevice& output,
-                 QString& problem);
+/// Writes the report as one HTML file (UTF-8) that needs nothing else. False if the output does not
+/// take all of it. Throws DatabaseError.
+bool writeReport(Database& database, const ReportRequest& request, QIODevice& output);

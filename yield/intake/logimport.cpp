@@ -7,8 +7,6 @@
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 
-#include <future>
-
 namespace
 {
 struct Batch {
@@ -49,37 +47,28 @@ QString logimport::summary(const StoreCounts& counts, int refused)
 int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& errors)
 {
     Database database(request.database, Database::Access::Write);
-    if (!database.isOpen()) {
-        errors << database.problem() << Qt::endl;
-        return exitstatus::failed;
-    }
     QStringList files;
     for (const QString& path : request.paths)
         files += logfiles::filesOf(path);
 
     StoreCounts counts;
     int refused = 0;
-    QString error;
-    // The next logs are read while the last ones are stored: either takes about half of the time.
-    auto next = std::async(std::launch::async, readBatch, files, 0, request.paths);
-    // Also without a log: the database remembers what the station tests.
-    for (int begin = 0; begin == 0 || (begin < files.size() && error.isEmpty());
-         begin += batchSize) {
-        const Batch batch = next.get();
-        if (begin + batchSize < files.size())
-            next =
-                std::async(std::launch::async, readBatch, files, begin + batchSize, request.paths);
-        for (const QString& refusal : batch.refusals)
-            errors << refusal << Qt::endl;
-        refused += batch.refusals.size();
-        attemptstore::store(database, request.station, batch.logs, counts, error);
-    }
-    out << summary(counts, refused) << Qt::endl;
-    if (!error.isEmpty()) {
-        errors << QStringLiteral("the database failed: %1; what is in it stays, import again")
-                      .arg(error)
+    try {
+        // Also without a log: the database remembers what the station tests.
+        for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize) {
+            const Batch batch = readBatch(files, begin, request.paths);
+            for (const QString& refusal : batch.refusals)
+                errors << refusal << Qt::endl;
+            refused += batch.refusals.size();
+            counts += attemptstore::store(database, request.station, batch.logs);
+        }
+    } catch (const DatabaseError& error) {
+        out << summary(counts, refused) << Qt::endl;
+        errors << QString("the database failed: %1; what is in it stays, import again")
+                      .arg(error.text())
                << Qt::endl;
         return exitstatus::failed;
     }
+    out << summary(counts, refused) << Qt::endl;
     return refused == 0 ? 0 : exitstatus::incomplete;
 }

@@ -114,9 +114,11 @@ void LogWatch::store()
     if (!database && !openDatabase())
         return;
     StoreCounts counts;
-    QString error;
-    if (!attemptstore::store(*database, request.station, toStore, counts, error))
-        return lose(error);
+    try {
+        counts = attemptstore::store(*database, request.station, toStore);
+    } catch (const DatabaseError& error) {
+        return lose(error.text());
+    }
     toStore.clear();
     if (isAway) {
         isAway = false;
@@ -135,18 +137,19 @@ bool LogWatch::openDatabase()
         lose(QStringLiteral("%1 is gone").arg(request.database)); // with a share, for instance
         return false;
     }
-    database = std::make_unique<Database>(request.database, Database::Access::Write);
-    wasOpen = wasOpen || database->isOpen();
-    if (database->isOpen())
+    try {
+        database = std::make_unique<Database>(request.database, Database::Access::Write);
+        wasOpen = true;
         return true;
-    if (database->isHopeless()) {
-        errors << database->problem() << Qt::endl;
-        retry.stop();
-        Q_EMIT signal_Hopeless();
-    } else {
-        lose(database->problem());
+    } catch (const DatabaseError& error) {
+        if (error.kind() != DatabaseError::Kind::Unusable) {
+            lose(error.text());
+            return false;
+        }
+        errors << error.text() << Qt::endl;
     }
-    database.reset();
+    retry.stop();
+    Q_EMIT signal_Hopeless();
     return false;
 }
 

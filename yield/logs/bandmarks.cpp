@@ -19,11 +19,6 @@ QByteArray bandmarks::packed(const BandMarks& marks)
     return bytes;
 }
 
-QString bandmarks::damaged()
-{
-    return QStringLiteral("the marks of an attempt in the database are damaged");
-}
-
 std::optional<BandMarks> bandmarks::unpacked(const QByteArray& bytes)
 {
     if (bytes.size() != packedSize)

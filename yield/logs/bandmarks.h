@@ -6,7 +6,6 @@
 #include "panels/componentroster.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <bitset>
 #include <cstddef>
@@ -63,9 +62,6 @@ constexpr Band bandOf(std::size_t mark)
 constexpr int packedSize = (bandMarkCount + 7) / 8;
 
 QByteArray packed(const BandMarks& marks);
-
-/// What is to be said of marks in the database that are not packed marks.
-QString damaged();
 
 /// Nothing if these are not packed marks.
 std::optional<BandMarks> unpacked(const QByteArray& bytes);

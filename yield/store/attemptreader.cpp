@@ -3,50 +3,133 @@
 
 #include "yield/store/attemptreader.h"
 
-#include "yield/store/database.h"
+#include "yield/logs/attemptrules.h"
+#include "yield/store/statement.h"
+#include "yield/store/transaction.h"
 
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QVariant>
+#include <QHash>
+
+#include <algorithm>
 
 namespace
 {
-bool visitAll(QSqlDatabase& database, const QString& condition, const QVariantList& values,
-              const std::function<void(const Attempt&)>& visit, QString& error)
+struct Station {
+    QString name;
+    bool tests18 = false;
+};
+
+class Reader
 {
-    QSqlQuery query(database);
-    query.setForwardOnly(true); // otherwise every row stays in memory
-    bool done = query.prepare(
-        QStringLiteral("SELECT stations.name, stations.tests_18, serial, tested_at, marks "
-                       "FROM attempts JOIN stations ON stations.id = station_id %1 "
-                       "ORDER BY tested_at, attempts.id")
-            .arg(condition));
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    done = done && query.exec();
-    while (done && query.next()) {
-        const auto marks = bandmarks::unpacked(query.value(4).toByteArray());
-        if (!marks) {
-            error = bandmarks::damaged();
-            return false;
-        }
-        visit({query.value(0).toString(), query.value(1).toInt() != 0, query.value(2).toString(),
-               query.value(3).toString(), *marks});
+public:
+    explicit Reader(Database& database)
+        : connection(database)
+        , transaction(database, Database::Access::Read)
+    {
+        Statement all(database, "SELECT id, {bytes_of name}, tests_18 FROM stations");
+        all.run();
+        while (all.next())
+            stations.insert(all.number(0), {all.text(1), all.number(2) != 0});
     }
-    if (query.lastError().isValid())
-        error = Database::inWords(query.lastError());
-    return error.isEmpty();
+
+    /// clause: which attempts, in which order.
+    void read(const QString& clause, const QVariantList& values, const attemptreader::Visit& visit)
+    {
+        Statement select(connection, "SELECT station_id, {bytes_of serial}, tested_at, marks "
+                                     "FROM attempts " +
+                                         clause);
+        if (values.isEmpty())
+            select.run();
+        else
+            select.run(values);
+        while (select.next()) {
+            const Station& station = stations[select.number(0)];
+            const QString serial = select.text(1);
+            visit({station.name, station.tests18, serial, select.plainText(2),
+                   select.marks(3, serial)});
+        }
+    }
+
+private:
+    Database& connection;
+    Transaction transaction;
+    QHash<int, Station> stations; ///< By id.
+};
+
+/// Puts the attempts of each unit, which come by serial, into order.
+class UnitSorter
+{
+public:
+    explicit UnitSorter(const attemptreader::Visit& sortedVisit)
+        : visit(sortedVisit)
+    {
+    }
+
+    void add(const Attempt& attempt)
+    {
+        if (!unit.empty() && unit.front().serial != attempt.serial)
+            finishUnit();
+        unit.push_back(attempt);
+    }
+
+    void finishUnit()
+    {
+        std::sort(unit.begin(), unit.end(), attemptrules::isBefore);
+        std::for_each(unit.begin(), unit.end(), visit);
+        unit.clear();
+    }
+
+private:
+    const attemptreader::Visit& visit;
+    std::vector<Attempt> unit;
+};
+
+void readUnits(Database& database, const QString& clause, const QVariantList& values,
+               const attemptreader::Visit& visit)
+{
+    UnitSorter sorter(visit);
+    Reader(database).read(clause, values, [&](const Attempt& attempt) { sorter.add(attempt); });
+    sorter.finishUnit();
 }
 } // namespace
 
-bool attemptreader::forEach(QSqlDatabase& database,
-                            const std::function<void(const Attempt&)>& visit, QString& error)
+void attemptreader::forEachByUnit(Database& database, const Visit& visit)
 {
-    return visitAll(database, QString(), {}, visit, error);
+    readUnits(database, "ORDER BY serial, tested_at", {}, visit);
 }
 
-bool attemptreader::forEachOf(QSqlDatabase& database, const QString& serial,
-                              const std::function<void(const Attempt&)>& visit, QString& error)
+void attemptreader::forEachOf(Database& database, const QString& serial, const Visit& visit)
 {
-    return visitAll(database, QStringLiteral("WHERE serial = ?"), {serial}, visit, error);
+    readUnits(database, "WHERE serial = {text_of ?}", {Statement::valueOf(serial)}, visit);
+}
+
+void attemptreader::forEachByTime(Database& database, const Visit& visit)
+{
+    Reader(database).read("JOIN stations ON stations.id = station_id "
+                          "ORDER BY tested_at, serial, name, marks",
+                          {}, visit);
+}
+
+std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDateTime& now)
+{
+    Transaction transaction(database, Database::Access::Read);
+    Statement select(database, R"(
+        SELECT {bytes_of name}, max(newest)
+        FROM stations LEFT JOIN
+            (SELECT station_id, max(tested_at) AS newest
+             FROM attempts
+             WHERE tested_at <= ?
+             GROUP BY station_id
+             UNION ALL
+             SELECT station_id, max(tested_at)
+             FROM other_saves
+             WHERE tested_at <= ?
+             GROUP BY station_id) AS logs ON station_id = id
+        GROUP BY name
+        ORDER BY name)");
+    const QString latest = now.toString(Qt::ISODate);
+    select.run({latest, latest});
+    std::vector<StationNews> news;
+    while (select.next())
+        news.push_back({select.text(0), select.plainText(1)});
+    return news;
 }

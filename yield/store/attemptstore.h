@@ -23,14 +23,14 @@ struct StoreCounts {
     int added = 0;      ///< A new attempt, or a new save of one.
     int known = 0;      ///< Already in the database.
     int notAttempt = 0; ///< Without any mark.
+
+    StoreCounts& operator+=(const StoreCounts& other);
 };
 
 /// Puts logs into the database, by the rules of attemptrules. The rows that a set of logs leads to
 /// are the same whatever the order, the repetitions and the number of programs that store them.
 namespace attemptstore
 {
-/// All of the logs in one transaction, or none: false, with the reason in error. Counts are added
-/// to.
-bool store(Database& database, const Station& station, const std::vector<StationLog>& logs,
-           StoreCounts& counts, QString& error);
+/// All of the logs in one transaction, or none: throws DatabaseError.
+StoreCounts store(Database& database, const Station& station, const std::vector<StationLog>& logs);
 } // namespace attemptstore

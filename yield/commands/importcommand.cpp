@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/commands/command.h"
+#include "yield/commands/stopsignals.h"
+#include "yield/intake/logimport.h"
+#include "yield/intake/logwatch.h"
+
+#include <QCoreApplication>
+#include <QSysInfo>
+#include <QTextStream>
+
+#include <climits>
+
+namespace
+{
+int importLogs(const QCommandLineParser& parser)
+{
+    ImportRequest request;
+    request.database = command::database(parser);
+    request.station = {parser.value("station"), parser.isSet("tests-18")};
+    request.paths = command::arguments(parser);
+    if (request.paths.isEmpty())
+        return command::fail("which folder or file?");
+    if (request.station.name.isEmpty())
+        return command::fail("a station needs a name");
+    QTextStream out(stdout);
+    QTextStream errors(stderr);
+    if (!parser.isSet("watch"))
+        return logimport::run(request, out, errors);
+
+    const StopSignals stopSignals;
+    LogWatch watch(request, out, errors);
+    QObject::connect(
+        &watch, &LogWatch::signal_Hopeless, &watch,
+        [] { QCoreApplication::exit(exitstatus::failed); }, Qt::QueuedConnection);
+    watch.start();
+    return QCoreApplication::exec();
+}
+} // namespace
+
+Command importCommand()
+{
+    Command command;
+    command.name = "import";
+    command.description = "Reads logs into the database. Nothing in their folder is changed. The "
+                          "same logs again change nothing in the database. Exit status 1 if a file "
+                          "is no log.";
+    command.run = importLogs;
+    command.options = {
+        {"station", "The station that the logs come from (default: this computer's name).", "name",
+         QSysInfo::machineHostName()},
+        {"tests-18", "The station tests component 18. The database remembers it."},
+        {"watch", "Go on importing as logs appear, until SIGTERM or Ctrl-C."},
+    };
+    command.argument = "FOLDER|FILE...";
+    command.argumentHelp = "Logs, or folders with logs; folders in a folder are left out.";
+    command.mostArguments = INT_MAX;
+    return command;
+}
