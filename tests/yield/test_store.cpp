@@ -149,7 +149,7 @@ private Q_SLOTS:
     {
         Database before(location(), Database::Access::Write);
         QSqlQuery query(before.connection());
-        QVERIFY(query.exec("UPDATE schema_version SET version = 2"));
+        QVERIFY(query.exec("UPDATE schema_version SET version = 3"));
         for (const auto access : {Database::Access::Read, Database::Access::Write}) {
             try {
                 Database database(location(), access);
@@ -159,7 +159,7 @@ private Q_SLOTS:
                 QVERIFY(error.kind() == DatabaseError::Kind::NewerSchema);
             }
         }
-        QVERIFY(query.exec("UPDATE schema_version SET version = 1"));
+        QVERIFY(query.exec("UPDATE schema_version SET version = 2"));
     }
 
     void twentyImportersAtOnce_data() { addDatabases(); }
