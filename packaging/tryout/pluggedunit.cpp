@@ -5,7 +5,7 @@
 // this library replaces the system library's sequencer functions. A thread plugs in a unit and
 // works every control once, in the order of a run.
 
-#include "panels/unitmessages.h"
+#include "unit/unitmessages.h"
 
 #include <alsa/asoundlib.h>
 

@@ -1,9 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "panels/zorvi_0908_button.h"
-#include "panels/zorvi_0908_fader.h"
-#include "panels/zorvi_0908_rotary.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/commands/reportfile.h"
 #include "yield/page/chart.h"
@@ -45,7 +42,6 @@ class TestReport : public QObject
 
 private Q_SLOTS:
     void wordsAndFigures();
-    void theSurfaceHasTheWindowsSizes();
     void aBrowserShowsThePage();
 };
 
@@ -57,13 +53,6 @@ void TestReport::wordsAndFigures()
     QCOMPARE(figuretext::percent(0, 0), QStringLiteral("–"));
     const auto interval = chart::yieldInterval(94, 100);
     QVERIFY(qAbs(interval.low - 0.8752) < 0.0001 && qAbs(interval.high - 0.9722) < 0.0001);
-}
-
-void TestReport::theSurfaceHasTheWindowsSizes()
-{
-    QCOMPARE(surface::panelSize(roster::Kind::Fader), Zorvi_0908_Fader(nullptr, 0, 0).size());
-    QCOMPARE(surface::panelSize(roster::Kind::Button), Zorvi_0908_Button(nullptr, 9, 9).size());
-    QCOMPARE(surface::panelSize(roster::Kind::Rotary), Zorvi_0908_Rotary(nullptr, 40, 40).size());
 }
 
 /// What headless Chromium makes of it; it writes what the page says to its console to stderr.

@@ -3,7 +3,7 @@
 
 #include "yield/page/surface.h"
 
-#include "app/panelplacement.h"
+#include "unit/panelplacement.h"
 #include "yield/logs/controlnames.h"
 #include "yield/page/figuretext.h"
 #include "yield/page/svg.h"
@@ -29,9 +29,8 @@ QString colour(int missed, int units)
 
 QRectF place(int componentNum)
 {
-    const int faderWidth = surface::panelSize(roster::Kind::Fader).width();
-    const auto topLeft = panelPlace(componentNum, faderWidth);
-    return topLeft ? QRectF(*topLeft, surface::panelSize(roster::kindOf(componentNum))) : QRectF();
+    const auto topLeft = panelPlace(componentNum);
+    return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
 QString hoverText(int componentNum, const ControlMisses& control)
@@ -100,12 +99,6 @@ void drawLegend(Svg& svg, QPointF corner)
     }
 }
 } // namespace
-
-QSize surface::panelSize(roster::Kind kind)
-{
-    constexpr QSize sizes[] = {{60, 270}, {60, 30}, {131, 81}};
-    return sizes[static_cast<int>(kind)];
-}
 
 void surface::draw(QXmlStreamWriter& xml, const Report& report)
 {

@@ -5,16 +5,11 @@
 
 #include "yield/figures/report.h"
 
-#include <QSize>
-
 class QXmlStreamWriter;
 
 /// The control surface as the station's window lays it out, each control coloured by how often its
 /// first attempt missed a band.
 namespace surface
 {
-/// The size of a kind's panel in the window, in pixels.
-QSize panelSize(roster::Kind kind);
-
 void draw(QXmlStreamWriter& xml, const Report& report);
 } // namespace surface

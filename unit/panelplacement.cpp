@@ -1,31 +1,29 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "app/panelplacement.h"
-
-#include "panels/componentroster.h"
+#include "unit/panelplacement.h"
 
 namespace
 {
-constexpr int faderTop = 200;
-
 /// Fader 8 stands apart: the gap before it is wider.
-QPoint faderPlace(int fader, int width)
+QPoint faderPlace(int fader)
 {
     constexpr int lastFader = roster::faderCount - 1;
+    constexpr int faderTop = 200;
+    const int width = panelSize(roster::Kind::Fader).width();
     if (fader == lastFader)
         return {lastFader * (width - 1) + 533, faderTop};
     return {(width + 30) * fader + 120, faderTop};
 }
 
-QPoint rotaryPlace(int rotary, int faderWidth)
+QPoint rotaryPlace(int rotary)
 {
-    return {faderPlace(2 * rotary, faderWidth).x() + 10, 10};
+    return {faderPlace(2 * rotary).x() + 10, 10};
 }
 
 /// The groups of buttons: one above each fader, a column at the left edge, and right of fader 7 a
 /// single one, two columns of six and a cluster of four.
-QPoint buttonPlace(int button, int faderWidth)
+QPoint buttonPlace(int button)
 {
     constexpr int rowOverFaders = 150;
     constexpr int firstInLeftColumn = 9;
@@ -35,11 +33,11 @@ QPoint buttonPlace(int button, int faderWidth)
     constexpr QPoint cluster[] = {{126, 15}, {126, 85}, {90, 50}, {165, 50}};
 
     if (button < firstInLeftColumn)
-        return {faderPlace(button, faderWidth).x(), rowOverFaders};
+        return {faderPlace(button).x(), rowOverFaders};
     if (button < lone)
         return {30, 210 + 60 * (button - firstInLeftColumn)};
 
-    const QPoint besideFader7 = faderPlace(7, faderWidth);
+    const QPoint besideFader7 = faderPlace(7);
     if (button == lone)
         return {besideFader7.x() + 126, rowOverFaders};
     if (button < firstInCluster) {
@@ -52,7 +50,20 @@ QPoint buttonPlace(int button, int faderWidth)
 }
 } // namespace
 
-std::optional<QPoint> panelPlace(int componentNum, int faderWidth)
+QSize panelSize(roster::Kind kind)
+{
+    switch (kind) {
+    case roster::Kind::Fader:
+        return {60, 270};
+    case roster::Kind::Button:
+        return {60, 30};
+    case roster::Kind::Rotary:
+        break;
+    }
+    return {131, 81};
+}
+
+std::optional<QPoint> panelPlace(int componentNum)
 {
     if (componentNum == roster::powerButton)
         return std::nullopt;
@@ -60,11 +71,11 @@ std::optional<QPoint> panelPlace(int componentNum, int faderWidth)
     const int index = roster::indexInKind(componentNum);
     switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
-        return faderPlace(index, faderWidth);
+        return faderPlace(index);
     case roster::Kind::Button:
-        return buttonPlace(index, faderWidth);
+        return buttonPlace(index);
     case roster::Kind::Rotary:
         break;
     }
-    return rotaryPlace(index, faderWidth);
+    return rotaryPlace(index);
 }

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "panels/componentroster.h"
+#include "unit/componentroster.h"
 
 /// The MIDI numbers of the components, as the unit's firmware sends them: 7-bit numbers of notes
 /// and controllers, channels from 1 to 16.

@@ -38,7 +38,14 @@ constexpr Kind kindOf(int componentNum)
 /// The index of a component in its kind, from 0.
 constexpr int indexInKind(int componentNum)
 {
-    constexpr int firstOfKind[] = {firstFader, firstButton, firstRotary};
-    return componentNum - firstOfKind[static_cast<int>(kindOf(componentNum))];
+    switch (kindOf(componentNum)) {
+    case Kind::Fader:
+        return componentNum - firstFader;
+    case Kind::Button:
+        return componentNum - firstButton;
+    case Kind::Rotary:
+        break;
+    }
+    return componentNum - firstRotary;
 }
 } // namespace roster
