@@ -2,10 +2,11 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: package.sh
+# usage: package.sh [--reproducible]
 #
 # Builds the Debian package for this machine's release from a copy of the files that git knows, in
-# build/package/, and checks it. The checkout stays as it is.
+# build/package/, and checks it. The checkout stays as it is. With --reproducible it builds a second
+# time, otherwise in every way that must not matter, and compares the bytes.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 output=$PWD/build/package
@@ -19,11 +20,13 @@ say() { echo "package: $*"; }
 
 # The version, with the release that it is for: 1.2.0~deb12.
 read_version() {
-    local in_cmake
+    local in_cmake in_metainfo
     version=$(dpkg-parsechangelog -S Version)
     in_cmake=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
-    [ "$version" = "$in_cmake" ] ||
-        fail "version $version in debian/changelog, $in_cmake in CMakeLists.txt"
+    in_metainfo=$(sed -n '/<release version/{s/.*version="\([^"]*\)".*/\1/p;q}' packaging/*.metainfo.xml.in)
+    [ "$version $version" = "$in_cmake $in_metainfo" ] ||
+        fail "version $version in debian/changelog, $in_cmake in CMakeLists.txt," \
+            "$in_metainfo in the metainfo"
     suite=unstable
     # shellcheck source=/dev/null
     . /etc/os-release
@@ -87,6 +90,28 @@ check() { # what was built in this folder
     check_services "$tree"
 }
 
+# The same again in another folder, without ccache, in another locale, time zone and umask; as root
+# also as another user.
+build_again() { # in this folder
+    local as_other=() package
+    export_source "$1"
+    if [ "$(id -u)" = 0 ]; then
+        chown -R nobody "${1%/*}" # where the packages come to
+        as_other=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
+    fi
+    # shellcheck disable=SC2016 # the inner shell's argument
+    "${as_other[@]}" env -i PATH="$PATH" HOME=/nonexistent USER=other LC_ALL=C TZ=Asia/Kathmandu \
+        CCACHE_DISABLE=1 sh -c 'umask 027 && cd "$1" && dpkg-buildpackage -b -us -uc' - "$1" \
+        > "$1.log" 2>&1 || fail "the second build failed, see $1.log"
+    for package in "$output"/*.deb; do
+        cmp "$package" "${1%/*}/${package##*/}" || fail "${package##*/} is not reproducible"
+    done
+}
+
+case ${1:-} in
+    '' | --reproducible) ;;
+    *) fail "unexpected argument \"$1\"; usage: ./dev package [--reproducible]" ;;
+esac
 read_version
 rm -rf "$output"
 say "building $version, the log is build/package/source.log"
@@ -94,4 +119,9 @@ export_source "$output/source"
 build "$output/source"
 say "checking"
 check "$output/source"
+if [ "${1:-}" = --reproducible ]; then
+    say "building again, to compare"
+    build_again "$output/another/longer/place/source"
+    say "reproducible: the same bytes"
+fi
 ls "$output"/*.deb
