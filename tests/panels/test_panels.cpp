@@ -35,11 +35,17 @@ class TestPanels : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// What draws the surface without a window takes the panels' sizes for those of the forms.
-    void sizes()
+    /// What draws the surface without a window takes the panels' sizes for those of the forms. The
+    /// forms have one style sheet, but for two outlines that the fader's is without.
+    void forms()
     {
         for (const int component : {0, 9, 40})
             QCOMPARE(makePanel(component)->size(), panelSize(roster::kindOf(component)));
+        QString sheet = makePanel(9)->styleSheet().simplified();
+        QCOMPARE(makePanel(40)->styleSheet().simplified(), sheet);
+        sheet.replace("vertical { background: black; border: 1px solid white;",
+                      "vertical { background: black;");
+        QCOMPARE(makePanel(0)->styleSheet().simplified(), sheet);
     }
 
     /// Exactly the messages of its own control are a component's own, on every channel: the channel
