@@ -2,19 +2,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "demo/fortnight.h"
-#include "panels/zorvi_0908_button.h"
-#include "panels/zorvi_0908_fader.h"
-#include "panels/zorvi_0908_rotary.h"
 #include "tests/yield/postgresserver.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/commands/reportfile.h"
 #include "yield/figures/report.h"
 #include "yield/figures/timeline.h"
 #include "yield/logs/controlnames.h"
-#include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
 #include "yield/page/page.h"
-#include "yield/page/surface.h"
 #include "yield/store/attemptstore.h"
 #include "yield/store/database.h"
 
@@ -70,8 +65,6 @@ private Q_SLOTS:
     void whatCounts();
     void longTimesAreWeeksOrMonths();
     void wordsAndFigures();
-    void theSurfaceHasTheWindowsSizes();
-    void aBrowserShowsThePage();
 };
 
 void TestReport::theFortnightsRatesComeOut()
@@ -236,63 +229,6 @@ void TestReport::wordsAndFigures()
              QStringLiteral("0 to 19, 50 to 59, 110 to 127"));
     QCOMPARE(controlnames::bands(9, {1}), QStringLiteral("pressed"));
     QCOMPARE(controlnames::bands(9, {0, 1}), QStringLiteral("all"));
-    const auto interval = chart::yieldInterval(94, 100);
-    QVERIFY(qAbs(interval.low - 0.8752) < 0.0001 && qAbs(interval.high - 0.9722) < 0.0001);
-}
-
-void TestReport::theSurfaceHasTheWindowsSizes()
-{
-    QCOMPARE(surface::panelSize(roster::Kind::Fader), Zorvi_0908_Fader(nullptr, 0, 0).size());
-    QCOMPARE(surface::panelSize(roster::Kind::Button), Zorvi_0908_Button(nullptr, 9, 9).size());
-    QCOMPARE(surface::panelSize(roster::Kind::Rotary), Zorvi_0908_Rotary(nullptr, 40, 40).size());
-}
-
-/// What headless Chromium makes of it; it writes what the page says to its console to stderr.
-void TestReport::aBrowserShowsThePage()
-{
-    const QString chromium = QStandardPaths::findExecutable(QStringLiteral("chromium"));
-    if (chromium.isEmpty())
-        QSKIP("chromium is not installed");
-    const QTemporaryDir folder;
-    Database database(folder.filePath(QStringLiteral("a.sqlite")), Database::Access::Write);
-    const auto dom = [&](QString& console) {
-        QFile file(folder.filePath(QStringLiteral("a page.html")));
-        if (!file.open(QIODevice::WriteOnly) || !writeReport(database, {}, file))
-            return file.errorString();
-        file.close();
-        QProcess browser;
-        browser.start(chromium,
-                      {"--headless", "--no-sandbox", "--disable-gpu", "--no-first-run",
-                       "--disable-background-networking", "--disable-component-update",
-                       "--disable-sync", "--user-data-dir=" + folder.filePath("profile"),
-                       "--enable-logging=stderr", "--dump-dom",
-                       QUrl::fromLocalFile(file.fileName()).toString(QUrl::FullyEncoded)});
-        browser.waitForFinished();
-        console = QString::fromUtf8(browser.readAllStandardError());
-        return QString::fromUtf8(browser.readAllStandardOutput());
-    };
-    QString console;
-    const QString hostileStation = QStringLiteral("<b>1</b> & \"2\"");
-    QVERIFY(store(database, hostileStation, false, hostileSerial, 0,
-                  unitlogs::allBut({{3, 12}, {18, 0}, {18, 1}})));
-    QVERIFY(store(database, hostileStation, false, "good", 1, unitlogs::whole()));
-    const QString page = dom(console);
-    QVERIFY2(!console.contains(QStringLiteral("CONSOLE")), qPrintable(console));
-    const QString open = elementText(page, QStringLiteral("open"));
-    QVERIFY2(
-        open.contains(QStringLiteral("&lt;/td&gt;&lt;script&gt;console.log('run')&lt;/script&gt;"
-                                     "&amp;amp;\"\ufffd\ufffd\ufffd😀</td>")),
-        qPrintable(open));
-    QVERIFY(open.contains(QStringLiteral("Fader 3: 120 to 127")));
-    QVERIFY(elementText(page, QStringLiteral("stations"))
-                .contains(QStringLiteral("&lt;b&gt;1&lt;/b&gt; &amp; \"2\"")));
-    QVERIFY(
-        elementText(page, QStringLiteral("surface"))
-            .contains(QStringLiteral("<title>Fader 3 (component 3): missed at the first attempt "
-                                     "by 50.0&nbsp;% (1 of 2)</title>")));
-    // Nothing is fetched: no element that could, and no address in the style.
-    for (const char* const part : {"<script", "<link", "<img", "src=", "url(", "@import", "http"})
-        QVERIFY2(!page.contains(QLatin1String(part)), part);
 }
 
 QTEST_MAIN(TestReport)
