@@ -28,6 +28,7 @@ Command exportCommand();
 Command importCommand();
 Command reportCommand();
 Command stationCommand();
+Command statusCommand();
 Command unitCommand();
 
 /// What the commands share.
@@ -44,4 +45,7 @@ QString database(const QCommandLineParser& parser);
 
 /// The arguments after the command's name.
 QStringList arguments(const QCommandLineParser& parser);
+
+/// The folder of the watch.
+QCommandLineOption spoolOption();
 } // namespace command
