@@ -43,6 +43,8 @@ QString PostgresServer::create()
     initdb.start(program(QStringLiteral("initdb")),
                  {QStringLiteral("--auth=trust"), QStringLiteral("--username=line"),
                   QStringLiteral("--encoding=UTF8"), QStringLiteral("--locale=C"),
+                  // A language's order, unlike that of SQLite.
+                  QStringLiteral("--locale-provider=icu"), QStringLiteral("--icu-locale=de"),
                   QStringLiteral("--no-sync"), folder.filePath(QStringLiteral("data"))});
     if (!initdb.waitForFinished(patienceMs) || initdb.exitCode() != 0)
         return QString::fromLocal8Bit(initdb.readAllStandardError());

@@ -359,7 +359,7 @@ void TestPage::aBrowserShowsThePage()
     QString script = fileBytes(PAGE_CHECK);
     if (const QString axe = qEnvironmentVariable("ZORVI_AXE"); !axe.isEmpty())
         script += fileBytes(axe) + "axe.run().then(found => found.violations.forEach(each => "
-                                  "console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)))";
+                                   "console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)))";
     const QTemporaryDir folder;
     const QString frames = folder.filePath("frames.html");
     QVERIFY(writeFile(folder.filePath("page.html"),

@@ -76,7 +76,7 @@ inline StationLog log(const QString& serial, int minutesAfterNoon, const BandMar
 inline QStringList rows(const QSqlDatabase& database, const QString& station)
 {
     const QString selects[] = {
-        QStringLiteral("SELECT 'attempt', serial, tested_at, complete, tests_18, marks FROM "
+        QStringLiteral("SELECT 'attempt', serial, tested_at, complete, ended_at, marks FROM "
                        "attempts"),
         QStringLiteral("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
                        "JOIN attempts ON attempts.id = attempt_id"),
@@ -92,7 +92,7 @@ inline QStringList rows(const QSqlDatabase& database, const QString& station)
         while (query.next()) {
             QStringList row;
             for (int i = 0; i < 5; ++i)
-                row << query.value(i).toString();
+                row << (query.isNull(i) ? QString() : query.value(i).toString());
             found << row.join(' ') + ' ' + query.value(5).toByteArray().toHex();
         }
     }
