@@ -167,7 +167,7 @@ private:
     {
         QProcess process;
         process.setWorkingDirectory(folder.path());
-        process.start(QStringLiteral(ZORVI_YIELD), arguments);
+        process.start(QString(ZORVI_YIELD), arguments);
         process.waitForFinished(60000);
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
                 process.readAllStandardOutput(), process.readAllStandardError()};
@@ -175,14 +175,14 @@ private:
 
     void write(const QString& name, const QByteArray& bytes)
     {
-        const QString path = folder.filePath(QStringLiteral("logs/")) + name;
+        const QString path = folder.filePath(QString("logs/")) + name;
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(bytes);
         written[path] = bytes;
     }
 
-    const QString formula = QStringLiteral("=cmd|'/C calc'!A0");
+    const QString formula = QString("=cmd|'/C calc'!A0");
     const QString awkward = QString::fromUtf8("a\"b,\t<b>\x1B[31m\r\nü");
     QTemporaryDir folder;
     QMap<QString, QByteArray> written;

@@ -28,7 +28,7 @@
 namespace
 {
 constexpr int patienceMs = 60000;
-const QString yieldProgram = QStringLiteral(ZORVI_YIELD);
+const QString yieldProgram = QString(ZORVI_YIELD);
 
 /// The program on a disk that takes no file of more than 60 kB.
 class OnFullDisk : public QProcess
@@ -72,8 +72,8 @@ private Q_SLOTS:
                             unitlogs::allBut({{unit % 9, unit % 13}}),
                             unitlogs::noon().addSecs(unit % 20 == 0 ? 3600 : -3600));
         Database database(folder.filePath("expected"), Database::Access::Write);
-        importHere(folder.filePath("expected"), QStringLiteral("S"), logPaths);
-        expectedRows = unitlogs::rows(database.connection(), QStringLiteral("S"));
+        importHere(folder.filePath("expected"), QString("S"), logPaths);
+        expectedRows = unitlogs::rows(database.connection(), QString("S"));
         QVERIFY(expectedRows.filter("attempt").size() > unitCount);
     }
 
@@ -421,7 +421,7 @@ private Q_SLOTS:
         const QStringList rows = unitlogs::rows(database.connection(), "twenty");
         QVERIFY(rows.filter("attempt").size() > 100);
         QCOMPARE(rows, unitlogs::rows(database.connection(), "one"));
-        figures::print(QStringLiteral("importers at once, %1").arg(QTest::currentDataTag()), 20, 0);
+        figures::print(QString("importers at once, %1").arg(QTest::currentDataTag()), 20, 0);
     }
 
     void killedImports_data() { addDatabases(); }
@@ -431,11 +431,11 @@ private Q_SLOTS:
         const int times = figures::count(2, 100);
         QElapsedTimer wholeImport;
         wholeImport.start();
-        importHere(location(), QStringLiteral("measured"), logPaths);
+        importHere(location(), QString("measured"), logPaths);
         const auto wholeMs = static_cast<quint32>(wholeImport.elapsed()) + 50;
         int killed = 0;
         for (int i = 0; i < times; ++i) {
-            const QString station = QStringLiteral("killed %1").arg(i);
+            const QString station = QString("killed %1").arg(i);
             QProcess importer;
             importer.start(yieldProgram, importArguments(location(), station, logPaths));
             const auto ms = static_cast<int>(QRandomGenerator::global()->bounded(wholeMs));
@@ -447,8 +447,8 @@ private Q_SLOTS:
             importHere(location(), station, logPaths);
             compareRows(location(), station);
         }
-        figures::print(QStringLiteral("imports killed, %1").arg(QTest::currentDataTag()), times, 0,
-                       QStringLiteral("%1 before their end").arg(killed));
+        figures::print(QString("imports killed, %1").arg(QTest::currentDataTag()), times, 0,
+                       QString("%1 before their end").arg(killed));
     }
 
     void fullDisk()
@@ -572,7 +572,7 @@ private:
         QVERIFY(unitlogs::rows(database.connection(), station) == expectedRows);
     }
 
-    const QStringList logFolders = {QStringLiteral("many"), QStringLiteral("retests")};
+    const QStringList logFolders = {QString("many"), QString("retests")};
     QTemporaryDir folder;
     QStringList logPaths;
     QStringList expectedRows;

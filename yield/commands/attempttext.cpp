@@ -24,20 +24,20 @@ QString missedBands(const std::vector<bandmarks::Band>& bands)
     for (const auto& missed : bands) {
         if (missed.componentNum != componentNum) {
             componentNum = missed.componentNum;
-            text += (text.isEmpty() ? QString() : QStringLiteral("; ")) +
-                    QString::number(componentNum) + QLatin1Char(':');
+            text +=
+                (text.isEmpty() ? QString() : QString("; ")) + QString::number(componentNum) + ':';
         }
-        text += QLatin1Char(' ') + QString::number(missed.band);
+        text += ' ' + QString::number(missed.band);
     }
     return text;
 }
 
 QByteArray csvText(QString text)
 {
-    static const QString beginsFormula = QStringLiteral("=+-@\t\r\n");
+    static const QString beginsFormula = QString("=+-@\t\r\n");
     if (!text.isEmpty() && beginsFormula.contains(text[0]))
-        text.prepend(QLatin1Char('\''));
-    text.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+        text.prepend('\'');
+    text.replace('"', QString("\"\""));
     return '"' + text.toUtf8() + '"';
 }
 } // namespace
@@ -49,14 +49,14 @@ QString attempttext::line(const Attempt& attempt)
         missed[band.componentNum].append(band.band);
     QStringList words;
     for (auto i = missed.cbegin(); i != missed.cend(); ++i)
-        words << controlnames::control(i.key()) + QStringLiteral(": ") +
+        words << controlnames::control(i.key()) + QString(": ") +
                      controlnames::bands(i.key(), i.value());
     QString when = attempt.testedAt;
-    when.replace(QLatin1Char('T'), QLatin1Char(' '));
-    return QStringLiteral("%1  %2  %3")
+    when.replace('T', ' ');
+    return QString("%1  %2  %3")
         .arg(when, printableText(attempt.station),
-             words.isEmpty() ? QStringLiteral("complete")
-                             : QStringLiteral("missed ") + words.join(QStringLiteral("; ")));
+             words.isEmpty() ? QString("complete")
+                             : QString("missed ") + words.join(QString("; ")));
 }
 
 QByteArray attempttext::csvHead()
@@ -77,12 +77,11 @@ QByteArray attempttext::json(const Attempt& attempt)
     const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
     QJsonArray missed;
     for (const auto& band : outcome.missed)
-        missed.append(QJsonObject{{QStringLiteral("component"), band.componentNum},
-                                  {QStringLiteral("band"), band.band}});
-    return QJsonDocument(QJsonObject{{QStringLiteral("station"), attempt.station},
-                                     {QStringLiteral("serial"), attempt.serial},
-                                     {QStringLiteral("tested_at"), attempt.testedAt},
-                                     {QStringLiteral("complete"), outcome.isComplete()},
-                                     {QStringLiteral("missed_bands"), missed}})
+        missed.append(QJsonObject{{"component", band.componentNum}, {"band", band.band}});
+    return QJsonDocument(QJsonObject{{"station", attempt.station},
+                                     {"serial", attempt.serial},
+                                     {"tested_at", attempt.testedAt},
+                                     {"complete", outcome.isComplete()},
+                                     {"missed_bands", missed}})
         .toJson(QJsonDocument::Compact);
 }
