@@ -84,7 +84,7 @@ private Q_SLOTS:
     {
         const BandMarks missing = unitlogs::allBut({{3, 5}, {18, 0}, {18, 1}});
         const std::vector<StationLog> logs = {
-            unitlogs::log("U", 0, unitlogs::upTo(2)), unitlogs::log("U", 3, missing),
+            unitlogs::log("U", 0, missing & unitlogs::upTo(20)), unitlogs::log("U", 3, missing),
             unitlogs::log("U", 34, missing), unitlogs::log("U", 35, unitlogs::upTo(12)),
             unitlogs::log("U", 70, unitlogs::whole())};
         Database database(location(), Database::Access::Write);
