@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/figures/report.h"
+#include "yield/page/figuretext.h"
 #include "yield/page/page.h"
 
 #include <QBuffer>
@@ -247,6 +248,10 @@ void TestPage::texts()
           "120)|4|",
           "|Rotary 0 (component 40): missed at the first attempt by 30.0 % (60 of 200)|"})
         QVERIFY2(text.contains(part), part);
+    // Only all are 100 %, and only none 0 %.
+    QCOMPARE(figuretext::percent(99999, 100000), QString("99.9\u00a0%"));
+    QCOMPARE(figuretext::percent(1, 100000), QString("0.1\u00a0%"));
+    QCOMPARE(figuretext::share(1234, 1234), QString("100\u00a0% (1,234 of 1,234)"));
     Report none = sample();
     none.total = {};
     QVERIFY(written(none).contains("There are no such units"));

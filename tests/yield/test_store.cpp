@@ -149,7 +149,7 @@ private Q_SLOTS:
     {
         Database before(location(), Database::Access::Write);
         QSqlQuery query(before.connection());
-        QVERIFY(query.exec("UPDATE schema_version SET version = 2"));
+        QVERIFY(query.exec("UPDATE schema_version SET version = 3"));
         for (const auto access : {Database::Access::Read, Database::Access::Write}) {
             try {
                 Database database(location(), access);
@@ -159,7 +159,7 @@ private Q_SLOTS:
                 QVERIFY(error.kind() == DatabaseError::Kind::NewerSchema);
             }
         }
-        QVERIFY(query.exec("UPDATE schema_version SET version = 1"));
+        QVERIFY(query.exec("UPDATE schema_version SET version = 2"));
     }
 
     void twentyImportersAtOnce_data() { addDatabases(); }
@@ -243,55 +243,6 @@ private Q_SLOTS:
         QCOMPARE(readerStatus, 1); // only the retests show that the station tests component 18
         QVERIFY(reader.readAllStandardOutput().contains("missed Button 9: all"));
         compareRows(path, QStringLiteral("S"));
-    }
-
-    void watchRidesOutItsDatabase_data() { addDatabases(); }
-
-    /// Every attempt is kept although the second overwrites the first, also while the server is
-    /// stopped or the file has vanished.
-    void watchRidesOutItsDatabase()
-    {
-        const QString file = QTest::currentDataTag() == QByteArray("SQLite") ? location() : "";
-        const QString logs = folder.filePath(QString("Logs for ") + QTest::currentDataTag());
-        QVERIFY(QDir().mkpath(logs));
-        QProcess watch;
-        watch.start(yieldProgram,
-                    {"import", "--watch", "--station", "W", "--database", location(), logs});
-        QByteArray out;
-        QByteArray errors;
-        const auto says = [&](const QByteArray& text) {
-            out += watch.readAllStandardOutput();
-            errors += watch.readAllStandardError();
-            return out.count(text) + errors.count(text);
-        };
-        const auto test = [&](const BandMarks& marks, int minute) {
-            testlog::write(
-                logs + QStringLiteral("/ZORVI_1.txt"),
-                unitlogs::lines(QStringLiteral("1"), unitlogs::noon().addSecs(60 * minute), marks));
-        };
-        const auto attempts = [&] {
-            Database database(location(), Database::Access::Read);
-            return unitlogs::rows(database.connection(), QStringLiteral("W"))
-                .filter("attempt")
-                .size();
-        };
-        test(unitlogs::whole(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(attempts(), 1, patienceMs);
-        test(unitlogs::allBut({{5, 5}}), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(attempts(), 2, patienceMs);
-        if (file.isEmpty())
-            server.stop();
-        else
-            QVERIFY(QFile::rename(file, file + ".away"));
-        test(unitlogs::allBut({{6, 6}}), 2);
-        QTRY_COMPARE_WITH_TIMEOUT(says("database is away"), 1, patienceMs);
-        test(unitlogs::allBut({{7, 7}}), 3);
-        QVERIFY(file.isEmpty() ? server.start() : QFile::rename(file + ".away", file));
-        QTRY_COMPARE_WITH_TIMEOUT(says("database is back"), 1, patienceMs);
-        QTRY_COMPARE_WITH_TIMEOUT(attempts(), 4, patienceMs);
-        QCOMPARE(says("database is away"), 1);
-        watch.terminate();
-        QCOMPARE(finished(watch), 0);
     }
 
 private:

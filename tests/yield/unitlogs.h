@@ -80,7 +80,7 @@ inline QStringList rows(const QSqlDatabase& database, const QString& station)
                        "attempts"),
         QStringLiteral("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
                        "JOIN attempts ON attempts.id = attempt_id"),
-        QStringLiteral("SELECT 'save', serial, tested_at, 0, 0, marks FROM other_saves"),
+        QStringLiteral("SELECT 'save', serial, tested_at, 0, 0, marks FROM repeated_saves"),
     };
     QStringList found;
     for (const QString& select : selects) {

@@ -4,6 +4,7 @@
 #include "yield/commands/command.h"
 
 #include "yield/intake/logimport.h"
+#include "yield/intake/spool.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -27,4 +28,13 @@ QString command::database(const QCommandLineParser& parser)
 QStringList command::arguments(const QCommandLineParser& parser)
 {
     return parser.positionalArguments().mid(1);
+}
+
+QCommandLineOption command::spoolOption()
+{
+    return {
+        "spool",
+        QString("The folder where \"import --watch\" keeps logs for the database (default: %1).")
+            .arg(SpoolFolder::defaultRoot()),
+        "folder"};
 }

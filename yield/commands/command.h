@@ -26,6 +26,7 @@ struct Command {
 Command exportCommand();
 Command importCommand();
 Command reportCommand();
+Command statusCommand();
 Command unitCommand();
 
 /// What the commands share.
@@ -42,4 +43,7 @@ QString database(const QCommandLineParser& parser);
 
 /// The arguments after the command's name.
 QStringList arguments(const QCommandLineParser& parser);
+
+/// The folder of the watch.
+QCommandLineOption spoolOption();
 } // namespace command

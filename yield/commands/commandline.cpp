@@ -16,7 +16,7 @@ namespace
 const QVector<Command>& commands()
 {
     static const QVector<Command> all = {importCommand(), reportCommand(), unitCommand(),
-                                         exportCommand()};
+                                         exportCommand(), statusCommand()};
     return all;
 }
 

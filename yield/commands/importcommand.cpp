@@ -2,11 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/commands/stopsignals.h"
 #include "yield/intake/logimport.h"
-#include "yield/intake/logwatch.h"
+#include "yield/intake/watch.h"
 
-#include <QCoreApplication>
 #include <QSysInfo>
 #include <QTextStream>
 
@@ -24,18 +22,11 @@ int importLogs(const QCommandLineParser& parser)
         return command::fail("which folder or file?");
     if (request.station.name.isEmpty())
         return command::fail("a station needs a name");
+    if (parser.isSet("watch"))
+        return watch::run(request, parser.value("spool"));
     QTextStream out(stdout);
     QTextStream errors(stderr);
-    if (!parser.isSet("watch"))
-        return logimport::run(request, out, errors);
-
-    const StopSignals stopSignals;
-    LogWatch watch(request, out, errors);
-    QObject::connect(
-        &watch, &LogWatch::signal_Hopeless, &watch,
-        [] { QCoreApplication::exit(exitstatus::failed); }, Qt::QueuedConnection);
-    watch.start();
-    return QCoreApplication::exec();
+    return logimport::run(request, out, errors);
 }
 } // namespace
 
@@ -52,6 +43,7 @@ Command importCommand()
          QSysInfo::machineHostName()},
         {"tests-18", "The station tests component 18. The database remembers it."},
         {"watch", "Go on importing as logs appear, until SIGTERM or Ctrl-C."},
+        command::spoolOption(),
     };
     command.argument = "FOLDER|FILE...";
     command.argumentHelp = "Logs, or folders with logs; folders in a folder are left out.";

@@ -9,59 +9,97 @@
 
 namespace
 {
+/// So many logs are stored in one transaction: enough to keep its cost small, few enough that
+/// others wait for a moment only.
+constexpr int batchSize = 1000;
+
 struct Batch {
+    QStringList paths;
     std::vector<StationLog> logs;
-    QStringList refusals;
 };
 
-/// named: what the user named, which is refused if it is not there.
-Batch readBatch(const QStringList& files, int begin, const QStringList& named)
+Batch readBatch(const QStringList& files, const logimport::Listener& listener)
 {
     Batch batch;
-    for (const QString& file : files.mid(begin, logimport::batchSize)) {
+    for (const QString& file : files) {
         QString reason;
-        if (auto log = logfiles::read(file, reason))
+        if (auto log = logfiles::read(file, reason)) {
+            batch.paths << file;
             batch.logs.push_back(std::move(*log));
-        else if (!logfiles::isGone(file) || named.contains(file))
-            batch.refusals << logimport::refusal(file, reason);
+        } else {
+            listener.refused(file, reason);
+        }
     }
     return batch;
 }
-} // namespace
 
-QString logimport::refusal(const QString& path, const QString& reason)
+/// A log that cannot be stored is found by halves, so that it stops no other.
+void storeBatch(Database& database, const Station& station, const Batch& batch,
+                const logimport::Listener& listener)
 {
-    return QStringLiteral("%1: not imported: %2").arg(printableText(path), printableText(reason));
+    StoreCounts counts;
+    try {
+        counts = attemptstore::store(database, station, batch.logs);
+    } catch (const DatabaseError& error) {
+        if (error.kind() != DatabaseError::Kind::Data || batch.logs.empty())
+            throw;
+        if (batch.logs.size() == 1)
+            return listener.refused(batch.paths.constFirst(), error.text());
+        const int half = batch.paths.size() / 2;
+        const auto middle = batch.logs.begin() + half;
+        storeBatch(database, station, {batch.paths.mid(0, half), {batch.logs.begin(), middle}},
+                   listener);
+        storeBatch(database, station, {batch.paths.mid(half), {middle, batch.logs.end()}},
+                   listener);
+        return;
+    }
+    listener.stored(batch.paths, counts);
 }
 
-QString logimport::summary(const StoreCounts& counts, int refused)
+QString summary(const StoreCounts& counts, int refused)
 {
-    return QStringLiteral("%1 logs: %2 new, %3 already known, %4 without any mark, %5 refused")
+    return QString("%1 logs: %2 new, %3 already known, %4 without any mark, %5 refused")
         .arg(counts.added + counts.known + counts.notAttempt + refused)
         .arg(counts.added)
         .arg(counts.known)
         .arg(counts.notAttempt)
         .arg(refused);
 }
+} // namespace
+
+void logimport::store(Database& database, const Station& station, const QStringList& files,
+                      const Listener& listener)
+{
+    // Also without a log: the database remembers what the station tests.
+    for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize)
+        storeBatch(database, station, readBatch(files.mid(begin, batchSize), listener), listener);
+}
+
+QString logimport::refusal(const QString& path, const QString& reason)
+{
+    return QString("%1: not imported: %2").arg(printableText(path), printableText(reason));
+}
 
 int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& errors)
 {
     Database database(request.database, Database::Access::Write);
+    StoreCounts counts;
+    int refused = 0;
+    Listener listener;
+    listener.refused = [&](const QString& path, const QString& reason) {
+        // A log that its station replaces is gone for a moment; what the user named has to be
+        // there.
+        if (logfiles::isGone(path) && !request.paths.contains(path))
+            return;
+        errors << refusal(path, reason) << Qt::endl;
+        ++refused;
+    };
+    listener.stored = [&](const QStringList&, const StoreCounts& more) { counts += more; };
     QStringList files;
     for (const QString& path : request.paths)
         files += logfiles::filesOf(path);
-
-    StoreCounts counts;
-    int refused = 0;
     try {
-        // Also without a log: the database remembers what the station tests.
-        for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize) {
-            const Batch batch = readBatch(files, begin, request.paths);
-            for (const QString& refusal : batch.refusals)
-                errors << refusal << Qt::endl;
-            refused += batch.refusals.size();
-            counts += attemptstore::store(database, request.station, batch.logs);
-        }
+        store(database, request.station, files, listener);
     } catch (const DatabaseError& error) {
         out << summary(counts, refused) << Qt::endl;
         errors << QString("the database failed: %1; what is in it stays, import again")

@@ -9,6 +9,10 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include <functional>
+
+class Database;
+
 /// Which logs go where.
 struct ImportRequest {
     QString database;
@@ -25,16 +29,22 @@ constexpr int failed = 2;     ///< The command could not do what it is for.
 
 namespace logimport
 {
-/// So many logs are stored in one transaction: enough to keep its cost small, few enough that
-/// others wait for a moment only.
-constexpr int batchSize = 1000;
+/// What is done about the files as they are read.
+struct Listener {
+    /// It cannot be read, is no log, or cannot be stored although the database works.
+    std::function<void(const QString& path, const QString& reason)> refused;
+    /// Committed. Called at least once.
+    std::function<void(const QStringList& paths, const StoreCounts& counts)> stored;
+};
+
+/// Stores the logs in files, many in one transaction. Throws DatabaseError if the database fails;
+/// what was committed before stays.
+void store(Database& database, const Station& station, const QStringList& files,
+           const Listener& listener);
 
 /// How a log that was refused is named.
 QString refusal(const QString& path, const QString& reason);
 
-/// What became of the logs, in one line.
-QString summary(const StoreCounts& counts, int refused);
-
-/// Imports once. Gives the status for the shell.
+/// Imports once. Gives the status for the shell. Throws DatabaseError if it cannot begin.
 int run(const ImportRequest& request, QTextStream& out, QTextStream& errors);
 } // namespace logimport

@@ -3,8 +3,7 @@
 
 #include "yield/logs/controlnames.h"
 
-#include "panels/componentrange.h"
-#include "panels/componentroster.h"
+#include "unit/valuebands.h"
 #include "yield/logs/bandmarks.h"
 
 #include <QStringList>
@@ -20,11 +19,10 @@ bool isButton(int componentNum)
 
 QString values(int firstBand, int lastBand)
 {
-    constexpr int highestValue = 127; // the last band reaches past it
-    static const QVector<ComponentRange> ranges = positionBands();
     return QString("%1 to %2")
-        .arg(static_cast<int>(ranges.at(firstBand).min))
-        .arg(std::min(static_cast<int>(ranges.at(lastBand).max), highestValue));
+        .arg(valuebands::band(roster::Kind::Fader, firstBand).min)
+        .arg(std::min(valuebands::band(roster::Kind::Fader, lastBand).max,
+                      valuebands::highestValue)); // the last band reaches past it
 }
 } // namespace
 

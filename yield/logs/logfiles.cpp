@@ -23,26 +23,6 @@ bool hasForeignName(const QString& path)
     return path.contains(QChar(QChar::ReplacementCharacter));
 }
 
-/// By the system's own calls: QFile and QFileInfo took more time than all the rest of an import.
-std::optional<StationLog> readOnce(const QString& path, QString& reason)
-{
-    // A pipe or a device must not keep the reader waiting.
-    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    QByteArray bytes(stationlog::longestLog + 1, Qt::Uninitialized);
-    const auto size =
-        file < 0 ? -1 : ::read(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
-    const int error = errno;
-    if (file >= 0)
-        close(file);
-    if (size < 0) {
-        reason = hasForeignName(path) ? QStringLiteral("its name has a foreign encoding")
-                 : error == EISDIR    ? QStringLiteral("the folder cannot be read")
-                                      : QString::fromLocal8Bit(std::strerror(error));
-        return std::nullopt;
-    }
-    bytes.truncate(static_cast<int>(size));
-    return stationlog::read(bytes, reason);
-}
 } // namespace
 
 logfiles::Stamp logfiles::stampOf(const QString& path)
@@ -77,12 +57,34 @@ bool logfiles::isGone(const QString& path)
     return !hasForeignName(path) && !QFileInfo::exists(path);
 }
 
+/// By the system's own calls: QFile and QFileInfo took more time than all the rest of an import.
+std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason)
+{
+    // A pipe or a device must not keep the reader waiting.
+    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    QByteArray bytes(stationlog::longestLog + 1, Qt::Uninitialized);
+    const auto size =
+        file < 0 ? -1 : ::read(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    const int error = errno;
+    if (file >= 0)
+        close(file);
+    if (size < 0) {
+        reason = hasForeignName(path) ? QStringLiteral("its name has a foreign encoding")
+                 : error == EISDIR    ? QStringLiteral("the folder cannot be read")
+                                      : QString::fromLocal8Bit(std::strerror(error));
+        return std::nullopt;
+    }
+    bytes.truncate(static_cast<int>(size));
+    return bytes;
+}
+
 std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
 {
     constexpr int tries = 5;
     Stamp refused;
     for (int i = 0; i < tries; ++i) {
-        if (auto log = readOnce(path, reason))
+        const auto bytes = bytesOf(path, reason);
+        if (auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt)
             return log;
         const Stamp now = stampOf(path);
         if (i > 0 && now == refused)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "app/panelplacement.h"
+#include "unit/panelplacement.h"
 #include "yield/logs/controlnames.h"
 #include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
@@ -26,17 +26,9 @@ QString colour(int missed, int units)
     return QString("miss%1").arg(step);
 }
 
-/// The size of a kind's panel in the window, in pixels.
-QSize panelSize(roster::Kind kind)
-{
-    constexpr QSize sizes[] = {{60, 270}, {60, 30}, {131, 81}};
-    return sizes[static_cast<int>(kind)];
-}
-
 QRectF place(int componentNum)
 {
-    const int faderWidth = panelSize(roster::Kind::Fader).width();
-    const auto topLeft = panelPlace(componentNum, faderWidth);
+    const auto topLeft = panelPlace(componentNum);
     return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 

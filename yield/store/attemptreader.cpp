@@ -94,19 +94,21 @@ void readUnits(Database& database, const QString& clause, const QVariantList& va
 
 void attemptreader::forEachByUnit(Database& database, const Visit& visit)
 {
-    readUnits(database, "ORDER BY serial, tested_at", {}, visit);
+    readUnits(database, "ORDER BY {by_bytes serial}, {by_bytes tested_at}", {}, visit);
 }
 
 void attemptreader::forEachOf(Database& database, const QString& serial, const Visit& visit)
 {
-    readUnits(database, "WHERE serial = {text_of ?}", {Statement::valueOf(serial)}, visit);
+    readUnits(database, "WHERE {by_bytes serial} = {text_of ?}", {Statement::valueOf(serial)},
+              visit);
 }
 
 void attemptreader::forEachByTime(Database& database, const Visit& visit)
 {
-    Reader(database).read("JOIN stations ON stations.id = station_id "
-                          "ORDER BY tested_at, serial, name, marks",
-                          {}, visit);
+    Reader(database).read(
+        "JOIN stations ON stations.id = station_id "
+        "ORDER BY {by_bytes tested_at}, {by_bytes serial}, {by_bytes name}, marks",
+        {}, visit);
 }
 
 std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDateTime& now)
@@ -121,11 +123,11 @@ std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDa
              GROUP BY station_id
              UNION ALL
              SELECT station_id, max(tested_at)
-             FROM other_saves
+             FROM repeated_saves
              WHERE tested_at <= ?
              GROUP BY station_id) AS logs ON station_id = id
         GROUP BY name
-        ORDER BY name)");
+        ORDER BY {by_bytes name})");
     const QString latest = now.toString(Qt::ISODate);
     select.run({latest, latest});
     std::vector<StationNews> news;

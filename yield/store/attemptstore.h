@@ -23,6 +23,8 @@ struct StoreCounts {
     int added = 0;      ///< A new attempt, or a new save of one.
     int known = 0;      ///< Already in the database.
     int notAttempt = 0; ///< Without any mark.
+    int elsewhere = 0;  ///< Of those added: known under another station too.
+    int future = 0;     ///< Of those added: their date lies in the future.
 
     StoreCounts& operator+=(const StoreCounts& other);
 };

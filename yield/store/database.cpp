@@ -35,6 +35,7 @@ Database::Database(const QString& location, Access access)
     : dialect(isAddress(location) ? SqlDialect::postgresql() : SqlDialect::sqlite())
     , isFile(!isAddress(location))
 {
+    check(location);
     if (!QSqlDatabase::isDriverAvailable(dialect.driver))
         throw unusable(QString("Qt's driver %1 is not installed (package %2)")
                            .arg(dialect.driver, dialect.driverPackage));
@@ -63,8 +64,6 @@ Database::Database(const QString& location, Access access)
 void Database::openFile(const QString& path, Access access)
 {
     place = path;
-    if (path.isEmpty())
-        throw unusable("the database has no name");
     if (access == Access::Read && !QFileInfo::exists(path))
         throw unusable(QString("there is no database %1 yet; \"import\" makes one").arg(path));
     // A folder that the user named must be there already, or it was mistyped.
@@ -74,8 +73,12 @@ void Database::openFile(const QString& path, Access access)
     link.database.setDatabaseName(path);
 }
 
-void Database::openServer(const QString& location)
+void Database::check(const QString& location)
 {
+    if (location.isEmpty())
+        throw unusable("the database has no name");
+    if (!isAddress(location))
+        return;
     // No message repeats the text: there might be a password in it.
     const QUrl url(location, QUrl::StrictMode);
     const QString name = url.path().mid(1);
@@ -88,6 +91,12 @@ void Database::openServer(const QString& location)
         (url.scheme() != "postgresql" && url.scheme() != "postgres"))
         throw unusable("the address of a database server has the form "
                        "postgresql://user@host:port/name");
+}
+
+void Database::openServer(const QString& location)
+{
+    const QUrl url(location, QUrl::StrictMode);
+    const QString name = url.path().mid(1);
     place = QString("database %1 at %2").arg(name, url.host());
     link.database.setHostName(url.host());
     link.database.setPort(url.port());

@@ -34,6 +34,10 @@ public:
     /// The error that a failed query is to be thrown as.
     DatabaseError errorOf(const QSqlError& error) const;
 
+    /// Throws DatabaseError for a location that can be no database's: without a name, or an address
+    /// of another form or with a password in it.
+    static void check(const QString& location);
+
     /// Whether a location is meant to be a server's address and not a file.
     static bool isAddress(const QString& location);
 

@@ -1,31 +1,30 @@
 -- SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 -- SPDX-License-Identifier: GPL-3.0-or-later
 
--- The tables, for plants to query; docs/log-format.md explains them. What stands in braces is in
--- sqldialect.cpp.
+-- The tables, for plants to query; docs/database.md explains them. What stands in braces differs
+-- between the databases and is in sqldialect.cpp.
 CREATE TABLE schema_version (version INTEGER NOT NULL);
 
-INSERT INTO schema_version VALUES (1);
+INSERT INTO schema_version VALUES (2);
 
 CREATE TABLE stations (
     id {id},
-    name {text} NOT NULL UNIQUE,
+    name TEXT NOT NULL UNIQUE,
     tests_18 INTEGER NOT NULL DEFAULT 0 CHECK (tests_18 IN (0, 1)));
 
 CREATE TABLE attempts (
     id {id},
     station_id BIGINT NOT NULL REFERENCES stations (id),
-    serial {text} NOT NULL,
-    tested_at {text} NOT NULL,
+    serial TEXT NOT NULL,
+    tested_at TEXT NOT NULL,
     marks {blob} NOT NULL,
     complete INTEGER NOT NULL CHECK (complete IN (0, 1)),
+    ended_at INTEGER,
     UNIQUE (station_id, serial, tested_at, marks));
 
-CREATE INDEX attempts_by_time ON attempts (tested_at);
-CREATE INDEX attempts_by_serial ON attempts (serial, tested_at, id, station_id, complete);
-CREATE INDEX attempts_by_day ON attempts (substr(tested_at, 1, 10), station_id, complete);
-CREATE INDEX attempts_not_complete ON attempts (tested_at, id, serial, station_id)
-    WHERE complete = 0;
+-- The order of the report, with all that it reads.
+CREATE INDEX attempts_by_unit
+    ON attempts ({by_bytes serial}, {by_bytes tested_at}, station_id, marks);
 
 CREATE TABLE missed_bands (
     attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
@@ -33,9 +32,11 @@ CREATE TABLE missed_bands (
     band INTEGER NOT NULL,
     PRIMARY KEY (attempt_id, component, band)) {keyonly};
 
-CREATE TABLE other_saves (
+CREATE TABLE repeated_saves (
     station_id BIGINT NOT NULL REFERENCES stations (id),
-    serial {text} NOT NULL,
-    tested_at {text} NOT NULL,
+    serial TEXT NOT NULL,
+    tested_at TEXT NOT NULL,
     marks {blob} NOT NULL,
     PRIMARY KEY (station_id, serial, tested_at, marks)) {keyonly};
+
+CREATE INDEX repeated_saves_by_unit ON repeated_saves ({by_bytes serial});

@@ -23,10 +23,10 @@ struct SqlDialect {
     // Words of a statement; %1 is an argument.
     QString idColumn;     ///< {id}
     QString bytesColumn;  ///< {blob}
-    QString textColumn;   ///< {text}: sorted by its bytes
     QString keyOnlyTable; ///< {keyonly}: ends a table whose primary key is all that it has
     QString textOfBytes;  ///< {text_of X}
     QString bytesOfText;  ///< {bytes_of X}
+    QString byBytes;      ///< {by_bytes X}: compared by its UTF-8, whatever the language
 
     static const SqlDialect& sqlite();
     static const SqlDialect& postgresql();

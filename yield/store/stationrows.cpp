@@ -3,95 +3,182 @@
 
 #include "yield/store/stationrows.h"
 
-#include "yield/store/database.h"
-
 #include <algorithm>
 
 using attemptrules::Save;
 
 namespace
 {
-const QString ofUnits = " WHERE station_id = ? AND serial IN ({text_of ?}" +
+const QString ofUnits = " WHERE {by_bytes serial} IN ({text_of ?}" +
                         QString(", {text_of ?}").repeated(StationRows::lookupSize - 1) + ")";
 const QString oneLog =
     " WHERE station_id = ? AND serial = {text_of ?} AND tested_at = ? AND marks = ?";
 
-bool holds(const std::vector<Save>& saves, const Save& save)
+bool contains(const std::vector<Save>& saves, const Save& save)
 {
     return std::find(saves.begin(), saves.end(), save) != saves.end();
 }
+
+StationRow stationOf(const Statement& statement)
+{
+    return {statement.value(0), statement.text(1), statement.number(2) != 0};
+}
 } // namespace
 
-StationRows::StationRows(Database& usedDatabase, const QVariant& id, bool testsComponent18)
-    : database(usedDatabase)
-    , stationId(id)
-    , tests18(testsComponent18)
-    , findAttempts(database, "SELECT {bytes_of serial}, tested_at, marks FROM attempts" + ofUnits)
-    , findOthers(database, "SELECT {bytes_of serial}, tested_at, marks FROM other_saves" + ofUnits)
+std::vector<Save> UnitLogs::all() const
+{
+    std::vector<Save> saves = grouped.attempts;
+    saves.insert(saves.end(), grouped.others.begin(), grouped.others.end());
+    return saves;
+}
+
+bool UnitLogs::hold(const Save& save) const
+{
+    return contains(grouped.attempts, save) || contains(grouped.others, save);
+}
+
+bool UnitLogs::holdElsewhere(const Save& save) const
+{
+    return contains(elsewhere, save);
+}
+
+StationRows::StationRows(Database& database, const StationRow& row)
+    : station(row)
+    , findSerials(database, R"(
+          SELECT DISTINCT {bytes_of serial}, serial
+          FROM attempts
+          WHERE station_id = ? AND serial >= {text_of ?}
+          ORDER BY serial
+          LIMIT ?)")
+    , findAttempts(database, R"(
+          SELECT station_id, {bytes_of serial}, tested_at, marks
+          FROM attempts)" + ofUnits)
+    , findRepeated(database, R"(
+          SELECT station_id, {bytes_of serial}, tested_at, marks
+          FROM repeated_saves)" + ofUnits)
     , insertAttempt(database, R"(
-          INSERT INTO attempts (station_id, serial, tested_at, marks, complete)
-          VALUES (?, {text_of ?}, ?, ?, ?))")
+          INSERT INTO attempts (station_id, serial, tested_at, marks, complete, ended_at)
+          VALUES (?, {text_of ?}, ?, ?, ?, ?))")
     , insertMissedBand(database, "INSERT INTO missed_bands VALUES (?, ?, ?)")
     , deleteAttempt(database, "DELETE FROM attempts" + oneLog)
-    , insertOther(database, "INSERT INTO other_saves VALUES (?, {text_of ?}, ?, ?)")
-    , deleteOther(database, "DELETE FROM other_saves" + oneLog)
+    , insertRepeated(database, "INSERT INTO repeated_saves VALUES (?, {text_of ?}, ?, ?)")
+    , deleteRepeated(database, "DELETE FROM repeated_saves" + oneLog)
 {
 }
 
-QMap<QString, attemptrules::Attempts> StationRows::find(const QStringList& serials)
+std::vector<StationRow> StationRows::stations(Database& database)
 {
-    QMap<QString, attemptrules::Attempts> units;
+    Statement select(database, "SELECT id, {bytes_of name}, tests_18 FROM stations ORDER BY id");
+    select.run();
+    std::vector<StationRow> rows;
+    while (select.next())
+        rows.push_back(stationOf(select));
+    return rows;
+}
+
+std::optional<StationRow> StationRows::findStation(Database& database, const QString& name)
+{
+    Statement select(database, R"(
+        SELECT id, {bytes_of name}, tests_18
+        FROM stations
+        WHERE name = {text_of ?})");
+    select.run({Statement::valueOf(name)});
+    if (!select.next())
+        return std::nullopt;
+    return stationOf(select);
+}
+
+QMap<QString, UnitLogs> StationRows::find(const QStringList& serials)
+{
+    QMap<QString, UnitLogs> units;
+    QVariantList values;
+    for (int i = 0; i < lookupSize; ++i)
+        values << Statement::valueOf(serials[std::min(i, serials.size() - 1)]);
     for (const QString& serial : serials)
         units.insert(serial, {});
-    find(findAttempts, serials,
-         [&](const QString& serial, const Save& save) { units[serial].attempts.push_back(save); });
-    find(findOthers, serials,
-         [&](const QString& serial, const Save& save) { units[serial].others.push_back(save); });
+    for (Statement* const statement : {&findAttempts, &findRepeated}) {
+        statement->run(values);
+        while (statement->next()) {
+            const QString serial = statement->text(1);
+            const Save save{statement->plainText(2), statement->marks(3, serial)};
+            UnitLogs& unit = units[serial];
+            if (statement->value(0) != station.id)
+                unit.elsewhere.push_back(save);
+            else if (statement == &findAttempts)
+                unit.grouped.attempts.push_back(save);
+            else
+                unit.grouped.others.push_back(save);
+        }
+    }
     return units;
 }
 
-void StationRows::find(Statement& statement, const QStringList& serials,
-                       const std::function<void(const QString&, const Save&)>& visit)
+void StationRows::forEachUnit(const Visit& visit)
 {
-    QVariantList values{stationId};
-    for (int i = 0; i < lookupSize; ++i)
-        values << Statement::valueOf(serials[std::min(i, serials.size() - 1)]);
-    statement.run(values);
-    while (statement.next()) {
-        const QString serial = statement.text(0);
-        visit(serial, {statement.plainText(1), statement.marks(2, serial)});
-    }
+    QStringList serials;
+    do {
+        findSerials.run(
+            {station.id, Statement::valueOf(serials.isEmpty() ? "" : serials.last()), lookupSize});
+        serials.clear();
+        while (findSerials.next())
+            serials << findSerials.text(0);
+        if (serials.isEmpty())
+            return;
+        const auto units = find(serials);
+        for (auto unit = units.cbegin(); unit != units.cend(); ++unit)
+            visit(unit.key(), unit.value());
+    } while (serials.size() == lookupSize);
 }
 
-void StationRows::insert(const QString& serial, const Save& save)
+void StationRows::group(const QString& serial, const UnitLogs& present,
+                        const std::vector<Save>& added)
 {
-    const auto missed = attemptrules::outcomeOf(save.marks, tests18).missed;
-    insertAttempt.run({stationId, Statement::valueOf(serial), save.testedAt,
-                       bandmarks::packed(save.marks), missed.empty() ? 1 : 0});
-    if (missed.empty())
-        return;
-    const QVariant attemptId = insertAttempt.insertedId();
-    for (const auto& band : missed)
-        insertMissedBand.run({attemptId, band.componentNum, band.band});
+    std::vector<Save> all = present.all();
+    all.insert(all.end(), added.begin(), added.end());
+    change(serial, present.grouped, attemptrules::grouped(all));
+}
+
+void StationRows::writeAgain(const QString& serial, const UnitLogs& present)
+{
+    remove(serial, present);
+    change(serial, {}, attemptrules::grouped(present.all()));
+}
+
+void StationRows::remove(const QString& serial, const UnitLogs& present)
+{
+    change(serial, present.grouped, {});
 }
 
 void StationRows::change(const QString& serial, const attemptrules::Attempts& present,
                          const attemptrules::Attempts& wanted)
 {
     const auto valuesOf = [&](const Save& save) {
-        return QVariantList{stationId, Statement::valueOf(serial), save.testedAt,
+        return QVariantList{station.id, Statement::valueOf(serial), save.testedAt,
                             bandmarks::packed(save.marks)};
     };
     for (const Save& save : present.attempts)
-        if (!holds(wanted.attempts, save))
+        if (!contains(wanted.attempts, save))
             deleteAttempt.run(valuesOf(save));
     for (const Save& save : present.others)
-        if (!holds(wanted.others, save))
-            deleteOther.run(valuesOf(save));
+        if (!contains(wanted.others, save))
+            deleteRepeated.run(valuesOf(save));
     for (const Save& save : wanted.attempts)
-        if (!holds(present.attempts, save))
+        if (!contains(present.attempts, save))
             insert(serial, save);
     for (const Save& save : wanted.others)
-        if (!holds(present.others, save))
-            insertOther.run(valuesOf(save));
+        if (!contains(present.others, save))
+            insertRepeated.run(valuesOf(save));
+}
+
+void StationRows::insert(const QString& serial, const Save& save)
+{
+    const auto outcome = attemptrules::outcomeOf(save.marks, station.tests18);
+    insertAttempt.run({station.id, Statement::valueOf(serial), save.testedAt,
+                       bandmarks::packed(save.marks), outcome.isComplete() ? 1 : 0,
+                       outcome.endedAt ? QVariant(*outcome.endedAt) : QVariant(QVariant::Int)});
+    if (outcome.missed.empty())
+        return;
+    const QVariant attemptId = insertAttempt.insertedId();
+    for (const auto& band : outcome.missed)
+        insertMissedBand.run({attemptId, band.componentNum, band.band});
 }

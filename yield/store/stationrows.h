@@ -10,6 +10,25 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
+#include <vector>
+
+/// A row of the table stations.
+struct StationRow {
+    QVariant id;
+    QString name;
+    bool tests18 = false;
+};
+
+/// The logs of one unit at a station, as they are in the database.
+struct UnitLogs {
+    attemptrules::Attempts grouped;
+    std::vector<attemptrules::Save> elsewhere; ///< At other stations.
+
+    std::vector<attemptrules::Save> all() const; ///< At this station.
+    bool hold(const attemptrules::Save& save) const;
+    bool holdElsewhere(const attemptrules::Save& save) const;
+};
 
 /// The rows of one station, inside of a transaction. Everything throws DatabaseError.
 class StationRows
@@ -19,28 +38,38 @@ public:
     /// compares each name with all others.
     static constexpr int lookupSize = 100;
 
-    StationRows(Database& usedDatabase, const QVariant& id, bool testsComponent18);
+    StationRows(Database& usedDatabase, const StationRow& row);
 
-    /// The logs of so many units at most, by serial; those without any too.
-    QMap<QString, attemptrules::Attempts> find(const QStringList& serials);
+    /// All stations, by id.
+    static std::vector<StationRow> stations(Database& database);
+    static std::optional<StationRow> findStation(Database& database, const QString& name);
 
-    /// Changes the rows of a unit from what is there to what is wanted.
-    void change(const QString& serial, const attemptrules::Attempts& present,
-                const attemptrules::Attempts& wanted);
+    /// What the database has of so many units at most, by serial; of those without any log too.
+    QMap<QString, UnitLogs> find(const QStringList& serials);
+
+    using Visit = std::function<void(const QString& serial, const UnitLogs& logs)>;
+    /// Every unit, some at a time; visit may change its rows, and may see a unit twice.
+    void forEachUnit(const Visit& visit);
+
+    /// Groups the logs of a unit and these anew, and changes the rows that differ.
+    void group(const QString& serial, const UnitLogs& present,
+               const std::vector<attemptrules::Save>& added = {});
+    /// Groups the logs of a unit anew and writes all of its rows again.
+    void writeAgain(const QString& serial, const UnitLogs& present);
+    void remove(const QString& serial, const UnitLogs& present);
 
 private:
-    void find(Statement& statement, const QStringList& serials,
-              const std::function<void(const QString& serial, const attemptrules::Save&)>& visit);
+    void change(const QString& serial, const attemptrules::Attempts& present,
+                const attemptrules::Attempts& wanted);
     void insert(const QString& serial, const attemptrules::Save& save);
 
-    Database& database;
-    const QVariant stationId;
-    const bool tests18;
+    const StationRow station;
+    Statement findSerials;
     Statement findAttempts;
-    Statement findOthers;
+    Statement findRepeated;
     Statement insertAttempt;
     Statement insertMissedBand;
     Statement deleteAttempt;
-    Statement insertOther;
-    Statement deleteOther;
+    Statement insertRepeated;
+    Statement deleteRepeated;
 };

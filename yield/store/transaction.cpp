@@ -5,12 +5,33 @@
 
 #include "yield/store/sqldialect.h"
 #include "yield/store/statement.h"
+#include "yield/store/stationrows.h"
 
 #include <QFile>
 
+#include <algorithm>
+
 namespace
 {
-constexpr int newestSchema = 1;
+constexpr int newestSchema = 2;
+
+/// By the rules of this version, which know runs that ended early.
+void regroupAll(Database& database)
+{
+    for (const StationRow& station : StationRows::stations(database)) {
+        StationRows rows(database, station);
+        rows.forEachUnit([&](const QString& serial, const UnitLogs& logs) {
+            const auto& attempts = logs.grouped.attempts;
+            const auto endsEarly = [&](const attemptrules::Save& attempt) {
+                return attemptrules::outcomeOf(attempt.marks, station.tests18).endedAt.has_value();
+            };
+            if (std::any_of(attempts.begin(), attempts.end(), endsEarly))
+                rows.writeAgain(serial, logs);
+            else
+                rows.group(serial, logs);
+        });
+    }
+}
 } // namespace
 
 Transaction::Transaction(Database& usedDatabase, Database::Access access)
@@ -43,12 +64,7 @@ void Transaction::commit()
 
 void Transaction::checkTables(Database::Access access)
 {
-    const int version = schemaVersion();
-    if (version == 0 && access == Database::Access::Read)
-        throw DatabaseError(DatabaseError::Kind::Unusable,
-                            "the database holds no attempts yet; \"import\" puts them there");
-    if (version == 0)
-        makeTables();
+    version = findVersion();
     if (version > newestSchema)
         throw DatabaseError(
             DatabaseError::Kind::NewerSchema,
@@ -56,26 +72,35 @@ void Transaction::checkTables(Database::Access access)
                     "this program knows version %2); install the newer one")
                 .arg(version)
                 .arg(newestSchema));
-}
-
-void Transaction::makeTables()
-{
-    Q_INIT_RESOURCE(store);
-    QFile schema(":/store/schema.sql");
-    schema.open(QIODevice::ReadOnly);
-    for (const QString& statement :
-         QString::fromUtf8(schema.readAll()).split(";\n", Qt::SkipEmptyParts))
-        Statement(database, statement).run();
+    if (access == Database::Access::Write && version < newestSchema) {
+        run(version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
+        if (version == 1)
+            regroupAll(database);
+        version = newestSchema;
+    }
+    if (version == 0)
+        throw DatabaseError(DatabaseError::Kind::Unusable,
+                            "the database holds no attempts yet; \"import\" puts them there");
 }
 
 /// 0 without tables.
-int Transaction::schemaVersion()
+int Transaction::findVersion()
 {
     Statement find(database, database.sqlDialect().findSchema);
     find.run();
     if (!find.next())
         return 0;
-    Statement version(database, "SELECT version FROM schema_version");
-    version.run();
-    return version.next() ? version.number(0) : 0;
+    Statement select(database, "SELECT version FROM schema_version");
+    select.run();
+    return select.next() ? select.number(0) : 0;
+}
+
+void Transaction::run(const char* resource)
+{
+    Q_INIT_RESOURCE(store);
+    QFile file(resource);
+    file.open(QIODevice::ReadOnly);
+    const QString statements = QString::fromUtf8(file.readAll());
+    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
+        Statement(database, statement).run();
 }

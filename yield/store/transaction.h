@@ -10,7 +10,8 @@ class Transaction
 {
 public:
     /// Read: sees the same rows from its beginning to its end. Write: has no other writer beside
-    /// it, waits for the one before, at most a minute, and makes missing tables.
+    /// it, waits for the one before, at most a minute, makes missing tables, and carries over those
+    /// of version 1.
     Transaction(Database& usedDatabase, Database::Access access);
     ~Transaction();
     Transaction(const Transaction&) = delete;
@@ -18,11 +19,15 @@ public:
 
     void commit();
 
+    /// Of the tables: 1 or 2, 1 for a reader only.
+    int schemaVersion() const { return version; }
+
 private:
     void checkTables(Database::Access access);
-    void makeTables();
-    int schemaVersion();
+    int findVersion();
+    void run(const char* resource);
 
     Database& database;
+    int version = 0;
     bool isOver = false;
 };

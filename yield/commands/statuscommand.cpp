@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/commands/command.h"
+#include "yield/intake/logimport.h"
+#include "yield/intake/spool.h"
+#include "yield/logs/printabletext.h"
+#include "yield/store/attemptreader.h"
+
+#include <QFileInfo>
+#include <QTextStream>
+
+#include <algorithm>
+
+namespace
+{
+constexpr int hourSeconds = 3600;
+
+/// False if a person is needed.
+bool showDatabase(const QString& location, QTextStream& out)
+{
+    try {
+        Database database(location, Database::Access::Read);
+        const auto stations = attemptreader::newestLogs(database, QDateTime::currentDateTime());
+        out << "database " << location << ": there\n";
+        for (const StationNews& news : stations)
+            out << "  station \"" << printableText(news.station) << "\": newest log "
+                << (news.newestAt.isEmpty() ? "none" : QString(news.newestAt).replace('T', ' '))
+                << '\n';
+    } catch (const DatabaseError& error) {
+        out << "database " << location << ": away: " << error.text() << '\n';
+        return false;
+    }
+    return true;
+}
+
+/// False if a person is needed.
+bool showSpool(const SpoolFolder& folder, QTextStream& out)
+{
+    QDateTime oldest = QDateTime::currentDateTime();
+    const QDateTime now = oldest;
+    const QStringList waiting = folder.waiting();
+    for (const QString& path : waiting) {
+        const QDateTime keptAt = QFileInfo(path).lastModified();
+        if (keptAt.isValid()) // the watch may just have stored it
+            oldest = std::min(oldest, keptAt);
+    }
+    out << "  station \"" << printableText(folder.station.name) << "\", database "
+        << folder.database << ": " << waiting.size() << " wait";
+    if (!waiting.isEmpty())
+        out << " since " << oldest.toString("yyyy-MM-dd HH:mm:ss");
+    out << '\n';
+    const QStringList aside = folder.setAside();
+    for (const QString& path : aside)
+        out << "    set aside: " << path << ": " << printableText(SpoolFolder::reasonFor(path))
+            << '\n';
+    return aside.isEmpty() && oldest.secsTo(now) <= hourSeconds;
+}
+
+int showStatus(const QCommandLineParser& parser)
+{
+    const QString location = command::database(parser);
+    Database::check(location);
+    QTextStream out(stdout);
+    bool isFine = showDatabase(location, out);
+    const QString root = parser.isSet("spool") ? parser.value("spool") : SpoolFolder::defaultRoot();
+    out << "spool " << root << ":\n";
+    for (const SpoolFolder& folder : SpoolFolder::below(root))
+        isFine = showSpool(folder, out) && isFine;
+    return isFine ? 0 : exitstatus::incomplete;
+}
+} // namespace
+
+Command statusCommand()
+{
+    Command command;
+    command.name = "status";
+    command.description =
+        "Says whether the database is there, each station's newest log, how many logs wait in the "
+        "spool of \"import --watch\" and which were set aside. Exit status 1 if a person is "
+        "needed: the database is away, a log was set aside, or logs have waited for an hour.";
+    command.run = showStatus;
+    command.options = {command::spoolOption()};
+    return command;
+}
