@@ -7,7 +7,7 @@
 #include "sensor/quillon_zorvi_0908_assemblytester_monitor.h"
 #include "unit/componentroster.h"
 
-#include <juce_audio_utils/juce_audio_utils.h>
+#include <juce_audio_devices/juce_audio_devices.h>
 
 #include <QMainWindow>
 #include <QStringList>

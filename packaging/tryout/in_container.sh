@@ -74,6 +74,8 @@ upgrade() {
 remove_and_purge() {
     local before database left
     systemctl enable --now zorvi-yield zorvi-yield-report.timer
+    debian/tests/write_log LAST 'Fri Nov 20 11:59:55 2026'
+    wait_for_attempt LAST
     before=$(logs) database=$(sha256sum $state/attempts.sqlite)
     apt-get remove -q -y zorvi-assembly-test
     ! pgrep -x zorvi_yield || fail "the import still runs"

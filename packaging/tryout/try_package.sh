@@ -40,7 +40,7 @@ cp "$package" "$root/tryout/package.deb"
 needs=$(sed -n 's/^Depends: @, //p' debian/tests/control | paste -s -d ,)
 inside apt-get update -q
 inside apt-get install -q -y --no-install-recommends \
-    /tryout/previous.deb autopkgtest dbus systemd-sysv
+    /tryout/previous.deb autopkgtest dbus dpkg-dev systemd-sysv
 inside apt-get satisfy -q -y --no-install-recommends \
     "$needs, $(dpkg-deb -f "$package" Depends), $(dpkg-deb -f "$package" Recommends)"
 umount "$root/var/cache/apt/archives" "$root/dev/shm" "$root/proc"

@@ -97,22 +97,19 @@ def limits(units, passed, of):
 
 def tally(units):
     first = [unit[0].result for unit in units]
-    return [
-        len(units),
-        sum(len(unit) for unit in units),
-        first.count("passed"),
-        [unit[-1].result for unit in units].count("passed"),
-        first.count("ended"),
-    ]
+    last = [unit[-1].result for unit in units]
+    attempts = sum(map(len, units))
+    return [len(units), attempts, first.count("passed"), last.count("passed"), first.count("ended")]
+
+
+def in_time(day, request):
+    return request["since"] <= day <= (request["until"] or "9999-12-31")
 
 
 def selected(units, request):
     def asked(first):
         day = first.time.date().isoformat()
-        return (
-            request["since"] <= day <= (request["until"] or "9999-12-31")
-            and request["station"] in ("", first.station)
-        )
+        return in_time(day, request) and request["station"] in ("", first.station)
 
     def left_out(serial):
         return any(fnmatch.fnmatchcase(serial, pattern) for pattern in request["without"])
@@ -150,11 +147,8 @@ def false_failures(units):
 
 def control(units, tests_18, c):
     firsts = [unit[0] for unit in units]
-    tried = [
-        a
-        for a in firsts
-        if c in tested(tests_18[a.station]) and (a.ended is None or c < a.ended)
-    ]
+    here = [a for a in firsts if c in tested(tests_18[a.station])]
+    tried = [a for a in here if a.ended is None or c < a.ended]
     missed = [a.missed[c] for a in tried if c in a.missed]
     bands = [sum(band in m for m in missed) for band in range(BANDS[c])]
     return [len(tried), len(missed), sum(a.ended == c for a in firsts), bands]
@@ -196,6 +190,7 @@ def report(logs, tests_18, request):
         ahead = (day - NOW.date()).days > 1
         (off_axis if day.year < 2000 or ahead else days[day.isoformat()]).append(unit)
     recent = [(NOW.date() - datetime.timedelta(days=ago)).isoformat() for ago in range(8)]
+    recent = [day for day in recent if in_time(day, request)]
     stations = []
     for name in sorted({unit[0].station for unit in units}):
         here = [unit for unit in units if unit[0].station == name]
@@ -203,34 +198,26 @@ def report(logs, tests_18, request):
         stations.append([name] + judged(here) + [missed])
     ages = []
     for name in sorted(tests_18):
-        times = [a.time for a in logs if a.station == name and a.time <= NOW and "1" in "".join(a.marks)]
+        past = [a for a in logs if a.station == name and a.time <= NOW]
+        times = [a.time for a in past if "1" in "".join(a.marks)]
         if request["station"] in ("", name):
             age = (NOW - max(times)).total_seconds() if times else -1
             ages.append([name, max(times).isoformat() if times else "", int(age)])
+    not_complete = [unit for unit in units if unit[-1].result != "passed"]
     repeated = [unit for unit in units if len(unit) > 1]
+    repeated.sort(key=lambda unit: (-len(unit), newest_first(unit)))
     return {
         "total": total,
         "left out": left_out,
         "days": [[day] + judged(part) for day, part in sorted(days.items())],
         "off axis": tally(off_axis),
-        "recent days": [
-            [day] + judged(days.get(day, []))
-            for day in recent
-            if request["since"] <= day <= (request["until"] or "9999-12-31")
-        ],
+        "recent days": [[day] + judged(days.get(day, [])) for day in recent],
         "by number": by_number(units),
         "false failures": false_failures(units),
         "stations": stations,
         "controls": [control(units, tests_18, c) for c in range(44)],
-        "open": [
-            open_unit(unit)
-            for unit in sorted(units, key=newest_first)
-            if unit[-1].result != "passed"
-        ],
-        "repeated": [
-            repeated_unit(unit)
-            for unit in sorted(repeated, key=lambda unit: (-len(unit), newest_first(unit)))
-        ],
+        "open": [open_unit(unit) for unit in sorted(not_complete, key=newest_first)],
+        "repeated": [repeated_unit(unit) for unit in repeated],
         "ages": ages,
     }
 
@@ -278,34 +265,31 @@ def unit_logs(serial, stations, day):
 
 
 def plant():
-    names = random.sample(["Station 1", "Station 2", "line \u00e4", "\u4e00"], random.choice([1, 3, 4]))
+    names = ["Station 1", "Station 2", "line \u00e4", "\u4e00"][: random.choice([1, 3, 4])]
     tests_18 = {name: random.random() < 0.4 for name in names}
     odd = ["", " ", "KG-/4", "\u00e4\u00df", "x\ty", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
     serials = odd + ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
     days = [NOW.date() - datetime.timedelta(days=ago) for ago in range(random.choice([3, 12, 40]))]
     days += [NOW.date() + datetime.timedelta(days=ahead) for ahead in (1, 2)]
     days += [datetime.date(1999, 12, 31), datetime.date(2000, 1, 1)]
+    patterns = [[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["[!0]*", "KG-?4"]]
     logs = []
     for serial in serials:
         logs += unit_logs(serial, tests_18, random.choice(days))
     random.shuffle(logs)
     requests = [{"since": "", "until": "", "station": "", "without": []}]
     for _ in range(3):
-        first, last = sorted(random.sample(days, 2))
-        requests.append(
-            {
-                "since": random.choice(["", first.isoformat()]),
-                "until": random.choice(["", last.isoformat()]),
-                "station": random.choice(["", random.choice(names)]),
-                "without": random.choice([[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["[!0]*", "KG-?4"]]),
-            }
-        )
-    # A station may turn out to test component 18 by a mark in any log. Not declared: told by marks.
-    told = {name: any("1" in log.marks[18] for log in logs if log.station == name) for name in names}
-    declared = {name: tests_18[name] and (not told[name] or random.random() < 0.3) for name in names}
+        first, last = [day.isoformat() for day in sorted(random.sample(days, 2))]
+        request = {"since": random.choice(["", first]), "until": random.choice(["", last])}
+        request["station"] = random.choice(["", random.choice(logs).station])
+        request["without"] = random.choice(patterns)
+        requests.append(request)
+    # Whether a station tests component 18 is declared, or told by a mark in any log.
+    told = {log.station for log in logs if "1" in log.marks[18]}
+    declared = {n: tests_18[n] and (n not in told or random.random() < 0.3) for n in names}
     known = {log.station: tests_18[log.station] for log in logs}
     cases = [{"request": r, "figures": report(logs, known, r)} for r in requests]
-    rows = [[a.station, a.serial, a.time.isoformat(), "".join(a.marks)] for a in logs]
+    rows = [[a.station, a.serial, a.time.isoformat(), "".join(a.marks)[::-1]] for a in logs]
     return {"declared": declared, "logs": rows, "cases": cases}
 
 

@@ -163,6 +163,7 @@ private Q_SLOTS:
     void columns_data();
     void columns();
     void texts();
+    void shares();
     void yieldsAgainstTheirLimits();
     void missesAddUp();
     void hostileTexts();
@@ -259,6 +260,15 @@ void TestPage::texts()
     QVERIFY(written(none).contains("There are no attempts in the"));
     QFile full("/dev/full");
     QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && !page::write(none, full));
+}
+
+void TestPage::shares()
+{
+    // Never rounded to all or to none.
+    QCOMPARE(figuretext::percent(99999, 100000), QString("99.9\u00a0%"));
+    QCOMPARE(figuretext::percent(1, 100000), QString("0.1\u00a0%"));
+    QCOMPARE(figuretext::share(1234, 1234), QString("100\u00a0% (1,234 of 1,234)"));
+    QCOMPARE(figuretext::percent(0, 0), QString("–"));
 }
 
 void TestPage::yieldsAgainstTheirLimits()
