@@ -166,6 +166,7 @@ ComponentPanel* MainWindow::addPanel(int firstOfKind, std::size_t index)
 
 void MainWindow::slot_PollDevices()
 {
+    unitlink::takeInAnnouncements();
     const auto inputs = juce::MidiInput::getAvailableDevices();
     followSequencer(deviceManager, !inputs.isEmpty());
     if (unitlink::identifierIn(inputs).isNotEmpty() && !deviceConnected)
