@@ -174,6 +174,8 @@ private Q_SLOTS:
             QFile filler(spool() + "/filler");
             if (test == 0)
                 mount("mount", {"-t", "tmpfs", "-o", "size=256k,mode=777", "tmpfs", spool()});
+            if (test == 3)
+                QTRY_COMPARE_WITH_TIMEOUT(waiting(), 0, patienceMs);
             if (test == 3 && filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
                 while (filler.write(QByteArray(4096, 'x')) > 0) {
                 }
@@ -248,7 +250,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
         ask({"BEGIN EXCLUSIVE"});
         write(logs(), 2);
-        QTRY_COMPARE_WITH_TIMEOUT(SpoolFolder::below(spool()).at(0).waiting().size(), 1, patienceMs);
+        QTRY_COMPARE_WITH_TIMEOUT(waiting(), 1, patienceMs);
         QVERIFY(watch->stops(signal));
         QCOMPARE(watch->says("wait in the spool: 1"), 1);
         ask({"COMMIT"});
@@ -452,6 +454,8 @@ private:
             return {};
         }
     }
+
+    int waiting() const { return SpoolFolder::below(spool()).at(0).waiting().size(); }
 
     /// On a disk that the next test does not write to.
     bool isKept(int test)
