@@ -3,18 +3,19 @@
 
 #include "app/mainwindow.h"
 
-#include "app/panelplacement.h"
 #include "app/runorder.h"
 #include "app/sequencerhold.h"
 #include "app/serialentry.h"
 #include "app/testlog.h"
 #include "app/unitlink.h"
+#include "panels/makepanel.h"
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_parser.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_processor.h"
 #include "ui_mainwindow.h"
+#include "unit/panelplacement.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -27,9 +28,9 @@ namespace
 {
 constexpr int pollIntervalMs = 1000;
 constexpr int noticeDelayMs = 500;
-constexpr int panelTag = -1;
 
-/// Whether the unit's port was there at the last poll. One for the process, which has one link.
+/// From the poll that finds the unit's port to the poll that finds it gone, also if the port could
+/// not be opened. One for the process, which has one window at a time.
 bool deviceConnected = false;
 
 bool isUnitPresent()
@@ -42,11 +43,6 @@ QThread* startedThread()
     auto* thread = new QThread;
     thread->start(QThread::InheritPriority);
     return thread;
-}
-
-int componentAt(int first, std::size_t index)
-{
-    return first + static_cast<int>(index);
 }
 } // namespace
 
@@ -138,28 +134,23 @@ void MainWindow::createProcessor()
 
 void MainWindow::createPanels()
 {
-    for (std::size_t i = 0; i < faderPanels.size(); ++i) {
-        faderPanels[i] = new Zorvi_0908_Fader(this, panelTag, componentAt(roster::firstFader, i));
-        addPanel(faderPanels[i], true);
-    }
-    for (std::size_t i = 0; i < rotaryPanels.size(); ++i) {
-        rotaryPanels[i] =
-            new Zorvi_0908_Rotary(this, panelTag, componentAt(roster::firstRotary, i));
-        addPanel(rotaryPanels[i], true);
-    }
-    for (std::size_t i = 0; i < buttonPanels.size(); ++i) {
-        const int componentNum = componentAt(roster::firstButton, i);
-        buttonPanels[i] = new Zorvi_0908_Button(this, panelTag, componentNum);
-        const bool testedElsewhere = componentNum == roster::channelButton && tarvekStation == 0;
-        addPanel(buttonPanels[i], componentNum != roster::powerButton && !testedElsewhere);
-    }
+    for (std::size_t i = 0; i < faderPanels.size(); ++i)
+        faderPanels[i] = qobject_cast<Zorvi_0908_Fader*>(addPanel(roster::firstFader, i));
+    for (std::size_t i = 0; i < rotaryPanels.size(); ++i)
+        rotaryPanels[i] = qobject_cast<Zorvi_0908_Rotary*>(addPanel(roster::firstRotary, i));
+    for (std::size_t i = 0; i < buttonPanels.size(); ++i)
+        buttonPanels[i] = qobject_cast<Zorvi_0908_Button*>(addPanel(roster::firstButton, i));
 }
 
-void MainWindow::addPanel(ComponentPanel* panel, bool shown)
+ComponentPanel* MainWindow::addPanel(int firstOfKind, std::size_t index)
 {
-    if (const auto place = panelPlace(panel->getComponentNum(), faderPanels.front()->width()))
+    const int componentNum = firstOfKind + static_cast<int>(index);
+    const bool testedElsewhere = componentNum == roster::channelButton && tarvekStation == 0;
+    ComponentPanel* panel = makePanel(componentNum, this).release();
+    const auto place = panelPlace(componentNum);
+    if (place)
         panel->move(*place);
-    panel->setVisible(shown);
+    panel->setVisible(place && !testedElsewhere);
 
     connect(this, SIGNAL(signal_DistributeMIDI(MidiMessage)), panel,
             SLOT(slot_ReceiveMIDI(MidiMessage)));
@@ -170,6 +161,7 @@ void MainWindow::addPanel(ComponentPanel* panel, bool shown)
     connect(this, SIGNAL(signal_Init()), panel, SLOT(slot_Init()));
     connect(panel, SIGNAL(signal_Click()), audioEngine.get(), SLOT(slot_Click()));
     connect(panel, SIGNAL(signal_Beep()), audioEngine.get(), SLOT(slot_Beep()));
+    return panel;
 }
 
 void MainWindow::slot_PollDevices()

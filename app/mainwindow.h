@@ -4,10 +4,10 @@
 #pragma once
 
 #include "audio/audioengine.h"
-#include "panels/componentroster.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_monitor.h"
+#include "unit/componentroster.h"
 
-#include <juce_audio_utils/juce_audio_utils.h>
+#include <juce_audio_devices/juce_audio_devices.h>
 
 #include <QMainWindow>
 #include <QStringList>
@@ -90,7 +90,8 @@ private:
     void createParser();
     void createProcessor();
     void createPanels();
-    void addPanel(ComponentPanel* panel, bool shown);
+    /// Makes, places and connects the panel of a component: the first of its kind, and which.
+    ComponentPanel* addPanel(int firstOfKind, std::size_t index);
 
     void connectUnit();
     void disconnectUnit();

@@ -3,7 +3,7 @@
 
 #include "app/runorder.h"
 
-#include "panels/componentroster.h"
+#include "unit/componentroster.h"
 
 RunStep stepAfterResult(int componentNum, int currentComponent, bool tarvekStation)
 {

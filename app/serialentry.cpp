@@ -19,9 +19,9 @@ bool isPrintable(const QString& text)
 }
 } // namespace
 
-SerialEntry::SerialEntry(const QMessageBox& givenNotice, QLineEdit& givenField)
-    : notice(givenNotice)
-    , field(givenField)
+SerialEntry::SerialEntry(const QMessageBox& openNotice, QLineEdit& serialField)
+    : notice(openNotice)
+    , field(serialField)
 {
     // On the application: the notice's button, which receives the keys, is made when it is shown.
     QApplication::instance()->installEventFilter(this);

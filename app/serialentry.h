@@ -16,7 +16,7 @@ class SerialEntry : public QObject
 {
 public:
     /// Both must outlive this object.
-    SerialEntry(const QMessageBox& givenNotice, QLineEdit& givenField);
+    SerialEntry(const QMessageBox& notice, QLineEdit& field);
 
     /// For after the notice has closed: gives the field the focus and selects its text, so that the
     /// next scan replaces it. After typing the cursor stays at the end instead.

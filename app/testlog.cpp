@@ -67,9 +67,15 @@ void writeInPlace(const QFileInfo& old, const QByteArray& bytes)
 
 QString kindName(int componentNum)
 {
-    const QString names[] = {QStringLiteral("FADER"), QStringLiteral("BUTTON"),
-                             QStringLiteral("ROTARY")};
-    return names[static_cast<int>(roster::kindOf(componentNum))];
+    switch (roster::kindOf(componentNum)) {
+    case roster::Kind::Fader:
+        return QStringLiteral("FADER");
+    case roster::Kind::Button:
+        return QStringLiteral("BUTTON");
+    case roster::Kind::Rotary:
+        break;
+    }
+    return QStringLiteral("ROTARY");
 }
 
 QString block(int componentNum, const QVector<ComponentRange>& ranges)

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "panels/componentrange.h"
-#include "panels/componentroster.h"
+#include "unit/componentroster.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -19,7 +19,8 @@ namespace testlog
 using Coverage = std::array<QVector<ComponentRange>, roster::componentCount>;
 
 /// The log's elements: the maker, the unit, then one block for each component. Elements begin with
-/// their own CR LF pairs, so the file mixes line ends on purpose.
+/// their own CR LF pairs and end with a LF. The file mixes line ends on purpose: programs that read
+/// these logs expect exactly these bytes.
 QStringList lines(const QString& serial, const QDateTime& when, const Coverage& coverage);
 
 /// The log's path under the application directory; the serial is taken as typed.

@@ -74,10 +74,11 @@ AudioEngine::AudioEngine()
 
 AudioEngine::~AudioEngine() = default;
 
-void AudioEngine::prepareToPlay(int, double givenSampleRate)
+void AudioEngine::prepareToPlay(int, double rate)
 {
-    // Truncated on purpose: the difference in pitch is not audible.
-    sampleRate = static_cast<qint32>(givenSampleRate);
+    // Truncated on purpose: the rate counts whole samples, and the difference in pitch is not
+    // audible.
+    sampleRate = static_cast<qint32>(rate);
     synth.setCurrentPlaybackSampleRate(sampleRate);
 }
 

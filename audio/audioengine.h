@@ -27,10 +27,11 @@ public:
     ~AudioEngine() override;
 
     /// Sets the sample rate in Hz, truncated to a whole number. The block size is ignored.
-    void prepareToPlay(int samplesPerBlockExpected, double givenSampleRate) override;
+    void prepareToPlay(int samplesPerBlockExpected, double sampleRate) override;
     void releaseResources() override;
-    /// Plays the requests and renders one block, on the audio thread. Does not allocate, lock or
-    /// wait beyond the synthesiser's own lock. A block without a buffer leaves the requests for the
+    /// Plays the requests and renders one block, on the audio thread. Takes only the
+    /// synthesiser's own locks; allocates only where the library does, to choose a voice once all
+    /// are taken. A block without a buffer leaves the requests for the
     /// next.
     void getNextAudioBlock(const juce::AudioSourceChannelInfo& block) override;
 

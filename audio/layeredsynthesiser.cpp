@@ -23,35 +23,16 @@ void LayeredSynthesiser::noteOn(int midiChannel, int midiNoteNumber, float veloc
     }
 }
 
-juce::SynthesiserVoice* LayeredSynthesiser::findVoiceToSteal(juce::SynthesiserSound*, int,
+juce::SynthesiserVoice* LayeredSynthesiser::findVoiceToSteal(juce::SynthesiserSound* sound,
+                                                             int midiChannel,
                                                              int midiNoteNumber) const
 {
-    const auto isOfThisRequest = [this](const juce::SynthesiserVoice& voice) {
-        return firstLayer != nullptr && !voice.wasStartedBefore(*firstLayer);
-    };
-    const juce::SynthesiserVoice* lowest = nullptr;
-    const juce::SynthesiserVoice* highest = nullptr;
-    for (const auto* voice : voices) {
-        if (isOfThisRequest(*voice))
-            continue;
-        const int note = voice->getCurrentlyPlayingNote();
-        if (lowest == nullptr || note < lowest->getCurrentlyPlayingNote())
-            lowest = voice;
-        if (highest == nullptr || note > highest->getCurrentlyPlayingNote())
-            highest = voice;
-    }
-
-    const auto isBetter = [&](const juce::SynthesiserVoice& a, const juce::SynthesiserVoice& b) {
-        const auto rank = [&](const juce::SynthesiserVoice& voice) {
-            if (voice.getCurrentlyPlayingNote() == midiNoteNumber)
-                return 0;
-            return &voice == lowest ? 3 : &voice == highest ? 2 : 1;
-        };
-        return rank(a) != rank(b) ? rank(a) < rank(b) : a.wasStartedBefore(b);
-    };
-    juce::SynthesiserVoice* best = nullptr;
-    for (auto* voice : voices)
-        if (!isOfThisRequest(*voice) && (best == nullptr || isBetter(*voice, *best)))
-            best = voice;
-    return best;
+    auto* voice = Synthesiser::findVoiceToSteal(sound, midiChannel, midiNoteNumber);
+    if (voice == nullptr || firstLayer == nullptr || voice->wasStartedBefore(*firstLayer))
+        return voice;
+    // The library prefers the note's oldest voice, and this request has started that. For a note
+    // that no voice plays it chooses the oldest one; but for the lowest and the highest note, which
+    // it takes last. The layers of this request are the youngest.
+    constexpr int noNote = -1;
+    return Synthesiser::findVoiceToSteal(sound, midiChannel, noNote);
 }

@@ -17,9 +17,8 @@ public:
     void noteOn(int midiChannel, int midiNoteNumber, float velocity) override;
 
 protected:
-    /// The library's choice among the voices of other requests: the oldest of the note, else the
-    /// oldest of all; one voice of the highest and one of the lowest note are taken last. Null if
-    /// there is none. The library's function allocates a list; this one does not.
+    /// The library's choice; if that is a layer of the request that is starting, its choice for
+    /// another note: the oldest other voice, stopped ones first.
     juce::SynthesiserVoice* findVoiceToSteal(juce::SynthesiserSound* sound, int midiChannel,
                                              int midiNoteNumber) const override;
 

@@ -3,12 +3,12 @@
 
 #include "benchmarks/bare.h"
 
-#include "app/panelplacement.h"
-#include "panels/componentroster.h"
 #include "ui_mainwindow.h"
 #include "ui_zorvi_0908_button.h"
 #include "ui_zorvi_0908_fader.h"
 #include "ui_zorvi_0908_rotary.h"
+#include "unit/componentroster.h"
+#include "unit/panelplacement.h"
 
 #include <QFrame>
 #include <QLabel>
@@ -46,7 +46,7 @@ BareStation::BareStation()
         setUpForm(panel, c);
         if (c == roster::firstFader)
             firstFader = panel;
-        const auto place = panelPlace(c, firstFader->width());
+        const auto place = panelPlace(c);
         if (place)
             panel->move(*place);
         panel->setVisible(place && c != roster::channelButton);

@@ -50,9 +50,9 @@ int coveredBands(const ComponentPanel& panel)
 }
 } // namespace
 
-DemoDirector::DemoDirector(MainWindow& givenStation, const DemoOptions& givenOptions)
-    : station(givenStation)
-    , options(givenOptions)
+DemoDirector::DemoDirector(MainWindow& testStation, const DemoOptions& demoOptions)
+    : station(testStation)
+    , options(demoOptions)
 {
     player.setPace(options.unit.pace);
     workTimer.setSingleShot(true);

@@ -31,7 +31,7 @@ class DemoDirector : public QObject
     Q_OBJECT
 
 public:
-    DemoDirector(MainWindow& givenStation, const DemoOptions& givenOptions);
+    DemoDirector(MainWindow& station, const DemoOptions& options);
 
     void start();
 

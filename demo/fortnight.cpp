@@ -25,7 +25,11 @@ struct Test {
     QString serial;
     int station;
     UnitFault unit;
+    enum class Course { Whole, BrokenOff, FalseFailure } course = Course::Whole;
 };
+
+/// What the operator does when a test fails falsely: the fader is not moved to its end.
+const UnitFault notMovedFar{Fault::NoHighEnd, 0};
 
 /// Two weeks of working days, the last one first.
 QVector<QDate> daysUpTo(const QDate& lastDay)
@@ -55,7 +59,7 @@ public:
         for (int day = 0; day < days.size(); ++day)
             if (!workADay(days.at(day), backFromRepair() + arrivals(days.size() - day)))
                 return false;
-        return makePage();
+        return makePage(lastDay);
     }
 
     QString problem;
@@ -85,16 +89,22 @@ private:
         constexpr int firstSerial = 4101;
         int serial = firstSerial;
         for (int station = 0; station < stations.size(); ++station) {
+            const auto& rates = stations.at(station);
+            const int all = fortnight::unitsAt(station, units);
             QVector<Test> tests;
-            for (const auto& fault : stations.at(station).faults)
-                for (int i = fortnight::unitsWith(fault, fortnight::unitsAt(station, units)); i > 0;
-                     --i)
-                    tests.append({{}, station, fault.unit});
-            while (tests.size() < fortnight::unitsAt(station, units))
+            const auto add = [&](double rate, const UnitFault& unit, Test::Course course) {
+                for (int i = fortnight::unitsWith(rate, all); i > 0; --i)
+                    tests.append({{}, station, unit, course});
+            };
+            for (const auto& fault : rates.faults)
+                add(fault.rate, fault.unit, Test::Course::Whole);
+            add(rates.brokenOff, {}, Test::Course::BrokenOff);
+            add(rates.falseFailures, {}, Test::Course::FalseFailure);
+            while (tests.size() < all)
                 tests.append({{}, station, {}});
             std::shuffle(tests.begin(), tests.end(), random);
             for (Test& test : tests)
-                test.serial = QStringLiteral("0908-%1").arg(serial++, 6, 10, QLatin1Char('0'));
+                test.serial = QString("0908-%1").arg(serial++, 6, 10, QLatin1Char('0'));
             arriving.append(tests);
         }
     }
@@ -133,24 +143,54 @@ private:
     bool workADay(const QDate& day, const QVector<Test>& tests)
     {
         constexpr int shiftSeconds = 8 * 3600;
+        constexpr int knownGoodSeconds = -15 * 60; // before the shift
         const QDateTime begin(day, QTime(6, 30));
+        for (int station = 0; station < stations.size(); ++station)
+            run({QString("KG-%1").arg(station + 1), station, {}}, begin.addSecs(knownGoodSeconds));
         QVector<int> tested(stations.size());
+        QVector<std::pair<Test, QDateTime>> again;
         for (const Test& test : tests) {
             const auto atStation = [&](const Test& other) { return other.station == test.station; };
             const auto all = std::count_if(tests.cbegin(), tests.cend(), atStation);
             const auto pitch = shiftSeconds / std::max(1, static_cast<int>(all));
             const int seconds = pitch * tested[test.station]++ + static_cast<int>(random() % 60);
-            const auto& station = stations.at(test.station);
-            testlog::write(testlog::path(folderOf(test.station), test.serial),
-                           testlog::lines(test.serial, begin.addSecs(seconds),
-                                          panels.coverageOf(test.unit, station.tests18)));
+            const QDateTime when = begin.addSecs(seconds);
+            run(test, when);
             if (test.unit.fault != Fault::None)
                 inRepair.append(test);
+            if (test.course != Test::Course::Whole)
+                again.append({test, when.addSecs(secondsUntilAgain(test.course))});
+        }
+        // Before the second test of a unit overwrites its log.
+        if (!importLogs())
+            return false;
+        for (auto& [test, when] : again) {
+            test.course = Test::Course::Whole;
+            run(test, when);
         }
         return importLogs();
     }
 
-    /// At the end of each day, before a second test of a unit overwrites its log.
+    /// Sooner, a run that was broken off could not be told from one that was saved in its middle.
+    static int secondsUntilAgain(Test::Course course)
+    {
+        constexpr int minute = 60;
+        return (course == Test::Course::FalseFailure ? 5 : 50) * minute;
+    }
+
+    void run(const Test& test, const QDateTime& when)
+    {
+        const bool isFalse = test.course == Test::Course::FalseFailure;
+        auto coverage =
+            panels.coverageOf(isFalse ? notMovedFar : test.unit, stations.at(test.station).tests18);
+        if (test.course == Test::Course::BrokenOff)
+            for (int c = fortnight::brokenOffAt; c <= roster::lastComponent; ++c)
+                for (ComponentRange& range : coverage.at(static_cast<std::size_t>(c)))
+                    range.covered = 0;
+        testlog::write(testlog::path(folderOf(test.station), test.serial),
+                       testlog::lines(test.serial, when, coverage));
+    }
+
     bool importLogs()
     {
         for (int station = 0; station < stations.size(); ++station) {
@@ -166,11 +206,14 @@ private:
         return true;
     }
 
-    bool makePage()
+    bool makePage(const QDate& lastDay)
     {
+        ReportRequest request;
+        request.now = QDateTime(lastDay.addDays(1), QTime(7, 0));
+        request.without << fortnight::knownGood;
         Database attempts(database(), Database::Access::Read);
         QSaveFile page(folder + QStringLiteral("/yield.html"));
-        if (page.open(QIODevice::WriteOnly) && !writeReport(attempts, {}, page))
+        if (page.open(QIODevice::WriteOnly) && !writeReport(attempts, request, page))
             page.cancelWriting();
         if (!page.commit())
             problem = QStringLiteral("%1: %2").arg(page.fileName(), page.errorString());
@@ -196,9 +239,9 @@ QVector<fortnight::LineStation> fortnight::line()
     const FaultRate lowFader{{Fault::NoLowEnd, 6}, 0.05};
     const FaultRate deadChannelButton{{Fault::Stuck, roster::channelButton}, 0.02};
     return {
-        {QStringLiteral("Station 1"), false, {shortFader, weakButton, deadRotary}},
-        {QStringLiteral("Station 2"), false, {shortFader, weakButton, swappedButtons}},
-        {QStringLiteral("Station 3"), true, {shortFader, weakButton, lowFader, deadChannelButton}},
+        {"Station 1", false, {shortFader, weakButton, deadRotary}, 0.02, 0.02},
+        {"Station 2", false, {shortFader, weakButton, swappedButtons}, 0.01, 0.04},
+        {"Station 3", true, {shortFader, weakButton, lowFader, deadChannelButton}, 0.02, 0.01},
     };
 }
 
@@ -208,9 +251,9 @@ int fortnight::unitsAt(int station, int units)
     return units * (station + 1) / stations - units * station / stations;
 }
 
-int fortnight::unitsWith(const FaultRate& fault, int unitsAtStation)
+int fortnight::unitsWith(double rate, int unitsAtStation)
 {
-    return qRound(fault.rate * unitsAtStation);
+    return qRound(rate * unitsAtStation);
 }
 
 bool fortnight::make(const QString& folder, int units, const QDate& lastDay, QString& problem)

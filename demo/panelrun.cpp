@@ -3,31 +3,13 @@
 
 #include "demo/panelrun.h"
 
-#include "panels/zorvi_0908_button.h"
-#include "panels/zorvi_0908_fader.h"
-#include "panels/zorvi_0908_rotary.h"
+#include "panels/makepanel.h"
 #include "simulator/unitscript.h"
-
-namespace
-{
-std::unique_ptr<ComponentPanel> panelFor(int componentNum)
-{
-    switch (roster::kindOf(componentNum)) {
-    case roster::Kind::Fader:
-        return std::make_unique<Zorvi_0908_Fader>(nullptr, componentNum, componentNum);
-    case roster::Kind::Button:
-        return std::make_unique<Zorvi_0908_Button>(nullptr, componentNum, componentNum);
-    case roster::Kind::Rotary:
-        break;
-    }
-    return std::make_unique<Zorvi_0908_Rotary>(nullptr, componentNum, componentNum);
-}
-} // namespace
 
 PanelRun::PanelRun()
 {
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        panels.push_back(panelFor(c));
+        panels.push_back(makePanel(c));
 }
 
 PanelRun::~PanelRun() = default;

@@ -6,6 +6,7 @@
 #   docs/draw_house.sh --check    fails if the links have changed since it was drawn
 set -euo pipefail
 cd "$(dirname "$0")/.."
+export LC_ALL=C # one order for all who draw it
 drawing=docs/pictures/house.dot
 
 # Prints "from to" for each link between the project's targets, and to Qt's modules.
@@ -16,27 +17,41 @@ links() {
         build/house/links.dot | grep -vE 'zorvi_(options|resources)' | sort -u
 }
 
-# The folder whose CMakeLists.txt makes a target.
+# The folder whose CMakeLists.txt makes a target; a module of Qt stands for itself.
 folder_of() {
-    git grep -lE "add_(library|executable)\($1 " -- '*CMakeLists.txt' 'cmake/*.cmake' |
-        sed -E 's|/[^/]*$||'
+    case $1 in
+        Qt5::*) echo "$1" ;;
+        *) git grep -lE "add_(library|executable)\($1 " -- '*CMakeLists.txt' 'cmake/*.cmake' |
+            sed -E 's|[^/]*$||' ;;
+    esac
 }
 
 draw() {
     local from to target
-    echo '// Made by docs/draw_house.sh from the link graph.'
+    local -A folder=() targets=()
+    for target in $(tr ' ' '\n' <<<"$1" | sort -u); do
+        folder[$target]=$(folder_of "$target")
+        [ -n "${folder[$target]}" ] || {
+            echo "draw_house.sh: no file known to git makes $target" >&2
+            exit 1
+        }
+        targets[${folder[$target]}]+="\\n$target"
+    done
+    echo '// Made by docs/draw_house.sh from the link graph: a box for each folder with what it makes.'
     echo 'digraph house {'
     echo '    node [shape=box, style="rounded,filled", fillcolor="#dce6ff", fontname="DejaVu Sans", fontsize=11];'
     echo '    edge [color="#555555"];'
     while read -r from to; do
-        echo "    \"$from\" -> \"$to\";"
-    done <<<"$1"
-    for target in $(tr ' ' '\n' <<<"$1" | sort -u); do
+        [ "${folder[$from]}" = "${folder[$to]}" ] ||
+            echo "    \"${folder[$from]}\" -> \"${folder[$to]}\";"
+    done <<<"$1" | sort -u
+    for target in "${!targets[@]}"; do
         case $target in
             Qt5::*) echo "    \"$target\" [fillcolor=\"#ffffff\"];" ;;
-            *) printf '    "%s" [label="%s\\n%s/"];\n' "$target" "$target" "$(folder_of "$target")" ;;
+            yield/*) echo "    \"$target\" [fillcolor=\"#d9f0dd\", label=\"$target${targets[$target]}\"];" ;;
+            *) echo "    \"$target\" [label=\"$target${targets[$target]}\"];" ;;
         esac
-    done
+    done | sort
     echo '}'
 }
 

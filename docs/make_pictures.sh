@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
 # Makes the pictures of the documents: the drawings from their sources, the station's from a run of
-# the demo (release build, under Xvfb), which no screen is needed for.
+# the demo (release build, under Xvfb). No screen is needed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 runs=$(mktemp -d)
@@ -17,15 +17,13 @@ run() { # folder, more options of the demo
         build/release/bin/zorvi_demo --once --output "$runs/$1" "${@:2}" >/dev/null
 }
 run good
-for moment in start middle end; do
+for moment in start middle; do
     convert "$runs/good/$moment.png" -strip "docs/pictures/$moment.png"
 done
-cp docs/pictures/middle.png docs/station.png
-# What a fader, a rotary and a button look like in each state.
+# What a fader looks like in each state.
 convert "$runs/good/start.png" -crop 60x270+210+200 +repage -strip docs/pictures/fader-untested.png
 convert "$runs/good/middle.png" -crop 60x270+390+200 +repage -strip docs/pictures/fader-under-test.png
 convert "$runs/good/end.png" -crop 60x270+210+200 +repage -strip docs/pictures/fader-done.png
-convert "$runs/good/start.png" -crop 1066x112+10+485 +repage -strip docs/pictures/controls.png
 
 # The yield of the demo's two weeks.
 build/release/bin/zorvi_fortnight --output "$runs" >/dev/null

@@ -3,6 +3,8 @@
 
 #include "panels/componentpanel.h"
 
+#include "unit/valuebands.h"
+
 #include <QDebug>
 #include <QFrame>
 #include <QLabel>
@@ -31,18 +33,18 @@ bool isCovered(const ComponentRange& range)
 }
 } // namespace
 
-ComponentPanel::ComponentPanel(QWidget* parent, int givenTag, int givenComponentNum)
+ComponentPanel::ComponentPanel(QWidget* parent, int panelTag, int num)
     : QWidget(parent)
-    , tag(givenTag)
-    , componentNum(givenComponentNum)
+    , tag(panelTag)
+    , componentNum(num)
 {
 }
 
 ComponentPanel::~ComponentPanel() = default;
 
-void ComponentPanel::adoptForm(QFrame* givenFrame)
+void ComponentPanel::adoptForm(QFrame* formFrame)
 {
-    frame = givenFrame;
+    frame = formFrame;
     rangeLabels.resize(freshRanges().size());
     for (int i = 0; i < rangeLabels.size(); ++i)
         rangeLabels[i] = findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
@@ -67,10 +69,10 @@ void ComponentPanel::slot_Init()
     frame->raise();
 }
 
-void ComponentPanel::slot_QueueComponent(int givenComponentNum)
+void ComponentPanel::slot_QueueComponent(int num)
 {
-    queuedComponent = givenComponentNum;
-    if (givenComponentNum != componentNum)
+    queuedComponent = num;
+    if (num != componentNum)
         return;
     frame->lower();
     setFrameStyle(underTestStyle(), true);
@@ -100,6 +102,17 @@ void ComponentPanel::slot_ReceiveMIDI(MidiMessage midiMessage)
     showPassed();
 }
 
+QVector<ComponentRange> ComponentPanel::freshRanges() const
+{
+    const roster::Kind kind = roster::kindOf(componentNum);
+    QVector<ComponentRange> fresh;
+    for (int i = 0; i < valuebands::count(kind); ++i) {
+        const auto [min, max] = valuebands::band(kind, i);
+        fresh.append({static_cast<float>(min), static_cast<float>(max), 0.0F});
+    }
+    return fresh;
+}
+
 void ComponentPanel::coverRanges(float value)
 {
     for (int i = 0; i < ranges.size(); ++i) {
@@ -111,9 +124,9 @@ void ComponentPanel::coverRanges(float value)
     }
 }
 
-void ComponentPanel::slot_Skip(int givenComponentNum)
+void ComponentPanel::slot_Skip(int num)
 {
-    if (givenComponentNum != componentNum)
+    if (num != componentNum)
         return;
     // On purpose only the result says that this was a skip: a skipped control that is queued again
     // goes on with the bands it has.

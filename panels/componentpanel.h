@@ -26,7 +26,7 @@ inline constexpr int skipped = 2;
 /// stream, judges them against its bands while it is under test, shows its state in colour and
 /// reports passed or skipped. It never reports a failure: a control that does not pass is skipped.
 ///
-/// A subclass for each kind of control gives the form, the filter, the bands and the display.
+/// A subclass for each kind of control gives the form, the filter and the display.
 /// Everything runs on the GUI thread.
 class ComponentPanel : public QWidget
 {
@@ -56,17 +56,17 @@ public Q_SLOTS:
     /// is judged again.
     void slot_Init();
     /// The component that is now under test; any number.
-    void slot_QueueComponent(int givenComponentNum);
+    void slot_QueueComponent(int componentNum);
     /// The component that the operator skipped; any number.
-    void slot_Skip(int givenComponentNum);
+    void slot_Skip(int componentNum);
 
 protected:
-    /// givenTag is stored and not read.
-    ComponentPanel(QWidget* parent, int givenTag, int givenComponentNum);
+    /// tag is stored and not read.
+    ComponentPanel(QWidget* parent, int tag, int componentNum);
 
     /// For the end of a subclass's constructor, after its form is built: finds one label for each
-    /// band and resets the panel. givenFrame covers the whole panel.
-    void adoptForm(QFrame* givenFrame);
+    /// band and resets the panel. frame covers the whole panel.
+    void adoptForm(QFrame* frame);
 
     /// Shows the panel as done (green): the frame is restyled, then raised.
     void showDone();
@@ -77,8 +77,6 @@ protected:
     virtual bool accepts(const MidiMessage& midiMessage) const = 0;
     /// The value to judge in an accepted message, 0 to 127.
     virtual int valueOf(const MidiMessage& midiMessage) const = 0;
-    /// The bands of the kind, none covered.
-    virtual QVector<ComponentRange> freshRanges() const = 0;
     /// The frame's style sheet while the control is under test.
     virtual QString underTestStyle() const = 0;
     /// Shows a judged value, 0 to 127.
@@ -90,6 +88,8 @@ private:
     /// Sets the frame's style sheet. opaque: the window under the panel is not visible through it.
     void setFrameStyle(const QString& style, bool opaque);
 
+    /// The bands of the component's kind, none covered.
+    QVector<ComponentRange> freshRanges() const;
     /// Covers the uncovered bands that contain the value.
     void coverRanges(float value);
 

@@ -3,16 +3,10 @@
 
 #pragma once
 
-#include <QVector>
-
-/// One value band that a control must reach.
+/// One value band that a control must reach, and whether it has.
 struct ComponentRange {
     float min; ///< Lowest value of the band, inclusive.
     float max; ///< Highest value of the band, inclusive.
-    /// 0, and 1 after a value of the band was seen under test. A float because the log prints it.
+    /// 0, and 1 once a value of the band was seen under test: the number that the log prints.
     float covered;
 };
-
-/// The thirteen bands of a fader or a rotary: tens from 0. The last one ends at 129, above the
-/// largest 7-bit value, so that every value from 120 on covers it.
-QVector<ComponentRange> positionBands();

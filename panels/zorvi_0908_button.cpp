@@ -3,11 +3,11 @@
 
 #include "panels/zorvi_0908_button.h"
 
-#include "panels/unitmessages.h"
 #include "ui_zorvi_0908_button.h"
+#include "unit/unitmessages.h"
 
-Zorvi_0908_Button::Zorvi_0908_Button(QWidget* parent, int givenTag, int givenComponentNum)
-    : ComponentPanel(parent, givenTag, givenComponentNum)
+Zorvi_0908_Button::Zorvi_0908_Button(QWidget* parent, int panelTag, int num)
+    : ComponentPanel(parent, panelTag, num)
     , form(std::make_unique<Ui::Zorvi_0908_Button>())
 {
     form->setupUi(this);
@@ -31,13 +31,6 @@ int Zorvi_0908_Button::valueOf(const MidiMessage& midiMessage) const
 {
     // Of a note-off too: only velocity 0 counts as released.
     return midiMessage.getVelocity();
-}
-
-QVector<ComponentRange> Zorvi_0908_Button::freshRanges() const
-{
-    constexpr float released = 0.0F;
-    constexpr float fullyPressed = 127.0F;
-    return {{released, released, 0.0F}, {fullyPressed, fullyPressed, 0.0F}};
 }
 
 QString Zorvi_0908_Button::underTestStyle() const

@@ -13,20 +13,20 @@ class Zorvi_0908_Button;
 }
 
 /// The panel of one push button: passes when it was fully pressed and released, in either order.
-/// Its frame is on purpose taller than the panel, which clips it.
+/// Its frame is on purpose taller than the panel, so that it covers the panel whole; the rest is
+/// clipped.
 class Zorvi_0908_Button : public ComponentPanel
 {
     Q_OBJECT
 
 public:
-    /// givenComponentNum: 9 to 39.
-    Zorvi_0908_Button(QWidget* parent, int givenTag, int givenComponentNum);
+    /// componentNum: 9 to 39.
+    Zorvi_0908_Button(QWidget* parent, int tag, int componentNum);
     ~Zorvi_0908_Button() override;
 
 protected:
     bool accepts(const MidiMessage& midiMessage) const override;
     int valueOf(const MidiMessage& midiMessage) const override;
-    QVector<ComponentRange> freshRanges() const override;
     QString underTestStyle() const override;
     void display(int) override {} // no display on a button's panel
     void showPassed() override;

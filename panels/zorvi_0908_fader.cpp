@@ -3,11 +3,11 @@
 
 #include "panels/zorvi_0908_fader.h"
 
-#include "panels/unitmessages.h"
 #include "ui_zorvi_0908_fader.h"
+#include "unit/unitmessages.h"
 
-Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int givenTag, int givenComponentNum)
-    : ComponentPanel(parent, givenTag, givenComponentNum)
+Zorvi_0908_Fader::Zorvi_0908_Fader(QWidget* parent, int panelTag, int num)
+    : ComponentPanel(parent, panelTag, num)
     , form(std::make_unique<Ui::Zorvi_0908_Fader>())
 {
     form->setupUi(this);
@@ -24,11 +24,6 @@ bool Zorvi_0908_Fader::accepts(const MidiMessage& midiMessage) const
 int Zorvi_0908_Fader::valueOf(const MidiMessage& midiMessage) const
 {
     return midiMessage.getControllerValue();
-}
-
-QVector<ComponentRange> Zorvi_0908_Fader::freshRanges() const
-{
-    return positionBands();
 }
 
 QString Zorvi_0908_Fader::underTestStyle() const

@@ -3,11 +3,11 @@
 
 #include "panels/zorvi_0908_rotary.h"
 
-#include "panels/unitmessages.h"
 #include "ui_zorvi_0908_rotary.h"
+#include "unit/unitmessages.h"
 
-Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int givenTag, int givenComponentNum)
-    : ComponentPanel(parent, givenTag, givenComponentNum)
+Zorvi_0908_Rotary::Zorvi_0908_Rotary(QWidget* parent, int panelTag, int num)
+    : ComponentPanel(parent, panelTag, num)
     , form(std::make_unique<Ui::Zorvi_0908_Rotary>())
 {
     form->setupUi(this);
@@ -26,15 +26,10 @@ int Zorvi_0908_Rotary::valueOf(const MidiMessage& midiMessage) const
     return midiMessage.getControllerValue();
 }
 
-QVector<ComponentRange> Zorvi_0908_Rotary::freshRanges() const
-{
-    return positionBands();
-}
-
 QString Zorvi_0908_Rotary::underTestStyle() const
 {
-    // On purpose without the QFrame selector of the other kinds; the frame has no children, so it
-    // looks the same.
+    // On purpose without the QFrame selector of the other kinds: the frame has no children that the
+    // selector would keep the style from.
     return QStringLiteral("border:none; background: blue;");
 }
 

@@ -19,14 +19,13 @@ class Zorvi_0908_Rotary : public ComponentPanel
     Q_OBJECT
 
 public:
-    /// givenComponentNum: 40 to 43.
-    Zorvi_0908_Rotary(QWidget* parent, int givenTag, int givenComponentNum);
+    /// componentNum: 40 to 43.
+    Zorvi_0908_Rotary(QWidget* parent, int tag, int componentNum);
     ~Zorvi_0908_Rotary() override;
 
 protected:
     bool accepts(const MidiMessage& midiMessage) const override;
     int valueOf(const MidiMessage& midiMessage) const override;
-    QVector<ComponentRange> freshRanges() const override;
     QString underTestStyle() const override;
     void display(int value) override;
     void showPassed() override;

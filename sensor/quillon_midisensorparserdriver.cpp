@@ -5,10 +5,9 @@
 
 #include "sensor/quillon_midisensorparser.h"
 
-Quillon_MIDISensorParserDriver::Quillon_MIDISensorParserDriver(
-    Quillon_MIDISensorParser* givenParser)
-    : QObject(givenParser)
-    , parser(givenParser)
+Quillon_MIDISensorParserDriver::Quillon_MIDISensorParserDriver(Quillon_MIDISensorParser* midiParser)
+    : QObject(midiParser)
+    , parser(midiParser)
 {
 }
 

@@ -17,8 +17,8 @@ class Quillon_MIDISensorParserDriver : public QObject, public AudioProcessor
     Q_OBJECT
 
 public:
-    /// givenParser becomes the Qt parent and receives the messages.
-    explicit Quillon_MIDISensorParserDriver(Quillon_MIDISensorParser* givenParser);
+    /// parser becomes the Qt parent and receives the messages.
+    explicit Quillon_MIDISensorParserDriver(Quillon_MIDISensorParser* parser);
     ~Quillon_MIDISensorParserDriver() override;
 
     /// Clears the audio, gives each message to the parser, clears the messages. On the audio
@@ -43,8 +43,8 @@ public:
     bool acceptsMidi() const override { return true; }
     bool producesMidi() const override { return true; }
     juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    /// True on purpose, although createEditor makes none: hosts only ask whether there could be
-    /// one.
+    /// True on purpose, although createEditor makes none: a host that asks only this question opens
+    /// none.
     bool hasEditor() const override { return true; }
     int getNumPrograms() override { return 0; }
     int getCurrentProgram() override { return 0; }

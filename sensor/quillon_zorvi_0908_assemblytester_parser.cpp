@@ -8,9 +8,9 @@
 #include <QDebug>
 
 Quillon_Zorvi_0908_AssemblyTester_Parser::Quillon_Zorvi_0908_AssemblyTester_Parser(
-    Quillon_SensorValuesMonitor* givenMonitor, QObject* parent)
+    Quillon_SensorValuesMonitor* valuesMonitor, QObject* parent)
     : Quillon_MIDISensorParser(parent)
-    , monitor(givenMonitor)
+    , monitor(valuesMonitor)
     , sensorValues(initialSensorValues())
 {
     sensorValues.fill(static_cast<float>(initialValue));

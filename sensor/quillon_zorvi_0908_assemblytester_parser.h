@@ -17,9 +17,8 @@ class Quillon_Zorvi_0908_AssemblyTester_Parser : public Quillon_MIDISensorParser
     Q_OBJECT
 
 public:
-    /// givenMonitor is stored and not used: this parser writes no raw values.
-    Quillon_Zorvi_0908_AssemblyTester_Parser(Quillon_SensorValuesMonitor* givenMonitor,
-                                             QObject* parent);
+    /// monitor is stored and not used: this parser writes no raw values.
+    Quillon_Zorvi_0908_AssemblyTester_Parser(Quillon_SensorValuesMonitor* monitor, QObject* parent);
     ~Quillon_Zorvi_0908_AssemblyTester_Parser() override;
 
     void parseMIDIMessage(const juce::MidiMessage& midiMessage) override;

@@ -12,9 +12,9 @@ constexpr int tickIntervalMs = 10;
 }
 
 Quillon_Zorvi_0908_AssemblyTester_Processor::Quillon_Zorvi_0908_AssemblyTester_Processor(
-    Quillon_SensorValuesMonitor* givenMonitor, QObject* parent)
+    Quillon_SensorValuesMonitor* valuesMonitor, QObject* parent)
     : QObject(parent)
-    , monitor(givenMonitor)
+    , monitor(valuesMonitor)
     , rawValues(initialSensorValues())
     , processedValues(initialSensorValues())
 {

@@ -17,8 +17,8 @@ class Quillon_Zorvi_0908_AssemblyTester_Processor : public QObject
     Q_OBJECT
 
 public:
-    /// Starts the timer. givenMonitor must outlive the last tick.
-    Quillon_Zorvi_0908_AssemblyTester_Processor(Quillon_SensorValuesMonitor* givenMonitor,
+    /// Starts the timer. monitor must outlive the last tick.
+    Quillon_Zorvi_0908_AssemblyTester_Processor(Quillon_SensorValuesMonitor* monitor,
                                                 QObject* parent);
     ~Quillon_Zorvi_0908_AssemblyTester_Processor() override;
 

@@ -3,15 +3,15 @@
 
 #include "simulator/unitfault.h"
 
-#include "panels/componentrange.h"
-#include "panels/componentroster.h"
+#include "unit/valuebands.h"
 
 #include <algorithm>
 #include <array>
 
+using valuebands::highestValue;
+
 namespace
 {
-constexpr int highestValue = 127;
 constexpr double noWait = 0.0;
 
 bool isButton(int componentNum)
@@ -222,10 +222,9 @@ bool unitfault::leavesUncovered(const UnitFault& unit, int componentNum, int ban
     if (isButton(componentNum))
         return !sends(script, band == 0 ? unitscript::release(componentNum)
                                         : unitscript::press(componentNum, highestValue));
-    const ComponentRange range = positionBands().at(band);
-    for (int value = 0; value <= highestValue; ++value)
-        if (range.min <= static_cast<float>(value) && static_cast<float>(value) <= range.max &&
-            sends(script, unitscript::position(componentNum, value)))
+    const auto [min, max] = valuebands::band(roster::kindOf(componentNum), band);
+    for (int value = min; value <= std::min(max, highestValue); ++value)
+        if (sends(script, unitscript::position(componentNum, value)))
             return false;
     return true;
 }

@@ -3,7 +3,7 @@
 
 #include "simulator/unitoptions.h"
 
-#include "panels/componentroster.h"
+#include "unit/componentroster.h"
 
 #include <QCommandLineParser>
 

@@ -18,17 +18,17 @@ constexpr double longestTickSeconds = 0.02;
 constexpr double smallestBurst = 2.0;
 } // namespace
 
-UnitPlayer::UnitPlayer(SimulatedUnit& givenUnit, QObject* parent)
+UnitPlayer::UnitPlayer(SimulatedUnit& simulatedUnit, QObject* parent)
     : QObject(parent)
-    , unit(givenUnit)
+    , unit(simulatedUnit)
 {
     timer.setTimerType(Qt::PreciseTimer);
     connect(&timer, SIGNAL(timeout()), this, SLOT(slot_Tick()));
 }
 
-void UnitPlayer::setPace(double givenPace)
+void UnitPlayer::setPace(double newPace)
 {
-    pace = givenPace;
+    pace = newPace;
 }
 
 void UnitPlayer::setCablePause(int ms)

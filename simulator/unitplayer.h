@@ -18,10 +18,10 @@ class UnitPlayer : public QObject
     Q_OBJECT
 
 public:
-    explicit UnitPlayer(SimulatedUnit& givenUnit, QObject* parent = nullptr);
+    explicit UnitPlayer(SimulatedUnit& unit, QObject* parent = nullptr);
 
     /// Messages per second, above 0; 200 by default.
-    void setPace(double givenPace);
+    void setPace(double pace);
     /// How long the cable stays out, and how long the unit then sends nothing so that the station
     /// finds it again; in ms.
     void setCablePause(int ms);

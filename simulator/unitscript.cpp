@@ -3,12 +3,13 @@
 
 #include "simulator/unitscript.h"
 
-#include "panels/componentroster.h"
-#include "panels/unitmessages.h"
+#include "unit/unitmessages.h"
+#include "unit/valuebands.h"
+
+using valuebands::highestValue;
 
 namespace
 {
-constexpr int highestValue = 127;
 /// The way to a control, and a press: a tenth of a second at the default pace.
 constexpr double handWait = 20.0;
 

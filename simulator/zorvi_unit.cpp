@@ -74,10 +74,10 @@ std::optional<Options> optionsOf(const QCoreApplication& application, QString& e
 class Runs
 {
 public:
-    Runs(UnitPlayer& givenPlayer, const Options& givenOptions)
-        : player(givenPlayer)
-        , options(givenOptions)
-        , order(unitscript::runOrder(givenOptions.withChannelButton))
+    Runs(UnitPlayer& unitPlayer, const Options& runOptions)
+        : player(unitPlayer)
+        , options(runOptions)
+        , order(unitscript::runOrder(runOptions.withChannelButton))
     {
         player.setPace(options.unit.pace);
         QObject::connect(&player, &UnitPlayer::signal_Finished, &player, [this] { workNext(); });

@@ -22,17 +22,20 @@ contained() {
 
 # The functions below are for what runs contained.
 
-# Makes the Debian anew from the mirror that this machine's apt uses, otherwise from debootstrap's
-# own. Packages that were loaded once are kept beside it.
+# Makes the Debian anew from the mirror that this machine's apt uses, otherwise from Debian's own.
+# Packages that were loaded once are kept beside it.
 make_root() { # suite
-    local suite=$1 mirror
+    local suite=$1 mirror script
     # shellcheck disable=SC2016 # apt-get fills in the address
     mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Label: Debian' |
         sed -n 1p)
+    # A release that this debootstrap does not know yet is made as sid is.
+    script=/usr/share/debootstrap/scripts/$suite
+    [ -e "$script" ] || script=/usr/share/debootstrap/scripts/sid
     [ ! -e "$root" ] || rm -rf --one-file-system "$root"
     mkdir -p "$root" "$root.packages"
     debootstrap --variant=minbase --cache-dir="$(readlink -f "$root.packages")" "$suite" "$root" \
-        ${mirror:+"$mirror"}
+        "${mirror:-http://deb.debian.org/debian}" "$script"
     cp /etc/resolv.conf "$root/etc/"
     # How this machine reaches the mirror, a proxy for instance.
     apt-config dump | grep -E '^Acquire::(http|https|Check-.*)[: ]' \

@@ -107,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(labelAfterPoll(window), connected);
         second.send({0xB0, 4, 64});
         QVERIFY(station::hears(window, unit));
-        QCOMPARE(hearing.messages.size(), 1);
+        QCOMPARE(hearing.messages, QVector<QByteArray>{"\xB0\x64\x40"}); // the first unit's
         unit.unplug();
         QCOMPARE(labelAfterPoll(window), connected);
     }

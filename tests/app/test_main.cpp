@@ -13,8 +13,18 @@ namespace
 {
 QFile leftover; // from a log that was not finished
 
-/// The widgets with what their forms set, from the bottom of the stack to the top; of each class of
-/// panel one in full, and the signals and slots in the order of the meta-object.
+/// A signal or slot as the meta-object publishes it.
+QString published(const QMetaMethod& method)
+{
+    QStringList parameters;
+    for (int i = 0; i < method.parameterCount(); ++i)
+        parameters << method.parameterTypes().at(i) + ' ' + method.parameterNames().at(i);
+    return method.name() + '(' + parameters.join(", ") + ')';
+}
+
+/// The widgets with what their forms set, but for style sheets, from the bottom of the stack to the
+/// top; of each class of panel one in full; the station's own signals and slots in the order of the
+/// meta-object.
 void describe(QTextStream& out, const QWidget& widget, const QString& indent)
 {
     static QSet<QString> seen;
@@ -33,18 +43,20 @@ void describe(QTextStream& out, const QWidget& widget, const QString& indent)
     seen << meta.className();
     if (!widget.property("text").toString().isEmpty())
         out << ' ' << widget.font().pointSize() << "pt";
-    for (const char* name : {"windowTitle", "text", "checked", "frameShape", "frameShadow",
-                             "minimum", "maximum", "pageStep", "orientation", "maxLength",
-                             "inputMask", "alignment", "readOnly", "styleSheet"})
+    for (const char* name :
+         {"windowTitle", "text", "checked", "frameShape", "frameShadow", "minimum", "maximum",
+          "pageStep", "orientation", "maxLength", "inputMask", "alignment", "readOnly"})
         if (const QVariant value = widget.property(name);
             !again && !value.toString().isEmpty() && value != false)
             out << ' ' << name << '=' << value.toString().simplified();
     out << '\n';
     if (again)
         return;
+    const QMetaObject& qts =
+        widget.isWindow() ? QMainWindow::staticMetaObject : QWidget::staticMetaObject;
     if (panel != nullptr || widget.isWindow())
-        for (int i = QWidget::staticMetaObject.methodCount(); i < meta.methodCount(); ++i)
-            out << indent << "  " << meta.method(i).methodSignature() << '\n';
+        for (int i = qts.methodCount(); i < meta.methodCount(); ++i)
+            out << indent << "  " << published(meta.method(i)) << '\n';
     for (const QObject* child : widget.children())
         if (child->isWidgetType() && !child->objectName().startsWith("qt_"))
             describe(out, *static_cast<const QWidget*>(child), indent + "  ");

@@ -139,6 +139,7 @@ private Q_SLOTS:
         const std::tuple<mode_t, mode_t, uid_t, QByteArray> rows[] = {
             {0755, 0640, nobody, "new"},     // as open as it was
             {0700, 0606, nobody, "new"},     //
+            {0775, 0600, nobody, "new"},     // closed to the group that shares the folder
             {0777, 0444, nobody, "old log"}, // read-only
             {0555, 0644, nobody, "new"},     // the folder takes nothing,
             {0555, 0444, nobody, "old log"}, // nor does the log

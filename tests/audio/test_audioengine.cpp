@@ -74,9 +74,10 @@ private Q_SLOTS:
             {"d", 8000.9, 8192},
             {"d..c..c..c..c..c..cbdc..c..c..c..c..c..cd"}, // a fader swept in half a second
             // Stopped notes keep their voices, of which there are 39, until their samples end: a
-            // ding one, a click one for its bell. The beep at the end finds three for its layers;
-            {"cc" + dings.left(34) + 'b'},
-            {"cc" + dings.left(35) + 'b', fileRate, 512, 2, false}, // here a click ends for them.
+            // ding one, a click one for its bell. The beep at the end finds two for its layers and
+            // takes that of the stopped click;
+            {"cc" + dings.left(35) + 'b'},
+            {"cc" + dings.left(36) + 'b', fileRate, 512, 2, false}, // here also the other click's.
             {dings + 'b'},
             {'d' + QByteArray(45, 'c') + 'b'}, // the ding rings on
         };

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "tests/audio/expectedsound.h"
-#include "tests/support/figures.h"
 #include "tests/support/soundcard.h"
 #include "tests/support/station.h"
 
@@ -96,18 +95,6 @@ private Q_SLOTS:
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
         QVERIFY(hears("d"));
-    }
-
-    /// The sound is let go before anything of it is deleted.
-    void windowsGoWhileTheyPlay()
-    {
-        const int rounds = figures::count(12, 50);
-        for (int i = 0; i < rounds; ++i) {
-            Q_EMIT window->signal_Ding();
-            cleanup();
-            init();
-        }
-        figures::print("exits while sound plays", rounds, 0);
     }
 
     /// The run goes on without the sound server, which ends with this process if not before.

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "panels/zorvi_0908_button.h"
-#include "panels/zorvi_0908_fader.h"
-#include "panels/zorvi_0908_rotary.h"
+#include "panels/makepanel.h"
 #include "tests/support/station.h"
+#include "unit/panelplacement.h"
 
 #include <QAbstractSlider>
 #include <QFrame>
@@ -18,15 +17,6 @@ const QString done = ": QFrame{border:none; background: rgba(0,255,0,200);} on t
 bool isButton(int component)
 {
     return component >= 9 && component < 40;
-}
-
-std::unique_ptr<ComponentPanel> makePanel(int component)
-{
-    if (isButton(component))
-        return std::make_unique<Zorvi_0908_Button>(nullptr, -1, component);
-    if (component < 9)
-        return std::make_unique<Zorvi_0908_Fader>(nullptr, -1, component);
-    return std::make_unique<Zorvi_0908_Rotary>(nullptr, -1, component);
 }
 
 /// The style of a panel's frame, its place among the panel's widgets, and whether the window shows
@@ -45,6 +35,19 @@ class TestPanels : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    /// What draws the surface without a window takes the panels' sizes for those of the forms. The
+    /// forms have one style sheet, but for two outlines that the fader's is without.
+    void forms()
+    {
+        for (const int component : {0, 9, 40})
+            QCOMPARE(makePanel(component)->size(), panelSize(roster::kindOf(component)));
+        QString sheet = makePanel(9)->styleSheet().simplified();
+        QCOMPARE(makePanel(40)->styleSheet().simplified(), sheet);
+        sheet.replace("vertical { background: black; border: 1px solid white;",
+                      "vertical { background: black;");
+        QCOMPARE(makePanel(0)->styleSheet().simplified(), sheet);
+    }
+
     /// Exactly the messages of its own control are a component's own, on every channel: the channel
     /// button's are known by their channel, all others by their number.
     void acceptance()

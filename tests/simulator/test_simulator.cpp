@@ -13,7 +13,7 @@ namespace
 {
 using Action = UnitStep::Action;
 
-/// What the unit's makers know of its faults.
+/// Whether a run can cover a band of a component when the component `faulty` has that fault.
 bool canBeCovered(const QString& fault, int faulty, int component, int band)
 {
     if (fault == "swapped")

@@ -7,7 +7,7 @@
 
 #include <functional>
 
-/// The log as a unit's record keeper expects it, put together without the code under test.
+/// The bytes of a log, put together without the station's code: see docs/log-format.md.
 /// covered: whether a component's band is to be marked.
 inline QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
                               const std::function<bool(int, int)>& covered)

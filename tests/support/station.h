@@ -10,8 +10,8 @@
 #include <QMessageBox>
 #include <QtTest>
 
-/// What makes a control pass, in as few messages as it has bands. The numbers are written out here
-/// once more, from the unit's own tables, so that a wrong one in the station is found.
+/// What makes a control pass, in as few messages as it has bands. The MIDI numbers are not those of
+/// unit/ but written out once more, as the unit's firmware sends them: a wrong one there is found.
 QVector<MidiMessage> passingMessages(int componentNum);
 
 /// The bands that are covered, where the labels show the same; otherwise {-1}.

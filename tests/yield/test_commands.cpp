@@ -118,6 +118,12 @@ private Q_SLOTS:
         row("no date", {"report", "--since", "yesterday"}, 2, "--since takes a date");
         row("dates that cross", {"report", "--since", "2026-02-02", "--until", "2026-02-01"}, 2,
             "before");
+        row("no such station", {"report", "--station", "two", "--database", "a.sqlite"}, 2,
+            "no station is named \"two\"; there are: +Line 1");
+        row("no days", {"report", "--days", "0"}, 2, "--days takes a number from 1 to");
+        row("days of words", {"report", "--days", "7d"}, 2, "not \"7d\"");
+        row("two first days", {"report", "--days", "7", "--since", "2026-11-01"}, 2, "both say");
+        row("no pattern", {"report", "--without", "KG-*", "--without", "KG-["}, 2, "not \"KG-[\"");
         row("no database", {"unit", "1", "--database", "none.sqlite"}, 2, "no database");
         row("no folder for it", {"import", "logs", "--database", "none/a.sqlite"}, 2, "unable to");
         row("not a database", {"unit", "1", "--database", "logs/half.txt"}, 2, "not a database");

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "panels/componentroster.h"
+#include "unit/componentroster.h"
 #include "yield/figures/limits.h"
 #include "yield/figures/tally.h"
 #include "yield/logs/stationnews.h"

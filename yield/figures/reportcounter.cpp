@@ -71,8 +71,7 @@ ReportCounter::ReportCounter(const ReportRequest& request)
 {
     report.request = request;
     for (const QString& pattern : request.without)
-        without.append(QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern),
-                                          QRegularExpression::DotMatchesEverythingOption));
+        without.emplace_back(pattern);
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         report.controls.at(static_cast<std::size_t>(c)).missedBands.resize(bandmarks::bandCount(c));
     asked = {dayOf(request.since), dayOf(request.until)};
@@ -134,9 +133,9 @@ void ReportCounter::beginUnit(const Attempt& first)
     if (!asked.hold(dayOf(first.testedAt)) ||
         (!request.station.isEmpty() && request.station != first.station))
         return;
-    unit.isCounted = std::none_of(without.cbegin(), without.cend(), [&](const auto& pattern) {
-        return pattern.match(first.serial).hasMatch();
-    });
+    unit.isCounted =
+        std::none_of(without.begin(), without.end(),
+                     [&](const SerialPattern& pattern) { return pattern.matches(first.serial); });
     if (!unit.isCounted)
         ++report.leftOut;
 }
@@ -232,7 +231,7 @@ void ReportCounter::addRecentDays()
 void ReportCounter::addAges()
 {
     const ReportRequest& request = report.request;
-    const QString now = request.now.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    const QString now = request.now.toString("yyyy-MM-ddTHH:mm:ss");
     for (const StationNews& news : request.news) {
         if (!request.station.isEmpty() && request.station != news.station)
             continue;

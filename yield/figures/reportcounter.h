@@ -4,13 +4,14 @@
 #pragma once
 
 #include "yield/figures/report.h"
+#include "yield/figures/serialpattern.h"
 #include "yield/logs/attempt.h"
 #include "yield/logs/attemptrules.h"
 
 #include <QMap>
-#include <QRegularExpression>
 #include <QString>
-#include <QVector>
+
+#include <vector>
 
 /// Counts attempts into a report. Holds one unit at a time and lists that do not grow with the
 /// attempts.
@@ -57,7 +58,7 @@ private:
     Report report;
     Days asked;
     Days axis;
-    QVector<QRegularExpression> without;
+    std::vector<SerialPattern> without;
     QMap<QString, Tally> days; ///< By the first day, as yyyy-MM-dd.
     QMap<QString, StationReport> stations;
     Unit unit;

@@ -11,5 +11,13 @@ struct Tally {
     int passedLast = 0;  ///< Units whose last attempt is complete: the final yield, so far.
     int endedFirst = 0;  ///< Units whose first attempt ended early.
 
-    Tally& operator+=(const Tally& other);
+    Tally& operator+=(const Tally& other)
+    {
+        units += other.units;
+        attempts += other.attempts;
+        passedFirst += other.passedFirst;
+        passedLast += other.passedLast;
+        endedFirst += other.endedFirst;
+        return *this;
+    }
 };

@@ -35,9 +35,7 @@ Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
     const QDate last = days.lastKey();
     const bool byDay = first.daysTo(last) < mostPeriods;
     const bool byWeek = !byDay && first.daysTo(last) < mostPeriods * daysInWeek;
-    timeline.unit = byDay    ? QStringLiteral("day")
-                    : byWeek ? QStringLiteral("week")
-                             : QStringLiteral("month");
+    timeline.unit = byDay ? "day" : byWeek ? "week" : "month";
 
     const auto slotOf = [&](const QDate& day) {
         if (byDay)
@@ -52,10 +50,9 @@ Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
             const QDate begin = byDay    ? day.key()
                                 : byWeek ? mondayOf(day.key())
                                          : QDate(day.key().year(), day.key().month(), 1);
-            const QString name = byDay ? inWords(begin, "dddd, d MMM yyyy")
-                                 : byWeek
-                                     ? QStringLiteral("Week of ") + inWords(begin, "d MMM yyyy")
-                                     : inWords(begin, "MMMM yyyy");
+            const QString name = byDay    ? inWords(begin, "dddd, d MMM yyyy")
+                                 : byWeek ? "Week of " + inWords(begin, "d MMM yyyy")
+                                          : inWords(begin, "MMMM yyyy");
             timeline.periods.append({slot, name,
                                      inWords(begin, byDay || byWeek ? "d MMM" : "MMM yy"), Tally(),
                                      Limits()});

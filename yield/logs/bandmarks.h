@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "panels/componentroster.h"
+#include "unit/valuebands.h"
 
 #include <QByteArray>
 
@@ -29,7 +29,7 @@ constexpr int bandCount(int componentNum)
 {
     if (componentNum == roster::powerButton)
         return 0;
-    return roster::kindOf(componentNum) == roster::Kind::Button ? 2 : 13;
+    return valuebands::count(roster::kindOf(componentNum));
 }
 
 /// The index of the first mark of a component, 0 to 43; for 44 the number of all marks.

@@ -3,8 +3,7 @@
 
 #include "yield/logs/controlnames.h"
 
-#include "panels/componentrange.h"
-#include "panels/componentroster.h"
+#include "unit/valuebands.h"
 #include "yield/logs/bandmarks.h"
 
 #include <QStringList>
@@ -20,18 +19,16 @@ bool isButton(int componentNum)
 
 QString values(int firstBand, int lastBand)
 {
-    constexpr int highestValue = 127; // the last band reaches past it
-    static const QVector<ComponentRange> ranges = positionBands();
-    return QStringLiteral("%1 to %2")
-        .arg(static_cast<int>(ranges.at(firstBand).min))
-        .arg(std::min(static_cast<int>(ranges.at(lastBand).max), highestValue));
+    return QString("%1 to %2")
+        .arg(valuebands::band(roster::Kind::Fader, firstBand).min)
+        .arg(std::min(valuebands::band(roster::Kind::Fader, lastBand).max,
+                      valuebands::highestValue)); // the last band reaches past it
 }
 } // namespace
 
 QString controlnames::control(int componentNum)
 {
-    const QString kinds[] = {QStringLiteral("Fader %1"), QStringLiteral("Button %1"),
-                             QStringLiteral("Rotary %1")};
+    const QString kinds[] = {"Fader %1", "Button %1", "Rotary %1"};
     return kinds[static_cast<int>(roster::kindOf(componentNum))].arg(
         roster::indexInKind(componentNum));
 }
@@ -39,14 +36,14 @@ QString controlnames::control(int componentNum)
 QString controlnames::band(int componentNum, int band)
 {
     if (isButton(componentNum))
-        return band == 0 ? QStringLiteral("released") : QStringLiteral("pressed");
+        return band == 0 ? "released" : "pressed";
     return values(band, band);
 }
 
 QString controlnames::bands(int componentNum, const QVector<int>& bands)
 {
     if (bands.size() == bandmarks::bandCount(componentNum))
-        return QStringLiteral("all");
+        return "all";
     if (isButton(componentNum) && !bands.isEmpty())
         return band(componentNum, bands.first());
     QStringList words;
@@ -55,5 +52,5 @@ QString controlnames::bands(int componentNum, const QVector<int>& bands)
             ++last;
         words << values(bands.at(first), bands.at(last));
     }
-    return words.join(QStringLiteral(", "));
+    return words.join(", ");
 }

@@ -7,7 +7,7 @@
 
 qint64 walltime::secondsBetween(const QString& earlier, const QString& later)
 {
-    const auto utc = QStringLiteral("Z");
+    const auto utc = "Z";
     return QDateTime::fromString(earlier + utc, Qt::ISODate)
         .secsTo(QDateTime::fromString(later + utc, Qt::ISODate));
 }

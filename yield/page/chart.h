@@ -6,13 +6,20 @@
 #include "yield/figures/report.h"
 #include "yield/figures/timeline.h"
 
-class QXmlStreamWriter;
+class Html;
 
-/// The charts of the page.
+/// The pictures of the page.
 namespace chart
 {
-/// First-pass yield as a line of dots, the number of units as bars below it.
-void drawTimeline(QXmlStreamWriter& xml, const Timeline& timeline);
+/// A p-chart: the first-pass yield of each period against its limits, the yield of all units as the
+/// centre, and the number of units as bars below.
+void drawTimeline(Html& html, const Timeline& timeline, const Tally& all);
+
+/// The same for one station, in one line, on an axis from axisBegin to 100 percent.
+void drawStation(Html& html, const StationReport& station, const Tally& all, double axisBegin);
+
+/// An axisBegin for all stations of the report: all yields lie on the axis.
+double axisBegin(const Report& report);
 
 /// A control and the units that missed it at the first attempt.
 struct ParetoBar {
@@ -20,21 +27,17 @@ struct ParetoBar {
     int missed;
 };
 
-/// Bars in the order given, and the line of their shares added up; all: what the bars and the
-/// controls that are not among them come to together.
-void drawPareto(QXmlStreamWriter& xml, const QVector<ParetoBar>& bars, int all);
+/// Bars in the order of the list, and a line that adds up their shares of all misses. `all` is the
+/// number of all misses, those of controls without a bar included; it is the upper end of the axis.
+void drawPareto(Html& html, const QVector<ParetoBar>& bars, int all);
 
 /// How many units missed each band of a control.
-void drawBands(QXmlStreamWriter& xml, int componentNum, const ControlMisses& control);
+void drawBands(Html& html, int componentNum, const ControlMisses& control);
 
-/// The range that holds the true yield with a confidence of 95 %, as fractions, if `passed` of
-/// `units` (above 0) passed: the score interval by Wilson.
-struct Interval {
-    double low;
-    double high;
-};
-Interval yieldInterval(int passed, int units);
+/// A part of a whole (above 0) as a bar.
+void drawShare(Html& html, int part, int whole);
 
-/// A yield as a dot and its interval as a line, on an axis from `axisBegin` to 1, both fractions.
-void drawInterval(QXmlStreamWriter& xml, int passed, int units, double axisBegin);
+/// The control surface as the station's window lays it out, each control coloured by how often its
+/// first attempt missed a band.
+void drawSurface(Html& html, const Report& report);
 } // namespace chart

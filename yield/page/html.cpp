@@ -21,79 +21,76 @@ QString holdable(const QString& text)
 }
 } // namespace
 
-Html::Html(QIODevice& output, const QString& title, const QString& style)
+Html::Scope::Scope(QXmlStreamWriter& writer)
+    : xml(writer)
+{
+}
+
+Html::Scope::~Scope()
+{
+    xml.writeEndElement();
+}
+
+Html::Row::Row(Html& html)
+    : page(html)
+    , scope(html.open("tr"))
+{
+}
+
+Html::Row& Html::Row::cell(const QString& content, const QString& cssClass)
+{
+    page.element("td", content, cssClass);
+    return *this;
+}
+
+Html::Row& Html::Row::number(const QString& content)
+{
+    return cell(content, "number");
+}
+
+Html::Html(QIODevice& output)
     : xml(&output)
 {
-    xml.writeDTD(QStringLiteral("<!DOCTYPE html>\n"));
-    xml.writeStartElement(QStringLiteral("html"));
-    xml.writeAttribute(QStringLiteral("lang"), QStringLiteral("en"));
-    xml.writeStartElement(QStringLiteral("head"));
-    xml.writeEmptyElement(QStringLiteral("meta"));
-    xml.writeAttribute(QStringLiteral("charset"), QStringLiteral("utf-8"));
-    xml.writeEmptyElement(QStringLiteral("meta"));
-    xml.writeAttribute(QStringLiteral("name"), QStringLiteral("viewport"));
-    xml.writeAttribute(QStringLiteral("content"), QStringLiteral("width=device-width"));
-    xml.writeTextElement(QStringLiteral("title"), title);
-    xml.writeTextElement(QStringLiteral("style"), style);
-    xml.writeEndElement();
-    xml.writeStartElement(QStringLiteral("body"));
 }
 
-void Html::begin(const QString& element, const QString& cssClass)
+Html::Scope Html::open(const QString& element, const QString& cssClass)
 {
     // A line for each, so that tools that show differences have something to hold on to.
-    xml.writeCharacters(QStringLiteral("\n"));
+    xml.writeCharacters("\n");
     xml.writeStartElement(element);
     if (!cssClass.isEmpty())
-        xml.writeAttribute(QStringLiteral("class"), cssClass);
+        attribute("class", cssClass);
+    return Scope(xml);
 }
 
-void Html::end()
+void Html::element(const QString& name, const QString& content, const QString& cssClass)
 {
-    xml.writeEndElement();
+    const Scope scope = open(name, cssClass);
+    text(content);
 }
 
-void Html::element(const QString& name, const QString& text, const QString& cssClass)
+Html::Row Html::row()
 {
-    begin(name, cssClass);
-    xml.writeCharacters(holdable(text));
-    end();
+    return Row(*this);
 }
 
-void Html::beginSection(const QString& id, const QString& heading, const QString& explanation)
+void Html::attribute(const QString& name, const QString& value)
 {
-    begin(QStringLiteral("section"));
-    xml.writeAttribute(QStringLiteral("id"), id);
-    element(QStringLiteral("h2"), heading);
-    if (!explanation.isEmpty())
-        element(QStringLiteral("p"), explanation, QStringLiteral("quiet"));
+    xml.writeAttribute(name, holdable(value));
 }
 
-void Html::beginTable(const QStringList& headings)
+void Html::text(const QString& characters)
 {
-    begin(QStringLiteral("table"));
-    begin(QStringLiteral("thead"));
-    begin(QStringLiteral("tr"));
-    for (const QString& heading : headings) {
-        const bool isNumber = heading.startsWith(QLatin1Char('#'));
-        element(QStringLiteral("th"), isNumber ? heading.mid(1) : heading,
-                isNumber ? QStringLiteral("number") : QString());
-    }
-    end();
-    end();
-    begin(QStringLiteral("tbody"));
+    xml.writeCharacters(holdable(characters));
 }
 
-void Html::endTable()
+void Html::markup(const QString& html)
 {
-    end();
-    end();
+    const QByteArray bytes = html.toUtf8();
+    tookMarkup = xml.device()->write(bytes) == bytes.size() && tookMarkup;
 }
 
-bool Html::finish()
+bool Html::isWhole() const
 {
-    xml.writeEndElement();
-    xml.writeEndElement();
-    xml.writeCharacters(QStringLiteral("\n"));
-    return !xml.hasError();
+    return tookMarkup && !xml.hasError();
 }

@@ -3,32 +3,63 @@
 
 #pragma once
 
-#include <QStringList>
 #include <QXmlStreamWriter>
 
 class QIODevice;
 
-/// Writes an HTML page element by element; every text is escaped. Elements may have a class.
+/// Writes parts of an HTML page element by element. Every text is escaped; characters that a page
+/// cannot hold are shown as the replacement character.
 class Html
 {
 public:
-    /// style: CSS without the characters that are escaped.
-    Html(QIODevice& output, const QString& title, const QString& style);
+    /// An open element; it is closed with the object.
+    class Scope
+    {
+    public:
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
 
-    void begin(const QString& element, const QString& cssClass = {});
-    void end();
-    void element(const QString& name, const QString& text, const QString& cssClass = {});
+    private:
+        friend Html;
+        explicit Scope(QXmlStreamWriter& writer);
 
-    /// A section with a heading and, below it, a line that explains it; to be ended with end().
-    void beginSection(const QString& id, const QString& heading, const QString& explanation = {});
+        QXmlStreamWriter& xml;
+    };
 
-    /// A table and its head; a heading that begins with # is one of numbers.
-    void beginTable(const QStringList& headings);
-    void endTable();
+    /// A row of a table, closed with the object: html.row().cell("Station 1").number("12");
+    class Row
+    {
+    public:
+        Row& cell(const QString& content, const QString& cssClass = {});
+        /// A cell of a column of numbers.
+        Row& number(const QString& content);
 
-    /// Ends the page. False if the output did not take all of it.
-    bool finish();
+    private:
+        friend Html;
+        explicit Row(Html& html);
 
-    /// For pictures in the page.
+        Html& page;
+        Scope scope;
+    };
+
+    explicit Html(QIODevice& output);
+
+    [[nodiscard]] Scope open(const QString& element, const QString& cssClass = {});
+    void element(const QString& name, const QString& content, const QString& cssClass = {});
+    Row row();
+
+    /// Parts of the element that was opened last: first its attributes, then its text.
+    void attribute(const QString& name, const QString& value);
+    void text(const QString& characters);
+
+    /// HTML that is written as it is.
+    void markup(const QString& html);
+
+    /// Whether the output took everything so far.
+    bool isWhole() const;
+
+private:
     QXmlStreamWriter xml;
+    bool tookMarkup = true;
 };

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/page/surface.h"
-
-#include "app/panelplacement.h"
+#include "unit/panelplacement.h"
 #include "yield/logs/controlnames.h"
+#include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
 #include "yield/page/svg.h"
 
@@ -24,49 +23,35 @@ QString colour(int missed, int units)
     while (step < lastPercentOfColour.size() &&
            qint64{100} * missed > qint64{lastPercentOfColour.at(step)} * units)
         ++step;
-    return QStringLiteral("miss%1").arg(step);
+    return QString("miss%1").arg(step);
 }
 
 QRectF place(int componentNum)
 {
-    const int faderWidth = surface::panelSize(roster::Kind::Fader).width();
-    const auto topLeft = panelPlace(componentNum, faderWidth);
-    return topLeft ? QRectF(*topLeft, surface::panelSize(roster::kindOf(componentNum))) : QRectF();
+    const auto topLeft = panelPlace(componentNum);
+    return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
 QString hoverText(int componentNum, const ControlMisses& control)
 {
     const QString name =
-        QStringLiteral("%1 (component %2): ")
+        QString("%1 (component %2): ")
             .arg(controlnames::control(componentNum), QString::number(componentNum));
     if (control.units == 0)
-        return name + QStringLiteral("not tested");
-    return name + QStringLiteral("missed at the first attempt by ") +
+        return name + "not tested";
+    return name + "missed at the first attempt by " +
            figuretext::share(control.missed, control.units);
-}
-
-/// A hint of what it is: the slot of a fader, the ring of a rotary.
-void drawKind(Svg& svg, int componentNum, const QRectF& area)
-{
-    if (roster::kindOf(componentNum) == roster::Kind::Fader)
-        svg.line({area.center().x(), area.top() + 60}, {area.center().x(), area.bottom() - 20},
-                 QStringLiteral("slot"));
-    else if (roster::kindOf(componentNum) == roster::Kind::Rotary)
-        svg.circle({area.left() + 38, area.center().y()}, 26, QStringLiteral("slot"));
 }
 
 void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const QRectF& area)
 {
     const bool isTested = control.units > 0;
-    const QString classes =
-        isTested ? colour(control.missed, control.units) : QStringLiteral("untested");
+    const QString classes = isTested ? colour(control.missed, control.units) : "untested";
     const QString number = QString::number(componentNum);
     const QString rate = isTested ? figuretext::percent(control.missed, control.units) : QString();
-    svg.rect(area.adjusted(1, 1, -1, -1), QStringLiteral("control ") + classes,
-             hoverText(componentNum, control));
-    drawKind(svg, componentNum, area);
-    const QString strong = QStringLiteral("number on-") + classes + QStringLiteral(" middle");
-    const QString plain = QStringLiteral("rate on-") + classes + QStringLiteral(" middle");
+    svg.rect(area.adjusted(1, 1, -1, -1), "control " + classes, hoverText(componentNum, control));
+    const QString strong = "number on-" + classes + " middle";
+    const QString plain = "rate on-" + classes + " middle";
     switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
         svg.text({area.center().x(), area.top() + 24}, number, strong);
@@ -85,29 +70,22 @@ void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const
 
 void drawLegend(Svg& svg, QPointF corner)
 {
-    svg.text(corner + QPointF(0, 13), QStringLiteral("Units that missed a band at first:"),
-             QStringLiteral("label"));
+    svg.text(corner + QPointF(0, 13), "Units that missed a band at first:", "label");
     double x = corner.x() + 215;
     for (std::size_t step = 0; step <= lastPercentOfColour.size(); ++step) {
         const bool isLast = step == lastPercentOfColour.size();
         const int percent = lastPercentOfColour.at(isLast ? step - 1 : step);
-        const QString text = step == 0 ? QStringLiteral("none")
-                             : isLast  ? QStringLiteral("more")
-                                       : QStringLiteral("up to %1 %").arg(percent);
-        svg.rect({x, corner.y(), 22, 16}, QStringLiteral("control miss%1").arg(step));
-        svg.text({x + 28, corner.y() + 13}, text, QStringLiteral("label"));
+        const QString text = step == 0 ? "none"
+                             : isLast  ? "more"
+                                       : QString("up to %1 %").arg(percent);
+        svg.rect({x, corner.y(), 22, 16}, QString("control miss%1").arg(step));
+        svg.text({x + 28, corner.y() + 13}, text, "label");
         x += 110;
     }
 }
 } // namespace
 
-QSize surface::panelSize(roster::Kind kind)
-{
-    constexpr QSize sizes[] = {{60, 270}, {60, 30}, {131, 81}};
-    return sizes[static_cast<int>(kind)];
-}
-
-void surface::draw(QXmlStreamWriter& xml, const Report& report)
+void chart::drawSurface(Html& html, const Report& report)
 {
     constexpr double margin = 16;
     constexpr double legendHeight = 36;
@@ -116,10 +94,10 @@ void surface::draw(QXmlStreamWriter& xml, const Report& report)
         all = all.united(place(c));
     const QRectF ground = all.adjusted(-margin, -margin, margin, margin);
 
-    Svg svg(xml, ground.size() + QSizeF(0, legendHeight),
-            QStringLiteral("The control surface, each control coloured by how often it missed a "
-                           "band at the first attempt"));
-    svg.rect({QPointF(), ground.size()}, QStringLiteral("ground"));
+    Svg svg(html, ground.size() + QSizeF(0, legendHeight),
+            "The control surface, each control coloured by how often it missed a "
+            "band at the first attempt");
+    svg.rect({QPointF(), ground.size()}, "ground");
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         if (!place(c).isEmpty())
             drawControl(svg, c, report.controls.at(static_cast<std::size_t>(c)),

@@ -4,7 +4,6 @@
 #include "yield/page/svg.h"
 
 #include <QStringList>
-#include <QXmlStreamWriter>
 
 namespace
 {
@@ -14,84 +13,83 @@ QString asText(double value)
 }
 } // namespace
 
-Svg::Svg(QXmlStreamWriter& writer, QSizeF size, const QString& label)
-    : xml(writer)
+Svg::Svg(Html& page, QSizeF size, const QString& label)
+    : html(page)
+    , picture(page.open("svg"))
 {
-    xml.writeStartElement(QStringLiteral("svg"));
-    xml.writeAttribute(
-        QStringLiteral("viewBox"),
-        QStringLiteral("0 0 %1 %2").arg(asText(size.width()), asText(size.height())));
-    xml.writeAttribute(QStringLiteral("role"), QStringLiteral("img"));
-    xml.writeAttribute(QStringLiteral("aria-label"), label);
-}
-
-Svg::~Svg()
-{
-    xml.writeEndElement();
+    html.attribute("viewBox",
+                   QString("0 0 %1 %2").arg(asText(size.width()), asText(size.height())));
+    html.attribute("role", "img");
+    html.attribute("aria-label", label);
 }
 
 void Svg::rect(const QRectF& area, const QString& classes, const QString& hover)
 {
-    begin(QStringLiteral("rect"), classes);
-    number(QStringLiteral("x"), area.x());
-    number(QStringLiteral("y"), area.y());
-    number(QStringLiteral("width"), area.width());
-    number(QStringLiteral("height"), area.height());
-    end(hover);
+    const Html::Scope element = html.open("rect", classes);
+    attribute("x", area.x());
+    attribute("y", area.y());
+    attribute("width", area.width());
+    attribute("height", area.height());
+    writeHover(hover);
 }
 
 void Svg::circle(QPointF centre, double radius, const QString& classes, const QString& hover)
 {
-    begin(QStringLiteral("circle"), classes);
-    number(QStringLiteral("cx"), centre.x());
-    number(QStringLiteral("cy"), centre.y());
-    number(QStringLiteral("r"), radius);
-    end(hover);
+    const Html::Scope element = html.open("circle", classes);
+    attribute("cx", centre.x());
+    attribute("cy", centre.y());
+    attribute("r", radius);
+    writeHover(hover);
 }
 
 void Svg::line(QPointF from, QPointF to, const QString& classes)
 {
-    begin(QStringLiteral("line"), classes);
-    number(QStringLiteral("x1"), from.x());
-    number(QStringLiteral("y1"), from.y());
-    number(QStringLiteral("x2"), to.x());
-    number(QStringLiteral("y2"), to.y());
-    end();
+    const Html::Scope element = html.open("line", classes);
+    attribute("x1", from.x());
+    attribute("y1", from.y());
+    attribute("x2", to.x());
+    attribute("y2", to.y());
+}
+
+void Svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
+{
+    constexpr double radius = 8;
+    const double tip = isUp ? -radius : radius;
+    const Html::Scope element = html.open("polygon", classes);
+    attribute("points", {centre + QPointF(0, tip), centre + QPointF(radius, -tip * 0.75),
+                         centre + QPointF(-radius, -tip * 0.75)});
+    writeHover(hover);
 }
 
 void Svg::polyline(const QVector<QPointF>& points, const QString& classes)
 {
+    const Html::Scope element = html.open("polyline", classes);
+    attribute("points", points);
+}
+
+void Svg::text(QPointF baseline, const QString& content, const QString& classes)
+{
+    const Html::Scope element = html.open("text", classes);
+    attribute("x", baseline.x());
+    attribute("y", baseline.y());
+    html.text(content);
+}
+
+void Svg::attribute(const QString& name, double value)
+{
+    html.attribute(name, asText(value));
+}
+
+void Svg::attribute(const QString& name, const QVector<QPointF>& points)
+{
     QStringList pairs;
     for (const QPointF& point : points)
-        pairs << asText(point.x()) + QLatin1Char(',') + asText(point.y());
-    begin(QStringLiteral("polyline"), classes);
-    xml.writeAttribute(QStringLiteral("points"), pairs.join(QLatin1Char(' ')));
-    end();
+        pairs << asText(point.x()) + ',' + asText(point.y());
+    html.attribute(name, pairs.join(' '));
 }
 
-void Svg::text(QPointF baseline, const QString& text, const QString& classes)
-{
-    begin(QStringLiteral("text"), classes);
-    number(QStringLiteral("x"), baseline.x());
-    number(QStringLiteral("y"), baseline.y());
-    xml.writeCharacters(text);
-    end();
-}
-
-void Svg::begin(const QString& element, const QString& classes)
-{
-    xml.writeStartElement(element);
-    xml.writeAttribute(QStringLiteral("class"), classes);
-}
-
-void Svg::number(const QString& attribute, double value)
-{
-    xml.writeAttribute(attribute, asText(value));
-}
-
-void Svg::end(const QString& hover)
+void Svg::writeHover(const QString& hover)
 {
     if (!hover.isEmpty())
-        xml.writeTextElement(QStringLiteral("title"), hover);
-    xml.writeEndElement();
+        html.element("title", hover);
 }

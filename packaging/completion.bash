@@ -1,0 +1,55 @@
+# SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+# SPDX-License-Identifier: GPL-3.0-or-later
+# shellcheck shell=bash
+#
+# Completion of zorvi_yield and zorvi_unit.
+
+# Sets COMPREPLY to those of the words that begin like the word at the cursor.
+_zorvi_words() { mapfile -t COMPREPLY < <(compgen -W "$*" -- "${COMP_WORDS[COMP_CWORD]}"); }
+
+_zorvi_paths() { # -f: files, -d: folders
+    compopt -o filenames
+    mapfile -t COMPREPLY < <(compgen "$1" -- "${COMP_WORDS[COMP_CWORD]}")
+}
+
+_zorvi_yield() {
+    local command=${COMP_WORDS[1]:-} options='--database --help'
+    if [ "$COMP_CWORD" = 1 ]; then
+        _zorvi_words import report unit export check status station --help --version
+        return
+    fi
+    case ${COMP_WORDS[COMP_CWORD - 1]} in
+        --database | --output) _zorvi_paths -f && return ;;
+        --spool) _zorvi_paths -d && return ;;
+        --format) _zorvi_words csv json && return ;;
+        # Words of the user's own.
+        --station | --since | --until | --days | --without) return ;;
+    esac
+    case $command in
+        import) options+=' --station --tests-18 --watch --spool' ;;
+        report) options+=' --since --until --days --station --without --output' ;;
+        export) options+=' --format' ;;
+        status) options+=' --spool' ;;
+    esac
+    if [[ ${COMP_WORDS[COMP_CWORD]} == -* ]]; then
+        _zorvi_words "$options"
+    elif [ "$command" = import ]; then
+        _zorvi_paths -f
+    elif [ "$command $COMP_CWORD" = 'station 2' ]; then
+        _zorvi_words rename
+    fi
+}
+
+_zorvi_unit() {
+    case ${COMP_WORDS[COMP_CWORD - 1]} in
+        --fault)
+            _zorvi_words none stuck no-low-end no-high-end weak-button too-early swapped \
+                cable-pulled chatter flood
+            ;;
+        --pace | --component | --runs | --delay) ;;
+        *) _zorvi_words --pace --fault --component --runs --delay --tarvek --help --version ;;
+    esac
+}
+
+complete -F _zorvi_yield zorvi_yield
+complete -F _zorvi_unit zorvi_unit

@@ -1,0 +1,395 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/figures/report.h"
+#include "yield/page/figuretext.h"
+#include "yield/page/page.h"
+
+#include <QBuffer>
+#include <QDomDocument>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+namespace
+{
+/// A report in which no two figures that could be taken for each other are equal.
+Report sample()
+{
+    Report report;
+    report.databaseIsEmpty = false;
+    report.request.now = QDateTime({2026, 11, 18}, {8, 0});
+    report.request.without = QStringList{"GOLD*"};
+    report.leftOut = 2;
+    report.ages = {{"One", "2026-11-17T08:30:00", 84600},
+                   {"Two", "2026-11-15T14:10:00", 236700},
+                   {"Three", {}, -1}};
+    report.total = {200, 260, 160, 180, 6};
+    report.days = {{{2026, 11, 16}, {120, 150, 104, 110, 4}}, // none on the 17th
+                   {{2026, 11, 18}, {80, 110, 56, 70, 2}}};
+    report.offAxis.units = 3;
+    report.recentDays = {{{2026, 11, 18}, {80, 110, 56, 70, 2}, {53, 73}},
+                         {{2026, 11, 17}, {}, {}}};
+    report.attemptsByNumber = {{200, 160, 6}, {50, 18, 1}, {10, 2, 0}};
+    report.falseFailures = {43, 20, 12};
+    report.stations = {{"One", {150, 170, 132, 140, 5}, {105, 131}, {}},
+                       {"Two", {50, 90, 28, 40, 1}, {31, 47}, {}}};
+    report.stations[0].missed[3] = 9;
+    report.stations[1].missed[9] = 4;
+    const int missed[] = {0, 1, 3, 20, 8, 12}; // by control: none, 0.5 %, 1.5 %, 10 %, 4 %, 6 %
+    for (std::size_t c = 0; c < report.controls.size(); ++c) {
+        report.controls[c].units = c == 18 || c == 39 ? 0 : 200;
+        report.controls[c].missed = c < 6 ? missed[c] : 0;
+        report.controls[c].missedBands = QVector<int>(c < 9 || c > 38 ? 13 : 2);
+    }
+    report.controls[40].missed = 60;
+    report.controls[40].missedBands[12] = 58;
+    report.controls[3].missedBands[0] = 20;
+    report.controls[10].endedHere = 5;
+    report.controls[42].endedHere = 1;
+    report.openUnits = {
+        {"open 1", 3, "2026-11-18T07:15:59", "Two", 5, {{3, {0, 1, 12}}, {9, {1}}}, 43}};
+    report.repeatedUnits = {{"again", 4, "2026-11-16T06:00:00", "One", Result::Failed,
+                             "2026-11-18T07:00:00", "Two", Result::Passed},
+                            {"often", 2, "2026-11-17T06:00:00", "Two", Result::Passed,
+                             "2026-11-17T07:00:00", "One", Result::EndedEarly}};
+    report.repeatedUnitCount = 42;
+    return report;
+}
+
+QString written(const Report& report)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    return page::write(report, buffer) ? QString::fromUtf8(buffer.data()).replace(QChar::Nbsp, ' ')
+                                       : "not written";
+}
+
+QVector<QDomElement> elements(const QDomElement& parent, const QString& name)
+{
+    QVector<QDomElement> all;
+    const QDomNodeList list = parent.elementsByTagName(name);
+    for (int i = 0; i < list.size(); ++i)
+        all.append(list.at(i).toElement());
+    return all;
+}
+
+/// The first element with that name whose attribute has that value.
+QDomElement element(const QString& page, const QString& name, const QString& attribute,
+                    const QString& value)
+{
+    QDomDocument document;
+    if (document.setContent(page))
+        for (const QDomElement& each : elements(document.documentElement(), name))
+            if (each.attribute(attribute) == value)
+                return each;
+    return {};
+}
+
+QStringList tableLines(const QString& page, const QString& label)
+{
+    QStringList lines;
+    for (const QDomElement& row : elements(element(page, "div", "aria-label", label), "tr")) {
+        QStringList cells;
+        for (QDomElement cell = row.firstChildElement(); !cell.isNull();
+             cell = cell.nextSiblingElement())
+            cells << cell.text();
+        lines << cells.join('|');
+    }
+    return lines;
+}
+
+/// The elements of a picture that have that class.
+QVector<QDomElement> shapes(const QDomElement& picture, const QString& cssClass)
+{
+    QVector<QDomElement> found;
+    for (QDomElement shape = picture.firstChildElement(); !shape.isNull();
+         shape = shape.nextSiblingElement())
+        if (shape.attribute("class").split(' ').contains(cssClass))
+            found.append(shape);
+    return found;
+}
+
+double number(const QDomElement& shape, const QString& attribute)
+{
+    return shape.attribute(attribute).toDouble();
+}
+
+QVector<QPointF> points(const QDomElement& shape)
+{
+    QVector<QPointF> all;
+    for (const QString& pair : shape.attribute("points").split(' '))
+        all.append({pair.section(',', 0, 0).toDouble(), pair.section(',', 1, 1).toDouble()});
+    return all;
+}
+
+/// What headless Chromium says on its console, and makes of a page, with more options.
+QString browse(const QString& file, const QStringList& options)
+{
+    const QTemporaryDir profile;
+    QProcess browser;
+    browser.start(QStandardPaths::findExecutable("chromium"),
+                  QStringList{"--headless", "--no-sandbox", "--disable-gpu", "--no-first-run",
+                              "--disable-background-networking", "--disable-component-update",
+                              "--disable-sync", "--user-data-dir=" + profile.path()} +
+                      options +
+                      QStringList{QUrl::fromLocalFile(file).toString(QUrl::FullyEncoded)});
+    browser.waitForFinished(100000);
+    return QString::fromUtf8(browser.readAllStandardError() + browser.readAllStandardOutput());
+}
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString& path, const QString& text)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0;
+}
+} // namespace
+
+class TestPage : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void columns_data();
+    void columns();
+    void texts();
+    void shares();
+    void yieldsAgainstTheirLimits();
+    void missesAddUp();
+    void hostileTexts();
+    void aBrowserShowsThePage_data();
+    void aBrowserShowsThePage();
+    void paperIsBounded();
+};
+
+void TestPage::columns_data()
+{
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("Newest log of each station")
+        << QStringList{"Station|Newest log|Age", "One|Tue 17 Nov 2026 08:30|23 hours",
+                       "Two|nothing since Sun 15 Nov 2026 14:10|2 days", "Three|no log yet|–"};
+    const QString yields = "First-pass yield|Limits|Final yield so far|Ended early";
+    const QString wednesday = "70.0 % (56 of 80)|within 66.3 % to 91.3 %|87.5 % (70 of 80)|2";
+    QTest::newRow("The last days") << QStringList{"First tested|Units|" + yields,
+                                                  "Today so far, Wed 18 Nov 2026|80|" + wednesday,
+                                                  "Yesterday, Tue 17 Nov 2026|0|–|–|–|–"};
+    QTest::newRow("Units not complete")
+        << QStringList{"Serial number|Last tested|Station|Attempts|What the last attempt missed",
+                       "open 1|2026-11-18 07:15|Two|3|ended early at Rotary 3; Fader 3: 0 to 19, "
+                       "120 to 127; Button 0: pressed; and 3 more"};
+    QTest::newRow("Yield by station")
+        << QStringList{"Station|Units|Attempts|Picture|" + yields + "|Most missed",
+                       "One|150|170||88.0 % (132 of 150)|▲ above 70.0 % to 87.3 %|93.3 % (140 of "
+                       "150)|5|Fader 3, 9 units",
+                       "Two|50|90||56.0 % (28 of 50)|▼ below 62.0 % to 94.0 %|80.0 % (40 of 50)|1|"
+                       "Button 0, 4 units"};
+    QTest::newRow("Where first attempts ended early")
+        << QStringList{"Ended at|Component|First attempts|Picture", "Button 1|10|83.3 % (5 of 6)|",
+                       "Rotary 2|42|16.7 % (1 of 6)|"};
+    QTest::newRow("Attempts by number") << QStringList{
+        "Attempt|Attempts|Complete|Picture|Ended early", "First|200|80.0 % (160 of 200)||6",
+        "Second|50|36.0 % (18 of 50)||1", "Third|10|20.0 % (2 of 10)||0"};
+    QTest::newRow("Units tested more than once")
+        << QStringList{"Serial number|Attempts|First attempt|First station|First result|"
+                       "Last attempt|Last station|Last result",
+                       "again|4|2026-11-16 06:00|One|not complete|2026-11-18 07:00|Two|complete",
+                       "often|2|2026-11-17 06:00|Two|complete|2026-11-17 07:00|One|ended early"};
+    QTest::newRow("What was missed") << QStringList{
+        "Control|Missed by|Of all misses|Added up", "Rotary 0|30.0 % (60 of 200)|57.7 %|57.7 %",
+        "Fader 3|10.0 % (20 of 200)|19.2 %|76.9 %", "Fader 5|6.0 % (12 of 200)|11.5 %|88.5 %",
+        "Fader 4|4.0 % (8 of 200)|7.7 %|96.2 %",    "Fader 2|1.5 % (3 of 200)|2.9 %|99.0 %",
+        "Fader 1|0.5 % (1 of 200)|1.0 %|100 %"};
+}
+
+void TestPage::columns()
+{
+    QFETCH(QStringList, lines);
+    QCOMPARE(tableLines(written(sample()), QTest::currentDataTag()), lines);
+}
+
+void TestPage::texts()
+{
+    // Where elements begin and end there is a stroke.
+    const QString text = written(sample())
+                             .replace(QRegularExpression("\\s*<[^>]*>[\\s|]*"), "|")
+                             .replace(QRegularExpression("\\|+"), "|")
+                             .replace(QRegularExpression("\\s+"), " ");
+    for (const char* const part :
+         {"without GOLD*: 2 units left out. Made on 2026-11-18 08:00.",
+          "|20 units whose last",
+          "And 19 more;",
+          "|42 units, most",
+          "And 40 more;",
+          "|3 units with a first attempt before",
+          "|Units|200|serial",
+          "|Attempts|260|1.30 a unit|",
+          "|First-pass yield|80.0 %|160 of 200 units|",
+          "|Final yield so far|90.0 %|180 of 200 units|",
+          "|Ended early|3.0 %|6 of 200 first attempts|",
+          "|False failures|27.9 %|12 of 43 failures|",
+          "Failed attempts: 43. ",
+          "same station: 46.5 % (20 of 43). ",
+          "line from 50 % to 100 %",
+          "|Fader 3|3|10.0 % (20 of 200)|",
+          "|Button 9|18|not tested here|",
+          "|Button 30|39|never tested|",
+          "|Rotary 0|120 to 127|58|",
+          "|Fader 3|0 to 9|20|",
+          "|Monday, 16 Nov 2026|120|86.7 % (104 of 120)|within 68.3 % to 90.0 %|91.7 % (110 of "
+          "120)|4|",
+          "|Rotary 0 (component 40): missed at the first attempt by 30.0 % (60 of 200)|"})
+        QVERIFY2(text.contains(part), part);
+    Report none = sample();
+    none.total = {};
+    QVERIFY(written(none).contains("There are no such units"));
+    none.databaseIsEmpty = true;
+    QVERIFY(written(none).contains("There are no attempts in the"));
+    QFile full("/dev/full");
+    QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && !page::write(none, full));
+}
+
+void TestPage::shares()
+{
+    // Never rounded to all or to none.
+    QCOMPARE(figuretext::percent(99999, 100000), QString("99.9\u00a0%"));
+    QCOMPARE(figuretext::percent(1, 100000), QString("0.1\u00a0%"));
+    QCOMPARE(figuretext::share(1234, 1234), QString("100\u00a0% (1,234 of 1,234)"));
+    QCOMPARE(figuretext::percent(0, 0), QString("–"));
+}
+
+void TestPage::yieldsAgainstTheirLimits()
+{
+    const QString page = written(sample());
+    const QDomElement picture =
+        element(page, "svg", "aria-label", "First-pass yield and units by day");
+    // The labels tell what a height stands for.
+    QMap<double, double> heights;
+    for (const QDomElement& label : shapes(picture, "end"))
+        if (label.text().endsWith(" %"))
+            heights[label.text().section(' ', 0, 0).toDouble()] = number(label, "y") - 4;
+    const auto percentAt = [&](double y) {
+        const double top = heights.last();
+        return heights.lastKey() -
+               (y - top) / (heights.first() - top) * (heights.lastKey() - heights.firstKey());
+    };
+    const auto is = [](double a, double b) { return qAbs(a - b) < 0.1; };
+    const auto limits = shapes(picture, "limit");
+    const auto below = shapes(picture, "dot");
+    QCOMPARE(shapes(picture, "trend").size(), 2); // no line across the day without units
+    QCOMPARE(limits.size(), 4);
+    const Limits first = limitsOf(120, sample().total);
+    const Limits last = limitsOf(80, sample().total);
+    QVERIFY(is(percentAt(points(limits.at(0)).first().y()), 100.0 * first.low / 120));
+    QVERIFY(is(percentAt(points(limits.at(3)).last().y()), 100.0 * last.high / 80));
+    QVERIFY(is(percentAt(number(shapes(picture, "centre").first(), "y1")), 80));
+    QVERIFY(is(percentAt(number(below.first(), "cy")), 100.0 * 104 / 120));
+    // A station below its limits has another mark, at its yield.
+    const QDomElement station = element(
+        page, "svg", "aria-label", "First-pass yield 56.0 % (28 of 50), limits 62.0 % to 94.0 %");
+    QCOMPARE(shapes(station, "dot").size(), 0);
+    const QPointF tip = points(shapes(station, "below").first()).first();
+    const QDomElement line = shapes(station, "grid").first();
+    const double share = (tip.x() - number(line, "x1")) / (number(line, "x2") - number(line, "x1"));
+    QVERIFY(is(50 + 50 * share, 56) && tip.y() > number(line, "y1"));
+}
+
+void TestPage::missesAddUp()
+{
+    const QDomElement picture = element(written(sample()), "svg", "aria-label",
+                                        "Units that missed each control, most missed first");
+    const auto bars = shapes(picture, "bar");
+    const auto line = points(shapes(picture, "trend").first());
+    QCOMPARE(bars.size(), 6);
+    QCOMPARE(line.size(), 6);
+    const double bottom = number(bars.first(), "y") + number(bars.first(), "height");
+    double sum = 0;
+    for (int i = 0; i < bars.size(); ++i) {
+        sum += number(bars.at(i), "height");
+        QVERIFY(qAbs(bottom - sum - line.at(i).y()) < 0.1);
+        QVERIFY(line.at(i).x() > number(bars.at(i), "x"));
+    }
+    QVERIFY(qAbs(number(bars.first(), "height") / sum - 60.0 / 104) < 0.001);
+}
+
+void TestPage::hostileTexts()
+{
+    const QString hostile =
+        "</td><script>console.log('run')</script>&amp;\"\u202e\x01\uffff\ufffe" +
+        QString(QChar(0xd800)) + "\t\U0001f600";
+    Report report = sample();
+    report.openUnits[0].serial = hostile;
+    report.repeatedUnits[0].serial = hostile;
+    report.stations[0].name = hostile;
+    report.ages[0].name = hostile;
+    report.request.without = QStringList{hostile};
+    const QString page = written(report);
+    const QString shown = "</td><script>console.log('run')</"
+                          "script>&amp;\"\ufffd\ufffd\ufffd\ufffd?\ufffd\U0001f600";
+    for (const char* const label : {"Units not complete", "Units tested more than once",
+                                    "Yield by station", "Newest log of each station"})
+        QCOMPARE(tableLines(page, label).value(1).section('|', 0, 0), shown);
+    QVERIFY(page.trimmed().endsWith("</html>"));
+    // Nothing is fetched: no element that could, and no address in the style.
+    for (const char* const part : {"<script", "<link", "<img", "src=", "url(", "@import", "http"})
+        QVERIFY2(!page.contains(part), part);
+}
+
+void TestPage::aBrowserShowsThePage_data()
+{
+    QTest::addColumn<QString>("scheme");
+    QTest::newRow("dark") << "0";
+    QTest::newRow("light") << "1";
+}
+
+/// In two frames, a phone's width and a wide one. ZORVI_AXE names a copy of axe.min.js: then the
+/// page is checked with it too.
+void TestPage::aBrowserShowsThePage()
+{
+    QFETCH(QString, scheme);
+    QString script = fileBytes(PAGE_CHECK);
+    if (const QString axe = qEnvironmentVariable("ZORVI_AXE"); !axe.isEmpty())
+        script += fileBytes(axe) + "axe.run().then(found => found.violations.forEach(each => "
+                                  "console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)))";
+    const QTemporaryDir folder;
+    const QString frames = folder.filePath("frames.html");
+    QVERIFY(writeFile(folder.filePath("page.html"),
+                      written(sample()) + "<script>" + script + "</script>"));
+    QVERIFY(writeFile(frames, "<iframe src='page.html' width='400' height='800'></iframe>"
+                              "<iframe src='page.html' width='1600' height='800'></iframe>"));
+    const QString console =
+        browse(frames, {"--enable-logging=stderr", "--virtual-time-budget=20000",
+                        "--blink-settings=preferredColorScheme=" + scheme, "--dump-dom"});
+    const QStringList wrong = console.split('\n').filter(QRegularExpression("WRONG|Uncaught"));
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
+    QCOMPARE(console.count("CHECKED"), 2);
+}
+
+void TestPage::paperIsBounded()
+{
+    Report report = sample();
+    report.openUnits = QVector<OpenUnit>(Report::maxOpenUnits, report.openUnits.first());
+    report.repeatedUnits =
+        QVector<RepeatedUnit>(Report::maxRepeatedUnits, report.repeatedUnits.first());
+    for (int day = 0; day < 60; ++day)
+        report.days[QDate(2026, 9, 18).addDays(day)] = {100, 120, 80, 90, 1};
+    const QTemporaryDir folder;
+    const QString pdf = folder.filePath("page.pdf");
+    QVERIFY(writeFile(folder.filePath("page.html"), written(report)));
+    browse(folder.filePath("page.html"), {"--print-to-pdf=" + pdf});
+    const int pages = fileBytes(pdf).count("/Type /Page\n");
+    QVERIFY2(pages > 6 && pages < 15, qPrintable(QString::number(pages)));
+    QVERIFY(written(report).contains("On paper: the first 60 of the 5,000"));
+}
+
+QTEST_MAIN(TestPage)
+#include "test_page.moc"
