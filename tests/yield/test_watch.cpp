@@ -181,7 +181,7 @@ private Q_SLOTS:
                 }
             if (test != 5)
                 return;
-            QCOMPARE(watch->says("No space left"), 1);
+            QTRY_COMPARE_WITH_TIMEOUT(watch->says("No space left"), 1, patienceMs);
             QVERIFY(filler.remove());
             QTRY_COMPARE_WITH_TIMEOUT(watch->says("has room again"), 1, patienceMs);
         });
