@@ -70,7 +70,8 @@ QString figuretext::minute(const QString& time)
 
 QString figuretext::moment(const QString& time)
 {
-    return day(QDate::fromString(time.left(10), Qt::ISODate)) + ' ' + time.mid(11, 5);
+    const QDate date = QDate::fromString(time.left(10), Qt::ISODate);
+    return QLocale(QLocale::English).toString(date, QString("ddd d MMM ")) + time.mid(11, 5);
 }
 
 QString figuretext::duration(qint64 seconds)

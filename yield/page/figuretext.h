@@ -35,7 +35,7 @@ QString verdict(Verdict verdict);
 /// "Tue 17 Nov 2026".
 QString day(const QDate& date);
 
-/// "2026-11-09 06:41" of a time as a log has it; "Mon 9 Nov 2026 06:41" for one to look at.
+/// "2026-11-09 06:41" of a time as a log has it; "Mon 9 Nov 06:41" for a late one.
 QString minute(const QString& time);
 QString moment(const QString& time);
 

@@ -27,9 +27,10 @@ void writeAges(Html& html, const Report& report)
         if (age.seconds < 0)
             row.cell("no log yet", "bad").cell("–");
         else if (age.seconds > longSilence)
-            row.cell("nothing since " + moment, "bad").cell(figuretext::duration(age.seconds));
+            row.cell("nothing since " + moment, "bad")
+                .cell(figuretext::duration(age.seconds), "line");
         else
-            row.cell(moment, "line").cell(figuretext::duration(age.seconds));
+            row.cell(moment, "line").cell(figuretext::duration(age.seconds), "line");
     }
 }
 
@@ -125,10 +126,10 @@ void writeStations(Html& html, const Report& report)
 
 void writeNumbers(Html& html, const Report& report)
 {
-    const QString names[] = {"First", "Second", "Third"};
+    const QString endings[] = {"st", "nd", "rd"};
     for (int i = 0; i < report.attemptsByNumber.size(); ++i) {
         const AttemptsByNumber& attempts = report.attemptsByNumber.at(i);
-        const QString name = i < 3 ? names[i] : QString("%1th").arg(i + 1);
+        const QString name = QString::number(i + 1) + (i < 3 ? endings[i] : "th");
         Html::Row row = html.row();
         row.cell(i + 1 == Report::maxNumbers ? name + " and later" : name)
             .number(count(attempts.attempts))
