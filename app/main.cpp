@@ -3,7 +3,6 @@
 
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
-#include "app/testlog.h"
 #include "audio/soundfiles.h"
 
 #include <QApplication>
@@ -41,7 +40,6 @@ int main(int argc, char* argv[])
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return refuseToStart(problem);
-    testlog::removeLeftovers(QCoreApplication::applicationDirPath());
 
     MainWindow window;
     window.show();

@@ -7,6 +7,7 @@
 #include "app/sequencerhold.h"
 #include "app/serialentry.h"
 #include "app/testlog.h"
+#include "app/unitinput.h"
 #include "app/unitlink.h"
 #include "panels/makepanel.h"
 #include "panels/zorvi_0908_button.h"
@@ -168,10 +169,13 @@ void MainWindow::slot_PollDevices()
 {
     const auto inputs = juce::MidiInput::getAvailableDevices();
     followSequencer(deviceManager, !inputs.isEmpty());
-    if (unitlink::identifierIn(inputs).isNotEmpty() && !deviceConnected)
+    const auto unit = unitlink::identifierIn(inputs);
+    if (unit.isNotEmpty() && !deviceConnected)
         connectUnit();
     else if (deviceConnected && !isUnitPresent())
         disconnectUnit();
+    else if (unit.isNotEmpty() && midiInput != nullptr)
+        unitinput::keepSubscribed(*midiInput, unit); // it may have been gone since the last poll
 }
 
 void MainWindow::connectUnit()
@@ -182,7 +186,7 @@ void MainWindow::connectUnit()
     unitlink::keepInputThreadRunning();
     // The ports are listed again: the unit may be gone by now.
     const auto input = unitlink::identifierIn(juce::MidiInput::getAvailableDevices());
-    midiInput = juce::MidiInput::openDevice(input, this).release();
+    midiInput = unitinput::open(input, this).release();
     if (midiInput != nullptr)
         midiInput->start();
 

@@ -70,7 +70,8 @@ public Q_SLOTS:
     void slot_Init();
     /// A panel's result; the run goes on if it is passed or skipped.
     void slot_ProcessComponentResult(int componentNum, int result);
-    /// Connects or disconnects when the unit's port has appeared or gone.
+    /// Connects or disconnects when the unit's port has appeared or gone; hears a unit again that
+    /// was gone in between.
     void slot_PollDevices();
     /// "Save Log", and the end of a run: writes the log under the serial number in the field.
     void slot_OutputLog();

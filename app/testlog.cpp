@@ -3,8 +3,7 @@
 
 #include "app/testlog.h"
 
-#include <QDirIterator>
-#include <QRegularExpression>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QTextStream>
 
@@ -129,23 +128,4 @@ void testlog::write(const QString& path, const QStringList& lines)
     // point, some network shares.
     if (!replaceFile(old, bytes))
         writeInPlace(old, bytes);
-}
-
-void testlog::removeLeftovers(const QString& applicationDirectory)
-{
-    // QSaveFile's names: a log's name, a point and six letters; and those of version 1.0.0. A file
-    // that ends in "backup" is an operator's.
-    static const QRegularExpression leftover(QRegularExpression::anchoredPattern(QStringLiteral(
-                                                 "ZORVI_.*\\.txt\\.(?!(?i:backup)$)[A-Za-z]{6}"
-                                                 "|\\.zorvi_log_in_the_making_.*")),
-                                             QRegularExpression::DotMatchesEverythingOption);
-    constexpr int longestWriteSeconds = 60;
-    const QDateTime stillWriting = QDateTime::currentDateTime().addSecs(-longestWriteSeconds);
-    QDirIterator files(folder(applicationDirectory), QDir::Files | QDir::Hidden | QDir::NoSymLinks);
-    while (files.hasNext()) {
-        const QString path = files.next();
-        if (leftover.match(files.fileName()).hasMatch() &&
-            files.fileInfo().lastModified() < stillWriting)
-            QFile::remove(path);
-    }
 }

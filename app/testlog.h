@@ -30,10 +30,7 @@ QString path(const QString& applicationDirectory, const QString& serial);
 /// replaced whole or stays, also if the disk is full or the process is killed. Only where the
 /// folder does not permit that, and through a link whose target is missing, it is written in place.
 /// A log that the user may not write stays. Failure is silent: the station goes on with the next
-/// unit. No folder is created.
+/// unit. No folder is created, and nothing is deleted: a kill within a write can leave a file of
+/// the log's name, a point and six letters, as a person's copy may be called.
 void write(const QString& path, const QStringList& lines);
-
-/// Removes files that a station left among the logs when it was killed while it wrote. Files that
-/// changed within the last minute may be another station's that is writing now; they stay.
-void removeLeftovers(const QString& applicationDirectory);
 } // namespace testlog

@@ -60,11 +60,12 @@ build() { # in this folder; the packages come to the folder above it
 }
 
 # What hardening=+all promises, in each program. Debian 12's own start-up code is not marked for
-# control-flow protection, so its linker marks no program.
+# control-flow protection, so its linker marks no program. Whether a program has fortified functions
+# depends on what it calls; blhc looks at the flags.
 check_hardening() { # the installed tree
     local program
     for program in "$1"/opt/zorvi-assembly-test/zorvi_{assembly_test,unit,yield}; do
-        hardening-check --nocfprotection "$program" > "$output/hardening.txt" ||
+        hardening-check --nocfprotection --nofortify "$program" > "$output/hardening.txt" ||
             fail "not hardened: $(cat "$output/hardening.txt")"
     done
 }
@@ -82,8 +83,9 @@ check() { # what was built in this folder
     local tree=$1/debian/zorvi-assembly-test
     desktop-file-validate packaging/*.desktop
     appstreamcli validate --no-net "$tree"/usr/share/metainfo/*.xml
+    # What one release's lintian has to say the other's may not.
     lintian --allow-root --pedantic -I --fail-on error,warning,info,pedantic \
-        "${1%/*}"/zorvi-assembly-test_*.changes
+        --suppress-tags unused-override "${1%/*}"/zorvi-assembly-test_*.changes
     # PIE is what Debian's compiler makes without being asked.
     blhc --bindnow "$1.log" > "$output/blhc.txt" || fail "not hardened, see build/package/blhc.txt"
     check_hardening "$tree"

@@ -109,18 +109,35 @@ std::optional<std::pair<int, Port>> PortTable::portAfter(const Address& address)
     return *next;
 }
 
-int PortTable::subscribe(const Address& source, const Address& destination)
+int PortTable::subscribe(const Client& client, const Address& source, const Address& destination)
 {
     if (failing)
         return -EPERM;
     const std::lock_guard lock(mutex);
     if (!exists(source) || !exists(destination))
         return -EINVAL;
+    const auto permits = [&](const Address& port, unsigned int capability) {
+        return port.first == client.id ||
+               (find(port.first)->ports.at(port.second).capability & capability) != 0;
+    };
+    if (!permits(source, SND_SEQ_PORT_CAP_SUBS_READ) ||
+        !permits(destination, SND_SEQ_PORT_CAP_SUBS_WRITE))
+        return -EPERM;
     const std::pair subscription(source, destination);
     if (std::find(subscriptions.begin(), subscriptions.end(), subscription) != subscriptions.end())
         return -EBUSY;
     subscriptions.push_back(subscription);
     return 0;
+}
+
+int PortTable::sourcesOf(const Address& destination)
+{
+    const std::lock_guard lock(mutex);
+    if (!exists(destination))
+        return -ENOENT;
+    return static_cast<int>(
+        std::count_if(subscriptions.begin(), subscriptions.end(),
+                      [&](const auto& pair) { return pair.second == destination; }));
 }
 
 int PortTable::send(const Client& sender, snd_seq_event_t event)

@@ -61,7 +61,11 @@ public:
     /// The client's next port after the given number.
     std::optional<std::pair<int, Port>> portAfter(const Address& address);
 
-    int subscribe(const Address& source, const Address& destination);
+    /// As the kernel does, for a client that may also connect others: a port that is not its own
+    /// has to permit subscriptions.
+    int subscribe(const Client& client, const Address& source, const Address& destination);
+    /// How many ports send to this one; negative if it does not exist.
+    int sourcesOf(const Address& destination);
 
     /// Queues a copy for every subscriber of the event's source port, in order of subscription.
     int send(const Client& sender, snd_seq_event_t event);

@@ -28,7 +28,13 @@ struct PortInfo {
     int client;
     int port;
     unsigned int capability;
+    int sources;
     char name[64];
+};
+
+struct Subscription {
+    snd_seq_addr_t sender;
+    snd_seq_addr_t dest;
 };
 
 template <typename T>
@@ -130,12 +136,37 @@ int snd_seq_delete_simple_port(snd_seq_t* handle, int port)
 
 int snd_seq_connect_from(snd_seq_t* handle, int port, int sourceClient, int sourcePort)
 {
-    return portTable().subscribe({sourceClient, sourcePort}, {as<Client>(handle).id, port});
+    const auto& client = as<Client>(handle);
+    return portTable().subscribe(client, {sourceClient, sourcePort}, {client.id, port});
 }
 
 int snd_seq_connect_to(snd_seq_t* handle, int port, int destClient, int destPort)
 {
-    return portTable().subscribe({as<Client>(handle).id, port}, {destClient, destPort});
+    const auto& client = as<Client>(handle);
+    return portTable().subscribe(client, {client.id, port}, {destClient, destPort});
+}
+
+size_t snd_seq_port_subscribe_sizeof()
+{
+    return sizeof(Subscription);
+}
+
+void snd_seq_port_subscribe_set_sender(snd_seq_port_subscribe_t* info,
+                                       const snd_seq_addr_t* address)
+{
+    as<Subscription>(info).sender = *address;
+}
+
+void snd_seq_port_subscribe_set_dest(snd_seq_port_subscribe_t* info, const snd_seq_addr_t* address)
+{
+    as<Subscription>(info).dest = *address;
+}
+
+int snd_seq_subscribe_port(snd_seq_t* handle, snd_seq_port_subscribe_t* info)
+{
+    const auto& [sender, dest] = as<Subscription>(info);
+    return portTable().subscribe(as<Client>(handle), {sender.client, sender.port},
+                                 {dest.client, dest.port});
 }
 
 size_t snd_seq_port_info_sizeof()
@@ -164,6 +195,18 @@ int snd_seq_query_next_port(snd_seq_t*, snd_seq_port_info_t* info)
     std::strncpy(answer.name, next->second.name.c_str(), sizeof(answer.name) - 1);
     answer.name[sizeof(answer.name) - 1] = '\0';
     return 0;
+}
+
+int snd_seq_get_any_port_info(snd_seq_t*, int client, int port, snd_seq_port_info_t* info)
+{
+    const int sources = portTable().sourcesOf({client, port});
+    as<PortInfo>(info).sources = sources;
+    return sources < 0 ? sources : 0;
+}
+
+int snd_seq_port_info_get_write_use(const snd_seq_port_info_t* info)
+{
+    return as<PortInfo>(info).sources;
 }
 
 int snd_seq_port_info_get_port(const snd_seq_port_info_t* info)

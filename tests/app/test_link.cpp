@@ -112,6 +112,38 @@ private Q_SLOTS:
         QCOMPARE(labelAfterPoll(window), connected);
     }
 
+    /// A unit that is back before the next poll is heard again after it, once, also if its port has
+    /// another number now; nothing else is opened. Of two units the heard one alone is heard on.
+    void backBeforeThePoll()
+    {
+        MainWindow window;
+        SimulatedUnit unit("Zorvi_Control", SimulatedUnit::Ports::OnlySending);
+        SimulatedUnit other("Other", SimulatedUnit::Ports::OnlySending);
+        QVERIFY(unit.plug());
+        QCOMPARE(labelAfterPoll(window), connected);
+        const int ports = portTable().portCount();
+        for (int i = 0; i < 20; ++i) {
+            unit.unplug();
+            if (i == 10)
+                QVERIFY(other.plug());
+            QVERIFY(unit.plug());
+            QCOMPARE(labelAfterPoll(window), connected);
+            QCOMPARE(labelAfterPoll(window), connected);
+            QCOMPARE(portTable().portCount(), ports + (i < 10 ? 0 : 1));
+            const station::Hearing hearing(window);
+            QVERIFY(station::hears(window, unit));
+            QCOMPARE(hearing.messages.size(), 1);
+        }
+        other.unplug();
+        SimulatedUnit second("Zorvi_Control", SimulatedUnit::Ports::OnlySending);
+        QVERIFY(second.plug()); // listed before the first
+        QCOMPARE(labelAfterPoll(window), connected);
+        const station::Hearing hearing(window);
+        second.send({0xB0, 4, 64});
+        QVERIFY(station::hears(window, unit));
+        QCOMPARE(hearing.messages, QVector<QByteArray>{"\xB0\x64\x40"});
+    }
+
     /// What the unit may send, through JUCE's own thread: only notes and controllers pass, on every
     /// channel, in order. The identity reply is a debug line; one that differs in a byte is
     /// nothing.

@@ -11,8 +11,6 @@
 
 namespace
 {
-QFile leftover; // from a log that was not finished
-
 /// A signal or slot as the meta-object publishes it.
 QString published(const QMetaMethod& method)
 {
@@ -79,7 +77,6 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(window));
         QVERIFY(window->qt_metacast("MidiInputCallback") != nullptr);
         field = window->findChild<QLineEdit*>("serialNumber");
-        QVERIFY(!leftover.exists());
     }
 
     void widgets()
@@ -169,11 +166,6 @@ namespace
 /// Called once the station's main() has made its application object.
 void begin()
 {
-    leftover.setFileName(QCoreApplication::applicationDirPath() +
-                         "/Logs/.zorvi_log_in_the_making_1");
-    leftover.open(QIODevice::WriteOnly);
-    leftover.setFileTime(QDateTime::currentDateTime().addDays(-1), QFile::FileModificationTime);
-    leftover.close();
     QTimer::singleShot(0, qApp, [] {
         TestMain test;
         QCoreApplication::exit(QTest::qExec(&test, QCoreApplication::arguments()));

@@ -254,30 +254,6 @@ private Q_SLOTS:
             QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
         }
     }
-
-    /// What a killed station left long ago goes. What another one may be writing now stays, and so
-    /// do an operator's files.
-    void leftovers()
-    {
-        const QStringList left{"ZORVI_1.txt.aBcDeF", "ZORVI_a b.txt.QQqqQQ",
-                               ".zorvi_log_in_the_making_0123"};
-        const auto kept = QString("ZORVI_1.txt ZORVI_1.txt.backup ZORVI_1.txt.Backup "
-                                  "ZORVI_1.txt.BACKUP ZORVI_1.txt.aBcDe ZORVI_1.txt.aBcDe1 "
-                                  "ZORVI_1.txt.aBcDeFg ZORVI_1.txt.aBcDeF~ ZORVI_1.aBcDeF "
-                                  ".notes notes.txt.aBcDeF ZORVI_2.txt.aBcDeF")
-                              .split(' ');
-        for (const QString& name : left + kept) {
-            QFile file(logs.filePath(name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            const int age = name == kept.last() ? 30 : 90;
-            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-age),
-                                     QFileDevice::FileModificationTime));
-        }
-        testlog::removeLeftovers(folder->path());
-        QCOMPARE(logs.entryList(all).size(), kept.size());
-        for (const QString& name : kept)
-            QVERIFY2(logs.exists(name), qPrintable(name));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestTestLog)

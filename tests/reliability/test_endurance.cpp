@@ -75,6 +75,7 @@ private Q_SLOTS:
             if (i % 2 == 0) { // and is back before the next poll: the label stays
                 QVERIFY(unit.plug());
                 poll(window, true);
+                QVERIFY(station::hears(window, unit));
                 unit.unplug();
             }
             poll(window, false);

@@ -42,22 +42,29 @@ work_from 2
 check 'the bands covered before the cable was pulled have stayed' log_is_complete PULLED
 close_notice
 
-# One band in each link, so that the log tells whether each was heard: 13 of the first fader, 7 of
-# the second.
-type_serial REPLUGGED
-hush
-links=0
-for ((replug = 0; replug < 20; ++replug)); do
-    unplug unit
-    wait_for is_let_go
-    plug unit
-    linked && links=$((links + 1))
-    speak unit
-    touch_bands $((1 + replug / 13)) $((replug % 13)) $((replug % 13))
+# replugs SERIAL COMMAND...: 20 times, with the command while the unit is out. One band in each link,
+# so that the log tells whether each was heard: 13 of the first fader, 7 of the second.
+replugs() {
+    local serial=$1 links=0 replug
+    shift
+    type_serial "$serial"
     hush
-done
-check '20 replugs, 20 links' test "$links" = 20
-speak unit
-touch_bands 2 7 12
-work_from 3
-check 'each of the 20 links was heard' log_is_complete REPLUGGED
+    for ((replug = 0; replug < 20; ++replug)); do
+        unplug unit
+        "$@"
+        plug unit
+        linked && links=$((links + 1))
+        speak unit
+        touch_bands $((1 + replug / 13)) $((replug % 13)) $((replug % 13))
+        hush
+    done
+    check "$serial: 20 replugs, 20 links" test "$links" = 20
+    speak unit
+    touch_bands 2 7 12
+    work_from 3
+    check "$serial: each of the 20 links was heard" log_is_complete "$serial"
+    close_notice
+}
+replugs REPLUGGED wait_for is_let_go
+# As after a shock of static. Most fall between two polls of the station, and the label stays.
+replugs MOMENT pause 0.2

@@ -100,8 +100,8 @@ linked_ports() {
         /Connecting To/ && client !~ /^Client +0 / { print port }' /proc/asound/seq/clients
 }
 is_linked_to() { [ "$(linked_ports)" = "$1" ]; }
-# The input that the station opens bears the unit's name until the station has seen the unit go.
+# The station keeps its input open until it has seen the unit go.
 is_let_go() {
     ! awk -F'"' '/^Client/ { user = /User/ } /^ *Port/ && user { print $2 }' \
-        /proc/asound/seq/clients | grep -q '^Zorvi_Control'
+        /proc/asound/seq/clients | grep -qx 'Zorvi Assembly Test input'
 }

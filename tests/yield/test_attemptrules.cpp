@@ -73,9 +73,9 @@ private Q_SLOTS:
         std::vector<std::size_t> order(logs.size());
         std::iota(order.begin(), order.end(), 0);
         do {
-            std::vector<attemptrules::Save> shuffled;
-            for (const std::size_t i : order)
-                shuffled.push_back(logs[i]);
+            std::vector<attemptrules::Save> shuffled(logs.size());
+            for (std::size_t i = 0; i < logs.size(); ++i)
+                shuffled[order[i]] = logs[i];
             const auto grouped = attemptrules::grouped(shuffled);
             QVERIFY(grouped.attempts == attempts);
             QVERIFY(std::is_permutation(grouped.others.begin(), grouped.others.end(),

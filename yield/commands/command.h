@@ -23,9 +23,11 @@ struct Command {
 };
 
 // In alphabetical order.
+Command checkCommand();
 Command exportCommand();
 Command importCommand();
 Command reportCommand();
+Command stationCommand();
 Command statusCommand();
 Command unitCommand();
 

@@ -16,7 +16,8 @@ namespace
 const QVector<Command>& commands()
 {
     static const QVector<Command> all = {importCommand(), reportCommand(), unitCommand(),
-                                         exportCommand(), statusCommand()};
+                                         exportCommand(), checkCommand(),  statusCommand(),
+                                         stationCommand()};
     return all;
 }
 

@@ -4,20 +4,16 @@
 #include "yield/store/attemptreader.h"
 
 #include "yield/logs/attemptrules.h"
-#include "yield/store/statement.h"
+#include "yield/store/stationrows.h"
 #include "yield/store/transaction.h"
 
 #include <QHash>
+#include <QMap>
 
 #include <algorithm>
 
 namespace
 {
-struct Station {
-    QString name;
-    bool tests18 = false;
-};
-
 class Reader
 {
 public:
@@ -25,24 +21,26 @@ public:
         : connection(database)
         , transaction(database, Database::Access::Read)
     {
-        Statement all(database, "SELECT id, {bytes_of name}, tests_18 FROM stations");
-        all.run();
-        while (all.next())
-            stations.insert(all.number(0), {all.text(1), all.number(2) != 0});
+        for (const StationRow& row : StationRows::stations(database))
+            stations.insert(row.id.toInt(), row);
     }
 
-    /// clause: which attempts, in which order.
-    void read(const QString& clause, const QVariantList& values, const attemptreader::Visit& visit)
+    bool isVersion1() const { return transaction.schemaVersion() == 1; }
+
+    /// rows: a table or a query, what is read of it and in which order; texts: its values.
+    void read(const QString& rows, const QStringList& texts, const attemptreader::Visit& visit)
     {
-        Statement select(connection, "SELECT station_id, {bytes_of serial}, tested_at, marks "
-                                     "FROM attempts " +
-                                         clause);
+        Statement select(connection,
+                         "SELECT station_id, {bytes_of serial}, tested_at, marks FROM " + rows);
+        QVariantList values;
+        for (const QString& text : texts)
+            values << select.valueOf(text);
         if (values.isEmpty())
             select.run();
         else
             select.run(values);
         while (select.next()) {
-            const Station& station = stations[select.number(0)];
+            const StationRow& station = stations[select.number(0)];
             const QString serial = select.text(1);
             visit({station.name, station.tests18, serial, select.plainText(2),
                    select.marks(3, serial)});
@@ -52,15 +50,16 @@ public:
 private:
     Database& connection;
     Transaction transaction;
-    QHash<int, Station> stations; ///< By id.
+    QHash<int, StationRow> stations; ///< By id.
 };
 
 /// Puts the attempts of each unit, which come by serial, into order.
 class UnitSorter
 {
 public:
-    explicit UnitSorter(const attemptreader::Visit& sortedVisit)
-        : visit(sortedVisit)
+    UnitSorter(bool areLogs, const attemptreader::Visit& sortedVisit)
+        : groups(areLogs)
+        , visit(sortedVisit)
     {
     }
 
@@ -73,48 +72,97 @@ public:
 
     void finishUnit()
     {
+        if (groups)
+            group();
         std::sort(unit.begin(), unit.end(), attemptrules::isBefore);
         std::for_each(unit.begin(), unit.end(), visit);
         unit.clear();
     }
 
 private:
+    /// All logs of the unit become its attempts.
+    void group()
+    {
+        QMap<QString, std::vector<attemptrules::Save>> saves;
+        QMap<QString, Attempt> of;
+        for (const Attempt& log : unit) {
+            saves[log.station].push_back({log.testedAt, log.marks});
+            of[log.station] = log;
+        }
+        unit.clear();
+        for (auto station = saves.cbegin(); station != saves.cend(); ++station)
+            for (const auto& save : attemptrules::grouped(station.value()).attempts) {
+                Attempt attempt = of[station.key()];
+                attempt.testedAt = save.testedAt;
+                attempt.marks = save.marks;
+                unit.push_back(attempt);
+            }
+    }
+
+    const bool groups;
     const attemptreader::Visit& visit;
     std::vector<Attempt> unit;
 };
 
-void readUnits(Database& database, const QString& clause, const QVariantList& values,
+/// Version 1 grouped by other rules, so all of its logs are read and grouped anew.
+const QString logsOfVersion1 = R"((
+    SELECT station_id, serial, tested_at, marks FROM attempts
+    UNION ALL
+    SELECT station_id, serial, tested_at, marks FROM other_saves) AS logs)";
+
+void readUnits(Database& database, const QString& clause, const QStringList& texts,
                const attemptreader::Visit& visit)
 {
-    UnitSorter sorter(visit);
-    Reader(database).read(clause, values, [&](const Attempt& attempt) { sorter.add(attempt); });
+    Reader reader(database);
+    UnitSorter sorter(reader.isVersion1(), visit);
+    reader.read((reader.isVersion1() ? logsOfVersion1 : "attempts") + clause, texts,
+                [&](const Attempt& attempt) { sorter.add(attempt); });
     sorter.finishUnit();
+}
+
+bool isEarlier(const Attempt& left, const Attempt& right)
+{
+    if (left.testedAt != right.testedAt)
+        return left.testedAt < right.testedAt;
+    if (left.serial != right.serial)
+        return left.serial.toUtf8() < right.serial.toUtf8();
+    return attemptrules::isBefore(left, right);
 }
 } // namespace
 
 void attemptreader::forEachByUnit(Database& database, const Visit& visit)
 {
-    readUnits(database, "ORDER BY {by_bytes serial}, {by_bytes tested_at}", {}, visit);
+    readUnits(database, " ORDER BY {by_bytes serial}, {by_bytes tested_at}", {}, visit);
 }
 
 void attemptreader::forEachOf(Database& database, const QString& serial, const Visit& visit)
 {
-    readUnits(database, "WHERE {by_bytes serial} = {text_of ?}", {Statement::valueOf(serial)},
-              visit);
+    readUnits(database, " WHERE {by_bytes serial} = {text_of ?}", {serial}, visit);
 }
 
 void attemptreader::forEachByTime(Database& database, const Visit& visit)
 {
-    Reader(database).read(
-        "JOIN stations ON stations.id = station_id "
-        "ORDER BY {by_bytes tested_at}, {by_bytes serial}, {by_bytes name}, marks",
-        {}, visit);
+    Reader reader(database);
+    // Those of one second are put into order here, as those of one unit are.
+    std::vector<Attempt> second;
+    const auto finish = [&] {
+        std::sort(second.begin(), second.end(), isEarlier);
+        std::for_each(second.begin(), second.end(), visit);
+        second.clear();
+    };
+    reader.read("attempts ORDER BY {by_bytes tested_at}", {}, [&](const Attempt& attempt) {
+        if (!second.empty() && second.front().testedAt != attempt.testedAt)
+            finish();
+        second.push_back(attempt);
+    });
+    finish();
 }
 
 std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDateTime& now)
 {
     Transaction transaction(database, Database::Access::Read);
-    Statement select(database, R"(
+    Statement select(database,
+                     QString(R"(
         SELECT {bytes_of name}, max(newest)
         FROM stations LEFT JOIN
             (SELECT station_id, max(tested_at) AS newest
@@ -123,11 +171,12 @@ std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDa
              GROUP BY station_id
              UNION ALL
              SELECT station_id, max(tested_at)
-             FROM repeated_saves
+             FROM %1
              WHERE tested_at <= ?
              GROUP BY station_id) AS logs ON station_id = id
         GROUP BY name
-        ORDER BY {by_bytes name})");
+        ORDER BY {by_bytes name})")
+                         .arg(transaction.schemaVersion() == 1 ? "other_saves" : "repeated_saves"));
     const QString latest = now.toString(Qt::ISODate);
     select.run({latest, latest});
     std::vector<StationNews> news;

@@ -22,34 +22,22 @@ bool isIn(const std::vector<Save>& saves, const Save& save)
     return std::find(saves.begin(), saves.end(), save) != saves.end();
 }
 
-/// A station that tests component 18 from now on: every attempt there has missed it, or ended
-/// before it.
-void beginToTest18(Database& database, const StationRow& station)
-{
-    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({station.id});
-    StationRows rows(database, station);
-    rows.forEachUnit(
-        [&](const QString& serial, const UnitLogs& logs) { rows.writeAgain(serial, logs); });
-}
-
 /// The row of the station with these logs, made or changed if need be.
 StationRow updatedStation(Database& database, const Station& station,
                           const std::vector<StationLog>& logs)
 {
     auto row = StationRows::findStation(database, station.name);
     if (!row) {
-        Statement(database, "INSERT INTO stations (name) VALUES ({text_of ?})")
-            .run({Statement::valueOf(station.name)});
+        Statement insert(database, "INSERT INTO stations (name) VALUES ({text_of ?})");
+        insert.run({insert.valueOf(station.name)});
         row = StationRows::findStation(database, station.name);
     }
     // Marks of component 18 among the logs say that the station tests it.
     const bool isShown = std::any_of(logs.begin(), logs.end(), [](const StationLog& log) {
         return attemptrules::showsComponent18(log.marks);
     });
-    if (!row->tests18 && (station.tests18 || isShown)) {
-        row->tests18 = true;
-        beginToTest18(database, *row);
-    }
+    if (!row->tests18 && (station.tests18 || isShown))
+        StationRows::beginToTest18(database, *row);
     return *row;
 }
 

@@ -21,12 +21,13 @@ struct SqlDialect {
     QStringList dataErrors; ///< Beginnings of the error codes that a log is to blame for.
 
     // Words of a statement; %1 is an argument.
-    QString idColumn;     ///< {id}
-    QString bytesColumn;  ///< {blob}
-    QString keyOnlyTable; ///< {keyonly}: ends a table whose primary key is all that it has
-    QString textOfBytes;  ///< {text_of X}
-    QString bytesOfText;  ///< {bytes_of X}
-    QString byBytes;      ///< {by_bytes X}: compared by its UTF-8, whatever the language
+    QString idColumn;         ///< {id}
+    QString bytesColumn;      ///< {blob}
+    QString keyOnlyTable;     ///< {keyonly}: ends a table whose primary key is all that it has
+    bool textAsBytes = false; ///< Whether a text is handed over as its UTF-8.
+    QString textOf;           ///< {text_of X}: X as it is handed over
+    QString bytesOf;          ///< {bytes_of X}
+    QString byBytes;          ///< {by_bytes X}: compared by its UTF-8, whatever the language
 
     static const SqlDialect& sqlite();
     static const SqlDialect& postgresql();

@@ -53,6 +53,11 @@ QString Statement::text(int column) const
     return QString::fromUtf8(utf8);
 }
 
+QVariant Statement::valueOf(const QString& text) const
+{
+    return database.sqlDialect().textAsBytes ? QVariant(text.toUtf8()) : QVariant(text);
+}
+
 BandMarks Statement::marks(int column, const QString& serial) const
 {
     const auto marks = bandmarks::unpacked(bytes(column));

@@ -44,7 +44,7 @@ public:
     QVariant insertedId() const { return query.lastInsertId(); }
 
     /// The value for {statementof ?}.
-    static QVariant valueOf(const QString& text) { return text.toUtf8(); }
+    QVariant valueOf(const QString& text) const;
 
 private:
     Database& database;

@@ -42,14 +42,9 @@ bool UnitLogs::holdElsewhere(const Save& save) const
     return contains(elsewhere, save);
 }
 
-StationRows::StationRows(Database& database, const StationRow& row)
-    : station(row)
-    , findSerials(database, R"(
-          SELECT DISTINCT {bytes_of serial}, serial
-          FROM attempts
-          WHERE station_id = ? AND serial >= {text_of ?}
-          ORDER BY serial
-          LIMIT ?)")
+StationRows::StationRows(Database& usedDatabase, const StationRow& row)
+    : database(usedDatabase)
+    , station(row)
     , findAttempts(database, R"(
           SELECT station_id, {bytes_of serial}, tested_at, marks
           FROM attempts)" + ofUnits)
@@ -82,10 +77,19 @@ std::optional<StationRow> StationRows::findStation(Database& database, const QSt
         SELECT id, {bytes_of name}, tests_18
         FROM stations
         WHERE name = {text_of ?})");
-    select.run({Statement::valueOf(name)});
+    select.run({select.valueOf(name)});
     if (!select.next())
         return std::nullopt;
     return stationOf(select);
+}
+
+void StationRows::beginToTest18(Database& database, StationRow& station)
+{
+    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({station.id});
+    station.tests18 = true;
+    StationRows rows(database, station);
+    rows.forEachUnit(
+        [&](const QString& serial, const UnitLogs& logs) { rows.writeAgain(serial, logs); });
 }
 
 QMap<QString, UnitLogs> StationRows::find(const QStringList& serials)
@@ -93,7 +97,7 @@ QMap<QString, UnitLogs> StationRows::find(const QStringList& serials)
     QMap<QString, UnitLogs> units;
     QVariantList values;
     for (int i = 0; i < lookupSize; ++i)
-        values << Statement::valueOf(serials[std::min(i, serials.size() - 1)]);
+        values << findAttempts.valueOf(serials[std::min(i, serials.size() - 1)]);
     for (const QString& serial : serials)
         units.insert(serial, {});
     for (Statement* const statement : {&findAttempts, &findRepeated}) {
@@ -113,21 +117,31 @@ QMap<QString, UnitLogs> StationRows::find(const QStringList& serials)
     return units;
 }
 
+QStringList StationRows::serialsAfter(const std::optional<QString>& serial)
+{
+    Statement select(database, QString(R"(
+        SELECT {bytes_of serial}
+        FROM attempts
+        WHERE station_id = ? AND serial %1 {text_of ?}
+        ORDER BY station_id, serial
+        LIMIT ?)")
+                                   .arg(serial ? ">" : ">=")); // the first may be empty
+    select.run({station.id, select.valueOf(serial.value_or("")), lookupSize});
+    QStringList serials;
+    while (select.next())
+        serials << select.text(0);
+    serials.removeDuplicates();
+    return serials;
+}
+
 void StationRows::forEachUnit(const Visit& visit)
 {
-    QStringList serials;
-    do {
-        findSerials.run(
-            {station.id, Statement::valueOf(serials.isEmpty() ? "" : serials.last()), lookupSize});
-        serials.clear();
-        while (findSerials.next())
-            serials << findSerials.text(0);
-        if (serials.isEmpty())
-            return;
+    for (QStringList serials = serialsAfter({}); !serials.isEmpty();
+         serials = serialsAfter(serials.last())) {
         const auto units = find(serials);
         for (auto unit = units.cbegin(); unit != units.cend(); ++unit)
             visit(unit.key(), unit.value());
-    } while (serials.size() == lookupSize);
+    }
 }
 
 void StationRows::group(const QString& serial, const UnitLogs& present,
@@ -153,7 +167,7 @@ void StationRows::change(const QString& serial, const attemptrules::Attempts& pr
                          const attemptrules::Attempts& wanted)
 {
     const auto valuesOf = [&](const Save& save) {
-        return QVariantList{station.id, Statement::valueOf(serial), save.testedAt,
+        return QVariantList{station.id, insertAttempt.valueOf(serial), save.testedAt,
                             bandmarks::packed(save.marks)};
     };
     for (const Save& save : present.attempts)
@@ -173,7 +187,7 @@ void StationRows::change(const QString& serial, const attemptrules::Attempts& pr
 void StationRows::insert(const QString& serial, const Save& save)
 {
     const auto outcome = attemptrules::outcomeOf(save.marks, station.tests18);
-    insertAttempt.run({station.id, Statement::valueOf(serial), save.testedAt,
+    insertAttempt.run({station.id, insertAttempt.valueOf(serial), save.testedAt,
                        bandmarks::packed(save.marks), outcome.isComplete() ? 1 : 0,
                        outcome.endedAt ? QVariant(*outcome.endedAt) : QVariant(QVariant::Int)});
     if (outcome.missed.empty())

@@ -44,11 +44,15 @@ public:
     static std::vector<StationRow> stations(Database& database);
     static std::optional<StationRow> findStation(Database& database, const QString& name);
 
+    /// From now on the station tests component 18: every attempt there missed it, or ended before
+    /// it. Changes the row that is handed over too.
+    static void beginToTest18(Database& database, StationRow& station);
+
     /// What the database has of so many units at most, by serial; of those without any log too.
     QMap<QString, UnitLogs> find(const QStringList& serials);
 
     using Visit = std::function<void(const QString& serial, const UnitLogs& logs)>;
-    /// Every unit, some at a time; visit may change its rows, and may see a unit twice.
+    /// Every unit, some at a time; visit may change its rows.
     void forEachUnit(const Visit& visit);
 
     /// Groups the logs of a unit and these anew, and changes the rows that differ.
@@ -63,8 +67,11 @@ private:
                 const attemptrules::Attempts& wanted);
     void insert(const QString& serial, const attemptrules::Save& save);
 
+    /// The next serials after this one, or the first ones.
+    QStringList serialsAfter(const std::optional<QString>& serial);
+
+    Database& database;
     const StationRow station;
-    Statement findSerials;
     Statement findAttempts;
     Statement findRepeated;
     Statement insertAttempt;
