@@ -64,6 +64,8 @@ int showStatus(const QCommandLineParser& parser)
     QTextStream out(stdout);
     bool isFine = showDatabase(location, out);
     const QString root = parser.isSet("spool") ? parser.value("spool") : SpoolFolder::defaultRoot();
+    if (const QFileInfo info(root); info.exists() && !info.isReadable())
+        return command::fail(QString("the spool %1 cannot be read").arg(root));
     out << "spool " << root << ":\n";
     for (const SpoolFolder& folder : SpoolFolder::below(root))
         isFine = showSpool(folder, out) && isFine;

@@ -223,10 +223,12 @@ void Capture::lookAtAll()
 void Capture::readLog(const QString& path)
 {
     const Stamp stamp = stampOf(path);
-    seen.insert(path, stamp);
     // Two changes within one tick of the file system's clock look the same.
-    if (std::abs(QDateTime::currentMSecsSinceEpoch() - stamp[0] / nsInMs) < settledMs)
+    const qint64 ageMs = QDateTime::currentMSecsSinceEpoch() - stamp[0] / nsInMs;
+    if (stamp == Stamp() || std::abs(ageMs) < settledMs)
         seen.remove(path);
+    else
+        seen.insert(path, stamp);
     QString reason;
     const auto bytes = logfiles::bytesOf(path, reason);
     const QFileInfo info(path);

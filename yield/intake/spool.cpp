@@ -93,10 +93,9 @@ QStringList pathsIn(const QString& folder)
 std::vector<SpoolFolder> folderAt(const QString& path)
 {
     QFile about(path + aboutFile);
-    about.open(QIODevice::ReadOnly);
-    const QJsonObject said = QJsonDocument::fromJson(about.readAll()).object();
-    if (said.isEmpty())
+    if (!about.open(QIODevice::ReadOnly))
         return {};
+    const QJsonObject said = QJsonDocument::fromJson(about.readAll()).object();
     const Station station = {said["station"].toString(), said["tests_18"].toBool()};
     return {{path, said["database"].toString(), station}};
 }
@@ -115,8 +114,7 @@ QStringList SpoolFolder::setAside() const
 QString SpoolFolder::reasonFor(const QString& asidePath)
 {
     QFile file(asidePath + reasonEnding);
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll()).trimmed();
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
 }
 
 void SpoolFolder::remove(const QString& path)

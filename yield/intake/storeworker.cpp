@@ -116,8 +116,9 @@ void StoreWorker::storeAll()
     // The spool first: its logs may be nowhere else.
     if (withSpool || withFolders)
         for (const SpoolFolder& folder : SpoolFolder::below(spoolLocation))
-            if (folder.database == request.database)
-                storeFiles(&folder, folder.waiting());
+            if (const QStringList waiting = folder.waiting();
+                folder.database == request.database && !waiting.isEmpty())
+                storeFiles(&folder, waiting);
     if (!withFolders)
         return;
     QStringList files;

@@ -28,6 +28,7 @@ int stopDescriptor()
     sigaddset(&stops, SIGTERM);
     sigaddset(&stops, SIGINT);
     pthread_sigmask(SIG_BLOCK, &stops, nullptr);
+    std::signal(SIGPIPE, SIG_IGN); // what is said may have no reader any more
     return signalfd(-1, &stops, SFD_CLOEXEC);
 }
 
