@@ -167,6 +167,7 @@ ComponentPanel* MainWindow::addPanel(int firstOfKind, std::size_t index)
 
 void MainWindow::slot_PollDevices()
 {
+    unitlink::takeInAnnouncements();
     const auto inputs = juce::MidiInput::getAvailableDevices();
     followSequencer(deviceManager, !inputs.isEmpty());
     const auto unit = unitlink::identifierIn(inputs);

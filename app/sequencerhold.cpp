@@ -3,7 +3,7 @@
 
 #include "app/sequencerhold.h"
 
-#if JUCE_LINUX && JUCE_MAJOR_VERSION >= 8
+#if JUCE_LINUX && JUCE_MAJOR_VERSION == 8
 namespace
 {
 using juce::AudioDeviceManager;

@@ -7,6 +7,10 @@
 #include <array>
 #include <memory>
 
+#if JUCE_LINUX && JUCE_MAJOR_VERSION >= 9
+#include <juce_events/native/juce_EventLoopInternal_linux.h>
+#endif
+
 namespace
 {
 constexpr std::array<juce::uint8, 11> replyBody{
@@ -55,6 +59,15 @@ bool unitlink::isIdentityReply(const juce::MidiMessage& message)
 {
     return message.isSysEx() && message.getSysExDataSize() == static_cast<int>(replyBody.size()) &&
            std::equal(replyBody.begin(), replyBody.end(), message.getSysExData());
+}
+
+void unitlink::takeInAnnouncements()
+{
+#if JUCE_LINUX && JUCE_MAJOR_VERSION >= 9
+    using juce::LinuxEventLoopInternal;
+    for (const int descriptor : LinuxEventLoopInternal::getRegisteredFds())
+        LinuxEventLoopInternal::invokeEventLoopCallbackForFd(descriptor);
+#endif
 }
 
 void unitlink::keepInputThreadRunning()

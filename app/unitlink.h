@@ -21,6 +21,12 @@ juce::MidiMessage identityRequest();
 /// between F0 and F7.
 bool isIdentityReply(const juce::MidiMessage& message);
 
+/// Lets JUCE 9 take in which ports came and went. It lists the ports as they were when it last
+/// handled the sequencer's announcements, and leaves that to its own message loop, which does not
+/// run here. JUCE 7 and 8 ask the sequencer at each listing: nothing is done there. On the GUI
+/// thread.
+void takeInAnnouncements();
+
 /// Keeps one unused MIDI input open until the process ends: JUCE 7 needs up to 100 ms to stop its
 /// input thread, and an input opened in that time receives nothing. JUCE 8 does not need it. Does
 /// nothing where the system has no MIDI yet. May be called again; on the GUI thread.

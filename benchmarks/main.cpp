@@ -30,8 +30,7 @@ int main(int argc, char* argv[])
     addThreadRows();
     addProcessRows();
     addGrowthRows(station);
-    addYieldImportRows();
-    addYieldReportRows();
+    addYieldRows();
     benchmark::RunSpecifiedBenchmarks();
     return EXIT_SUCCESS;
 }

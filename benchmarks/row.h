@@ -59,5 +59,4 @@ void addThreadRows();
 void addProcessRows();
 void addGrowthRows(MainWindow& station);
 // Rows of zorvi_yield; they need no station.
-void addYieldImportRows();
-void addYieldReportRows();
+void addYieldRows();

@@ -20,12 +20,17 @@ if(TARGET juce::juce_audio_processors_headless)
     target_link_libraries(zorvi_juce PRIVATE juce::juce_audio_processors_headless)
 endif()
 target_compile_definitions(zorvi_juce
-    PRIVATE JUCE_ALSA_MIDI_NAME="Zorvi"
     PUBLIC JUCE_USE_CURL=0 JUCE_USE_FLAC=0 JUCE_USE_OGGVORBIS=0
            JUCE_GLOBAL_MODULE_SETTINGS_INCLUDED=1
     INTERFACE $<TARGET_PROPERTY:zorvi_juce,COMPILE_DEFINITIONS>)
 target_include_directories(zorvi_juce SYSTEM
     INTERFACE $<TARGET_PROPERTY:zorvi_juce,INCLUDE_DIRECTORIES>)
+# The name of the station's MIDI client. JUCE 9.0.2 lacks the semicolon after it.
+set(midi_name "\"Zorvi\"")
+if(JUCE_VERSION VERSION_GREATER_EQUAL 9)
+    string(APPEND midi_name "\\;")
+endif()
+target_compile_options(zorvi_juce PRIVATE "-DJUCE_ALSA_MIDI_NAME=${midi_name}")
 # A few functions of AudioProcessor name JUCE's windows. Nothing calls them, and the linker drops
 # what nothing calls before it looks for what is missing.
 target_compile_options(zorvi_juce PRIVATE -w -ffunction-sections)

@@ -28,6 +28,6 @@ convert "$runs/good/end.png" -crop 60x270+210+200 +repage -strip docs/pictures/f
 # The yield of the demo's two weeks.
 build/release/bin/zorvi_fortnight --output "$runs" >/dev/null
 chromium --headless --no-sandbox --disable-gpu --no-first-run --hide-scrollbars \
-    --user-data-dir="$runs/profile" --window-size=1230,1500 --screenshot="$runs/yield.png" \
+    --user-data-dir="$runs/profile" --window-size=1230,1650 --screenshot="$runs/yield.png" \
     "file://$runs/yield.html" 2>/dev/null
 convert "$runs/yield.png" -strip +dither -colors 200 docs/pictures/yield.png

@@ -12,6 +12,8 @@ namespace
 constexpr int firstUserClient = 128;
 /// Events carry port numbers in one byte; higher values have other meanings.
 constexpr int lastPort = 252;
+/// Where the kernel announces which ports come and go.
+const memorysequencer::Address announcements(SND_SEQ_CLIENT_SYSTEM, SND_SEQ_PORT_SYSTEM_ANNOUNCE);
 
 /// The lowest number from `first` on that is no key of the map.
 template <typename Map>
@@ -70,6 +72,7 @@ int PortTable::createPort(Client& client, const char* name, unsigned int capabil
     if (port > lastPort)
         return -ENOMEM;
     client.ports[port] = {name, capability};
+    announce(SND_SEQ_EVENT_PORT_START, {client.id, port});
     return port;
 }
 
@@ -85,6 +88,7 @@ int PortTable::deletePort(Client& client, int port)
     subscriptions.erase(std::remove_if(subscriptions.begin(), subscriptions.end(), isGone),
                         subscriptions.end());
     client.queue.dropEventsFor(static_cast<unsigned char>(port));
+    announce(SND_SEQ_EVENT_PORT_EXIT, gone);
     return 0;
 }
 
@@ -117,7 +121,7 @@ int PortTable::subscribe(const Client& client, const Address& source, const Addr
     if (!exists(source) || !exists(destination))
         return -EINVAL;
     const auto permits = [&](const Address& port, unsigned int capability) {
-        return port.first == client.id ||
+        return port == announcements || port.first == client.id ||
                (find(port.first)->ports.at(port.second).capability & capability) != 0;
     };
     if (!permits(source, SND_SEQ_PORT_CAP_SUBS_READ) ||
@@ -147,13 +151,7 @@ int PortTable::send(const Client& sender, snd_seq_event_t event)
     if (!exists(source))
         return -EINVAL;
     event.source.client = static_cast<unsigned char>(sender.id);
-    for (const auto& [from, to] : subscriptions) {
-        if (from != source)
-            continue;
-        event.dest.client = static_cast<unsigned char>(to.first);
-        event.dest.port = static_cast<unsigned char>(to.second);
-        find(to.first)->queue.push(event);
-    }
+    deliver(source, event);
     return 0;
 }
 
@@ -186,8 +184,30 @@ Client* PortTable::find(int client)
 
 bool PortTable::exists(const Address& address)
 {
+    if (address == announcements)
+        return true;
     const Client* client = find(address.first);
     return client != nullptr && client->ports.count(address.second) != 0;
+}
+
+void PortTable::deliver(const Address& source, snd_seq_event_t& event)
+{
+    for (const auto& [from, to] : subscriptions) {
+        if (from != source)
+            continue;
+        event.dest.client = static_cast<unsigned char>(to.first);
+        event.dest.port = static_cast<unsigned char>(to.second);
+        find(to.first)->queue.push(event);
+    }
+}
+
+void PortTable::announce(snd_seq_event_type type, const Address& address)
+{
+    snd_seq_event_t event{};
+    event.type = static_cast<snd_seq_event_type_t>(type);
+    event.data.addr = {static_cast<unsigned char>(address.first),
+                       static_cast<unsigned char>(address.second)};
+    deliver(announcements, event);
 }
 
 PortTable& portTable()

@@ -62,7 +62,7 @@ public:
     std::optional<std::pair<int, Port>> portAfter(const Address& address);
 
     /// As the kernel does, for a client that may also connect others: a port that is not its own
-    /// has to permit subscriptions.
+    /// has to permit subscriptions. The source may be the system's port for announcements.
     int subscribe(const Client& client, const Address& source, const Address& destination);
     /// How many ports send to this one; negative if it does not exist.
     int sourcesOf(const Address& destination);
@@ -78,6 +78,10 @@ public:
 private:
     Client* find(int client);
     bool exists(const Address& address);
+    /// Queues a copy for every subscriber of the port, in order of subscription.
+    void deliver(const Address& source, snd_seq_event_t& event);
+    /// Tells the subscribers of the system's announcements that a port came or went.
+    void announce(snd_seq_event_type type, const Address& address);
 
     std::atomic<bool> failing{false};
     std::atomic<bool> absent{false};

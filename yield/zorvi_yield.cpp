@@ -8,7 +8,7 @@
 int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("zorvi_yield"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
+    QCoreApplication::setApplicationName("zorvi_yield");
+    QCoreApplication::setApplicationVersion(ZORVI_VERSION);
     return commandline::run(QCoreApplication::arguments());
 }

@@ -5,8 +5,8 @@
 # usage: test_on.sh SUITE [COMMAND]   (as root)
 #
 # Clones HEAD into a fresh Debian of that suite in build/debian/SUITE and runs "./dev COMMAND" there:
-# test, which is the default, lint, package or demo. The Debian is removed when that succeeded, and
-# left to be looked at when not.
+# test, which is the default, lint, package, demo or build. The Debian is removed when that succeeded,
+# and left to be looked at when not. "build" leaves it too, for "./dev system --debian SUITE".
 set -euo pipefail
 self=$(readlink -f "$0")
 cd "$(dirname "$self")/../.."
@@ -18,14 +18,14 @@ fail() {
 
 suite=${1:-}
 case "$suite" in
-    bookworm | trixie) ;;
-    *) fail "which Debian? bookworm or trixie" ;;
+    bookworm | trixie | forky) ;;
+    *) fail "which Debian? bookworm, trixie or forky" ;;
 esac
 command=${2:-test}
 case "$command" in
     test | lint | package) groups="build $command" ;;
-    demo) groups=build ;;
-    *) fail "which command? test, lint, package or demo" ;;
+    demo | build) groups=build ;;
+    *) fail "which command? test, lint, package, demo or build" ;;
 esac
 root=build/debian/$suite
 # shellcheck source=packaging/tryout/debian_root.sh
@@ -49,5 +49,5 @@ git diff --quiet HEAD || echo "test-on: what is not committed is not tested"
 start=$SECONDS
 contained "$self" "$suite" "$command" contained ||
     fail "$command failed on $suite after $((SECONDS - start)) s; what was built lies in $root/station"
-rm -rf --one-file-system "$root"
+[ "$command" = build ] || rm -rf --one-file-system "$root"
 echo "test-on: $command succeeded on $suite, $((SECONDS - start)) s"

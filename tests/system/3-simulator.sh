@@ -11,7 +11,7 @@ run_unit() {
     wait_for is_let_go
     press_start_test
     type_serial "$1"
-    "$bin/zorvi_unit" --delay 4 --pace 600 --fault "$1" > /dev/null
+    (start zorvi_unit --delay 4 --pace 600 --fault "$1") > /dev/null
 }
 
 save_and_read() {

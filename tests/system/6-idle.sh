@@ -11,7 +11,7 @@ plug unit
 check 'the unit is found' wait_for is_linked_to 'Zorvi_Control MIDI 1'
 pause 3
 
-thread=$(dirname "$(grep -l '^JUCE MIDI Input$' /proc/"$station"/task/*/comm)")
+thread=$(dirname "$(grep -lE '^JUCE (MIDI Input|v9.*: AL.*)$' /proc/"$station"/task/*/comm)")
 wakeups() { awk '/^voluntary/ { print $2 }' "$thread/status"; }
 cpu_ms() { awk '{ printf "%d", $1 / 1e6 }' "$thread/schedstat"; }
 wakeups_before=$(wakeups) cpu_before=$(cpu_ms)

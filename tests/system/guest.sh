@@ -2,14 +2,15 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: guest.sh ["GROUP..."]
+# usage: guest.sh ["GROUP..." [TREE]]
 #
 # Runs in the machine that run.sh boots, as its first process: prepares it, runs each group of
-# tests, switches the machine off.
+# tests, switches the machine off. TREE: the Debian in a folder whose station is tried.
 export PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8
 here=$(dirname "$(readlink -f "$0")")
 project=$(readlink -f "$here/../..")
-export project
+tree=${2:-}
+export project tree
 
 mount -t sysfs sys /sys
 mount -t tmpfs run /run
@@ -26,6 +27,12 @@ ln -s "$linux/$(uname -r)" /lib/modules/
 modprobe -a configfs snd-seq snd-seq-midi snd-usb-audio libcomposite usb_f_midi
 modprobe dummy_hcd num=3 # controllers, so many units can be plugged in at once
 mount -t configfs configfs /sys/kernel/config
+
+if [ -n "$tree" ]; then
+    for folder in dev proc run sys tmp; do
+        mount --rbind "/$folder" "$tree/$folder"
+    done
+fi
 
 exec 3> /dev/ttyS1 # for the results; everything else goes to the console
 stty -F /dev/ttyS1 -opost

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: run.sh [--kernel VERSION] [--kvm] [--group NUMBERS]
+# usage: run.sh [--kernel VERSION] [--kvm] [--group NUMBERS] [--debian SUITE]
 #
 # Boots a Debian kernel in QEMU and runs guest.sh there. The root file system of that machine is
 # this one's, read-only below an overlay in memory; it has no network. Screenshots and logs come to
@@ -18,19 +18,22 @@ fail() {
     exit 1
 }
 
-kernel='' group=''
+kernel='' group='' tree=''
 processor=(-accel tcg -cpu max -smp 2)
 while [ $# -gt 0 ]; do
     case "$1" in
         --kernel) kernel=${2:?--kernel takes a version} && shift ;;
         --group) group=${2:?--group takes numbers} && shift ;;
+        --debian) tree=$project/build/debian/${2:?--debian takes a suite} && shift ;;
         --kvm) processor=(-accel kvm -cpu host -smp 2) ;;
-        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel VERSION] [--kvm] [--group NUMBERS]" ;;
+        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel VERSION] [--kvm] [--group NUMBERS] [--debian SUITE]" ;;
     esac
     shift
 done
 [ "${processor[1]}" != kvm ] || [ -w /dev/kvm ] || fail "/dev/kvm is not there or not writable"
 [ -x "$project/build/release/bin/zorvi_assembly_test" ] || fail "no station in build/release/bin"
+[ -z "$tree" ] || [ -x "$tree/station/build/release/bin/zorvi_assembly_test" ] ||
+    fail "no station in $tree; \"./dev test-on ${tree##*/} build\" makes it"
 
 linux=$system/linux-${kernel:-$(sed -n s/^VERSION_CODENAME=//p /etc/os-release)}
 "$here/kernel.sh" "$linux" "$kernel"
@@ -63,7 +66,7 @@ for module in virtio_pci 9pnet_virtio 9p overlay; do
     done < <(/sbin/modprobe -d "$linux" -S "$(cat "$linux/release")" --show-depends "$module")
 done
 cp "$here/init" /bin/busybox "$system/initramfs/"
-printf '%s\n' "$project" "$group" > "$system/initramfs/project"
+printf '%s\n' "$project" "$group" "$tree" > "$system/initramfs/project"
 (cd "$system/initramfs" && find . | busybox cpio -o -H newc 2>/dev/null | gzip -1) > "$system/initramfs.img"
 
 echo "system: booting Linux $(cat "$linux/release"), ${processor[1]}"

@@ -5,7 +5,10 @@
 # What the groups of tests share: results, the station, its links. Units are in unit.sh.
 set -uo pipefail
 here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
-bin=${project:?}/build/release/bin
+built=${project:?}/build/release/bin
+bin=$built
+# The station of a Debian in a folder is started in there, with its libraries.
+[ -z "${tree:-}" ] || bin=$tree/station/build/release/bin
 group=$(basename "$0" .sh)
 failures=0
 station=''
@@ -46,9 +49,18 @@ screenshot() { import -window root "/run/output/$group-$1.png"; }
 
 # --- the station ---
 
+# start PROGRAM...: one of the station's.
+start() {
+    if [ -n "${tree:-}" ]; then
+        exec chroot "$tree" "${bin#"$tree"}/$1" "${@:2}"
+    else
+        exec "$bin/$1" "${@:2}"
+    fi
+}
+
 # start_station PROGRAM: with the serial number field empty and the run armed.
 start_station() {
-    "$bin/$1" &
+    start "$1" &
     station=$!
     wait_for windows_are 1 || return
     # All of its code into memory: it should not wait for the disk later.
@@ -84,8 +96,8 @@ log_says() {
     database=$(mktemp -u /run/yield-XXXXXX)
     wait_for test -s "$(log_of "$1")" || return
     cp "$(log_of "$1")" /run/output/
-    "$bin/zorvi_yield" import ${3:+"$3"} --database "$database" "$(log_of "$1")" || return
-    said=$("$bin/zorvi_yield" unit --database "$database" "$1")
+    "$built/zorvi_yield" import ${3:+"$3"} --database "$database" "$(log_of "$1")" || return
+    said=$("$built/zorvi_yield" unit --database "$database" "$1")
     grep -F "  $2" <<< "$said" || { echo "not \"$2\" but: $said"; return 1; }
 }
 
@@ -100,8 +112,9 @@ linked_ports() {
         /Connecting To/ && client !~ /^Client +0 / { print port }' /proc/asound/seq/clients
 }
 is_linked_to() { [ "$(linked_ports)" = "$1" ]; }
-# The station keeps its input open until it has seen the unit go.
+# The input that the station opens bears the station's name and "input", or with JUCE 9 the unit's or
+# the station's name, until the station has seen the unit go.
 is_let_go() {
     ! awk -F'"' '/^Client/ { user = /User/ } /^ *Port/ && user { print $2 }' \
-        /proc/asound/seq/clients | grep -qx 'Zorvi Assembly Test input'
+        /proc/asound/seq/clients | grep -q '^Zorvi\(_Control.*\| Assembly Test input\)\?$'
 }

@@ -19,9 +19,9 @@ constexpr uid_t nobody = 65534;
 
 QString program(const QString& name)
 {
-    const QDir versions(QStringLiteral("/usr/lib/postgresql"));
+    const QDir versions(QString("/usr/lib/postgresql"));
     const QString version = versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
-    return versions.filePath(version + QStringLiteral("/bin/") + name);
+    return versions.filePath(version + QString("/bin/") + name);
 }
 } // namespace
 
@@ -34,39 +34,41 @@ void UnprivilegedProcess::setupChildProcess()
 
 QString PostgresServer::create()
 {
-    if (!QFile::exists(program(QStringLiteral("initdb"))))
-        return QStringLiteral("PostgreSQL is not installed");
+    if (!QFile::exists(program(QString("initdb"))))
+        return QString("PostgreSQL is not installed");
     if (geteuid() == 0 && chown(QFile::encodeName(folder.path()).constData(), nobody, nobody) != 0)
-        return QStringLiteral("the folder cannot be handed over");
+        return QString("the folder cannot be handed over");
     UnprivilegedProcess initdb;
     initdb.setWorkingDirectory(folder.path());
-    initdb.start(program(QStringLiteral("initdb")),
-                 {QStringLiteral("--auth=trust"), QStringLiteral("--username=line"),
-                  QStringLiteral("--encoding=UTF8"), QStringLiteral("--locale=C"),
-                  QStringLiteral("--no-sync"), folder.filePath(QStringLiteral("data"))});
+    initdb.start(program(QString("initdb")),
+                 {QString("--auth=trust"), QString("--username=line"), QString("--encoding=UTF8"),
+                  QString("--locale=C"),
+                  // A language's order, unlike that of SQLite.
+                  QString("--locale-provider=icu"), QString("--icu-locale=de"),
+                  QString("--no-sync"), folder.filePath(QString("data"))});
     if (!initdb.waitForFinished(patienceMs) || initdb.exitCode() != 0)
         return QString::fromLocal8Bit(initdb.readAllStandardError());
     QTcpServer portFinder;
     portFinder.listen(QHostAddress::LocalHost);
     port = portFinder.serverPort();
     portFinder.close();
-    return start() ? QString() : QStringLiteral("the server does not start");
+    return start() ? QString() : QString("the server does not start");
 }
 
 bool PostgresServer::start()
 {
     server.setWorkingDirectory(folder.path());
     server.setStandardErrorFile(QProcess::nullDevice());
-    server.start(program(QStringLiteral("postgres")),
-                 {QStringLiteral("-F"), QStringLiteral("-D"), folder.filePath("data"),
-                  QStringLiteral("-h"), QStringLiteral("127.0.0.1"), QStringLiteral("-p"),
-                  QString::number(port), QStringLiteral("-k"), QString()});
+    server.start(program(QString("postgres")),
+                 {QString("-F"), QString("-D"), folder.filePath("data"), QString("-h"),
+                  QString("127.0.0.1"), QString("-p"), QString::number(port), QString("-k"),
+                  QString()});
     return QTest::qWaitFor(
         [this] {
             QProcess ready;
-            ready.start(program(QStringLiteral("pg_isready")),
-                        {QStringLiteral("-q"), QStringLiteral("-h"), QStringLiteral("127.0.0.1"),
-                         QStringLiteral("-p"), QString::number(port)});
+            ready.start(program(QString("pg_isready")),
+                        {QString("-q"), QString("-h"), QString("127.0.0.1"), QString("-p"),
+                         QString::number(port)});
             return ready.waitForFinished() && ready.exitCode() == 0;
         },
         patienceMs);
@@ -82,5 +84,5 @@ void PostgresServer::stop()
 
 QString PostgresServer::location() const
 {
-    return QStringLiteral("postgresql://line@127.0.0.1:%1/postgres").arg(port);
+    return QString("postgresql://line@127.0.0.1:%1/postgres").arg(port);
 }

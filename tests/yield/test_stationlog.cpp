@@ -46,7 +46,7 @@ private Q_SLOTS:
         const auto log = stationlog::read(written(serial, marks), reason).value_or(StationLog());
         QCOMPARE(reason, QString());
         QCOMPARE(log.serial, serial);
-        QCOMPARE(log.testedAt, QStringLiteral("2026-11-21T12:00:00"));
+        QCOMPARE(log.testedAt, QString("2026-11-21T12:00:00"));
         QVERIFY(log.marks == marks);
         QVERIFY(bandmarks::unpacked(bandmarks::packed(marks)) == marks);
     }
@@ -60,11 +60,13 @@ private Q_SLOTS:
                             const char* reason) {
             QTest::newRow(name) << from << to << QString::fromUtf8(reason);
         };
-        const QByteArray all = written(QStringLiteral("4711"), unitlogs::whole());
+        const QByteArray all = written(QString("4711"), unitlogs::whole());
         row("empty", all, "", "empty");
         row("other file", all, "Dear Sir", "no log");
         row("half a head", all, all.left(15), "half a log: it ends before the serial");
         row("half of the date", all, all.left(50), "half a log: it ends before component 0");
+        row("cut between blocks", all, all.left(all.indexOf("\r\n\r\n---------------- FADER: 3 ")),
+            "half a log: it ends in component 3");
         row("half a block", all, all.left(3000), "half a log: it ends in component 20");
         row("last byte missing", all, all.chopped(1), "half a log: it ends in component 43");
         row("two logs", all, all + all, "too long");
@@ -94,7 +96,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, from);
         QFETCH(QByteArray, to);
         QFETCH(QString, reason);
-        QByteArray log = written(QStringLiteral("4711"), unitlogs::whole());
+        QByteArray log = written(QString("4711"), unitlogs::whole());
         QVERIFY(log.contains(from));
         log.replace(from, to);
         QString given;

@@ -56,7 +56,7 @@ inline QDateTime noon()
 
 inline QString path(const QString& folder, const QString& serial)
 {
-    return folder + QStringLiteral("/ZORVI_%1.txt").arg(serial);
+    return folder + QString("/ZORVI_%1.txt").arg(serial);
 }
 
 inline void write(const QString& folder, const QString& serial, const BandMarks& marks,
@@ -76,23 +76,23 @@ inline StationLog log(const QString& serial, int minutesAfterNoon, const BandMar
 inline QStringList rows(const QSqlDatabase& database, const QString& station)
 {
     const QString selects[] = {
-        QStringLiteral("SELECT 'attempt', serial, tested_at, complete, tests_18, marks FROM "
-                       "attempts"),
-        QStringLiteral("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
-                       "JOIN attempts ON attempts.id = attempt_id"),
-        QStringLiteral("SELECT 'save', serial, tested_at, 0, 0, marks FROM repeated_saves"),
+        QString("SELECT 'attempt', serial, tested_at, complete, ended_at, marks FROM "
+                "attempts"),
+        QString("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
+                "JOIN attempts ON attempts.id = attempt_id"),
+        QString("SELECT 'save', serial, tested_at, 0, 0, marks FROM repeated_saves"),
     };
     QStringList found;
     for (const QString& select : selects) {
         QSqlQuery query(database);
-        if (!query.exec(select + QStringLiteral(" JOIN stations ON stations.id = station_id WHERE "
-                                                "name = '%1'")
+        if (!query.exec(select + QString(" JOIN stations ON stations.id = station_id WHERE "
+                                         "name = '%1'")
                                      .arg(station)))
-            return {QStringLiteral("the rows cannot be read")};
+            return {QString("the rows cannot be read")};
         while (query.next()) {
             QStringList row;
             for (int i = 0; i < 5; ++i)
-                row << query.value(i).toString();
+                row << (query.isNull(i) ? QString() : query.value(i).toString());
             found << row.join(' ') + ' ' + query.value(5).toByteArray().toHex();
         }
     }

@@ -24,44 +24,47 @@ QString missedBands(const std::vector<bandmarks::Band>& bands)
     for (const auto& missed : bands) {
         if (missed.componentNum != componentNum) {
             componentNum = missed.componentNum;
-            text += (text.isEmpty() ? QString() : QStringLiteral("; ")) +
-                    QString::number(componentNum) + QLatin1Char(':');
+            text += (text.isEmpty() ? "" : "; ") + QString::number(componentNum) + ':';
         }
-        text += QLatin1Char(' ') + QString::number(missed.band);
+        text += ' ' + QString::number(missed.band);
     }
     return text;
 }
 
 QByteArray csvText(QString text)
 {
-    static const QString beginsFormula = QStringLiteral("=+-@\t\r\n");
+    static const QString beginsFormula = "=+-@\t\r\n";
     if (!text.isEmpty() && beginsFormula.contains(text[0]))
-        text.prepend(QLatin1Char('\''));
-    text.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+        text.prepend('\'');
+    text.replace('"', "\"\"");
     return '"' + text.toUtf8() + '"';
 }
 } // namespace
 
 QString attempttext::line(const Attempt& attempt)
 {
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
     QMap<int, QVector<int>> missed;
-    for (const auto& band : attemptrules::outcomeOf(attempt.marks, attempt.tests18).missed)
+    for (const auto& band : outcome.missed)
         missed[band.componentNum].append(band.band);
-    QStringList words;
+    QStringList controls;
     for (auto i = missed.cbegin(); i != missed.cend(); ++i)
-        words << controlnames::control(i.key()) + QStringLiteral(": ") +
-                     controlnames::bands(i.key(), i.value());
+        controls << controlnames::control(i.key()) + ": " + controlnames::bands(i.key(), i.value());
+    QStringList words;
+    if (outcome.endedAt)
+        words << "ended early at " + controlnames::control(*outcome.endedAt);
+    if (!controls.isEmpty())
+        words << "missed " + controls.join("; ");
     QString when = attempt.testedAt;
-    when.replace(QLatin1Char('T'), QLatin1Char(' '));
-    return QStringLiteral("%1  %2  %3")
+    when.replace('T', ' ');
+    return QString("%1  %2  %3")
         .arg(when, printableText(attempt.station),
-             words.isEmpty() ? QStringLiteral("complete")
-                             : QStringLiteral("missed ") + words.join(QStringLiteral("; ")));
+             outcome.isComplete() ? "complete" : words.join(", "));
 }
 
 QByteArray attempttext::csvHead()
 {
-    return "station,serial,tested_at,complete,missed_bands\r\n";
+    return "station,serial,tested_at,complete,missed_bands,ended_at\r\n";
 }
 
 QByteArray attempttext::csv(const Attempt& attempt)
@@ -69,7 +72,8 @@ QByteArray attempttext::csv(const Attempt& attempt)
     const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
     return csvText(attempt.station) + ',' + csvText(attempt.serial) + ',' +
            attempt.testedAt.toLatin1() + ',' + (outcome.isComplete() ? '1' : '0') + ',' +
-           csvText(missedBands(outcome.missed)) + "\r\n";
+           csvText(missedBands(outcome.missed)) + ',' +
+           (outcome.endedAt ? QByteArray::number(*outcome.endedAt) : "") + "\r\n";
 }
 
 QByteArray attempttext::json(const Attempt& attempt)
@@ -77,12 +81,13 @@ QByteArray attempttext::json(const Attempt& attempt)
     const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
     QJsonArray missed;
     for (const auto& band : outcome.missed)
-        missed.append(QJsonObject{{QStringLiteral("component"), band.componentNum},
-                                  {QStringLiteral("band"), band.band}});
-    return QJsonDocument(QJsonObject{{QStringLiteral("station"), attempt.station},
-                                     {QStringLiteral("serial"), attempt.serial},
-                                     {QStringLiteral("tested_at"), attempt.testedAt},
-                                     {QStringLiteral("complete"), outcome.isComplete()},
-                                     {QStringLiteral("missed_bands"), missed}})
+        missed.append(QJsonObject{{"component", band.componentNum}, {"band", band.band}});
+    return QJsonDocument(QJsonObject{{"station", attempt.station},
+                                     {"serial", attempt.serial},
+                                     {"tested_at", attempt.testedAt},
+                                     {"complete", outcome.isComplete()},
+                                     {"missed_bands", missed},
+                                     {"ended_at", outcome.endedAt ? QJsonValue(*outcome.endedAt)
+                                                                  : QJsonValue()}})
         .toJson(QJsonDocument::Compact);
 }

@@ -4,6 +4,7 @@
 #include "yield/commands/attempttext.h"
 #include "yield/commands/command.h"
 #include "yield/commands/outputfile.h"
+#include "yield/intake/progress.h"
 #include "yield/store/attemptreader.h"
 
 #include <QTemporaryFile>
@@ -36,7 +37,9 @@ int exportAttempts(const QCommandLineParser& parser)
     QByteArray separator = "[\n";
     if (!isJson)
         records.write(attempttext::csvHead());
+    Progress progress("attempts");
     attemptreader::forEachByTime(database, [&](const Attempt& attempt) {
+        progress.add(1);
         if (!isJson) {
             records.write(attempttext::csv(attempt));
             return;

@@ -4,6 +4,7 @@
 #include "yield/commands/reportfile.h"
 
 #include "yield/figures/reportcounter.h"
+#include "yield/intake/progress.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
 #include "yield/store/databaseerror.h"
@@ -30,7 +31,11 @@ Report readReport(Database& database, const ReportRequest& request)
     dated.news = attemptreader::newestLogs(database, dated.now);
     checkStation(dated.station, dated.news);
     ReportCounter counter(dated);
-    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) { counter.add(attempt); });
+    Progress progress("attempts");
+    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
+        counter.add(attempt);
+        progress.add(1);
+    });
     return counter.finish();
 }
 

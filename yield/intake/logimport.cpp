@@ -3,6 +3,7 @@
 
 #include "yield/intake/logimport.h"
 
+#include "yield/intake/progress.h"
 #include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
@@ -65,6 +66,19 @@ QString summary(const StoreCounts& counts, int refused)
         .arg(counts.notAttempt)
         .arg(refused);
 }
+
+void warn(const StoreCounts& counts, QTextStream& errors)
+{
+    if (counts.future > 0)
+        errors << QString("%1 logs have a date in the future: is the station's clock right?")
+                      .arg(counts.future)
+               << Qt::endl;
+    if (counts.elsewhere > 0)
+        errors << QString("%1 logs are known under another station too: was --station mistyped? "
+                          "\"station rename\" puts it right")
+                      .arg(counts.elsewhere)
+               << Qt::endl;
+}
 } // namespace
 
 void logimport::store(Database& database, const Station& station, const QStringList& files,
@@ -85,6 +99,7 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     Database database(request.database, Database::Access::Write);
     StoreCounts counts;
     int refused = 0;
+    Progress progress("logs");
     Listener listener;
     listener.refused = [&](const QString& path, const QString& reason) {
         // A log that its station replaces is gone for a moment; what the user named has to be
@@ -94,7 +109,10 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         errors << refusal(path, reason) << Qt::endl;
         ++refused;
     };
-    listener.stored = [&](const QStringList&, const StoreCounts& more) { counts += more; };
+    listener.stored = [&](const QStringList& paths, const StoreCounts& more) {
+        counts += more;
+        progress.add(paths.size());
+    };
     QStringList files;
     for (const QString& path : request.paths)
         files += logfiles::filesOf(path);
@@ -108,5 +126,6 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         return exitstatus::failed;
     }
     out << summary(counts, refused) << Qt::endl;
+    warn(counts, errors);
     return refused == 0 ? 0 : exitstatus::incomplete;
 }

@@ -69,8 +69,8 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
     if (file >= 0)
         close(file);
     if (size < 0) {
-        reason = hasForeignName(path) ? QStringLiteral("its name has a foreign encoding")
-                 : error == EISDIR    ? QStringLiteral("the folder cannot be read")
+        reason = hasForeignName(path) ? QString("its name has a foreign encoding")
+                 : error == EISDIR    ? QString("the folder cannot be read")
                                       : QString::fromLocal8Bit(std::strerror(error));
         return std::nullopt;
     }

@@ -20,18 +20,18 @@ Statement::Statement(Database& usedDatabase, const QString& sql)
 void Statement::run()
 {
     if (!query.exec(statement))
-        throw database.errorOf(query.lastError());
+        fail();
 }
 
 void Statement::run(const QVariantList& values)
 {
     if (!isPrepared && !query.prepare(statement))
-        throw database.errorOf(query.lastError());
+        fail();
     isPrepared = true;
     for (int i = 0; i < values.size(); ++i)
         query.bindValue(i, values[i]);
     if (!query.exec())
-        throw database.errorOf(query.lastError());
+        fail();
 }
 
 bool Statement::next()
@@ -39,18 +39,22 @@ bool Statement::next()
     if (query.next())
         return true;
     if (query.lastError().isValid())
-        throw database.errorOf(query.lastError());
+        fail();
     query.finish();
     return false;
 }
 
+/// The transaction is over before this statement goes: in a failed one PostgreSQL does not free it.
+void Statement::fail()
+{
+    const DatabaseError error = database.errorOf(query.lastError());
+    QSqlQuery(database.connection()).exec("ROLLBACK");
+    throw error;
+}
+
 QString Statement::text(int column) const
 {
-    const QByteArray utf8 = bytes(column);
-    const QByteArray byteOrderMark = "\xEF\xBB\xBF"; // which QString takes away
-    if (utf8.startsWith(byteOrderMark))
-        return QChar(QChar::ByteOrderMark) + QString::fromUtf8(utf8.mid(byteOrderMark.size()));
-    return QString::fromUtf8(utf8);
+    return QString::fromUtf8('.' + bytes(column)).mid(1); // a U+FEFF in front would be taken away
 }
 
 QVariant Statement::valueOf(const QString& text) const

@@ -47,6 +47,8 @@ public:
     QVariant valueOf(const QString& text) const;
 
 private:
+    [[noreturn]] void fail();
+
     Database& database;
     const QString statement;
     bool isPrepared = false;

@@ -1,0 +1,46 @@
+-- SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+-- SPDX-License-Identifier: GPL-3.0-or-later
+
+-- The tables as version 1 made them.
+CREATE TABLE schema_version (version INTEGER NOT NULL);
+
+INSERT INTO schema_version VALUES (1);
+
+CREATE TABLE stations (
+    id {id},
+    name TEXT NOT NULL UNIQUE,
+    tests_18 INTEGER NOT NULL DEFAULT 0 CHECK (tests_18 IN (0, 1)));
+
+CREATE TABLE attempts (
+    id {id},
+    station_id BIGINT NOT NULL REFERENCES stations (id),
+    serial TEXT NOT NULL,
+    tested_at TEXT NOT NULL,
+    marks {blob} NOT NULL,
+    complete INTEGER NOT NULL CHECK (complete IN (0, 1)),
+    UNIQUE (station_id, serial, tested_at, marks));
+
+CREATE INDEX attempts_by_time ON attempts (tested_at);
+
+CREATE INDEX attempts_by_serial ON attempts (serial, tested_at, id, station_id, complete);
+
+CREATE INDEX attempts_by_day ON attempts (substr(tested_at, 1, 10), station_id, complete);
+
+CREATE INDEX attempts_not_complete ON attempts (tested_at, id, serial, station_id)
+    WHERE complete = 0;
+
+CREATE TABLE missed_bands (
+    attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
+    component INTEGER NOT NULL,
+    band INTEGER NOT NULL,
+    PRIMARY KEY (attempt_id, component, band)) {keyonly};
+
+CREATE TABLE other_saves (
+    station_id BIGINT NOT NULL REFERENCES stations (id),
+    serial TEXT NOT NULL,
+    tested_at TEXT NOT NULL,
+    marks {blob} NOT NULL,
+    PRIMARY KEY (station_id, serial, tested_at, marks)) {keyonly};
+
+-- Grouped by the rules of then: marks that grew or stayed are one attempt, however late.
+INSERT INTO stations (name) VALUES ('S');
