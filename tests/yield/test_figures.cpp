@@ -72,37 +72,27 @@ QJsonArray rows(const List& list, Row row)
     return array;
 }
 
-QString inWords(Result result)
+/// "passed", "failed" or "ended", and the missed bands and the end.
+QJsonArray outcome(const Attempt& attempt)
 {
-    return QStringList{"passed", "failed", "ended"}.at(static_cast<int>(result));
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    const auto band = [](const bandmarks::Band& missed) {
+        return QJsonArray{missed.componentNum, missed.band};
+    };
+    return {outcome.isComplete() ? "passed"
+            : outcome.endedAt    ? "ended"
+                                 : "failed",
+            rows(outcome.missed, band), outcome.endedAt.value_or(-1)};
 }
 
-QJsonArray missed(const MissedControl& control)
+QJsonArray tested(const Attempt& attempt)
 {
-    return {control.componentNum, json(control.bands)};
+    return {attempt.serial, attempt.testedAt, attempt.station, outcome(attempt)};
 }
 
-QJsonArray openUnit(const OpenUnit& unit)
+QJsonArray testedUnit(const TestedUnit& unit)
 {
-    return {unit.serial,
-            unit.attempts,
-            unit.lastTestedAt,
-            unit.lastStation,
-            unit.missedControlCount,
-            rows(unit.missed, missed),
-            unit.endedAt.value_or(-1)};
-}
-
-QJsonArray repeatedUnit(const RepeatedUnit& unit)
-{
-    return {unit.serial,
-            unit.attempts,
-            unit.firstTestedAt,
-            unit.firstStation,
-            inWords(unit.firstResult),
-            unit.lastTestedAt,
-            unit.lastStation,
-            inWords(unit.lastResult)};
+    return {tested(unit.first), tested(unit.last), unit.attempts};
 }
 
 QJsonArray stationReport(const StationReport& station)
@@ -149,8 +139,8 @@ QJsonObject json(const Report& report)
             {"false failures", QJsonArray{failures.failed, failures.retested, failures.passed}},
             {"stations", rows(report.stations, stationReport)},
             {"controls", rows(report.controls, controlMisses)},
-            {"open", rows(report.openUnits, openUnit)},
-            {"repeated", rows(report.repeatedUnits, repeatedUnit)},
+            {"open", rows(report.openUnits, testedUnit)},
+            {"repeated", rows(report.repeatedUnits, testedUnit)},
             {"ages", rows(report.ages, stationAge)}};
 }
 
@@ -271,10 +261,10 @@ void TestFigures::longLists()
     const Report report = counter.finish();
     QCOMPARE(report.total.attempts, 2 * units);
     QCOMPARE(report.openUnits.size(), Report::maxOpenUnits);
-    QCOMPARE(report.openUnits.first().serial, QString("59999"));
+    QCOMPARE(report.openUnits.first().last.serial, QString("59999"));
     QCOMPARE(report.repeatedUnitCount, units / 3 * 2);
     QCOMPARE(report.repeatedUnits.size(), Report::maxRepeatedUnits);
-    QCOMPARE(report.repeatedUnits.first().serial, QString("59999"));
+    QCOMPARE(report.repeatedUnits.first().last.serial, QString("59999"));
     QCOMPARE(report.repeatedUnits.last().attempts, 3);
     QVERIFY(!report.databaseIsEmpty && ReportCounter(request).finish().databaseIsEmpty);
 }
@@ -302,10 +292,10 @@ void TestFigures::longTimesAreWeeksOrMonths()
 
 void TestFigures::names()
 {
-    QCOMPARE(controlnames::control(18), QString("Button 9"));
-    QCOMPARE(controlnames::bands(3, {0, 1, 5, 11, 12}), QString("0 to 19, 50 to 59, 110 to 127"));
-    QCOMPARE(controlnames::bands(9, {1}), QString("pressed"));
-    QCOMPARE(controlnames::bands(9, {0, 1}), QString("all"));
+    const std::vector<bandmarks::Band> missed = {{3, 0},  {3, 1},  {3, 5},  {3, 11},
+                                                 {3, 12}, {18, 1}, {19, 0}, {19, 1}};
+    QCOMPARE(controlnames::missed(missed), QStringList({"Fader 3: 0 to 19, 50 to 59, 110 to 127",
+                                                        "Button 9: pressed", "Button 10: all"}));
 }
 
 QTEST_GUILESS_MAIN(TestFigures)

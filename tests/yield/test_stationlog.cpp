@@ -26,6 +26,7 @@ private Q_SLOTS:
     void readsWhatTheStationWrites_data()
     {
         QTest::addColumn<QString>("serial");
+        QTest::newRow("byte order mark") << "\uFEFF4711\uFFFE";
         QTest::newRow("plain") << "4711";
         QTest::newRow("empty") << "";
         QTest::newRow("blanks") << " 47 11 ";

@@ -3,7 +3,24 @@
 
 #pragma once
 
-#include "yield/figures/tally.h"
+/// How units of one day, of one station or of the whole report fared.
+struct Tally {
+    int units = 0;
+    int attempts = 0;    ///< At these units: all of them, wherever and whenever.
+    int passedFirst = 0; ///< Units whose first attempt is complete: the first-pass yield.
+    int passedLast = 0;  ///< Units whose last attempt is complete: the final yield, so far.
+    int endedFirst = 0;  ///< Units whose first attempt ended early.
+
+    Tally& operator+=(const Tally& other)
+    {
+        units += other.units;
+        attempts += other.attempts;
+        passedFirst += other.passedFirst;
+        passedLast += other.passedLast;
+        endedFirst += other.endedFirst;
+        return *this;
+    }
+};
 
 /// Control limits of a p-chart: how many of a number of units may pass first, both ends included,
 /// if chance alone makes the difference.

@@ -3,10 +3,8 @@
 
 #include "yield/logs/controlnames.h"
 
-#include "unit/valuebands.h"
-#include "yield/logs/bandmarks.h"
-
-#include <QStringList>
+#include <QMap>
+#include <QVector>
 
 #include <algorithm>
 
@@ -24,6 +22,22 @@ QString values(int firstBand, int lastBand)
         .arg(std::min(valuebands::band(roster::Kind::Fader, lastBand).max,
                       valuebands::highestValue)); // the last band reaches past it
 }
+
+/// Neighbours are joined; bands: ascending.
+QString bandsText(int componentNum, const QVector<int>& bands)
+{
+    if (bands.size() == bandmarks::bandCount(componentNum))
+        return "all";
+    if (isButton(componentNum))
+        return controlnames::band(componentNum, bands.first());
+    QStringList words;
+    for (int first = 0, last = 0; first < bands.size(); first = ++last) {
+        while (last + 1 < bands.size() && bands.at(last + 1) == bands.at(last) + 1)
+            ++last;
+        words << values(bands.at(first), bands.at(last));
+    }
+    return words.join(", ");
+}
 } // namespace
 
 QString controlnames::control(int componentNum)
@@ -40,17 +54,13 @@ QString controlnames::band(int componentNum, int band)
     return values(band, band);
 }
 
-QString controlnames::bands(int componentNum, const QVector<int>& bands)
+QStringList controlnames::missed(const std::vector<bandmarks::Band>& bands)
 {
-    if (bands.size() == bandmarks::bandCount(componentNum))
-        return "all";
-    if (isButton(componentNum) && !bands.isEmpty())
-        return band(componentNum, bands.first());
-    QStringList words;
-    for (int first = 0, last = 0; first < bands.size(); first = ++last) {
-        while (last + 1 < bands.size() && bands.at(last + 1) == bands.at(last) + 1)
-            ++last;
-        words << values(bands.at(first), bands.at(last));
-    }
-    return words.join(", ");
+    QMap<int, QVector<int>> ofControls;
+    for (const auto& band : bands)
+        ofControls[band.componentNum].append(band.band);
+    QStringList texts;
+    for (auto i = ofControls.cbegin(); i != ofControls.cend(); ++i)
+        texts << control(i.key()) + ": " + bandsText(i.key(), i.value());
+    return texts;
 }
