@@ -29,12 +29,8 @@ struct Limits {
     int high = 0;
 };
 
-/// The share of days within their limits' centre that still lie below the limits, and as many
-/// above: that of three standard deviations of a normal distribution.
-inline constexpr double limitTail = 0.00135;
-
 /// The limits for so many units (0 or more) around the first-pass yield of all units. Exact, from
-/// the binomial distribution: fewer than low pass with a probability below limitTail, and more than
+/// the binomial distribution: fewer than low pass with a probability below 0.135 %, and more than
 /// high too. Without units both are 0; if none or all of all units passed, both are none or all.
 Limits limitsOf(int units, const Tally& all);
 

@@ -26,7 +26,7 @@ struct ReportRequest {
     QString station;                 ///< Empty for all stations.
     QStringList without;             ///< Shell-style wildcards for whole serials, valid ones.
     QDateTime now;                   ///< When the report is made, local.
-    std::vector<StationNews> news{}; ///< Of every station that the database knows.
+    std::vector<StationNews> news{}; ///< Of every station that the database knows, by name.
 };
 
 /// How often one control was not complete in the first attempt at a unit.

@@ -28,13 +28,21 @@ bool isNewer(const TestedUnit& a, const TestedUnit& b)
     return std::tie(b.last.testedAt, a.last.serial) < std::tie(a.last.testedAt, b.last.serial);
 }
 
-/// The first of a list. Done when it is much longer than that, so that neither the list nor the
-/// time to sort it grows with the units; and at the end.
 using IsBefore = bool (*)(const TestedUnit&, const TestedUnit&);
+
 void keepFirst(QVector<TestedUnit>& units, int most, IsBefore isBefore)
 {
     std::sort(units.begin(), units.end(), isBefore);
     units.resize(std::min(most, units.size()));
+}
+
+/// Shortens the list now and then, so that neither it nor the time to sort it grows with the units.
+void append(QVector<TestedUnit>& units, const TestedUnit& unit, int most, IsBefore isBefore)
+{
+    constexpr int slack = 4;
+    units.append(unit);
+    if (units.size() == slack * most)
+        keepFirst(units, most, isBefore);
 }
 } // namespace
 
@@ -95,10 +103,9 @@ void ReportCounter::beginUnit(const Attempt& first)
     if (!isAsked(unit.day) || !isAsked(first.station))
         return;
     const QString serial = withoutSlashes(first.serial);
-    unit.isCounted =
-        std::none_of(without.begin(), without.end(), [&](const QRegularExpression& pattern) {
-            return pattern.match(serial).hasMatch();
-        });
+    unit.isCounted = std::none_of(without.begin(), without.end(), [&](const auto& pattern) {
+        return pattern.match(serial).hasMatch();
+    });
     if (!unit.isCounted)
         ++report.leftOut;
 }
@@ -169,17 +176,12 @@ void ReportCounter::finishUnit()
         unit.day.year() >= 2000 && unit.day <= report.request.now.date().addDays(1);
     (isOnAxis ? report.days[unit.day] : report.offAxis) += tally;
 
-    constexpr int slack = 4;
     if (!unit.lastOutcome.isComplete())
-        report.openUnits.append(unit);
-    if (report.openUnits.size() == slack * Report::maxOpenUnits)
-        keepFirst(report.openUnits, Report::maxOpenUnits, isNewer);
-    if (unit.attempts > 1) {
-        ++report.repeatedUnitCount;
-        report.repeatedUnits.append(unit);
-    }
-    if (report.repeatedUnits.size() == slack * Report::maxRepeatedUnits)
-        keepFirst(report.repeatedUnits, Report::maxRepeatedUnits, hasMoreAttempts);
+        append(report.openUnits, unit, Report::maxOpenUnits, isNewer);
+    if (unit.attempts == 1)
+        return;
+    ++report.repeatedUnitCount;
+    append(report.repeatedUnits, unit, Report::maxRepeatedUnits, hasMoreAttempts);
 }
 
 bool ReportCounter::isAsked(const QDate& day) const
@@ -214,8 +216,6 @@ void ReportCounter::addAges()
             age.seconds = std::max(qint64{0}, attemptrules::secondsBetween(news.newestAt, now));
         report.ages.append(age);
     }
-    std::sort(report.ages.begin(), report.ages.end(),
-              [](const StationAge& a, const StationAge& b) { return a.name < b.name; });
 }
 
 ControlMisses& ReportCounter::controlOf(int componentNum)

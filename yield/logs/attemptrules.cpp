@@ -66,7 +66,8 @@ bool attemptrules::isSavedAgain(const Save& latest, const Save& later)
     // bands of a control that the run had left, the unit was tested again, and what it missed the
     // first time must be kept.
     const int last = lastControl(latest.marks);
-    for (std::size_t mark = 0; mark < bandmarks::markIndex(last, 0); ++mark)
+    const std::size_t end = bandmarks::markIndex(last, 0);
+    for (std::size_t mark = 0; mark < end; ++mark)
         if (latest.marks[mark] != later.marks[mark])
             return false;
     return secondsBetween(latest.testedAt, later.testedAt) <=
