@@ -46,7 +46,7 @@ private Q_SLOTS:
         write("half.txt", log("half", unitlogs::whole()).left(3000));
         write("of last year/whole.txt", log("last year", unitlogs::whole()));
         foreign = QFile::encodeName(folder.filePath("logs/Gr")) + "\xF6\xDF"
-                                                                                   "e.txt";
+                                                                  "e.txt";
         QVERIFY(mknod(foreign.constData(), S_IFREG | 0600, 0) == 0);
         QVERIFY(mkfifo(QFile::encodeName(folder.filePath("pipe")).constData(), 0600) == 0);
 
