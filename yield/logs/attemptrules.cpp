@@ -48,11 +48,6 @@ bool isEarlier(const attemptrules::Save& left, const attemptrules::Save& right)
 }
 } // namespace
 
-bool attemptrules::isAttempt(const BandMarks& marks)
-{
-    return marks.any();
-}
-
 bool attemptrules::showsComponent18(const BandMarks& marks)
 {
     return (marks & channelButtonMarks()).any();

@@ -10,17 +10,14 @@
 
 namespace
 {
-bool isButton(int componentNum)
+QString values(int componentNum, int firstBand, int lastBand)
 {
-    return roster::kindOf(componentNum) == roster::Kind::Button;
-}
-
-QString values(int firstBand, int lastBand)
-{
-    return QString("%1 to %2")
-        .arg(valuebands::band(roster::Kind::Fader, firstBand).min)
-        .arg(std::min(valuebands::band(roster::Kind::Fader, lastBand).max,
-                      valuebands::highestValue)); // the last band reaches past it
+    const auto kind = roster::kindOf(componentNum);
+    if (kind == roster::Kind::Button)
+        return firstBand == 0 ? "released" : "pressed";
+    // The last band reaches past the highest value.
+    const int highest = std::min(valuebands::band(kind, lastBand).max, valuebands::highestValue);
+    return QString("%1 to %2").arg(valuebands::band(kind, firstBand).min).arg(highest);
 }
 
 /// Neighbours are joined; bands: ascending.
@@ -28,13 +25,11 @@ QString bandsText(int componentNum, const QVector<int>& bands)
 {
     if (bands.size() == bandmarks::bandCount(componentNum))
         return "all";
-    if (isButton(componentNum))
-        return controlnames::band(componentNum, bands.first());
     QStringList words;
     for (int first = 0, last = 0; first < bands.size(); first = ++last) {
         while (last + 1 < bands.size() && bands.at(last + 1) == bands.at(last) + 1)
             ++last;
-        words << values(bands.at(first), bands.at(last));
+        words << values(componentNum, bands.at(first), bands.at(last));
     }
     return words.join(", ");
 }
@@ -49,9 +44,7 @@ QString controlnames::control(int componentNum)
 
 QString controlnames::band(int componentNum, int band)
 {
-    if (isButton(componentNum))
-        return band == 0 ? "released" : "pressed";
-    return values(band, band);
+    return values(componentNum, band, band);
 }
 
 QStringList controlnames::missed(const std::vector<bandmarks::Band>& bands)
