@@ -81,9 +81,12 @@ void warn(const StoreCounts& counts, QTextStream& errors)
 }
 } // namespace
 
-void logimport::store(Database& database, const Station& station, const QStringList& files,
+void logimport::store(Database& database, const Station& station, const QStringList& paths,
                       const Listener& listener)
 {
+    QStringList files;
+    for (const QString& path : paths)
+        files += logfiles::filesOf(path);
     // Also without a log: the database remembers what the station tests.
     for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize)
         storeBatch(database, station, readBatch(files.mid(begin, batchSize), listener), listener);
@@ -113,11 +116,8 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         counts += more;
         progress.add(paths.size());
     };
-    QStringList files;
-    for (const QString& path : request.paths)
-        files += logfiles::filesOf(path);
     try {
-        store(database, request.station, files, listener);
+        store(database, request.station, request.paths, listener);
     } catch (const DatabaseError& error) {
         out << summary(counts, refused) << Qt::endl;
         errors << QString("the database failed: %1; what is in it stays, import again")
