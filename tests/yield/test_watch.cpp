@@ -108,10 +108,19 @@ private Q_SLOTS:
                 ask({"COMMIT"});
         });
         row("the file is away", [this](int test) {
-            if (test == 2)
+            QFile junk(logs() + "/junk.txt");
+            if (test == 0)
+                QVERIFY(junk.open(QIODevice::WriteOnly));
+            if (test == 2) {
+                QTRY_COMPARE_WITH_TIMEOUT(watch->says("junk.txt: not imported: "), 1, patienceMs);
                 QVERIFY(QFile::rename(database, database + ".away"));
-            if (test == 5)
-                QVERIFY(QFile::rename(database + ".away", database));
+                QTRY_COMPARE_WITH_TIMEOUT(watch->says("is gone"), 1, patienceMs);
+            }
+            if (test != 5)
+                return;
+            QVERIFY(QFile::rename(database + ".away", database));
+            QTRY_COMPARE_WITH_TIMEOUT(watch->says("database is back"), 1, patienceMs);
+            QCOMPARE(watch->says("not imported"), 1); // the folder has been read once more
         });
         row("the tables are newer", [this](int test) {
             if (test == 2)
@@ -171,6 +180,19 @@ private Q_SLOTS:
             QTRY_COMPARE_WITH_TIMEOUT(watch->says("Permission denied"), 1, patienceMs);
             QFile::setPermissions(logOf(logs()), QFile::Permissions(0x6444));
             QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
+        });
+        row("the log is written slowly", [this](int test) {
+            if (test != 2)
+                return;
+            write(data(), test);
+            QFile source(logOf(data()));
+            QFile slow(logOf(logs()));
+            QVERIFY(source.open(QIODevice::ReadOnly) && slow.open(QIODevice::WriteOnly));
+            while (slow.write(source.read(500)) > 0 && slow.flush())
+                QTest::qWait(400); // so long that it is looked at meanwhile
+            slow.close();
+            QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
+            QCOMPARE(watch->says("not imported"), 0);
         });
         row("the log is a link", [this](int test) {
             if (test == 0)
@@ -243,9 +265,7 @@ private Q_SLOTS:
 
     void stopsWhileTheDatabaseIsLocked()
     {
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+        startWithOneTest();
         ask({"BEGIN EXCLUSIVE"});
         write(logs(), 2);
         QTRY_COMPARE_WITH_TIMEOUT(waiting(), 1, patienceMs);
@@ -259,9 +279,7 @@ private Q_SLOTS:
 
     void oneWatchForASpool()
     {
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+        startWithOneTest();
         const auto first = std::move(watch);
         const auto isRefused = [this](const QByteArray& why) {
             start();
@@ -277,9 +295,7 @@ private Q_SLOTS:
     /// A log that cannot be stored although the database works stops no other.
     void setsAside()
     {
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+        startWithOneTest();
         QCOMPARE(status(": 0 wait\n"), 0);
         ask({"UPDATE attempts SET marks = x'00'"});
         write(logs(), 2);
@@ -298,32 +314,6 @@ private Q_SLOTS:
         QCOMPARE(status("away: there is no database"), 1);
     }
 
-    /// A log that is written in place, slowly, is not named; what is no log is named once.
-    void namesWhatIsNoLog()
-    {
-        const QByteArray log =
-            unitlogs::lines("U", unitlogs::noon(), unitlogs::whole()).join('\n').toUtf8() + '\n';
-        QFile junk(logs() + "/junk.txt");
-        QVERIFY(junk.open(QIODevice::WriteOnly) && junk.write("junk") == 4 && junk.flush());
-        start();
-        QFile slow(logOf(logs()));
-        QVERIFY(slow.open(QIODevice::WriteOnly));
-        for (int end = 0; end < log.size(); end += 500) {
-            slow.write(log.mid(end, 500));
-            QVERIFY(slow.flush());
-            QTest::qWait(400); // so long that it is looked at meanwhile
-        }
-        slow.close();
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
-        QVERIFY(QFile::rename(database, database + ".away")); // the whole folder is read once more
-        QTRY_COMPARE_WITH_TIMEOUT(watch->says("is gone"), 1, patienceMs);
-        QVERIFY(QFile::rename(database + ".away", database));
-        QTRY_COMPARE_WITH_TIMEOUT(watch->says("database is back"), 1, patienceMs);
-        QVERIFY(watch->stops(SIGTERM));
-        QCOMPARE(watch->says("not imported"), 1);
-        QCOMPARE(watch->says("junk.txt: not imported: "), 1);
-    }
-
     /// The cost of a log does not depend on how many lie in the folder already; and of very many
     /// files the first one that is refused counts.
     void manyLogs()
@@ -339,8 +329,7 @@ private Q_SLOTS:
                 QVERIFY(QFile::copy(logOf(data()), source));
             QVERIFY(link(qPrintable(source), qPrintable(logs() + QString("/%1.txt").arg(i))) == 0);
         }
-        QFile junk(logs() + "/-.txt");
-        QVERIFY(junk.open(QIODevice::WriteOnly));
+        QVERIFY(QFile(logs() + "/-.txt").open(QIODevice::WriteOnly));
         QProcess import;
         import.start(yieldProgram, {"import", "--database", database, logs()});
         QVERIFY(import.waitForFinished(patienceMs));
@@ -385,6 +374,13 @@ private:
         watch = std::make_unique<Watch>();
         watch->start(yieldProgram, {"import", "--watch", "--station", station, "--database",
                                     database, "--spool", spool(), logs()});
+    }
+
+    void startWithOneTest()
+    {
+        start();
+        write(logs(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
     }
 
     /// As the station writes it.
