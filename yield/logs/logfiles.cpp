@@ -31,13 +31,16 @@ QStringList logfiles::filesOf(const QString& path)
         return {path};
     // Not by QDir, which leaves out a file whose name is in a foreign encoding.
     std::error_code problem;
-    std::error_code noFile; // a link to nothing is left out
+    std::error_code noFile;
     QStringList files;
     for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), problem);
          entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
-        const std::string name = entry->path().string();
-        if (entry->path().filename().string().front() != '.' && entry->is_regular_file(noFile))
-            files << QFile::decodeName(name.c_str());
+        const bool isHidden = entry->path().filename().string().front() == '.';
+        // A link to nothing counts: its file may come.
+        const bool isFile =
+            entry->is_regular_file(noFile) || (entry->is_symlink(noFile) && !entry->exists(noFile));
+        if (!isHidden && isFile)
+            files << QFile::decodeName(entry->path().c_str());
     }
     if (problem) // the reading of the folder says so
         files << path;
