@@ -5,89 +5,264 @@
 
 #include "yield/logs/controlnames.h"
 #include "yield/page/figuretext.h"
-#include "yield/page/scale.h"
 #include "yield/page/svg.h"
 
-#include <QStringList>
-
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace
 {
 constexpr double width = 1040;
 constexpr double left = 46;
-} // namespace
+constexpr double cellWidth = 260;
 
-void chart::drawPareto(Html& html, const QVector<ParetoBar>& bars, int all)
+/// A linear scale: `lowest`, and what is lower, is drawn at `begin`, `highest` at `end`.
+struct Scale {
+    double lowest;
+    double highest;
+    double begin;
+    double end;
+
+    double at(double value) const
+    {
+        return begin + (std::max(value, lowest) - lowest) / (highest - lowest) * (end - begin);
+    }
+};
+
+double percentOf(int part, int whole)
 {
-    if (bars.isEmpty())
-        return;
-    // Both scales end at all misses, so that the line starts on the first bar.
-    const Scale units{14, 246, 0, static_cast<double>(all)};
-    const Scale shares{14, 246, 0, 100};
-    constexpr double right = 46;
-    const double pitch = std::min((width - left - right) / bars.size(), 120.0);
-    const double barWidth = pitch * 0.66;
-    const double end = left + pitch * bars.size();
-
-    Svg svg(html, {width, 290}, "Units that missed each control, most missed first");
-    for (int percent = 0; percent <= 100; percent += 20) {
-        const double y = shares.at(percent);
-        svg.line({left, y}, {end, y}, percent == 0 ? "axis" : "grid");
-        svg.text({end + 8, y + 4}, QString("%1 %").arg(percent), "label");
-    }
-    QVector<QPointF> points;
-    QStringList hovers;
-    int sum = 0;
-    for (int i = 0; i < bars.size(); ++i) {
-        const ParetoBar& bar = bars.at(i);
-        const QRectF area(QPointF(left + pitch * i + (pitch - barWidth) / 2, units.at(bar.missed)),
-                          QPointF(left + pitch * i + (pitch + barWidth) / 2, units.bottom));
-        svg.rect(area, "bar",
-                 QString("%1: %2 of all misses").arg(bar.name, figuretext::share(bar.missed, all)));
-        svg.text({area.center().x(), units.bottom + 18}, bar.name, "label middle");
-        svg.text({area.center().x(), units.bottom + 34}, figuretext::count(bar.missed),
-                 "value middle");
-        sum += bar.missed;
-        points.append({area.right(), units.at(sum)});
-        hovers.append(
-            QString("Up to %1: %2 of all misses").arg(bar.name, figuretext::share(sum, all)));
-    }
-    svg.polyline(points, "trend");
-    for (int i = 0; i < bars.size(); ++i)
-        svg.circle(points.at(i), 4, "dot", hovers.at(i));
+    return 100.0 * part / whole;
 }
 
-void chart::drawBands(Html& html, int componentNum, const ControlMisses& control)
+double yieldOf(const Tally& tally)
+{
+    return percentOf(tally.passedFirst, tally.units);
+}
+
+/// A multiple of ten below all yields of an axis, in percent.
+double beginBelow(double lowestYield)
+{
+    return std::clamp(std::floor((lowestYield - 1) / 10) * 10, 0.0, 80.0);
+}
+
+void drawPercentAxis(Svg& svg, const Scale& scale)
+{
+    const int step = scale.highest - scale.lowest > 50 ? 20 : 10;
+    for (int percent = 100; percent >= scale.lowest; percent -= step) {
+        const double y = scale.at(percent);
+        svg.line({left, y}, {width, y}, "grid");
+        svg.text({left - 8, y + 4}, QString("%1 %").arg(percent), "label end");
+    }
+}
+
+/// A bar as high as its place, with room on either side.
+void drawBar(Svg& svg, const QRectF& place, const QString& hover)
+{
+    const double room = std::max(place.width() * 0.15, (place.width() - 84) / 2);
+    svg.rect(place.adjusted(room, 0, -room, 0), "bar", hover);
+}
+
+/// The yield of what lies outside its limits is a triangle that points away from them.
+void drawYield(Svg& svg, QPointF centre, Verdict verdict, const QString& hover)
+{
+    if (verdict == Verdict::Within)
+        svg.circle(centre, "dot", hover);
+    else
+        svg.triangle(centre, verdict == Verdict::Above,
+                     verdict == Verdict::Above ? "above" : "below", hover);
+}
+
+/// Where things are in the picture of a timeline.
+struct Axes {
+    double pitch;
+    Scale yields;
+    Scale units;
+
+    double begin(const Timeline::Period& period) const { return left + pitch * period.slot; }
+    double centre(const Timeline::Period& period) const { return begin(period) + pitch / 2; }
+};
+
+Axes axesOf(const Timeline& timeline, const Tally& all)
+{
+    // All yields are on the axis, and the limits of the period with most units.
+    double lowest = yieldOf(all);
+    Timeline::Period busiest = timeline.periods.first();
+    for (const Timeline::Period& period : timeline.periods) {
+        lowest = std::min(lowest, yieldOf(period.tally));
+        if (period.tally.units > busiest.tally.units)
+            busiest = period;
+    }
+    const int most = busiest.tally.units;
+    lowest = std::min(lowest, percentOf(busiest.limits.low, most));
+    return {(width - left) / timeline.length,
+            {beginBelow(lowest), 100, 196, 16},
+            {0, static_cast<double>(most), 290, 236}};
+}
+
+/// The fields between the limits, and lines that end where a period has no units.
+void drawLines(Svg& svg, const Timeline& timeline, const Axes& axes)
+{
+    QVector<QPointF> low;
+    QVector<QPointF> high;
+    QVector<QPointF> yields;
+    for (int i = 0; i < timeline.periods.size(); ++i) {
+        const Timeline::Period& period = timeline.periods.at(i);
+        const int units = period.tally.units;
+        const double bottom = axes.yields.at(percentOf(period.limits.low, units));
+        const double top = axes.yields.at(percentOf(period.limits.high, units));
+        const double begin = axes.begin(period);
+        svg.rect({begin, top, axes.pitch, bottom - top}, "within");
+        low << QPointF(begin, bottom) << QPointF(begin + axes.pitch, bottom);
+        high << QPointF(begin, top) << QPointF(begin + axes.pitch, top);
+        yields << QPointF(axes.centre(period), axes.yields.at(yieldOf(period.tally)));
+        const bool isLast = i + 1 == timeline.periods.size();
+        if (isLast || timeline.periods.at(i + 1).slot > period.slot + 1) {
+            svg.polyline(std::exchange(low, {}), "limit");
+            svg.polyline(std::exchange(high, {}), "limit");
+            svg.polyline(std::exchange(yields, {}), "trend");
+        }
+    }
+}
+
+/// The number of units as a bar, and the yield as a mark.
+void drawPeriod(Svg& svg, const Timeline::Period& period, const Axes& axes)
+{
+    const Tally& tally = period.tally;
+    const Verdict verdict = verdictOn(tally, period.limits);
+    const QString hover = QString("%1: %2, first-pass yield %3")
+                              .arg(period.name, figuretext::units(tally.units),
+                                   figuretext::share(tally.passedFirst, tally.units));
+    const QPointF centre(axes.centre(period), axes.yields.at(yieldOf(tally)));
+    const double top = axes.units.at(tally.units);
+    drawBar(svg, {axes.begin(period), top, axes.pitch, axes.units.begin - top}, hover);
+    drawYield(svg, centre, verdict, hover);
+    if (verdict != Verdict::Within)
+        svg.text(centre + QPointF(0, verdict == Verdict::Below ? 22 : -13),
+                 figuretext::percent(tally.passedFirst, tally.units), "value middle");
+}
+} // namespace
+
+QString chart::timeline(const Timeline& timeline, const Tally& all)
+{
+    if (timeline.periods.isEmpty())
+        return {};
+    const Axes axes = axesOf(timeline, all);
+    constexpr double labelWidth = 56;
+    const int labelStep = std::max(1, static_cast<int>(std::ceil(labelWidth / axes.pitch)));
+    const double bottom = axes.units.begin;
+
+    Svg svg({width, bottom + 26}, "First-pass yield and units by " + timeline.unit);
+    drawPercentAxis(svg, axes.yields);
+    svg.line({left, bottom}, {width, bottom}, "axis");
+    svg.text({left - 8, axes.units.end + 8}, figuretext::count(qRound(axes.units.highest)),
+             "label end");
+    svg.text({left - 8, bottom}, "units", "label end");
+    drawLines(svg, timeline, axes);
+    const double centre = axes.yields.at(yieldOf(all));
+    svg.line({left, centre}, {width, centre}, "centre");
+    for (const Timeline::Period& period : timeline.periods) {
+        drawPeriod(svg, period, axes);
+        if (period.slot % labelStep == 0)
+            svg.text({axes.centre(period), bottom + 18}, period.shortName, "label middle");
+    }
+    return svg.markup();
+}
+
+double chart::axisBegin(const Report& report)
+{
+    double lowest = yieldOf(report.total);
+    for (const StationReport& station : report.stations)
+        lowest = std::min(lowest, yieldOf(station.tally));
+    return beginBelow(lowest);
+}
+
+QString chart::station(const StationReport& station, const Report& report)
+{
+    constexpr double height = 24;
+    constexpr double margin = 8;
+    const Scale yields{axisBegin(report), 100, margin, cellWidth - margin};
+    const Tally& tally = station.tally;
+    const double low = yields.at(percentOf(station.limits.low, tally.units));
+    const double high = yields.at(percentOf(station.limits.high, tally.units));
+    const double centre = yields.at(yieldOf(report.total));
+    Svg svg({cellWidth, height}, QString("First-pass yield %1, limits %2")
+                                     .arg(figuretext::share(tally.passedFirst, tally.units),
+                                          figuretext::limits(station.limits, tally.units)));
+    svg.line({yields.begin, height / 2}, {yields.end, height / 2}, "grid");
+    svg.rect({low, 3, high - low, height - 6}, "within");
+    svg.line({low, 3}, {low, height - 3}, "limit");
+    svg.line({high, 3}, {high, height - 3}, "limit");
+    svg.line({centre, 0}, {centre, height}, "centre");
+    drawYield(svg, {yields.at(yieldOf(tally)), height / 2}, verdictOn(tally, station.limits), {});
+    return svg.markup();
+}
+
+QString chart::pareto(const Report& report, const QVector<int>& controls, int allMisses)
+{
+    if (controls.isEmpty())
+        return {};
+    // Both scales end at all misses, so that the line starts on the first bar.
+    const Scale units{0, static_cast<double>(allMisses), 246, 14};
+    const double pitch = std::min((width - left) / controls.size(), 120.0);
+
+    Svg svg({width, 290}, "Units that missed each control, most missed first");
+    drawPercentAxis(svg, {0, 100, units.begin, units.end});
+    svg.line({left, units.begin}, {width, units.begin}, "axis");
+    QVector<QPointF> sums;
+    QStringList hovers;
+    int sum = 0;
+    for (const int c : controls) {
+        const QString name = controlnames::control(c);
+        const int missed = report.controls.at(static_cast<std::size_t>(c)).missed;
+        const double top = units.at(missed);
+        const double x = left + pitch * (sums.size() + 0.5);
+        drawBar(svg, {x - pitch / 2, top, pitch, units.begin - top},
+                QString("%1: %2 of all misses").arg(name, figuretext::share(missed, allMisses)));
+        svg.text({x, units.begin + 18}, name, "label middle");
+        svg.text({x, units.begin + 34}, figuretext::count(missed), "value middle");
+        sum += missed;
+        sums.append({x + pitch * 0.35, units.at(sum)});
+        hovers.append(
+            QString("Up to %1: %2 of all misses").arg(name, figuretext::share(sum, allMisses)));
+    }
+    svg.polyline(sums, "trend");
+    for (int i = 0; i < sums.size(); ++i)
+        svg.circle(sums.at(i), "dot", hovers.at(i));
+    return svg.markup();
+}
+
+QString chart::bands(int componentNum, const ControlMisses& control)
 {
     const bool isButton = roster::kindOf(componentNum) == roster::Kind::Button;
     const auto& bands = control.missedBands;
     const int most = std::max(1, *std::max_element(bands.cbegin(), bands.cend()));
-    const Scale units{18, 96, 0, static_cast<double>(most)};
+    const Scale units{0, static_cast<double>(most), 96, 18};
     constexpr double chartWidth = 330;
     const double pitch = isButton ? 90 : chartWidth / bands.size();
 
-    Svg svg(html, {chartWidth, 118}, "Missed bands of " + controlnames::control(componentNum));
-    svg.line({0, units.bottom}, {pitch * bands.size(), units.bottom}, "axis");
+    Svg svg({chartWidth, 118}, "Missed bands of " + controlnames::control(componentNum));
+    svg.line({0, units.begin}, {pitch * bands.size(), units.begin}, "axis");
     for (int band = 0; band < bands.size(); ++band) {
+        const int missed = bands.at(band);
+        const double top = units.at(missed);
         const double x = pitch * (band + 0.5);
-        const double top = units.at(bands.at(band));
-        const double barWidth = std::min(pitch * 0.7, 40.0);
         const QString name = controlnames::band(componentNum, band);
-        svg.rect({x - barWidth / 2, top, barWidth, units.bottom - top}, "bar",
-                 QString("%1: missed by %2").arg(name, figuretext::units(bands.at(band))));
-        if (bands.at(band) > 0)
-            svg.text({x, top - 4}, figuretext::count(bands.at(band)), "value middle");
-        svg.text({x, units.bottom + 15}, isButton ? name : name.section(QLatin1Char(' '), 0, 0),
+        drawBar(svg, {pitch * band, top, pitch, units.begin - top},
+                QString("%1: missed by %2").arg(name, figuretext::units(missed)));
+        if (missed > 0)
+            svg.text({x, top - 4}, figuretext::count(missed), "value middle");
+        svg.text({x, units.begin + 15}, isButton ? name : name.section(QLatin1Char(' '), 0, 0),
                  "label middle");
     }
+    return svg.markup();
 }
 
-void chart::drawShare(Html& html, int part, int whole)
+QString chart::share(int part, int whole)
 {
-    constexpr double chartWidth = 260;
     constexpr double height = 14;
-    Svg svg(html, {chartWidth, height}, figuretext::share(part, whole));
-    svg.rect({0, 0, chartWidth * part / whole, height}, "bar");
+    Svg svg({cellWidth, height}, figuretext::share(part, whole));
+    svg.rect({0, 0, cellWidth * part / whole, height}, "bar");
     svg.line({0, 0}, {0, height}, "axis");
+    return svg.markup();
 }

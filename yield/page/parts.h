@@ -8,14 +8,14 @@
 #include <QMap>
 #include <QString>
 
-class Html;
+/// Texts, pictures and the rows of tables as markup, by the name of their place in page.html.
+using Parts = QMap<QString, QString>;
 
-/// What writes the pictures and the rows of tables, by the name of their place in page.html.
-using Parts = QMap<QString, void (*)(Html&, const Report&)>;
+/// Stations' ages and the last days: there without a unit, too.
+Parts recentParts(const Report& report);
 
-/// Days, stations and attempts.
-Parts yieldParts();
-/// What was missed, and where runs ended early.
-Parts controlParts();
-/// Units one by one.
-Parts unitParts();
+/// For a report with units: days, stations and attempts; what was missed, and where runs ended
+/// early; units one by one.
+Parts yieldParts(const Report& report);
+Parts controlParts(const Report& report);
+Parts unitParts(const Report& report);

@@ -3,93 +3,80 @@
 
 #include "yield/page/svg.h"
 
-#include <QStringList>
+#include "yield/page/html.h"
 
 namespace
 {
-QString asText(double value)
+QString place(const char* names, QPointF point)
 {
-    return QString::number(qRound(value * 100) / 100.0);
+    return QString(names).arg(point.x()).arg(point.y());
+}
+
+QString places(const QVector<QPointF>& points)
+{
+    QString list;
+    for (const QPointF& point : points)
+        list += place("%1,%2 ", point);
+    return QString("points='%1'").arg(list.trimmed());
+}
+
+QString title(const QString& hover)
+{
+    return hover.isEmpty() ? QString() : html::element("title", html::text(hover));
 }
 } // namespace
 
-Svg::Svg(Html& page, QSizeF size, const QString& label)
-    : html(page)
-    , picture(page.open("svg"))
+Svg::Svg(QSizeF size, const QString& label)
+    : begin(QString("\n<svg viewBox='0 0 %1 %2' role='img' aria-label=\"%3\">")
+                .arg(size.width())
+                .arg(size.height())
+                .arg(html::text(label)))
 {
-    html.attribute("viewBox",
-                   QString("0 0 %1 %2").arg(asText(size.width()), asText(size.height())));
-    html.attribute("role", "img");
-    html.attribute("aria-label", label);
 }
 
 void Svg::rect(const QRectF& area, const QString& classes, const QString& hover)
 {
-    const Html::Scope element = html.open("rect", classes);
-    attribute("x", area.x());
-    attribute("y", area.y());
-    attribute("width", area.width());
-    attribute("height", area.height());
-    writeHover(hover);
+    const QString size = place(" width='%1' height='%2'", {area.width(), area.height()});
+    add("rect", place("x='%1' y='%2'", area.topLeft()) + size, classes, title(hover));
 }
 
-void Svg::circle(QPointF centre, double radius, const QString& classes, const QString& hover)
+void Svg::circle(QPointF centre, const QString& classes, const QString& hover)
 {
-    const Html::Scope element = html.open("circle", classes);
-    attribute("cx", centre.x());
-    attribute("cy", centre.y());
-    attribute("r", radius);
-    writeHover(hover);
-}
-
-void Svg::line(QPointF from, QPointF to, const QString& classes)
-{
-    const Html::Scope element = html.open("line", classes);
-    attribute("x1", from.x());
-    attribute("y1", from.y());
-    attribute("x2", to.x());
-    attribute("y2", to.y());
+    add("circle", place("cx='%1' cy='%2' r='4.5'", centre), classes, title(hover));
 }
 
 void Svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
 {
     constexpr double radius = 8;
     const double tip = isUp ? -radius : radius;
-    const Html::Scope element = html.open("polygon", classes);
-    attribute("points", {centre + QPointF(0, tip), centre + QPointF(radius, -tip * 0.75),
-                         centre + QPointF(-radius, -tip * 0.75)});
-    writeHover(hover);
+    const QVector<QPointF> corners{centre + QPointF(0, tip), centre + QPointF(radius, -tip * 0.75),
+                                   centre + QPointF(-radius, -tip * 0.75)};
+    add("polygon", places(corners), classes, title(hover));
+}
+
+void Svg::line(QPointF from, QPointF to, const QString& classes)
+{
+    add("line", place("x1='%1' y1='%2'", from) + place(" x2='%1' y2='%2'", to), classes);
 }
 
 void Svg::polyline(const QVector<QPointF>& points, const QString& classes)
 {
-    const Html::Scope element = html.open("polyline", classes);
-    attribute("points", points);
+    add("polyline", places(points), classes);
 }
 
 void Svg::text(QPointF baseline, const QString& content, const QString& classes)
 {
-    const Html::Scope element = html.open("text", classes);
-    attribute("x", baseline.x());
-    attribute("y", baseline.y());
-    html.text(content);
+    add("text", place("x='%1' y='%2'", baseline), classes, html::text(content));
 }
 
-void Svg::attribute(const QString& name, double value)
+void Svg::add(const QString& element, const QString& geometry, const QString& classes,
+              const QString& content)
 {
-    html.attribute(name, asText(value));
+    const QString tag = "\n<" + element + ' ' + geometry + " class='" + classes + "'>";
+    elements += tag + content + "</" + element + '>';
 }
 
-void Svg::attribute(const QString& name, const QVector<QPointF>& points)
+QString Svg::markup() const
 {
-    QStringList pairs;
-    for (const QPointF& point : points)
-        pairs << asText(point.x()) + ',' + asText(point.y());
-    html.attribute(name, pairs.join(' '));
-}
-
-void Svg::writeHover(const QString& hover)
-{
-    if (!hover.isEmpty())
-        html.element("title", hover);
+    return begin + elements + "</svg>";
 }

@@ -9,16 +9,31 @@
 #include <QStringList>
 
 using figuretext::count;
-using figuretext::minute;
+using figuretext::ifAny;
+using html::Cell;
+using html::Cells;
 
 namespace
 {
 /// As many rows of a list go to paper; the style sheet leaves out the others.
 constexpr int rowsOnPaper = 60;
 
-QString serialText(const QString& serial)
+Cell serialCell(const QString& serial)
 {
-    return serial.isEmpty() ? "(no serial number)" : serial;
+    return {serial.isEmpty() ? "(no serial number)" : serial, "serial"};
+}
+
+/// The time of a log to the minute.
+Cell timeCell(const QString& time)
+{
+    return {time.left(16).replace('T', ' '), "line"};
+}
+
+Cell resultCell(Result result)
+{
+    if (result == Result::Passed)
+        return {"complete", "good"};
+    return {result == Result::EndedEarly ? "ended early" : "not complete", "bad"};
 }
 
 QString missedText(const OpenUnit& unit)
@@ -35,89 +50,41 @@ QString missedText(const OpenUnit& unit)
     return parts.join("; ");
 }
 
-void writeResult(Html::Row& row, Result result)
+Cells openCells(const OpenUnit& unit)
 {
-    if (result == Result::Passed)
-        row.cell("complete", "good");
-    else
-        row.cell(result == Result::EndedEarly ? "ended early" : "not complete", "bad");
+    return {serialCell(unit.serial),
+            timeCell(unit.lastTestedAt),
+            {unit.lastStation, "name"},
+            {count(unit.attempts), "number"},
+            {missedText(unit)}};
 }
 
-/// What of a list is not there: on the page (rest says where it is), and on paper.
-void writeRest(Html& html, int all, int shown, const QString& rest)
+Cells repeatedCells(const RepeatedUnit& unit)
 {
-    if (all > shown)
-        html.element("p", QString("And %1 more; %2").arg(count(all - shown), rest), "quiet");
-    if (shown > rowsOnPaper)
-        html.element("p",
-                     QString("On paper: the first %1 of the %2 on the page.")
-                         .arg(QString::number(rowsOnPaper), count(shown)),
-                     "quiet paper");
+    return {serialCell(unit.serial),      {count(unit.attempts), "number"},
+            timeCell(unit.firstTestedAt), {unit.firstStation, "name"},
+            resultCell(unit.firstResult), timeCell(unit.lastTestedAt),
+            {unit.lastStation, "name"},   resultCell(unit.lastResult)};
 }
 
-int openCount(const Report& report)
+/// How many rows a list has on the page, if paper has fewer.
+QString notOnPaper(int rows)
 {
-    return report.total.units - report.total.passedLast;
-}
-
-void writeOpenText(Html& html, const Report& report)
-{
-    if (openCount(report) == 0)
-        html.text("The last attempt at every unit is complete.");
-    else
-        html.text(figuretext::units(openCount(report)) +
-                  " whose last attempt is not complete, newest first: the list to walk to.");
-}
-
-void writeOpen(Html& html, const Report& report)
-{
-    for (const OpenUnit& unit : report.openUnits)
-        html.row()
-            .cell(serialText(unit.serial), "serial")
-            .cell(minute(unit.lastTestedAt), "line")
-            .cell(unit.lastStation, "name")
-            .number(count(unit.attempts))
-            .cell(missedText(unit));
-}
-
-void writeOpenRest(Html& html, const Report& report)
-{
-    writeRest(html, openCount(report), report.openUnits.size(),
-              "\"zorvi_yield export\" lists every attempt.");
-}
-
-void writeRepeatedText(Html& html, const Report& report)
-{
-    if (report.repeatedUnitCount == 0)
-        html.text("No unit was tested twice.");
-    else
-        html.text(figuretext::units(report.repeatedUnitCount) + ", most attempts first.");
-}
-
-void writeRepeated(Html& html, const Report& report)
-{
-    for (const RepeatedUnit& unit : report.repeatedUnits) {
-        Html::Row row = html.row();
-        row.cell(serialText(unit.serial), "serial")
-            .number(count(unit.attempts))
-            .cell(minute(unit.firstTestedAt), "line")
-            .cell(unit.firstStation, "name");
-        writeResult(row, unit.firstResult);
-        row.cell(minute(unit.lastTestedAt), "line").cell(unit.lastStation, "name");
-        writeResult(row, unit.lastResult);
-    }
-}
-
-void writeRepeatedRest(Html& html, const Report& report)
-{
-    writeRest(html, report.repeatedUnitCount, report.repeatedUnits.size(),
-              "\"zorvi_yield unit SERIAL\" shows every attempt at one.");
+    return rows > rowsOnPaper ? count(rows) : QString();
 }
 } // namespace
 
-Parts unitParts()
+Parts unitParts(const Report& report)
 {
-    return {{"openText", writeOpenText},     {"openRows", writeOpen},
-            {"openRest", writeOpenRest},     {"repeatedText", writeRepeatedText},
-            {"repeatedRows", writeRepeated}, {"repeatedRest", writeRepeatedRest}};
+    const int open = report.total.units - report.total.passedLast;
+    const int openRows = report.openUnits.size();
+    const int repeatedRows = report.repeatedUnits.size();
+    return {{"open", ifAny(open, figuretext::units)},
+            {"openRows", html::rows(report.openUnits, openCells)},
+            {"moreOpen", ifAny(open - openRows, count)},
+            {"longOpen", notOnPaper(openRows)},
+            {"repeated", ifAny(report.repeatedUnitCount, figuretext::units)},
+            {"repeatedRows", html::rows(report.repeatedUnits, repeatedCells)},
+            {"moreRepeated", ifAny(report.repeatedUnitCount - repeatedRows, count)},
+            {"longRepeated", notOnPaper(repeatedRows)}};
 }
