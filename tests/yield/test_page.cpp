@@ -277,16 +277,16 @@ void TestPage::yieldsAgainstTheirLimits()
     const Limits last = limitsOf(80, sample().total);
     QVERIFY(is(percentAt(points(limits.at(0)).first().y()), 100.0 * first.low / 120));
     QVERIFY(is(percentAt(points(limits.at(3)).last().y()), 100.0 * last.high / 80));
-    QVERIFY(is(percentAt(number(shapes(picture, "centre").first(), "y1")), 80));
+    QVERIFY(is(percentAt(points(shapes(picture, "centre").first()).first().y()), 80));
     QVERIFY(is(percentAt(number(shapes(picture, "dot").first(), "cy")), 100.0 * 104 / 120));
     // A station below its limits has another mark, at its yield.
     const QDomElement station = element(
         page, "svg", "aria-label", "First-pass yield 56.0 % (28 of 50), limits 62.0 % to 94.0 %");
     QCOMPARE(shapes(station, "dot").size(), 0);
     const QPointF tip = points(shapes(station, "below").first()).first();
-    const QDomElement line = shapes(station, "grid").first();
-    const double share = (tip.x() - number(line, "x1")) / (number(line, "x2") - number(line, "x1"));
-    QVERIFY(is(50 + 50 * share, 56) && tip.y() > number(line, "y1"));
+    const auto line = points(shapes(station, "grid").first());
+    const double share = (tip.x() - line.first().x()) / (line.last().x() - line.first().x());
+    QVERIFY(is(50 + 50 * share, 56) && tip.y() > line.first().y());
 }
 
 void TestPage::missesAddUp()

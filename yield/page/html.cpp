@@ -15,11 +15,12 @@ QString html::text(const QString& characters)
     return shown.toHtmlEscaped();
 }
 
-QString html::element(const QString& name, const QString& content, const QString& cssClass)
+QString html::element(const QString& name, const QString& content, const QString& classes,
+                      const QString& attributes)
 {
     // A line for each, so that tools that show differences have something to hold on to.
-    const QString attribute = cssClass.isEmpty() ? "" : " class=\"" + cssClass + '"';
-    return "\n<" + name + attribute + '>' + content + "</" + name + '>';
+    const QString classAttribute = classes.isEmpty() ? "" : " class=\"" + classes + '"';
+    return "\n<" + name + classAttribute + attributes + '>' + content + "</" + name + '>';
 }
 
 QString html::row(const Cells& cells)

@@ -13,8 +13,9 @@ namespace html
 /// hold are shown as the replacement character.
 QString text(const QString& characters);
 
-/// content is markup.
-QString element(const QString& name, const QString& content, const QString& cssClass = {});
+/// content and attributes are markup.
+QString element(const QString& name, const QString& content, const QString& classes = {},
+                const QString& attributes = {});
 
 /// A cell of a table holds a text, and a picture as markup.
 struct Cell {

@@ -22,7 +22,6 @@ namespace
 {
 using figuretext::count;
 using figuretext::percent;
-using figuretext::share;
 
 QString resource(const QString& name)
 {
@@ -51,37 +50,21 @@ QString pageTemplate()
     return page;
 }
 
-/// Which units the page is about, in words.
-QString cohortText(const Report& report)
-{
-    const ReportRequest& request = report.request;
-    QString text = "Units first tested";
-    if (request.since.isValid() && request.since == request.until)
-        text += " on " + request.since.toString(Qt::ISODate);
-    else {
-        if (request.since.isValid())
-            text += " from " + request.since.toString(Qt::ISODate);
-        if (request.until.isValid())
-            text += " to " + request.until.toString(Qt::ISODate);
-    }
-    if (!request.since.isValid() && !request.until.isValid())
-        text += " at any time";
-    text += request.station.isEmpty() ? ", at all stations"
-                                      : QString(", at station \"%1\"").arg(request.station);
-    if (!request.without.isEmpty())
-        text += QString(", without %1: %2 left out")
-                    .arg(request.without.join(", "), figuretext::units(report.leftOut));
-    return text + ". Made on " + request.now.toString("yyyy-MM-dd HH:mm") + '.';
-}
-
 /// The places of the page that hold a single text.
 Parts textsOf(const Report& report)
 {
+    const ReportRequest& request = report.request;
     const Tally& total = report.total;
     const FalseFailures& failures = report.falseFailures;
     const double perUnit = 1.0 * total.attempts / std::max(total.units, 1);
     return {
-        {"cohort", html::text(cohortText(report))},
+        {"style", resource("page.css")},
+        {"since", request.since.toString(Qt::ISODate)},
+        {"until", request.until.toString(Qt::ISODate)},
+        {"station", html::text(request.station)},
+        {"without", html::text(request.without.join(", "))},
+        {"leftOut", figuretext::units(report.leftOut)},
+        {"madeAt", request.now.toString("yyyy-MM-dd HH:mm")},
         {"anyAttempt", report.databaseIsEmpty ? "" : "yes"},
         {"units", figuretext::ifAny(total.units, count)},
         {"attempts", count(total.attempts)},
@@ -95,24 +78,20 @@ Parts textsOf(const Report& report)
         {"falseShare", percent(failures.passed, failures.failed)},
         {"passedAgain", count(failures.passed)},
         {"failed", count(failures.failed)},
-        {"retested", share(failures.retested, failures.failed)},
+        {"retested", figuretext::share(failures.retested, failures.failed)},
     };
 }
 } // namespace
 
 bool page::write(const Report& report, QIODevice& output)
 {
-    QVector<Parts> all{textsOf(report), recentParts(report)};
-    if (report.total.units > 0)
-        all << yieldParts(report) << controlParts(report) << unitParts(report);
-    Parts parts{{"style", resource("page.css")}};
-    for (const Parts& some : all)
-        for (auto part = some.cbegin(); part != some.cend(); ++part)
-            parts.insert(part.key(), part.value());
+    Parts parts = textsOf(report);
+    for (const Parts& some : {yieldParts(report), controlParts(report), unitParts(report)})
+        parts.insert(some);
     QString page = pageTemplate();
     for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
-        const QString wrong = part->isEmpty() ? "if" : "unless";
-        page.remove(expression(QString("<!--%1 %2-->.*?<!--end %2-->").arg(wrong, part.key())));
+        const QString absent = part->isEmpty() ? "if" : "unless";
+        page.remove(expression(QString("<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
     }
     for (auto part = parts.cbegin(); part != parts.cend(); ++part)
         page.replace("<!--" + part.key() + "-->", part.value());

@@ -11,11 +11,9 @@
 /// Texts, pictures and the rows of tables as markup, by the name of their place in page.html.
 using Parts = QMap<QString, QString>;
 
-/// Stations' ages and the last days: there without a unit, too.
-Parts recentParts(const Report& report);
-
-/// For a report with units: days, stations and attempts; what was missed, and where runs ended
-/// early; units one by one.
+/// Days, stations and attempts.
 Parts yieldParts(const Report& report);
+/// What was missed, and where runs ended early.
 Parts controlParts(const Report& report);
+/// Units one by one.
 Parts unitParts(const Report& report);

@@ -32,17 +32,17 @@ QRectF place(int componentNum)
     return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
-void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const QRectF& area)
+QString controlPicture(int componentNum, const ControlMisses& control, const QRectF& area)
 {
     const bool isTested = control.units > 0;
     const QString colour = isTested ? colourClass(control.missed, control.units) : "untested";
+    const QString rate = isTested ? figuretext::percent(control.missed, control.units) : QString();
     const QString missed =
         "missed at the first attempt by " + figuretext::share(control.missed, control.units);
     const QString number = QString::number(componentNum);
-    svg.rect(
-        area.adjusted(1, 1, -1, -1), "control " + colour,
+    const QString hover =
         QString("%1 (component %2): %3")
-            .arg(controlnames::control(componentNum), number, isTested ? missed : "not tested"));
+            .arg(controlnames::control(componentNum), number, isTested ? missed : "not tested");
 
     const roster::Kind kind = roster::kindOf(componentNum);
     const bool isFader = kind == roster::Kind::Fader;
@@ -52,21 +52,23 @@ void drawControl(Svg& svg, int componentNum, const ControlMisses& control, const
         numberAt = {area.left() + 38, area.center().y() + 5};
         rateAt = {area.right() - 32, area.center().y() + 4};
     }
-    svg.text(numberAt, number, "number on-" + colour + " middle");
-    if (isTested)
-        svg.text(rateAt, figuretext::percent(control.missed, control.units),
-                 "rate on-" + colour + " middle");
+    return svg::rect(area.adjusted(1, 1, -1, -1), "control " + colour, hover) +
+           svg::text(numberAt, number, "number on-" + colour + " middle") +
+           svg::text(rateAt, rate, "rate on-" + colour + " middle");
 }
 
-void drawLegend(Svg& svg, QPointF corner)
+QString legend(QPointF corner)
 {
-    svg.text(corner + QPointF(0, 13), "Units that missed a band at first:", "label");
+    QString picture =
+        svg::text(corner + QPointF(0, 13), "Units that missed a band at first:", "label");
     double x = corner.x() + 215;
     for (const Colour& colour : colours) {
-        svg.rect({x, corner.y(), 22, 16}, "control " + colourClass(colour.lastPercent, 100));
-        svg.text({x + 28, corner.y() + 13}, colour.legend, "label");
+        picture +=
+            svg::rect({x, corner.y(), 22, 16}, "control " + colourClass(colour.lastPercent, 100)) +
+            svg::text({x + 28, corner.y() + 13}, colour.legend, "label");
         x += 110;
     }
+    return picture;
 }
 } // namespace
 
@@ -79,14 +81,13 @@ QString chart::surface(const Report& report)
         all = all.united(place(c));
     const QRectF ground = all.adjusted(-margin, -margin, margin, margin);
 
-    Svg svg(ground.size() + QSizeF(0, legendHeight),
-            "The control surface, each control coloured by how often it missed a "
-            "band at the first attempt");
-    svg.rect({QPointF(), ground.size()}, "ground");
+    QString picture = svg::rect({QPointF(), ground.size()}, "ground");
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         if (!place(c).isEmpty())
-            drawControl(svg, c, report.controls.at(static_cast<std::size_t>(c)),
-                        place(c).translated(-ground.topLeft()));
-    drawLegend(svg, {margin, ground.height() + 14});
-    return svg.markup();
+            picture += controlPicture(c, report.controls.at(static_cast<std::size_t>(c)),
+                                      place(c).translated(-ground.topLeft()));
+    return svg::picture(ground.size() + QSizeF(0, legendHeight),
+                        "The control surface, each control coloured by how often it missed a "
+                        "band at the first attempt",
+                        picture + legend({margin, ground.height() + 14}));
 }

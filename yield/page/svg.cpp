@@ -5,11 +5,13 @@
 
 #include "yield/page/html.h"
 
+using html::element;
+
 namespace
 {
-QString place(const char* names, QPointF point)
+QString place(const char* attributes, QPointF point)
 {
-    return QString(names).arg(point.x()).arg(point.y());
+    return QString(attributes).arg(point.x()).arg(point.y());
 }
 
 QString places(const QVector<QPointF>& points)
@@ -17,66 +19,47 @@ QString places(const QVector<QPointF>& points)
     QString list;
     for (const QPointF& point : points)
         list += place("%1,%2 ", point);
-    return QString("points='%1'").arg(list.trimmed());
+    return " points='" + list.trimmed() + '\'';
 }
 
 QString title(const QString& hover)
 {
-    return hover.isEmpty() ? QString() : html::element("title", html::text(hover));
+    return hover.isEmpty() ? QString() : element("title", html::text(hover));
 }
 } // namespace
 
-Svg::Svg(QSizeF size, const QString& label)
-    : begin(QString("\n<svg viewBox='0 0 %1 %2' role='img' aria-label=\"%3\">")
-                .arg(size.width())
-                .arg(size.height())
-                .arg(html::text(label)))
+QString svg::picture(QSizeF size, const QString& label, const QString& elements)
 {
+    const QString box = place(" viewBox='0 0 %1 %2'", {size.width(), size.height()});
+    const QString role = " role='img' aria-label=\"" + html::text(label) + '"';
+    return element("svg", elements, {}, box + role);
 }
 
-void Svg::rect(const QRectF& area, const QString& classes, const QString& hover)
+QString svg::rect(const QRectF& area, const QString& classes, const QString& hover)
 {
     const QString size = place(" width='%1' height='%2'", {area.width(), area.height()});
-    add("rect", place("x='%1' y='%2'", area.topLeft()) + size, classes, title(hover));
+    return element("rect", title(hover), classes, place(" x='%1' y='%2'", area.topLeft()) + size);
 }
 
-void Svg::circle(QPointF centre, const QString& classes, const QString& hover)
+QString svg::circle(QPointF centre, const QString& classes, const QString& hover)
 {
-    add("circle", place("cx='%1' cy='%2' r='4.5'", centre), classes, title(hover));
+    return element("circle", title(hover), classes, place(" cx='%1' cy='%2' r='4.5'", centre));
 }
 
-void Svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
+QString svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
 {
-    constexpr double radius = 8;
-    const double tip = isUp ? -radius : radius;
-    const QVector<QPointF> corners{centre + QPointF(0, tip), centre + QPointF(radius, -tip * 0.75),
-                                   centre + QPointF(-radius, -tip * 0.75)};
-    add("polygon", places(corners), classes, title(hover));
+    const double tip = isUp ? -8 : 8;
+    const QVector<QPointF> corners{centre + QPointF(0, tip), centre + QPointF(8, -tip * 0.75),
+                                   centre + QPointF(-8, -tip * 0.75)};
+    return element("polygon", title(hover), classes, places(corners));
 }
 
-void Svg::line(QPointF from, QPointF to, const QString& classes)
+QString svg::line(const QVector<QPointF>& points, const QString& classes)
 {
-    add("line", place("x1='%1' y1='%2'", from) + place(" x2='%1' y2='%2'", to), classes);
+    return element("polyline", {}, classes, places(points));
 }
 
-void Svg::polyline(const QVector<QPointF>& points, const QString& classes)
+QString svg::text(QPointF baseline, const QString& content, const QString& classes)
 {
-    add("polyline", places(points), classes);
-}
-
-void Svg::text(QPointF baseline, const QString& content, const QString& classes)
-{
-    add("text", place("x='%1' y='%2'", baseline), classes, html::text(content));
-}
-
-void Svg::add(const QString& element, const QString& geometry, const QString& classes,
-              const QString& content)
-{
-    const QString tag = "\n<" + element + ' ' + geometry + " class='" + classes + "'>";
-    elements += tag + content + "</" + element + '>';
-}
-
-QString Svg::markup() const
-{
-    return begin + elements + "</svg>";
+    return element("text", html::text(content), classes, place(" x='%1' y='%2'", baseline));
 }

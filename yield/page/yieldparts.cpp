@@ -103,19 +103,13 @@ Cells attemptCells(int number, const AttemptsByNumber& attempts)
 }
 } // namespace
 
-Parts recentParts(const Report& report)
-{
-    const auto cells = [&](const DayReport& recent) {
-        return periodCells(dayName(recent.day, report.request.now.date()), recent.tally,
-                           recent.limits);
-    };
-    return {{"ages", html::rows(report.ages, ageCells)},
-            {"recentDays", html::rows(report.recentDays, cells)}};
-}
-
 Parts yieldParts(const Report& report)
 {
     const Timeline timeline = timelineOf(report.days, report.total);
+    const auto cellsOfDay = [&](const DayReport& recent) {
+        return periodCells(dayName(recent.day, report.request.now.date()), recent.tally,
+                           recent.limits);
+    };
     const auto cellsOfPeriod = [](const Timeline::Period& period) {
         return periodCells(period.name, period.tally, period.limits);
     };
@@ -125,7 +119,9 @@ Parts yieldParts(const Report& report)
     const auto cellsOfAttempts = [number = 0](const AttemptsByNumber& attempts) mutable {
         return attemptCells(++number, attempts);
     };
-    return {{"offAxis", figuretext::ifAny(report.offAxis.units, figuretext::units)},
+    return {{"ages", html::rows(report.ages, ageCells)},
+            {"recentDays", html::rows(report.recentDays, cellsOfDay)},
+            {"offAxis", figuretext::ifAny(report.offAxis.units, figuretext::units)},
             {"period", timeline.unit},
             {"timeline", chart::timeline(timeline, report.total)},
             {"periods", html::rows(timeline.periods, cellsOfPeriod)},
