@@ -44,8 +44,3 @@ QString figuretext::limits(const Limits& limits, int units)
 {
     return QString("%1 to %2").arg(percent(limits.low, units), percent(limits.high, units));
 }
-
-QString figuretext::date(const QDate& date, const QString& format)
-{
-    return QLocale(QLocale::English).toString(date, format);
-}

@@ -5,7 +5,6 @@
 
 #include "yield/figures/limits.h"
 
-#include <QDate>
 #include <QString>
 
 /// Figures as the page writes them.
@@ -28,7 +27,4 @@ QString share(int part, int whole);
 
 /// "90.0 % to 100 %", of so many units.
 QString limits(const Limits& limits, int units);
-
-/// A date in English, in a format of QDate.
-QString date(const QDate& date, const QString& format);
 } // namespace figuretext

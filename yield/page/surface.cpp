@@ -9,19 +9,14 @@
 
 namespace
 {
-/// A colour is for shares up to so many percent of the units. The same on every page, so that pages
-/// can be compared.
-struct Colour {
-    int lastPercent;
-    const char* legend;
-};
-constexpr Colour colours[] = {{0, "none"},      {1, "up to 1 %"},   {2, "up to 2 %"},
-                              {5, "up to 5 %"}, {10, "up to 10 %"}, {100, "more"}};
+/// Up to how many percent of the units a colour is for; the legend in page.html says so too. The
+/// same on every page, so that pages can be compared.
+constexpr int lastPercentOfColour[] = {0, 1, 2, 5, 10, 100};
 
 QString colourClass(int missed, int units)
 {
     int step = 0;
-    while (100.0 * missed > 1.0 * colours[step].lastPercent * units)
+    while (100.0 * missed > 1.0 * lastPercentOfColour[step] * units)
         ++step;
     return QString("miss%1").arg(step);
 }
@@ -57,25 +52,11 @@ QString controlPicture(int componentNum, const ControlMisses& control, const QRe
            svg::text(rateAt, rate, "rate on-" + colour + " middle");
 }
 
-QString legend(QPointF corner)
-{
-    QString picture =
-        svg::text(corner + QPointF(0, 13), "Units that missed a band at first:", "label");
-    double x = corner.x() + 215;
-    for (const Colour& colour : colours) {
-        picture +=
-            svg::rect({x, corner.y(), 22, 16}, "control " + colourClass(colour.lastPercent, 100)) +
-            svg::text({x + 28, corner.y() + 13}, colour.legend, "label");
-        x += 110;
-    }
-    return picture;
-}
 } // namespace
 
 QString chart::surface(const Report& report)
 {
     constexpr double margin = 16;
-    constexpr double legendHeight = 36;
     QRectF all;
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         all = all.united(place(c));
@@ -86,8 +67,8 @@ QString chart::surface(const Report& report)
         if (!place(c).isEmpty())
             picture += controlPicture(c, report.controls.at(static_cast<std::size_t>(c)),
                                       place(c).translated(-ground.topLeft()));
-    return svg::picture(ground.size() + QSizeF(0, legendHeight),
+    return svg::picture(ground.size(),
                         "The control surface, each control coloured by how often it missed a "
                         "band at the first attempt",
-                        picture + legend({margin, ground.height() + 14}));
+                        picture);
 }

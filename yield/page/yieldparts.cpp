@@ -8,10 +8,15 @@
 #include "yield/page/html.h"
 #include "yield/page/parts.h"
 
+#include <QLocale>
+#include <QStringList>
+
 #include <algorithm>
 
 using figuretext::count;
+using figuretext::ifAny;
 using figuretext::share;
+using html::Cell;
 using html::Cells;
 
 namespace
@@ -34,7 +39,8 @@ Cells ageCells(const StationAge& age)
     if (age.seconds < 0)
         return {{age.name, "name"}, {"no log yet", "bad"}, {"–"}};
     const QDate day = QDate::fromString(age.newestAt.left(10), Qt::ISODate);
-    const QString moment = figuretext::date(day, "ddd d MMM ") + age.newestAt.mid(11, 5);
+    const QString moment =
+        QLocale(QLocale::English).toString(day, QString("ddd d MMM ")) + age.newestAt.mid(11, 5);
     // So long a silence needs a person.
     const bool isLong = age.seconds > 24 * 60 * 60;
     return {{age.name, "name"},
@@ -65,7 +71,7 @@ Cells periodCells(const QString& name, const Tally& tally, const Limits& limits)
 
 QString dayName(const QDate& day, const QDate& today)
 {
-    const QString name = figuretext::date(day, "ddd d MMM yyyy");
+    const QString name = QLocale(QLocale::English).toString(day, QString("ddd d MMM yyyy"));
     if (day == today)
         return "Today so far, " + name;
     return day == today.addDays(-1) ? "Yesterday, " + name : name;
@@ -101,6 +107,57 @@ Cells attemptCells(int number, const AttemptsByNumber& attempts)
             {{}, {}, chart::share(attempts.passed, attempts.attempts)},
             {count(attempts.endedEarly), "number"}};
 }
+/// As many rows of a list go to paper; the style sheet leaves out the others.
+constexpr int rowsOnPaper = 60;
+
+Cell serialCell(const QString& serial)
+{
+    return {serial.isEmpty() ? "(no serial number)" : serial, "serial"};
+}
+
+/// The time of a log to the minute.
+Cell timeCell(const QString& time)
+{
+    return {time.left(16).replace('T', ' '), "line"};
+}
+
+Cell resultCell(Result result)
+{
+    if (result == Result::Passed)
+        return {"complete", "good"};
+    return {result == Result::EndedEarly ? "ended early" : "not complete", "bad"};
+}
+
+QString missedText(const OpenUnit& unit)
+{
+    QStringList parts;
+    if (unit.endedAt)
+        parts << "ended early at " + controlnames::control(*unit.endedAt);
+    for (const MissedControl& control : unit.missed)
+        parts << QString("%1: %2").arg(controlnames::control(control.componentNum),
+                                       controlnames::bands(control.componentNum, control.bands));
+    const int more = unit.missedControlCount - unit.missed.size();
+    if (more > 0)
+        parts << QString("and %1 more").arg(more);
+    return parts.join("; ");
+}
+
+Cells openCells(const OpenUnit& unit)
+{
+    return {serialCell(unit.serial),
+            timeCell(unit.lastTestedAt),
+            {unit.lastStation, "name"},
+            {count(unit.attempts), "number"},
+            {missedText(unit)}};
+}
+
+Cells repeatedCells(const RepeatedUnit& unit)
+{
+    return {serialCell(unit.serial),      {count(unit.attempts), "number"},
+            timeCell(unit.firstTestedAt), {unit.firstStation, "name"},
+            resultCell(unit.firstResult), timeCell(unit.lastTestedAt),
+            {unit.lastStation, "name"},   resultCell(unit.lastResult)};
+}
 } // namespace
 
 Parts yieldParts(const Report& report)
@@ -121,11 +178,26 @@ Parts yieldParts(const Report& report)
     };
     return {{"ages", html::rows(report.ages, ageCells)},
             {"recentDays", html::rows(report.recentDays, cellsOfDay)},
-            {"offAxis", figuretext::ifAny(report.offAxis.units, figuretext::units)},
+            {"offAxis", ifAny(report.offAxis.units, figuretext::units)},
             {"period", timeline.unit},
             {"timeline", chart::timeline(timeline, report.total)},
             {"periods", html::rows(timeline.periods, cellsOfPeriod)},
             {"stationAxis", QString::number(chart::axisBegin(report))},
             {"stations", html::rows(report.stations, cellsOfStation)},
             {"numbers", html::rows(report.attemptsByNumber, cellsOfAttempts)}};
+}
+
+Parts unitParts(const Report& report)
+{
+    const int open = report.total.units - report.total.passedLast;
+    const int openRows = report.openUnits.size();
+    const int repeatedRows = report.repeatedUnits.size();
+    return {{"open", ifAny(open, figuretext::units)},
+            {"openRows", html::rows(report.openUnits, openCells)},
+            {"moreOpen", ifAny(open - openRows, count)},
+            {"longOpen", ifAny(openRows > rowsOnPaper ? openRows : 0, count)},
+            {"repeated", ifAny(report.repeatedUnitCount, figuretext::units)},
+            {"repeatedRows", html::rows(report.repeatedUnits, repeatedCells)},
+            {"moreRepeated", ifAny(report.repeatedUnitCount - repeatedRows, count)},
+            {"longRepeated", ifAny(repeatedRows > rowsOnPaper ? repeatedRows : 0, count)}};
 }
