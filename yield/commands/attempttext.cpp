@@ -10,9 +10,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMap>
 #include <QStringList>
-#include <QVector>
 
 namespace
 {
@@ -44,17 +42,11 @@ QByteArray csvText(QString text)
 QString attempttext::line(const Attempt& attempt)
 {
     const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
-    QMap<int, QVector<int>> missed;
-    for (const auto& band : outcome.missed)
-        missed[band.componentNum].append(band.band);
-    QStringList controls;
-    for (auto i = missed.cbegin(); i != missed.cend(); ++i)
-        controls << controlnames::control(i.key()) + ": " + controlnames::bands(i.key(), i.value());
     QStringList words;
     if (outcome.endedAt)
         words << "ended early at " + controlnames::control(*outcome.endedAt);
-    if (!controls.isEmpty())
-        words << "missed " + controls.join("; ");
+    if (!outcome.missed.empty())
+        words << "missed " + controlnames::missed(outcome.missed).join("; ");
     QString when = attempt.testedAt;
     when.replace('T', ' ');
     return QString("%1  %2  %3")

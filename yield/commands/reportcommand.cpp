@@ -4,7 +4,7 @@
 #include "yield/commands/command.h"
 #include "yield/commands/outputfile.h"
 #include "yield/commands/reportfile.h"
-#include "yield/figures/serialpattern.h"
+#include "yield/figures/reportcounter.h"
 
 #include <QDate>
 #include <QTextStream>
@@ -46,7 +46,7 @@ bool readPatterns(const QCommandLineParser& parser, QStringList& without, QStrin
 {
     without = parser.values("without");
     for (const QString& pattern : without)
-        if (!SerialPattern(pattern).isValid())
+        if (!serialPattern(pattern).isValid())
             error = QString("--without takes a pattern such as \"KG-*\", not \"%1\"").arg(pattern);
     return error.isEmpty();
 }

@@ -31,6 +31,7 @@ constexpr qint64 noteMs = 60000;
 constexpr qint64 settledMs = 2000;
 constexpr qint64 nsInMs = 1000000;
 constexpr std::size_t mostInFirstLook = 1000;
+constexpr std::array<qint64, 3> noFile{};
 /// Logs that are read between two looks at the kernel's events.
 constexpr int readsBetweenEvents = 16;
 
@@ -184,7 +185,7 @@ QStringList Capture::changedIn(const Place& place)
     QStringList changed;
     const auto look = [&](const QString& path) {
         const Stamp stamp = stampOf(path);
-        if (stamp == Stamp() || seen.value(path) == stamp)
+        if (stamp == noFile || seen.value(path) == stamp)
             return;
         seen.insert(path, stamp);
         changed << path;
@@ -225,7 +226,7 @@ void Capture::readLog(const QString& path)
     const Stamp stamp = stampOf(path);
     // Two changes within one tick of the file system's clock look the same.
     const qint64 ageMs = QDateTime::currentMSecsSinceEpoch() - stamp[0] / nsInMs;
-    if (stamp == Stamp() || std::abs(ageMs) < settledMs)
+    if (stamp == noFile || std::abs(ageMs) < settledMs)
         seen.remove(path);
     else
         seen.insert(path, stamp);

@@ -22,14 +22,7 @@ bool hasForeignName(const QString& path)
 {
     return path.contains(QChar(QChar::ReplacementCharacter));
 }
-
 } // namespace
-
-logfiles::Stamp logfiles::stampOf(const QString& path)
-{
-    const QFileInfo file(path);
-    return file.exists() ? Stamp{file.size(), file.lastModified().toMSecsSinceEpoch()} : Stamp();
-}
 
 QStringList logfiles::filesOf(const QString& path)
 {
@@ -81,15 +74,14 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
 std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
 {
     constexpr int tries = 5;
-    Stamp refused;
+    QByteArray refused;
     for (int i = 0; i < tries; ++i) {
         const auto bytes = bytesOf(path, reason);
-        if (auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt)
+        if (!bytes || (i > 0 && *bytes == refused))
+            return std::nullopt;
+        if (auto log = stationlog::read(*bytes, reason))
             return log;
-        const Stamp now = stampOf(path);
-        if (i > 0 && now == refused)
-            break;
-        refused = now;
+        refused = *bytes;
     }
     return std::nullopt;
 }

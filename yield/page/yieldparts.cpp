@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/figures/timeline.h"
+#include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
 #include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
@@ -97,7 +98,7 @@ Cells stationCells(const StationReport& station, const Report& report)
 }
 
 /// number: of the attempts, from 1.
-Cells attemptCells(int number, const AttemptsByNumber& attempts)
+Cells numberCells(int number, const AttemptsByNumber& attempts)
 {
     const QString endings[] = {"st", "nd", "rd"};
     const QString name = QString::number(number) + (number <= 3 ? endings[number - 1] : "th");
@@ -121,42 +122,41 @@ Cell timeCell(const QString& time)
     return {time.left(16).replace('T', ' '), "line"};
 }
 
-Cell resultCell(Result result)
+QString missedText(const Attempt& attempt)
 {
-    if (result == Result::Passed)
-        return {"complete", "good"};
-    return {result == Result::EndedEarly ? "ended early" : "not complete", "bad"};
-}
-
-QString missedText(const OpenUnit& unit)
-{
-    QStringList parts;
-    if (unit.endedAt)
-        parts << "ended early at " + controlnames::control(*unit.endedAt);
-    for (const MissedControl& control : unit.missed)
-        parts << QString("%1: %2").arg(controlnames::control(control.componentNum),
-                                       controlnames::bands(control.componentNum, control.bands));
-    const int more = unit.missedControlCount - unit.missed.size();
+    constexpr int mostControls = 3;
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    QStringList parts = controlnames::missed(outcome.missed);
+    const int more = parts.size() - mostControls;
     if (more > 0)
-        parts << QString("and %1 more").arg(more);
+        parts = parts.mid(0, mostControls) << QString("and %1 more").arg(more);
+    if (outcome.endedAt)
+        parts.prepend("ended early at " + controlnames::control(*outcome.endedAt));
     return parts.join("; ");
 }
 
-Cells openCells(const OpenUnit& unit)
+Cells openCells(const TestedUnit& unit)
 {
-    return {serialCell(unit.serial),
-            timeCell(unit.lastTestedAt),
-            {unit.lastStation, "name"},
+    return {serialCell(unit.last.serial),
+            timeCell(unit.last.testedAt),
+            {unit.last.station, "name"},
             {count(unit.attempts), "number"},
-            {missedText(unit)}};
+            {missedText(unit.last)}};
 }
 
-Cells repeatedCells(const RepeatedUnit& unit)
+Cells attemptCells(const Attempt& attempt)
 {
-    return {serialCell(unit.serial),      {count(unit.attempts), "number"},
-            timeCell(unit.firstTestedAt), {unit.firstStation, "name"},
-            resultCell(unit.firstResult), timeCell(unit.lastTestedAt),
-            {unit.lastStation, "name"},   resultCell(unit.lastResult)};
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    const Cell bad{outcome.endedAt ? "ended early" : "not complete", "bad"};
+    return {timeCell(attempt.testedAt),
+            {attempt.station, "name"},
+            outcome.isComplete() ? Cell{"complete", "good"} : bad};
+}
+
+Cells repeatedCells(const TestedUnit& unit)
+{
+    return Cells{serialCell(unit.last.serial), {count(unit.attempts), "number"}} +
+           attemptCells(unit.first) + attemptCells(unit.last);
 }
 } // namespace
 
@@ -174,7 +174,7 @@ Parts yieldParts(const Report& report)
         return stationCells(station, report);
     };
     const auto cellsOfAttempts = [number = 0](const AttemptsByNumber& attempts) mutable {
-        return attemptCells(++number, attempts);
+        return numberCells(++number, attempts);
     };
     return {{"ages", html::rows(report.ages, ageCells)},
             {"recentDays", html::rows(report.recentDays, cellsOfDay)},

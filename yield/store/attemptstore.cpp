@@ -54,7 +54,7 @@ void storePart(StationRows& rows, const std::vector<StationLog>& logs, StoreCoun
     for (const StationLog& log : logs) {
         const Save save{log.testedAt, log.marks};
         const UnitLogs& unit = *units.constFind(log.serial);
-        if (!attemptrules::isAttempt(save.marks)) {
+        if (save.marks.none()) {
             ++counts.notAttempt;
         } else if (unit.hold(save) || isIn(added.value(log.serial), save)) {
             ++counts.known;
