@@ -87,25 +87,32 @@ QVector<QDomElement> elements(const QDomElement& parent, const QString& name)
     return all;
 }
 
-/// The first element with that name whose attribute has that value.
-QDomElement element(const QString& page, const QString& name, const QString& attribute,
-                    const QString& value)
+/// The table or the picture with that label.
+QDomElement labelled(const QString& page, const QString& name, const QString& label)
 {
     QDomDocument document;
-    if (document.setContent(page))
-        for (const QDomElement& each : elements(document.documentElement(), name))
-            if (each.attribute(attribute) == value)
-                return each;
+    document.setContent(page);
+    for (const QDomElement& each : elements(document.documentElement(), name))
+        if (each.attribute("aria-label") == label)
+            return each;
     return {};
+}
+
+QVector<QDomElement> children(const QDomElement& parent)
+{
+    QVector<QDomElement> all;
+    for (auto child = parent.firstChildElement(); !child.isNull();
+         child = child.nextSiblingElement())
+        all.append(child);
+    return all;
 }
 
 QStringList tableLines(const QString& page, const QString& label)
 {
     QStringList lines;
-    for (const QDomElement& row : elements(element(page, "div", "aria-label", label), "tr")) {
+    for (const QDomElement& row : elements(labelled(page, "div", label), "tr")) {
         QStringList cells;
-        for (QDomElement cell = row.firstChildElement(); !cell.isNull();
-             cell = cell.nextSiblingElement())
+        for (const QDomElement& cell : children(row))
             cells << cell.text();
         lines << cells.join('|');
     }
@@ -116,8 +123,7 @@ QStringList tableLines(const QString& page, const QString& label)
 QVector<QDomElement> shapes(const QDomElement& picture, const QString& cssClass)
 {
     QVector<QDomElement> found;
-    for (QDomElement shape = picture.firstChildElement(); !shape.isNull();
-         shape = shape.nextSiblingElement())
+    for (const QDomElement& shape : children(picture))
         if (shape.attribute("class").split(' ').contains(cssClass))
             found.append(shape);
     return found;
@@ -172,11 +178,9 @@ private Q_SLOTS:
     void columns_data();
     void columns();
     void texts();
-    void shares();
     void yieldsAgainstTheirLimits();
     void missesAddUp();
     void hostileTexts();
-    void aBrowserShowsThePage_data();
     void aBrowserShowsThePage();
     void paperIsBounded();
 };
@@ -234,8 +238,8 @@ void TestPage::texts()
                              .replace(QRegularExpression("\\|+"), "|")
                              .replace(QRegularExpression("\\s+"), " ");
     const QString parts =
-        "without GOLD*: 2 units left out. Made on 2026-11-18 08:00.;|20 units whose last;And 19 "
-        "more;"
+        "first tested at any time, at all stations, without GOLD*: 2 units left out. Made on "
+        "2026-11-18 08:00.;|20 units whose last;And 19 more;"
         "|42 units, most;And 40 more;|3 units with a first attempt before;line from 50 % to 100 %;"
         "|Units|200|serial;|Attempts|260|1.30 a unit|;|First-pass yield|80.0 %|160 of 200 units|;"
         "|Final yield so far|90.0 %|180 of 200 units|;|False failures|27.9 %|12 of 43 failures|;"
@@ -250,8 +254,13 @@ void TestPage::texts()
     QCOMPARE(figuretext::percent(99999, 100000), QString("99.9\u00a0%"));
     QCOMPARE(figuretext::percent(1, 100000), QString("0.1\u00a0%"));
     QCOMPARE(figuretext::share(1234, 1234), QString("100\u00a0% (1,234 of 1,234)"));
+    QCOMPARE(figuretext::percent(0, 0), QString("–"));
     Report none = sample();
     none.total = {};
+    none.request.since = none.request.until = {2026, 11, 9};
+    none.request.station = "One";
+    QVERIFY(written(none).simplified().contains(
+        "first tested from 2026-11-09 to 2026-11-09, at station \"One\", without GOLD*"));
     QVERIFY(written(none).contains("There are no such units"));
     none.databaseIsEmpty = true;
     QVERIFY(written(none).contains("There are no attempts in the"));
@@ -259,20 +268,10 @@ void TestPage::texts()
     QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && !page::write(none, full));
 }
 
-void TestPage::shares()
-{
-    // Never rounded to all or to none.
-    QCOMPARE(figuretext::percent(99999, 100000), QString("99.9\u00a0%"));
-    QCOMPARE(figuretext::percent(1, 100000), QString("0.1\u00a0%"));
-    QCOMPARE(figuretext::share(1234, 1234), QString("100\u00a0% (1,234 of 1,234)"));
-    QCOMPARE(figuretext::percent(0, 0), QString("–"));
-}
-
 void TestPage::yieldsAgainstTheirLimits()
 {
     const QString page = written(sample());
-    const QDomElement picture =
-        element(page, "svg", "aria-label", "First-pass yield and units by day");
+    const QDomElement picture = labelled(page, "svg", "First-pass yield and units by day");
     const auto labels = shapes(picture, "end");
     QVERIFY(labels.at(0).text() == "100 %" && labels.at(4).text() == "60 %");
     const double top = number(labels.at(0), "y") - 4;
@@ -286,22 +285,22 @@ void TestPage::yieldsAgainstTheirLimits()
     const Limits last = limitsOf(80, sample().total);
     QVERIFY(is(percentAt(points(limits.at(0)).first().y()), 100.0 * first.low / 120));
     QVERIFY(is(percentAt(points(limits.at(3)).last().y()), 100.0 * last.high / 80));
-    QVERIFY(is(percentAt(number(shapes(picture, "centre").first(), "y1")), 80));
+    QVERIFY(is(percentAt(points(shapes(picture, "centre").first()).first().y()), 80));
     QVERIFY(is(percentAt(number(shapes(picture, "dot").first(), "cy")), 100.0 * 104 / 120));
     // A station below its limits has another mark, at its yield.
-    const QDomElement station = element(
-        page, "svg", "aria-label", "First-pass yield 56.0 % (28 of 50), limits 62.0 % to 94.0 %");
+    const QDomElement station =
+        labelled(page, "svg", "First-pass yield 56.0 % (28 of 50), limits 62.0 % to 94.0 %");
     QCOMPARE(shapes(station, "dot").size(), 0);
     const QPointF tip = points(shapes(station, "below").first()).first();
-    const QDomElement line = shapes(station, "grid").first();
-    const double share = (tip.x() - number(line, "x1")) / (number(line, "x2") - number(line, "x1"));
-    QVERIFY(is(50 + 50 * share, 56) && tip.y() > number(line, "y1"));
+    const auto line = points(shapes(station, "grid").first());
+    const double share = (tip.x() - line.first().x()) / (line.last().x() - line.first().x());
+    QVERIFY(is(50 + 50 * share, 56) && tip.y() > line.first().y());
 }
 
 void TestPage::missesAddUp()
 {
-    const QDomElement picture = element(written(sample()), "svg", "aria-label",
-                                        "Units that missed each control, most missed first");
+    const QDomElement picture =
+        labelled(written(sample()), "svg", "Units that missed each control, most missed first");
     const auto bars = shapes(picture, "bar");
     const auto line = points(shapes(picture, "trend").first());
     QCOMPARE(bars.size(), 6);
@@ -339,18 +338,10 @@ void TestPage::hostileTexts()
         QVERIFY2(!page.contains(part), part);
 }
 
-void TestPage::aBrowserShowsThePage_data()
-{
-    QTest::addColumn<QString>("scheme");
-    QTest::newRow("dark") << "0";
-    QTest::newRow("light") << "1";
-}
-
-/// In two frames, a phone's width and a wide one. ZORVI_AXE names a copy of axe.min.js: then the
-/// page is checked with it too.
+/// Dark and light, in two frames, a phone's width and a wide one. ZORVI_AXE names a copy of
+/// axe.min.js: then the page is checked with it too.
 void TestPage::aBrowserShowsThePage()
 {
-    QFETCH(QString, scheme);
     QString script = fileBytes(PAGE_CHECK);
     const QString axe = qEnvironmentVariable("ZORVI_AXE");
     if (!axe.isEmpty())
@@ -363,12 +354,14 @@ void TestPage::aBrowserShowsThePage()
                       written(sample()) + "<script>" + script + "</script>"));
     QVERIFY(writeFile(frames, "<iframe src='page.html' width='400' height='800'></iframe>"
                               "<iframe src='page.html' width='1600' height='800'></iframe>"));
-    const QString console =
-        browse(frames, {"--enable-logging=stderr", "--virtual-time-budget=20000",
-                        "--blink-settings=preferredColorScheme=" + scheme, "--dump-dom"});
-    const QStringList wrong = console.split('\n').filter(QRegularExpression("WRONG|Uncaught"));
-    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
-    QCOMPARE(console.count("CHECKED"), axe.isEmpty() ? 2 : 4);
+    for (const char* const scheme : {"0", "1"}) {
+        const QString console =
+            browse(frames, {"--enable-logging=stderr", "--virtual-time-budget=20000", "--dump-dom",
+                            QString("--blink-settings=preferredColorScheme=") + scheme});
+        const QStringList wrong = console.split('\n').filter(QRegularExpression("WRONG|Uncaught"));
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
+        QCOMPARE(console.count("CHECKED"), axe.isEmpty() ? 2 : 4);
+    }
 }
 
 void TestPage::paperIsBounded()

@@ -9,9 +9,9 @@
 
 #include <algorithm>
 
-using figuretext::count;
 using figuretext::percent;
 using figuretext::share;
+using html::Cells;
 
 namespace
 {
@@ -21,6 +21,36 @@ constexpr int worstCount = 3;
 const ControlMisses& missesOf(const Report& report, int componentNum)
 {
     return report.controls.at(static_cast<std::size_t>(componentNum));
+}
+
+QString missedText(const Report& report, int componentNum)
+{
+    const ControlMisses& control = missesOf(report, componentNum);
+    if (control.units > 0)
+        return share(control.missed, control.units);
+    return componentNum == roster::powerButton ? "never tested" : "not tested here";
+}
+
+QString controlRows(const Report& report)
+{
+    QString rows;
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
+        rows += html::row(
+            {{controlnames::control(c)}, {QString::number(c), "number"}, {missedText(report, c)}});
+    return rows;
+}
+
+QString endedRows(const Report& report)
+{
+    const int all = report.total.endedFirst;
+    QString rows;
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
+        if (const int units = missesOf(report, c).endedHere)
+            rows += html::row({{controlnames::control(c)},
+                               {QString::number(c), "number"},
+                               {share(units, all)},
+                               {{}, {}, chart::share(units, all)}});
+    return rows;
 }
 
 /// The controls that any unit missed, most missed first.
@@ -36,105 +66,52 @@ QVector<int> missedControls(const Report& report)
     return controls;
 }
 
-QString missedText(const Report& report, int componentNum)
+QString worstPictures(const Report& report, const QVector<int>& worst)
 {
-    const ControlMisses& control = missesOf(report, componentNum);
-    if (control.units > 0)
-        return share(control.missed, control.units);
-    return componentNum == roster::powerButton ? "never tested" : "not tested here";
-}
-void writeControls(Html& html, const Report& report)
-{
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        html.row()
-            .cell(controlnames::control(c))
-            .number(QString::number(c))
-            .cell(missedText(report, c));
-}
-
-int allMisses(const Report& report)
-{
-    int all = 0;
-    for (const ControlMisses& control : report.controls)
-        all += control.missed;
-    return all;
-}
-
-void writeParetoText(Html& html, const Report& report)
-{
-    const int more = missedControls(report).size() - mostParetoBars;
-    if (allMisses(report) == 0)
-        html.text("No first attempt missed a band.");
-    else
-        html.text("Units that missed the control at the first attempt. The line adds up the "
-                  "shares of all these misses.");
-    if (more > 0)
-        html.text(QString(" %1 more controls are in the table.").arg(more));
-}
-
-void writePareto(Html& html, const Report& report)
-{
-    QVector<chart::ParetoBar> bars;
-    for (const int c : missedControls(report).mid(0, mostParetoBars))
-        bars.append({controlnames::control(c), missesOf(report, c).missed});
-    chart::drawPareto(html, bars, allMisses(report));
-}
-
-void writeMisses(Html& html, const Report& report)
-{
-    const int all = allMisses(report);
-    int sum = 0;
-    for (const int c : missedControls(report)) {
-        const int missed = missesOf(report, c).missed;
-        sum += missed;
-        html.row()
-            .cell(controlnames::control(c))
-            .cell(missedText(report, c))
-            .number(percent(missed, all))
-            .number(percent(sum, all));
+    QString boxes;
+    for (const int c : worst) {
+        const QString name = QString("%1 (component %2)").arg(controlnames::control(c)).arg(c);
+        const QString missed = "Missed by " + missedText(report, c);
+        boxes +=
+            html::element("div", html::element("h3", name) + html::element("p", missed, "quiet") +
+                                     chart::bands(c, missesOf(report, c)));
     }
+    return boxes;
 }
 
-void writeWorst(Html& html, const Report& report)
+QString bandRows(const Report& report, const QVector<int>& worst)
 {
-    for (const int c : missedControls(report).mid(0, worstCount)) {
-        const auto box = html.open("div");
-        html.element("h3", QString("%1 (component %2)").arg(controlnames::control(c)).arg(c));
-        html.element("p", "Missed by " + missedText(report, c), "quiet");
-        chart::drawBands(html, c, missesOf(report, c));
-    }
-}
-
-void writeBands(Html& html, const Report& report)
-{
-    for (const int c : missedControls(report).mid(0, worstCount))
+    QString rows;
+    for (const int c : worst)
         for (int band = 0; band < missesOf(report, c).missedBands.size(); ++band)
-            html.row()
-                .cell(controlnames::control(c))
-                .cell(controlnames::band(c, band))
-                .number(count(missesOf(report, c).missedBands.at(band)));
-}
-
-void writeEndedAt(Html& html, const Report& report)
-{
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
-        const int units = missesOf(report, c).endedHere;
-        if (units == 0)
-            continue;
-        Html::Row row = html.row();
-        row.cell(controlnames::control(c))
-            .number(QString::number(c))
-            .cell(share(units, report.total.endedFirst));
-        const auto cell = html.open("td");
-        chart::drawShare(html, units, report.total.endedFirst);
-    }
+            rows += html::row(
+                {{controlnames::control(c)},
+                 {controlnames::band(c, band)},
+                 {figuretext::count(missesOf(report, c).missedBands.at(band)), "number"}});
+    return rows;
 }
 } // namespace
 
-Parts controlParts()
+Parts controlParts(const Report& report)
 {
-    return {{"surface", chart::drawSurface}, {"controls", writeControls},
-            {"paretoText", writeParetoText}, {"pareto", writePareto},
-            {"misses", writeMisses},         {"worst", writeWorst},
-            {"bands", writeBands},           {"endedAt", writeEndedAt}};
+    const QVector<int> missed = missedControls(report);
+    const QVector<int> worst = missed.mid(0, worstCount);
+    int all = 0;
+    for (const int c : missed)
+        all += missesOf(report, c).missed;
+    const auto missedCells = [&, sum = 0](int c) mutable {
+        sum += missesOf(report, c).missed;
+        return Cells{{controlnames::control(c)},
+                     {missedText(report, c)},
+                     {percent(missesOf(report, c).missed, all), "number"},
+                     {percent(sum, all), "number"}};
+    };
+    return {{"surface", chart::surface(report)},
+            {"controls", controlRows(report)},
+            {"moreMissed", figuretext::ifAny(missed.size() - mostParetoBars, figuretext::count)},
+            {"pareto", chart::pareto(report, missed.mid(0, mostParetoBars), all)},
+            {"misses", html::rows(missed, missedCells)},
+            {"worst", worstPictures(report, worst)},
+            {"bands", bandRows(report, worst)},
+            {"endedAt", endedRows(report)}};
 }

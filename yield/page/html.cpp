@@ -5,92 +5,28 @@
 
 #include "yield/logs/printabletext.h"
 
-#include <QIODevice>
-
-namespace
-{
-/// Without the characters that a page cannot hold: the writer would give up at them.
-QString holdable(const QString& text)
+QString html::text(const QString& characters)
 {
     // By way of UTF-8, which has no half surrogate pairs.
-    QString shown = QString::fromUtf8(printableText(text).toUtf8());
+    QString shown = QString::fromUtf8(printableText(characters).toUtf8());
     for (QChar& c : shown)
         if (c.unicode() > QChar::ReplacementCharacter)
             c = QChar::ReplacementCharacter;
-    return shown;
-}
-} // namespace
-
-Html::Scope::Scope(QXmlStreamWriter& writer)
-    : xml(writer)
-{
+    return shown.toHtmlEscaped();
 }
 
-Html::Scope::~Scope()
-{
-    xml.writeEndElement();
-}
-
-Html::Row::Row(Html& html)
-    : page(html)
-    , scope(html.open("tr"))
-{
-}
-
-Html::Row& Html::Row::cell(const QString& content, const QString& cssClass)
-{
-    page.element("td", content, cssClass);
-    return *this;
-}
-
-Html::Row& Html::Row::number(const QString& content)
-{
-    return cell(content, "number");
-}
-
-Html::Html(QIODevice& output)
-    : xml(&output)
-{
-}
-
-Html::Scope Html::open(const QString& element, const QString& cssClass)
+QString html::element(const QString& name, const QString& content, const QString& classes,
+                      const QString& attributes)
 {
     // A line for each, so that tools that show differences have something to hold on to.
-    xml.writeCharacters("\n");
-    xml.writeStartElement(element);
-    if (!cssClass.isEmpty())
-        attribute("class", cssClass);
-    return Scope(xml);
+    const QString classAttribute = classes.isEmpty() ? "" : " class=\"" + classes + '"';
+    return "\n<" + name + classAttribute + attributes + '>' + content + "</" + name + '>';
 }
 
-void Html::element(const QString& name, const QString& content, const QString& cssClass)
+QString html::row(const Cells& cells)
 {
-    const Scope scope = open(name, cssClass);
-    text(content);
-}
-
-Html::Row Html::row()
-{
-    return Row(*this);
-}
-
-void Html::attribute(const QString& name, const QString& value)
-{
-    xml.writeAttribute(name, holdable(value));
-}
-
-void Html::text(const QString& characters)
-{
-    xml.writeCharacters(holdable(characters));
-}
-
-void Html::markup(const QString& html)
-{
-    const QByteArray bytes = html.toUtf8();
-    tookMarkup = xml.device()->write(bytes) == bytes.size() && tookMarkup;
-}
-
-bool Html::isWhole() const
-{
-    return tookMarkup && !xml.hasError();
+    QString content;
+    for (const Cell& cell : cells)
+        content += element("td", text(cell.text) + cell.picture, cell.cssClass);
+    return element("tr", content);
 }

@@ -3,63 +3,37 @@
 
 #pragma once
 
-#include <QXmlStreamWriter>
+#include <QString>
+#include <QVector>
 
-class QIODevice;
-
-/// Writes parts of an HTML page element by element. Every text is escaped; characters that a page
-/// cannot hold are shown as the replacement character.
-class Html
+/// Parts of an HTML page as markup.
+namespace html
 {
-public:
-    /// An open element; it is closed with the object.
-    class Scope
-    {
-    public:
-        ~Scope();
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
+/// A text as it may stand in an element or an attribute: escaped, and characters that a page cannot
+/// hold are shown as the replacement character.
+QString text(const QString& characters);
 
-    private:
-        friend Html;
-        explicit Scope(QXmlStreamWriter& writer);
+/// content and attributes are markup.
+QString element(const QString& name, const QString& content, const QString& classes = {},
+                const QString& attributes = {});
 
-        QXmlStreamWriter& xml;
-    };
-
-    /// A row of a table, closed with the object: html.row().cell("Station 1").number("12");
-    class Row
-    {
-    public:
-        Row& cell(const QString& content, const QString& cssClass = {});
-        /// A cell of a column of numbers.
-        Row& number(const QString& content);
-
-    private:
-        friend Html;
-        explicit Row(Html& html);
-
-        Html& page;
-        Scope scope;
-    };
-
-    explicit Html(QIODevice& output);
-
-    [[nodiscard]] Scope open(const QString& element, const QString& cssClass = {});
-    void element(const QString& name, const QString& content, const QString& cssClass = {});
-    Row row();
-
-    /// Parts of the element that was opened last: first its attributes, then its text.
-    void attribute(const QString& name, const QString& value);
-    void text(const QString& characters);
-
-    /// HTML that is written as it is.
-    void markup(const QString& html);
-
-    /// Whether the output took everything so far.
-    bool isWhole() const;
-
-private:
-    QXmlStreamWriter xml;
-    bool tookMarkup = true;
+/// A cell of a table holds a text, and a picture as markup.
+struct Cell {
+    QString text;
+    QString cssClass = {};
+    QString picture = {};
 };
+using Cells = QVector<Cell>;
+
+QString row(const Cells& cells);
+
+/// A row for each item; cellsOf gives the cells of one.
+template <typename Items, typename CellsOf>
+QString rows(const Items& items, CellsOf cellsOf)
+{
+    QString markup;
+    for (const auto& item : items)
+        markup += row(cellsOf(item));
+    return markup;
+}
+} // namespace html

@@ -21,9 +21,7 @@ static void makeResourcesAvailable()
 namespace
 {
 using figuretext::count;
-using figuretext::countOf;
 using figuretext::percent;
-using figuretext::share;
 
 QString resource(const QString& name)
 {
@@ -52,92 +50,52 @@ QString pageTemplate()
     return page;
 }
 
-/// Which units the page is about, in words.
-QString cohortText(const Report& report)
+/// The places of the page that hold a single text.
+Parts textsOf(const Report& report)
 {
     const ReportRequest& request = report.request;
-    QString text = "Units first tested";
-    if (request.since.isValid() && request.since == request.until)
-        text += " on " + request.since.toString(Qt::ISODate);
-    else {
-        if (request.since.isValid())
-            text += " from " + request.since.toString(Qt::ISODate);
-        if (request.until.isValid())
-            text += " to " + request.until.toString(Qt::ISODate);
-    }
-    if (!request.since.isValid() && !request.until.isValid())
-        text += " at any time";
-    text += request.station.isEmpty() ? ", at all stations"
-                                      : QString(", at station \"%1\"").arg(request.station);
-    if (!request.without.isEmpty())
-        text += QString(", without %1: %2 left out")
-                    .arg(request.without.join(", "), figuretext::units(report.leftOut));
-    return text + ". Made on " + request.now.toString("yyyy-MM-dd HH:mm") + '.';
-}
-
-QString emptyText(const Report& report)
-{
-    if (report.databaseIsEmpty)
-        return "There are no attempts in the database yet. Import the stations' logs with "
-               "\"zorvi_yield import\".";
-    return report.total.units == 0 ? "There are no such units in the database; it has others."
-                                   : QString();
-}
-
-/// The places of the page that hold a single text.
-QMap<QString, QString> textsOf(const Report& report)
-{
     const Tally& total = report.total;
     const FalseFailures& failures = report.falseFailures;
+    const double perUnit = 1.0 * total.attempts / std::max(total.units, 1);
     return {
-        {"cohort", cohortText(report)},
-        {"empty", emptyText(report)},
-        {"units", count(total.units)},
+        {"style", resource("page.css")},
+        {"since", request.since.toString(Qt::ISODate)},
+        {"until", request.until.toString(Qt::ISODate)},
+        {"station", html::text(request.station)},
+        {"without", html::text(request.without.join(", "))},
+        {"leftOut", figuretext::units(report.leftOut)},
+        {"madeAt", request.now.toString("yyyy-MM-dd HH:mm")},
+        {"anyAttempt", report.databaseIsEmpty ? "" : "yes"},
+        {"units", figuretext::ifAny(total.units, count)},
         {"attempts", count(total.attempts)},
-        {"attemptsPerUnit",
-         QString::number(1.0 * total.attempts / std::max(total.units, 1), 'f', 2)},
+        {"attemptsPerUnit", QString::number(perUnit, 'f', 2)},
         {"firstPass", percent(total.passedFirst, total.units)},
-        {"firstPassOf", countOf(total.passedFirst, total.units)},
+        {"passedFirst", count(total.passedFirst)},
         {"final", percent(total.passedLast, total.units)},
-        {"finalOf", countOf(total.passedLast, total.units)},
+        {"passedLast", count(total.passedLast)},
         {"endedShare", percent(total.endedFirst, total.units)},
-        {"endedOf", countOf(total.endedFirst, total.units)},
+        {"endedFirst", count(total.endedFirst)},
         {"falseShare", percent(failures.passed, failures.failed)},
-        {"falseOf", countOf(failures.passed, failures.failed)},
+        {"passedAgain", count(failures.passed)},
         {"failed", count(failures.failed)},
-        {"retested", share(failures.retested, failures.failed)},
-        {"falseFailures", share(failures.passed, failures.failed)},
-        {"ended", share(total.endedFirst, total.units)},
+        {"retested", figuretext::share(failures.retested, failures.failed)},
     };
 }
 } // namespace
 
 bool page::write(const Report& report, QIODevice& output)
 {
+    Parts parts = textsOf(report);
+    for (const Parts& some : {yieldParts(report), controlParts(report), unitParts(report)})
+        parts.insert(some);
     QString page = pageTemplate();
-    if (report.total.units == 0)
-        page.remove(expression("<!--ifunits-->.*?<!--endunits-->"));
-    const QMap<QString, QString> texts = textsOf(report);
-    Parts parts = yieldParts();
-    for (const Parts& more : {controlParts(), unitParts()})
-        for (auto part = more.cbegin(); part != more.cend(); ++part)
-            parts.insert(part.key(), part.value());
-
-    Html html(output);
-    int end = 0; // of what is written
-    auto places = expression("<!--(.*?)-->").globalMatch(page);
-    while (places.hasNext()) {
-        const auto place = places.next();
-        const QString name = place.captured(1);
-        html.markup(page.mid(end, place.capturedStart() - end));
-        end = place.capturedEnd();
-        if (name == "style")
-            html.markup(resource("page.css"));
-        else if (parts.contains(name))
-            parts.value(name)(html, report);
-        else
-            html.text(texts.value(name));
+    for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
+        const QString absent = part->isEmpty() ? "if" : "unless";
+        page.remove(expression(QString("<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
     }
-    html.markup(page.mid(end));
-    return html.isWhole();
+    for (auto part = parts.cbegin(); part != parts.cend(); ++part)
+        page.replace("<!--" + part.key() + "-->", part.value());
+    page.remove(expression("<!--.*?-->"));
+    const QByteArray bytes = page.toUtf8();
+    return output.write(bytes) == bytes.size();
 }

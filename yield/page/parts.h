@@ -8,14 +8,12 @@
 #include <QMap>
 #include <QString>
 
-class Html;
-
-/// What writes the pictures and the rows of tables, by the name of their place in page.html.
-using Parts = QMap<QString, void (*)(Html&, const Report&)>;
+/// Texts, pictures and the rows of tables as markup, by the name of their place in page.html.
+using Parts = QMap<QString, QString>;
 
 /// Days, stations and attempts.
-Parts yieldParts();
+Parts yieldParts(const Report& report);
 /// What was missed, and where runs ended early.
-Parts controlParts();
+Parts controlParts(const Report& report);
 /// Units one by one.
-Parts unitParts();
+Parts unitParts(const Report& report);

@@ -3,93 +3,63 @@
 
 #include "yield/page/svg.h"
 
-#include <QStringList>
+#include "yield/page/html.h"
+
+using html::element;
 
 namespace
 {
-QString asText(double value)
+QString place(const char* attributes, QPointF point)
 {
-    return QString::number(qRound(value * 100) / 100.0);
+    return QString(attributes).arg(point.x()).arg(point.y());
+}
+
+QString places(const QVector<QPointF>& points)
+{
+    QString list;
+    for (const QPointF& point : points)
+        list += place("%1,%2 ", point);
+    return " points='" + list.trimmed() + '\'';
+}
+
+QString title(const QString& hover)
+{
+    return hover.isEmpty() ? QString() : element("title", html::text(hover));
 }
 } // namespace
 
-Svg::Svg(Html& page, QSizeF size, const QString& label)
-    : html(page)
-    , picture(page.open("svg"))
+QString svg::picture(QSizeF size, const QString& label, const QString& elements)
 {
-    html.attribute("viewBox",
-                   QString("0 0 %1 %2").arg(asText(size.width()), asText(size.height())));
-    html.attribute("role", "img");
-    html.attribute("aria-label", label);
+    const QString box = place(" viewBox='0 0 %1 %2'", {size.width(), size.height()});
+    const QString role = " role='img' aria-label=\"" + html::text(label) + '"';
+    return element("svg", elements, {}, box + role);
 }
 
-void Svg::rect(const QRectF& area, const QString& classes, const QString& hover)
+QString svg::rect(const QRectF& area, const QString& classes, const QString& hover)
 {
-    const Html::Scope element = html.open("rect", classes);
-    attribute("x", area.x());
-    attribute("y", area.y());
-    attribute("width", area.width());
-    attribute("height", area.height());
-    writeHover(hover);
+    const QString size = place(" width='%1' height='%2'", {area.width(), area.height()});
+    return element("rect", title(hover), classes, place(" x='%1' y='%2'", area.topLeft()) + size);
 }
 
-void Svg::circle(QPointF centre, double radius, const QString& classes, const QString& hover)
+QString svg::circle(QPointF centre, const QString& classes, const QString& hover)
 {
-    const Html::Scope element = html.open("circle", classes);
-    attribute("cx", centre.x());
-    attribute("cy", centre.y());
-    attribute("r", radius);
-    writeHover(hover);
+    return element("circle", title(hover), classes, place(" cx='%1' cy='%2' r='4.5'", centre));
 }
 
-void Svg::line(QPointF from, QPointF to, const QString& classes)
+QString svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
 {
-    const Html::Scope element = html.open("line", classes);
-    attribute("x1", from.x());
-    attribute("y1", from.y());
-    attribute("x2", to.x());
-    attribute("y2", to.y());
+    const double tip = isUp ? -8 : 8;
+    const QVector<QPointF> corners{centre + QPointF(0, tip), centre + QPointF(8, -tip * 0.75),
+                                   centre + QPointF(-8, -tip * 0.75)};
+    return element("polygon", title(hover), classes, places(corners));
 }
 
-void Svg::triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover)
+QString svg::line(const QVector<QPointF>& points, const QString& classes)
 {
-    constexpr double radius = 8;
-    const double tip = isUp ? -radius : radius;
-    const Html::Scope element = html.open("polygon", classes);
-    attribute("points", {centre + QPointF(0, tip), centre + QPointF(radius, -tip * 0.75),
-                         centre + QPointF(-radius, -tip * 0.75)});
-    writeHover(hover);
+    return element("polyline", {}, classes, places(points));
 }
 
-void Svg::polyline(const QVector<QPointF>& points, const QString& classes)
+QString svg::text(QPointF baseline, const QString& content, const QString& classes)
 {
-    const Html::Scope element = html.open("polyline", classes);
-    attribute("points", points);
-}
-
-void Svg::text(QPointF baseline, const QString& content, const QString& classes)
-{
-    const Html::Scope element = html.open("text", classes);
-    attribute("x", baseline.x());
-    attribute("y", baseline.y());
-    html.text(content);
-}
-
-void Svg::attribute(const QString& name, double value)
-{
-    html.attribute(name, asText(value));
-}
-
-void Svg::attribute(const QString& name, const QVector<QPointF>& points)
-{
-    QStringList pairs;
-    for (const QPointF& point : points)
-        pairs << asText(point.x()) + ',' + asText(point.y());
-    html.attribute(name, pairs.join(' '));
-}
-
-void Svg::writeHover(const QString& hover)
-{
-    if (!hover.isEmpty())
-        html.element("title", hover);
+    return element("text", html::text(content), classes, place(" x='%1' y='%2'", baseline));
 }

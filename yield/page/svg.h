@@ -3,35 +3,23 @@
 
 #pragma once
 
-#include "yield/page/html.h"
-
 #include <QPointF>
 #include <QRectF>
-#include <QSizeF>
+#include <QString>
+#include <QVector>
 
-/// One picture inside a page, as SVG elements. Colours and fonts come from the page's style sheet
-/// by class names, so that they follow light and dark. Lengths are in pixels of the picture, y runs
-/// down. The picture is closed with the object.
-class Svg
+/// A picture inside a page and its elements, as markup. Colours and fonts come from the page's
+/// style sheet by class names, so that they follow light and dark. Lengths are in pixels of the
+/// picture, y runs down. hover: shown while the mouse is over the element; may be empty.
+namespace svg
 {
-public:
-    /// label: what the picture shows, for those who cannot see it.
-    Svg(Html& page, QSizeF size, const QString& label);
+/// label: what the picture shows, for those who cannot see it.
+QString picture(QSizeF size, const QString& label, const QString& elements);
 
-    /// hover: shown while the mouse is over the element; may be empty.
-    void rect(const QRectF& area, const QString& classes, const QString& hover = {});
-    void circle(QPointF centre, double radius, const QString& classes, const QString& hover = {});
-    void line(QPointF from, QPointF to, const QString& classes);
-    /// A triangle around the centre, its tip up or down.
-    void triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover = {});
-    void polyline(const QVector<QPointF>& points, const QString& classes);
-    void text(QPointF baseline, const QString& content, const QString& classes);
-
-private:
-    void attribute(const QString& name, double value);
-    void attribute(const QString& name, const QVector<QPointF>& points);
-    void writeHover(const QString& hover);
-
-    Html& html;
-    Html::Scope picture;
-};
+QString rect(const QRectF& area, const QString& classes, const QString& hover = {});
+QString circle(QPointF centre, const QString& classes, const QString& hover = {});
+/// A triangle around the centre, its tip up or down.
+QString triangle(QPointF centre, bool isUp, const QString& classes, const QString& hover = {});
+QString line(const QVector<QPointF>& points, const QString& classes);
+QString text(QPointF baseline, const QString& content, const QString& classes);
+} // namespace svg

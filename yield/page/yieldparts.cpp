@@ -2,95 +2,80 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/figures/timeline.h"
+#include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
 #include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
 #include "yield/page/html.h"
 #include "yield/page/parts.h"
 
+#include <QLocale>
+#include <QStringList>
+
 #include <algorithm>
 
 using figuretext::count;
+using figuretext::ifAny;
 using figuretext::share;
+using html::Cell;
+using html::Cells;
 
 namespace
 {
-/// How long a station may be silent before the page points at it, in seconds.
-constexpr qint64 longSilence = 24 * 60 * 60;
-
-void writeAges(Html& html, const Report& report)
+/// "1 minute", "25 minutes", "3 hours", "4 days": whole ones, 2 days or 2 hours and more.
+QString duration(qint64 seconds)
 {
-    for (const StationAge& age : report.ages) {
-        const QString moment = figuretext::moment(age.newestAt);
-        Html::Row row = html.row();
-        row.cell(age.name, "name");
-        if (age.seconds < 0)
-            row.cell("no log yet", "bad").cell("–");
-        else if (age.seconds > longSilence)
-            row.cell("nothing since " + moment, "bad")
-                .cell(figuretext::duration(age.seconds), "line");
-        else
-            row.cell(moment, "line").cell(figuretext::duration(age.seconds), "line");
-    }
+    constexpr qint64 hour = 3600;
+    const qint64 days = seconds / (24 * hour);
+    if (days >= 2)
+        return QString("%1 days").arg(days);
+    if (seconds >= 2 * hour)
+        return QString("%1 hours").arg(seconds / hour);
+    const qint64 minutes = seconds / 60;
+    return QString(minutes == 1 ? "%1 minute" : "%1 minutes").arg(minutes);
+}
+
+Cells ageCells(const StationAge& age)
+{
+    if (age.seconds < 0)
+        return {{age.name, "name"}, {"no log yet", "bad"}, {"–"}};
+    const QDate day = QDate::fromString(age.newestAt.left(10), Qt::ISODate);
+    const QString moment =
+        QLocale(QLocale::English).toString(day, QString("ddd d MMM ")) + age.newestAt.mid(11, 5);
+    // So long a silence needs a person.
+    const bool isLong = age.seconds > 24 * 60 * 60;
+    return {{age.name, "name"},
+            {isLong ? "nothing since " + moment : moment, isLong ? "bad" : "line"},
+            {duration(age.seconds), "line"}};
 }
 
 /// The cells that tables of days, weeks and stations share.
-void writeYieldCells(Html::Row& row, const Tally& tally, const Limits& limits)
+Cells yieldCells(const Tally& tally, const Limits& limits)
 {
-    if (tally.units == 0) {
-        row.cell("–").cell("–").cell("–").number("–");
-        return;
-    }
+    if (tally.units == 0)
+        return {{"–"}, {"–"}, {"–"}, {"–", "number"}};
     const Verdict verdict = verdictOn(tally, limits);
-    row.cell(share(tally.passedFirst, tally.units), "line")
-        .cell(figuretext::verdict(verdict) + ' ' + figuretext::limits(limits, tally.units),
-              verdict == Verdict::Below ? "bad" : "line")
-        .cell(share(tally.passedLast, tally.units), "line")
-        .number(count(tally.endedFirst));
+    const QString place = verdict == Verdict::Below   ? "▼ below "
+                          : verdict == Verdict::Above ? "▲ above "
+                                                      : "within ";
+    return {{share(tally.passedFirst, tally.units), "line"},
+            {place + figuretext::limits(limits, tally.units),
+             verdict == Verdict::Below ? "bad" : "line"},
+            {share(tally.passedLast, tally.units), "line"},
+            {count(tally.endedFirst), "number"}};
 }
 
-void writeRecentDays(Html& html, const Report& report)
+Cells periodCells(const QString& name, const Tally& tally, const Limits& limits)
 {
-    const QDate today = report.request.now.date();
-    for (const DayReport& recent : report.recentDays) {
-        QString name = figuretext::day(recent.day);
-        if (recent.day == today)
-            name = "Today so far, " + name;
-        if (recent.day == today.addDays(-1))
-            name = "Yesterday, " + name;
-        Html::Row row = html.row();
-        row.cell(name, "line").number(count(recent.tally.units));
-        writeYieldCells(row, recent.tally, recent.limits);
-    }
+    return Cells{{name, "line"}, {count(tally.units), "number"}} + yieldCells(tally, limits);
 }
 
-void writeOffAxis(Html& html, const Report& report)
+QString dayName(const QDate& day, const QDate& today)
 {
-    if (report.offAxis.units > 0)
-        html.text(figuretext::units(report.offAxis.units) +
-                  " with a first attempt before the year 2000 or more than a day after this page "
-                  "was made: the clock of a station is wrong. They count everywhere but here.");
-}
-
-void writePeriodName(Html& html, const Report& report)
-{
-    html.text(timelineOf(report.days, report.total).unit);
-}
-
-void writeTimeline(Html& html, const Report& report)
-{
-    if (!report.days.isEmpty())
-        chart::drawTimeline(html, timelineOf(report.days, report.total), report.total);
-}
-
-void writePeriods(Html& html, const Report& report)
-{
-    const Timeline timeline = timelineOf(report.days, report.total);
-    for (const Timeline::Period& period : timeline.periods) {
-        Html::Row row = html.row();
-        row.cell(period.name, "line").number(count(period.tally.units));
-        writeYieldCells(row, period.tally, period.limits);
-    }
+    const QString name = QLocale(QLocale::English).toString(day, QString("ddd d MMM yyyy"));
+    if (day == today)
+        return "Today so far, " + name;
+    return day == today.addDays(-1) ? "Yesterday, " + name : name;
 }
 
 /// The control that most units of a station missed, or a dash.
@@ -103,55 +88,116 @@ QString worstControl(const StationReport& station)
     return QString("%1, %2").arg(controlnames::control(componentNum), figuretext::units(*worst));
 }
 
-void writeStationAxis(Html& html, const Report& report)
+Cells stationCells(const StationReport& station, const Report& report)
 {
-    html.text(QString::number(chart::axisBegin(report)));
+    return Cells{{station.name, "name"},
+                 {count(station.tally.units), "number"},
+                 {count(station.tally.attempts), "number"},
+                 {{}, {}, chart::station(station, report)}} +
+           yieldCells(station.tally, station.limits) + Cells{{worstControl(station), "line"}};
 }
 
-void writeStations(Html& html, const Report& report)
-{
-    for (const StationReport& station : report.stations) {
-        Html::Row row = html.row();
-        row.cell(station.name, "name")
-            .number(count(station.tally.units))
-            .number(count(station.tally.attempts));
-        {
-            const auto cell = html.open("td");
-            chart::drawStation(html, station, report.total, chart::axisBegin(report));
-        }
-        writeYieldCells(row, station.tally, station.limits);
-        row.cell(worstControl(station), "line");
-    }
-}
-
-void writeNumbers(Html& html, const Report& report)
+/// number: of the attempts, from 1.
+Cells numberCells(int number, const AttemptsByNumber& attempts)
 {
     const QString endings[] = {"st", "nd", "rd"};
-    for (int i = 0; i < report.attemptsByNumber.size(); ++i) {
-        const AttemptsByNumber& attempts = report.attemptsByNumber.at(i);
-        const QString name = QString::number(i + 1) + (i < 3 ? endings[i] : "th");
-        Html::Row row = html.row();
-        row.cell(i + 1 == Report::maxNumbers ? name + " and later" : name)
-            .number(count(attempts.attempts))
-            .cell(share(attempts.passed, attempts.attempts), "line");
-        {
-            const auto cell = html.open("td");
-            chart::drawShare(html, attempts.passed, attempts.attempts);
-        }
-        row.number(count(attempts.endedEarly));
-    }
+    const QString name = QString::number(number) + (number <= 3 ? endings[number - 1] : "th");
+    return {{number == Report::maxNumbers ? name + " and later" : name},
+            {count(attempts.attempts), "number"},
+            {share(attempts.passed, attempts.attempts), "line"},
+            {{}, {}, chart::share(attempts.passed, attempts.attempts)},
+            {count(attempts.endedEarly), "number"}};
+}
+/// As many rows of a list go to paper; the style sheet leaves out the others.
+constexpr int rowsOnPaper = 60;
+
+Cell serialCell(const QString& serial)
+{
+    return {serial.isEmpty() ? "(no serial number)" : serial, "serial"};
+}
+
+/// The time of a log to the minute.
+Cell timeCell(const QString& time)
+{
+    return {time.left(16).replace('T', ' '), "line"};
+}
+
+QString missedText(const Attempt& attempt)
+{
+    constexpr int mostControls = 3;
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    QStringList parts = controlnames::missed(outcome.missed);
+    const int more = parts.size() - mostControls;
+    if (more > 0)
+        parts = parts.mid(0, mostControls) << QString("and %1 more").arg(more);
+    if (outcome.endedAt)
+        parts.prepend("ended early at " + controlnames::control(*outcome.endedAt));
+    return parts.join("; ");
+}
+
+Cells openCells(const TestedUnit& unit)
+{
+    return {serialCell(unit.last.serial),
+            timeCell(unit.last.testedAt),
+            {unit.last.station, "name"},
+            {count(unit.attempts), "number"},
+            {missedText(unit.last)}};
+}
+
+Cells attemptCells(const Attempt& attempt)
+{
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    const Cell bad{outcome.endedAt ? "ended early" : "not complete", "bad"};
+    return {timeCell(attempt.testedAt),
+            {attempt.station, "name"},
+            outcome.isComplete() ? Cell{"complete", "good"} : bad};
+}
+
+Cells repeatedCells(const TestedUnit& unit)
+{
+    return Cells{serialCell(unit.last.serial), {count(unit.attempts), "number"}} +
+           attemptCells(unit.first) + attemptCells(unit.last);
 }
 } // namespace
 
-Parts yieldParts()
+Parts yieldParts(const Report& report)
 {
-    return {{"ages", writeAges},
-            {"recentDays", writeRecentDays},
-            {"offAxis", writeOffAxis},
-            {"period", writePeriodName},
-            {"timeline", writeTimeline},
-            {"periods", writePeriods},
-            {"stationAxis", writeStationAxis},
-            {"stations", writeStations},
-            {"numbers", writeNumbers}};
+    const Timeline timeline = timelineOf(report.days, report.total);
+    const auto cellsOfDay = [&](const DayReport& recent) {
+        return periodCells(dayName(recent.day, report.request.now.date()), recent.tally,
+                           recent.limits);
+    };
+    const auto cellsOfPeriod = [](const Timeline::Period& period) {
+        return periodCells(period.name, period.tally, period.limits);
+    };
+    const auto cellsOfStation = [&](const StationReport& station) {
+        return stationCells(station, report);
+    };
+    const auto cellsOfAttempts = [number = 0](const AttemptsByNumber& attempts) mutable {
+        return numberCells(++number, attempts);
+    };
+    return {{"ages", html::rows(report.ages, ageCells)},
+            {"recentDays", html::rows(report.recentDays, cellsOfDay)},
+            {"offAxis", ifAny(report.offAxis.units, figuretext::units)},
+            {"period", timeline.unit},
+            {"timeline", chart::timeline(timeline, report.total)},
+            {"periods", html::rows(timeline.periods, cellsOfPeriod)},
+            {"stationAxis", QString::number(chart::axisBegin(report))},
+            {"stations", html::rows(report.stations, cellsOfStation)},
+            {"numbers", html::rows(report.attemptsByNumber, cellsOfAttempts)}};
+}
+
+Parts unitParts(const Report& report)
+{
+    const int open = report.total.units - report.total.passedLast;
+    const int openRows = report.openUnits.size();
+    const int repeatedRows = report.repeatedUnits.size();
+    return {{"open", ifAny(open, figuretext::units)},
+            {"openRows", html::rows(report.openUnits, openCells)},
+            {"moreOpen", ifAny(open - openRows, count)},
+            {"longOpen", ifAny(openRows > rowsOnPaper ? openRows : 0, count)},
+            {"repeated", ifAny(report.repeatedUnitCount, figuretext::units)},
+            {"repeatedRows", html::rows(report.repeatedUnits, repeatedCells)},
+            {"moreRepeated", ifAny(report.repeatedUnitCount - repeatedRows, count)},
+            {"longRepeated", ifAny(repeatedRows > rowsOnPaper ? repeatedRows : 0, count)}};
 }
