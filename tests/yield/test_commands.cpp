@@ -118,7 +118,7 @@ private Q_SLOTS:
         row("no such command", {"exprot"}, 2, "no command \"exprot\"");
         row("help", {"--help"}, 0, "import ");
         row("help of a command", {"import", "--help"}, 0, "--tests-18");
-        row("option before the command", {"--format", "csv", "export", "--help"}, 0, "csv or json");
+        row("option first", {"--format", "csv", "export"}, 2, "comes first");
         row("version", {"--version"}, 0, "zorvi_yield ");
         row("another command's option", {"unit", "1", "--format", "csv"}, 2, "format");
         row("nothing to import", {"import"}, 2, "which folder");

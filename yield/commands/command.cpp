@@ -3,21 +3,30 @@
 
 #include "yield/commands/command.h"
 
-#include "yield/intake/logimport.h"
 #include "yield/intake/spool.h"
 
-#include <QCoreApplication>
-#include <QTextStream>
+#include <QFileInfo>
+#include <QSaveFile>
 
-void command::warn(const QString& text)
+#include <cstdio>
+#include <stdexcept>
+
+namespace
 {
-    QTextStream(stderr) << QCoreApplication::applicationName() << ": " << text << Qt::endl;
+/// What is to be replaced as a whole: a file, or nothing yet. Devices have links to files that are
+/// open, which no other file can replace.
+bool isFile(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString absolute = info.absoluteFilePath();
+    return path != "-" && !absolute.startsWith("/dev/") && !absolute.startsWith("/proc/") &&
+           (!info.exists() || info.isFile());
 }
+} // namespace
 
-int command::fail(const QString& text)
+void command::fail(const QString& text)
 {
-    warn(text);
-    return exitstatus::failed;
+    throw std::runtime_error(text.toStdString());
 }
 
 QString command::database(const QCommandLineParser& parser)
@@ -37,4 +46,19 @@ QCommandLineOption command::spoolOption()
         QString("The folder where \"import --watch\" keeps logs for the database (default: %1).")
             .arg(SpoolFolder::defaultRoot()),
         "folder"};
+}
+
+void command::writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write)
+{
+    QSaveFile replacing(path);
+    QFile through(path);
+    const bool isReplaced = isFile(path);
+    QFileDevice& file = isReplaced ? static_cast<QFileDevice&>(replacing) : through;
+    const bool isOpen =
+        path == "-" ? through.open(stdout, QIODevice::WriteOnly) : file.open(QIODevice::WriteOnly);
+    const bool isWritten = isOpen && write(file) && file.flush() &&
+                           file.error() == QFileDevice::NoError &&
+                           (!isReplaced || replacing.commit());
+    if (!isWritten)
+        fail(QString("%1: %2").arg(path == "-" ? "standard output" : path, file.errorString()));
 }

@@ -4,21 +4,21 @@
 #include "yield/commands/commandline.h"
 
 #include "yield/commands/command.h"
-#include "yield/store/databaseerror.h"
+#include "yield/intake/logimport.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
 #include <QVector>
 
+#include <stdexcept>
+
 namespace
 {
 /// In the order of the help.
-const QVector<Command>& commands()
+QVector<Command> commands()
 {
-    static const QVector<Command> all = {importCommand(), reportCommand(), unitCommand(),
-                                         exportCommand(), checkCommand(),  statusCommand(),
-                                         stationCommand()};
-    return all;
+    return {importCommand(), reportCommand(), unitCommand(),   exportCommand(),
+            checkCommand(),  statusCommand(), stationCommand()};
 }
 
 QString overview()
@@ -31,37 +31,12 @@ QString overview()
     return text + "\nOptions:\n  --help, --version\n";
 }
 
-QCommandLineOption optionForDatabase()
+/// What was refused is not repeated: there might be a password in it.
+void refuseAddress(const QString& argument, bool isSerial)
 {
-    return {"database",
-            QString("An SQLite file, or postgresql://user@host:port/name, whose password is "
-                    "taken from ~/.pgpass or PGPASSWORD (default: %1).")
-                .arg(Database::defaultLocation()),
-            "database", Database::defaultLocation()};
-}
-
-/// The first argument that is neither an option nor the value of one.
-QString firstWord(const QStringList& arguments)
-{
-    QCommandLineParser parser;
-    parser.addOption(optionForDatabase());
-    QStringList names;
-    for (const Command& known : commands())
-        for (const QCommandLineOption& option : known.options)
-            if (!names.contains(option.names().constFirst())) {
-                names += option.names();
-                parser.addOption(option);
-            }
-    parser.parse(arguments);
-    return parser.positionalArguments().value(0);
-}
-
-/// Not repeated where it is refused: there might be a password in it.
-const char* const addressRefused = "a database's address goes after --database";
-
-bool isAddressOfDatabase(const QString& argument)
-{
-    return argument.startsWith("postgres:") || argument.startsWith("postgresql:");
+    if (argument.startsWith("postgres:") || argument.startsWith("postgresql:") ||
+        (Database::isAddress(argument) && !isSerial)) // a serial may be any other address
+        command::fail("a database's address goes after --database");
 }
 
 int runCommand(const Command& chosen, const QStringList& words)
@@ -70,50 +45,55 @@ int runCommand(const Command& chosen, const QStringList& words)
     parser.setApplicationDescription(chosen.description);
     const QCommandLineOption help = parser.addHelpOption();
     parser.addOptions(chosen.options);
-    parser.addOption(optionForDatabase());
+    parser.addOption({"database",
+                      QString("An SQLite file, or postgresql://user@host:port/name, whose password "
+                              "is taken from ~/.pgpass or PGPASSWORD (default: %1).")
+                          .arg(Database::defaultLocation()),
+                      "database", Database::defaultLocation()});
     parser.addPositionalArgument(chosen.name, QString());
     if (!chosen.argument.isEmpty())
         parser.addPositionalArgument(chosen.argument, chosen.argumentHelp);
     if (!parser.parse(words))
-        return command::fail(parser.errorText());
+        command::fail(parser.errorText());
     if (parser.isSet(help) || parser.isSet("help-all"))
         parser.showHelp();
     const QStringList arguments = command::arguments(parser);
     for (const QString& argument : arguments)
-        // A serial may be any other address.
-        if (isAddressOfDatabase(argument) ||
-            (Database::isAddress(argument) && chosen.name != "unit"))
-            return command::fail(addressRefused);
+        refuseAddress(argument, chosen.name == "unit");
     if (arguments.size() > chosen.mostArguments)
-        return command::fail(
-            QString("unexpected argument \"%1\"").arg(arguments.at(chosen.mostArguments)));
-    try {
-        return chosen.run(parser);
-    } catch (const DatabaseError& error) {
-        return command::fail(error.text());
+        command::fail(QString("unexpected argument \"%1\"").arg(arguments[chosen.mostArguments]));
+    return chosen.run(parser);
+}
+
+int runWords(const QStringList& words)
+{
+    const QString name = words.value(1);
+    for (const Command& known : commands())
+        if (known.name == name)
+            return runCommand(known, words);
+    QTextStream out(stdout);
+    if (name == "--version" || name == "-v") {
+        out << QCoreApplication::applicationName() << ' ' << QCoreApplication::applicationVersion()
+            << '\n';
+    } else if (name == "--help" || name == "-h") {
+        out << overview();
+    } else {
+        refuseAddress(name, false);
+        command::fail(name.isEmpty() || name.startsWith('-')
+                          ? QString("which command? It comes first; see --help")
+                          : QString("there is no command \"%1\"; see --help").arg(name));
     }
+    return 0;
 }
 } // namespace
 
 int commandline::run(const QStringList& arguments)
 {
-    const QString word = firstWord(arguments);
-    for (const Command& known : commands())
-        if (known.name == word)
-            return runCommand(known, arguments);
-    QTextStream out(stdout);
-    if (isAddressOfDatabase(word))
-        return command::fail(addressRefused);
-    if (!word.isEmpty())
-        return command::fail(QString("there is no command \"%1\"; see --help").arg(word));
-    if (arguments.contains("--version") || arguments.contains("-v")) {
-        out << QCoreApplication::applicationName() << ' ' << QCoreApplication::applicationVersion()
-            << Qt::endl;
-        return 0;
+    try {
+        return runWords(arguments);
+    } catch (const std::runtime_error& error) {
+        QTextStream(stderr) << QCoreApplication::applicationName() << ": "
+                            << QString::fromUtf8(error.what()) << Qt::endl;
+        return exitstatus::failed;
     }
-    if (arguments.contains("--help") || arguments.contains("-h")) {
-        out << overview();
-        return 0;
-    }
-    return command::fail("which command? See --help");
 }

@@ -65,7 +65,7 @@ int showStatus(const QCommandLineParser& parser)
     bool isFine = showDatabase(location, out);
     const QString root = parser.isSet("spool") ? parser.value("spool") : SpoolFolder::defaultRoot();
     if (const QFileInfo info(root); info.exists() && !info.isReadable())
-        return command::fail(QString("the spool %1 cannot be read").arg(root));
+        command::fail(QString("the spool %1 cannot be read").arg(root));
     out << "spool " << root << ":\n";
     for (const SpoolFolder& folder : SpoolFolder::below(root))
         isFine = showSpool(folder, out) && isFine;
@@ -75,13 +75,11 @@ int showStatus(const QCommandLineParser& parser)
 
 Command statusCommand()
 {
-    Command command;
-    command.name = "status";
-    command.description =
-        "Says whether the database is there, each station's newest log, how many logs wait in the "
-        "spool of \"import --watch\" and which were set aside. Exit status 1 if a person is "
-        "needed: the database is away, a log was set aside, or logs have waited for an hour.";
-    command.run = showStatus;
-    command.options = {command::spoolOption()};
-    return command;
+    return {
+        "status",
+        "Says whether the database is there, each station's newest log, how many logs wait in "
+        "the spool of \"import --watch\" and which were set aside. Exit status 1 if a person is "
+        "needed: the database is away, a log was set aside, or logs have waited for an hour.",
+        showStatus,
+        {command::spoolOption()}};
 }

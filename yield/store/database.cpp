@@ -50,13 +50,12 @@ Database::Database(const QString& location, Access access)
         throw errorOf(link.database.lastError());
     for (const QString& statement : dialect.session)
         Statement(*this, statement).run();
-    if (!dialect.findNarrowEncoding.isEmpty()) {
-        Statement narrow(*this, dialect.findNarrowEncoding);
-        narrow.run();
-        if (narrow.next())
-            throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
-                                   "every serial; create it anew");
-    }
+    Statement encoding(*this, dialect.findEncoding);
+    encoding.run();
+    if (encoding.next() && encoding.plainText(0).remove('-') != "UTF8")
+        throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
+                               "every serial; create it anew");
+    encoding.next();                   // to the end, as a statement must be read
     Transaction tables(*this, access); // makes them, or sees that they are there
     tables.commit();
 }

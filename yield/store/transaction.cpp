@@ -9,40 +9,21 @@
 
 #include <QFile>
 
-#include <algorithm>
-
 namespace
 {
 constexpr int newestSchema = 2;
-
-/// By the rules of this version, which know runs that ended early.
-void regroupAll(Database& database)
-{
-    for (const StationRow& station : StationRows::stations(database)) {
-        StationRows rows(database, station);
-        rows.forEachUnit([&](const QString& serial, const UnitLogs& logs) {
-            const auto& attempts = logs.grouped.attempts;
-            const auto endsEarly = [&](const attemptrules::Save& attempt) {
-                return attemptrules::outcomeOf(attempt.marks, station.tests18).endedAt.has_value();
-            };
-            if (std::any_of(attempts.begin(), attempts.end(), endsEarly))
-                rows.writeAgain(serial, logs);
-            else
-                rows.group(serial, logs);
-        });
-    }
-}
 } // namespace
 
 Transaction::Transaction(Database& usedDatabase, Database::Access access)
     : database(usedDatabase)
 {
     const SqlDialect& dialect = database.sqlDialect();
-    const bool isWriting = access == Database::Access::Write;
     try {
-        for (const QString& begin :
-             isWriting ? dialect.beginWriting : QStringList{dialect.beginReading})
-            Statement(database, begin).run();
+        if (access == Database::Access::Read)
+            Statement(database, dialect.beginReading).run();
+        else
+            for (const QString& begin : dialect.beginWriting)
+                Statement(database, begin).run();
         checkTables(access);
     } catch (const DatabaseError&) {
         QSqlQuery(database.connection()).exec("ROLLBACK");
@@ -64,23 +45,27 @@ void Transaction::commit()
 
 void Transaction::checkTables(Database::Access access)
 {
-    version = findVersion();
+    using Kind = DatabaseError::Kind;
+    const int version = findVersion();
     if (version > newestSchema)
         throw DatabaseError(
-            DatabaseError::Kind::NewerSchema,
+            Kind::NewerSchema,
             QString("the database was made by a newer zorvi_yield (its tables have version %1, "
                     "this program knows version %2); install the newer one")
                 .arg(version)
                 .arg(newestSchema));
-    if (access == Database::Access::Write && version < newestSchema) {
-        run(version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
-        if (version == 1)
-            regroupAll(database);
-        version = newestSchema;
-    }
-    if (version == 0)
-        throw DatabaseError(DatabaseError::Kind::Unusable,
-                            "the database holds no attempts yet; \"import\" puts them there");
+    if (version == newestSchema)
+        return;
+    if (access == Database::Access::Read)
+        throw DatabaseError(Kind::Unusable,
+                            version == 0
+                                ? "the database holds no attempts yet; \"import\" puts them there"
+                                : "the database was made by an older zorvi_yield; \"import\" "
+                                  "carries it over, after that every command reads it");
+    run(version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
+    if (version != 0) // version 1 grouped by other rules
+        for (const StationRow& station : StationRows::stations(database))
+            StationRows(database, station).writeAgain();
 }
 
 /// 0 without tables.

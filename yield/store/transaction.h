@@ -9,9 +9,9 @@
 class Transaction
 {
 public:
-    /// Read: sees the same rows from its beginning to its end. Write: has no other writer beside
-    /// it, waits for the one before, at most a minute, makes missing tables, and carries over those
-    /// of version 1.
+    /// Read: sees the same rows from its beginning to its end; tables of version 1 are refused.
+    /// Write: has no other writer beside it, waits for the one before, at most a minute, makes
+    /// missing tables, and carries over those of version 1.
     Transaction(Database& usedDatabase, Database::Access access);
     ~Transaction();
     Transaction(const Transaction&) = delete;
@@ -19,15 +19,11 @@ public:
 
     void commit();
 
-    /// Of the tables: 1 or 2, 1 for a reader only.
-    int schemaVersion() const { return version; }
-
 private:
     void checkTables(Database::Access access);
     int findVersion();
     void run(const char* resource);
 
     Database& database;
-    int version = 0;
     bool isOver = false;
 };
