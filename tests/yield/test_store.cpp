@@ -7,8 +7,8 @@
 #include "yield/intake/logimport.h"
 #include "yield/store/attemptreader.h"
 #include "yield/store/attemptstore.h"
+#include "yield/store/database.h"
 #include "yield/store/statement.h"
-#include "yield/store/transaction.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -99,22 +99,13 @@ QByteArray json(const Attempt& attempt)
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-bool copy(QFile& from, QFileDevice& to)
-{
-    constexpr int pieceSize = 1 << 16;
-    bool isCopied = from.seek(0);
-    while (isCopied && !from.atEnd())
-        isCopied = to.write(from.read(pieceSize)) > 0;
-    return isCopied;
-}
-
 int exportAttempts(const QCommandLineParser& parser)
 {
     const QString format = parser.value("format");
     const bool isJson = format == "json";
     if (!isJson && format != "csv")
         command::fail(QString("--format takes csv or json, not \"%1\"").arg(format));
-    Database database(command::database(parser), Database::Access::Read);
+    Database database(parser.value("database"), Database::Access::Read);
     // Kept until it is whole: a reader that takes its time must not keep others from importing.
     QTemporaryFile records;
     if (!records.open())
@@ -131,7 +122,10 @@ int exportAttempts(const QCommandLineParser& parser)
         records.write("\n]\n");
     if (!records.flush() || records.error() != QFileDevice::NoError)
         command::fail(QString("%1: %2").arg(records.fileName(), records.errorString()));
-    command::writeFile("-", [&](QFileDevice& out) { return copy(records, out); });
+    const auto* const bytes = reinterpret_cast<const char*>(records.map(0, records.size()));
+    command::writeFile("-", [&](QFileDevice& out) {
+        return bytes != nullptr && out.write(bytes, records.size()) == records.size();
+    });
     return 0;
 }
 
@@ -140,7 +134,7 @@ int showUnit(const QCommandLineParser& parser)
     if (command::arguments(parser).isEmpty())
         command::fail("which serial?");
     const QString serial = command::arguments(parser).constFirst();
-    Database database(command::database(parser), Database::Access::Read);
+    Database database(parser.value("database"), Database::Access::Read);
     QTextStream out(stdout);
     bool isFound = false;
     bool isComplete = false;

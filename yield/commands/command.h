@@ -37,11 +37,13 @@ Command unitCommand();
 /// What the commands share.
 namespace command
 {
+/// Runs the command that the arguments name (the program's name is the first); needs a
+/// QCoreApplication. The status for the shell: 0; 1 if a log was refused or a unit is not complete;
+/// 2 if the command line makes no sense, the database failed or a file could not be written.
+int run(const QStringList& arguments);
+
 /// Ends the command: it cannot do what it is for, because of this.
 [[noreturn]] void fail(const QString& text);
-
-/// The value of --database.
-QString database(const QCommandLineParser& parser);
 
 /// The arguments after the command's name.
 QStringList arguments(const QCommandLineParser& parser);

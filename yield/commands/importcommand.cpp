@@ -15,7 +15,7 @@ namespace
 int importLogs(const QCommandLineParser& parser)
 {
     ImportRequest request;
-    request.database = command::database(parser);
+    request.database = parser.value("database");
     request.station = {parser.value("station"), parser.isSet("tests-18")};
     request.paths = command::arguments(parser);
     if (request.paths.isEmpty())

@@ -73,7 +73,7 @@ int report(const QCommandLineParser& parser)
 {
     const ReportRequest request = readRequest(parser);
     const QString path = parser.value("output");
-    Database database(command::database(parser), Database::Access::Read);
+    Database database(parser.value("database"), Database::Access::Read);
     command::writeFile(path,
                        [&](QFileDevice& file) { return writeReport(database, request, file); });
     if (path != "-")

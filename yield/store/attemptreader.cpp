@@ -4,8 +4,8 @@
 #include "yield/store/attemptreader.h"
 
 #include "yield/logs/attemptrules.h"
+#include "yield/store/database.h"
 #include "yield/store/stationrows.h"
-#include "yield/store/transaction.h"
 
 #include <QHash>
 

@@ -4,8 +4,8 @@
 #include "yield/store/attemptstore.h"
 
 #include "yield/logs/printabletext.h"
+#include "yield/store/database.h"
 #include "yield/store/stationrows.h"
-#include "yield/store/transaction.h"
 
 #include <QDateTime>
 #include <QSet>

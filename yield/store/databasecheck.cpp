@@ -3,8 +3,8 @@
 
 #include "yield/logs/printabletext.h"
 #include "yield/store/attemptstore.h"
+#include "yield/store/database.h"
 #include "yield/store/stationrows.h"
-#include "yield/store/transaction.h"
 
 #include <utility>
 
