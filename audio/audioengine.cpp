@@ -65,7 +65,8 @@ AudioEngine::AudioEngine()
     for (std::size_t i = 0; i < soundSetups.size(); ++i) {
         const SoundSetup& setup = soundSetups.at(i);
         notes.setBit(setup.note);
-        if (readers.at(i) != nullptr)
+        // A sound without samples has no memory to play from.
+        if (readers.at(i) != nullptr && readers.at(i)->lengthInSamples > 0)
             synth.addSound(new juce::SamplerSound(
                 setup.name, *readers.at(i), notes, setup.note, setup.attackAndReleaseSeconds,
                 setup.attackAndReleaseSeconds, longestSampleSeconds));

@@ -17,4 +17,10 @@
 #include <juce_audio_processors/processors/juce_AudioProcessor.cpp>
 #include <juce_audio_processors/processors/juce_AudioProcessorParameterGroup.cpp>
 #include <juce_audio_processors/utilities/juce_AudioProcessorParameterWithID.cpp>
+// JUCE 8 has its bases in files of their own.
+#if __has_include(<juce_audio_processors/utilities/juce_AAXClientExtensions.cpp>)
+#include <juce_audio_processors/utilities/juce_AAXClientExtensions.cpp>
+#include <juce_audio_processors/utilities/juce_VST2ClientExtensions.cpp>
+#include <juce_audio_processors/utilities/juce_VST3ClientExtensions.cpp>
+#endif
 #endif

@@ -45,15 +45,16 @@ export_source() { # into this folder
     find "$1" -exec touch --no-dereference --date="$(dpkg-parsechangelog -S Date)" {} +
 }
 
-# debhelper gives the build a home of its own, where ccache would begin from nothing.
+# debhelper gives the build a home of its own, where ccache would begin from nothing. It must not
+# make paths relative, which changes what the debug symbols call a file.
 keep_ccache() {
     command -v ccache > /dev/null || return 0
     CCACHE_DIR=$(ccache --get-config cache_dir)
-    export CCACHE_DIR CCACHE_BASEDIR=$1 CCACHE_NOHASHDIR=1
+    export CCACHE_DIR CCACHE_BASEDIR=
 }
 
 build() { # in this folder; the packages come to the folder above it
-    (cd "$1" && keep_ccache "$1" && dpkg-buildpackage -b -us -uc) > "$1.log" 2>&1 || {
+    (cd "$1" && keep_ccache && dpkg-buildpackage -b -us -uc) > "$1.log" 2>&1 || {
         tail -n 30 "$1.log" | cut -c 1-200 >&2
         fail "dpkg-buildpackage failed, see $1.log"
     }

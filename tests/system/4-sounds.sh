@@ -7,7 +7,7 @@
 
 modprobe snd-aloop index=0 pcm_substreams=1
 # Straight to the card: what comes out of its other end has not been mixed or resampled.
-echo 'pcm.!default { type plug slave.pcm "hw:Loopback,0" }' > /root/.asoundrc
+echo 'pcm.!default { type plug slave.pcm "hw:Loopback,0" }' > "${tree:-}/root/.asoundrc"
 start_station zorvi_assembly_test
 playing() { grep -q RUNNING /proc/asound/Loopback/pcm0p/sub0/status; }
 check 'the station plays on the default device' wait_for playing
@@ -43,4 +43,4 @@ note "heard: ${heard[*]}"
 check 'a bell for each of the 42 controls that passed' test "${heard[0]}" = 'Bell 42'
 check 'a beep for the control that was moved too early' test "${heard[1]}" = 'Beep 1'
 stop_station
-rm /root/.asoundrc
+rm "${tree:-}/root/.asoundrc"

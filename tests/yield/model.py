@@ -154,20 +154,13 @@ def control(units, tests_18, c):
     return [len(tried), len(missed), sum(a.ended == c for a in firsts), bands]
 
 
-def open_unit(unit):
-    last = unit[-1]
-    named = sorted(last.missed.items())[:3]
-    return [last.serial, len(unit), last.time.isoformat(), last.station, len(last.missed)] + [
-        [[c, bands] for c, bands in named],
-        -1 if last.ended is None else last.ended,
-    ]
+def tested_unit(unit):
+    def row(attempt):
+        bands = [[c, band] for c, missed in sorted(attempt.missed.items()) for band in missed]
+        outcome = [attempt.result, bands, -1 if attempt.ended is None else attempt.ended]
+        return [attempt.serial, attempt.time.isoformat(), attempt.station, outcome]
 
-
-def repeated_unit(unit):
-    row = [unit[0].serial, len(unit)]
-    for attempt in unit[0], unit[-1]:
-        row += [attempt.time.isoformat(), attempt.station, attempt.result]
-    return row
+    return [row(unit[0]), row(unit[-1]), len(unit)]
 
 
 def newest_first(unit):
@@ -216,8 +209,8 @@ def report(logs, tests_18, request):
         "false failures": false_failures(units),
         "stations": stations,
         "controls": [control(units, tests_18, c) for c in range(44)],
-        "open": [open_unit(unit) for unit in sorted(not_complete, key=newest_first)],
-        "repeated": [repeated_unit(unit) for unit in repeated],
+        "open": [tested_unit(unit) for unit in sorted(not_complete, key=newest_first)],
+        "repeated": [tested_unit(unit) for unit in repeated],
         "ages": ages,
     }
 

@@ -72,37 +72,27 @@ QJsonArray rows(const List& list, Row row)
     return array;
 }
 
-QString inWords(Result result)
+/// "passed", "failed" or "ended", and the missed bands and the end.
+QJsonArray outcome(const Attempt& attempt)
 {
-    return QStringList{"passed", "failed", "ended"}.at(static_cast<int>(result));
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    const auto band = [](const bandmarks::Band& missed) {
+        return QJsonArray{missed.componentNum, missed.band};
+    };
+    return {outcome.isComplete() ? "passed"
+            : outcome.endedAt    ? "ended"
+                                 : "failed",
+            rows(outcome.missed, band), outcome.endedAt.value_or(-1)};
 }
 
-QJsonArray missed(const MissedControl& control)
+QJsonArray tested(const Attempt& attempt)
 {
-    return {control.componentNum, json(control.bands)};
+    return {attempt.serial, attempt.testedAt, attempt.station, outcome(attempt)};
 }
 
-QJsonArray openUnit(const OpenUnit& unit)
+QJsonArray testedUnit(const TestedUnit& unit)
 {
-    return {unit.serial,
-            unit.attempts,
-            unit.lastTestedAt,
-            unit.lastStation,
-            unit.missedControlCount,
-            rows(unit.missed, missed),
-            unit.endedAt.value_or(-1)};
-}
-
-QJsonArray repeatedUnit(const RepeatedUnit& unit)
-{
-    return {unit.serial,
-            unit.attempts,
-            unit.firstTestedAt,
-            unit.firstStation,
-            inWords(unit.firstResult),
-            unit.lastTestedAt,
-            unit.lastStation,
-            inWords(unit.lastResult)};
+    return {tested(unit.first), tested(unit.last), unit.attempts};
 }
 
 QJsonArray stationReport(const StationReport& station)
@@ -149,8 +139,8 @@ QJsonObject json(const Report& report)
             {"false failures", QJsonArray{failures.failed, failures.retested, failures.passed}},
             {"stations", rows(report.stations, stationReport)},
             {"controls", rows(report.controls, controlMisses)},
-            {"open", rows(report.openUnits, openUnit)},
-            {"repeated", rows(report.repeatedUnits, repeatedUnit)},
+            {"open", rows(report.openUnits, testedUnit)},
+            {"repeated", rows(report.repeatedUnits, testedUnit)},
             {"ages", rows(report.ages, stationAge)}};
 }
 
@@ -201,112 +191,107 @@ class TestFigures : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void model_data();
-    void model();
-    void limits();
-    void longLists();
-    void longTimesAreWeeksOrMonths();
-    void names();
+    void model_data()
+    {
+        QTest::addColumn<QJsonObject>("plant");
+        constexpr int plants = 16;
+        const QJsonObject made = ::model(908, plants);
+        QCOMPARE(made["now"].toString(), now().toString(Qt::ISODate));
+        int number = 0;
+        for (const QJsonValue plant : made["plants"].toArray())
+            QTest::addRow("plant %d", ++number) << plant.toObject();
+        QCOMPARE(number, plants);
+    }
+
+    void model()
+    {
+        QFETCH(QJsonObject, plant);
+        const QTemporaryDir folder;
+        Database database(folder.filePath(QString("a.sqlite")), Database::Access::Write);
+        store(database, plant);
+        for (const QJsonValue value : plant["cases"].toArray()) {
+            const QJsonObject request = value["request"].toObject();
+            const QJsonObject found = json(readReport(database, requestOf(request)));
+            const QJsonObject expected = value["figures"].toObject();
+            QCOMPARE(found.keys(), expected.keys());
+            for (const QString& key : expected.keys())
+                QCOMPARE(key + ' ' + text(found[key]), key + ' ' + text(expected[key]));
+        }
+    }
+
+    void limits()
+    {
+        const QJsonArray table = ::model(1, 0)["limits"].toArray();
+        QVERIFY(table.size() > 100);
+        for (const QJsonValue value : table) {
+            QJsonArray row = value.toArray();
+            const Limits found =
+                limitsOf(row[0].toInt(), {row[2].toInt(), 0, row[1].toInt(), 0, 0});
+            row[3] = found.low;
+            row[4] = found.high;
+            QCOMPARE(text(row), text(value));
+        }
+        const Limits some{90, 99};
+        const auto verdict = [&](int passed) { return verdictOn({100, 0, passed, 0, 0}, some); };
+        QVERIFY(verdict(89) == Verdict::Below && verdict(90) == Verdict::Within);
+        QVERIFY(verdict(99) == Verdict::Within && verdict(100) == Verdict::Above);
+    }
+
+    /// The lists end where they are of no more use; what is counted goes on.
+    void longLists()
+    {
+        constexpr int units = 30000;
+        ReportRequest request;
+        request.now = now();
+        ReportCounter counter(request);
+        const BandMarks marks = ~BandMarks() >> 1; // misses the last band
+        for (int i = 0; i < units; ++i) {
+            const QString serial = QString::number(units + i);
+            counter.add(attempt(serial, i % 1000 - 2000, marks));
+            for (int again = 0; again < i % 3; ++again)
+                counter.add(attempt(serial, i + again, marks));
+        }
+        const Report report = counter.finish();
+        QCOMPARE(report.total.attempts, 2 * units);
+        QCOMPARE(report.openUnits.size(), Report::maxOpenUnits);
+        QCOMPARE(report.openUnits.first().last.serial, QString("59999"));
+        QCOMPARE(report.repeatedUnitCount, units / 3 * 2);
+        QCOMPARE(report.repeatedUnits.size(), Report::maxRepeatedUnits);
+        QCOMPARE(report.repeatedUnits.first().last.serial, QString("59999"));
+        QCOMPARE(report.repeatedUnits.last().attempts, 3);
+        QVERIFY(!report.databaseIsEmpty && ReportCounter(request).finish().databaseIsEmpty);
+    }
+
+    void longTimesAreWeeksOrMonths()
+    {
+        QMap<QDate, Tally> days;
+        const Tally one{1, 1, 1, 1, 0};
+        const QDate begin(2025, 12, 31); // a Wednesday
+        for (int day = 0; day < 70; ++day)
+            days[begin.addDays(day)] = one;
+        QCOMPARE(timelineOf(days, one).length, 70);
+        days[begin.addDays(70)] = one;
+        const Timeline weeks = timelineOf(days, {100, 0, 10, 0, 0});
+        QCOMPARE(weeks.unit, QString("week"));
+        QCOMPARE(weeks.periods.first().tally.units, 5);
+        QCOMPARE(weeks.periods.first().limits.high, limitsOf(5, {100, 0, 10, 0, 0}).high);
+        QCOMPARE(weeks.periods.at(1).name, QString("Week of 5 Jan 2026"));
+        days[begin.addYears(2)] = one;
+        const Timeline months = timelineOf(days, one);
+        QCOMPARE(months.length, 25);
+        QCOMPARE(months.periods.size(), 5); // the months without units leave their places empty
+        QCOMPARE(months.periods.at(1).tally.units, 31);
+    }
+
+    void names()
+    {
+        const std::vector<bandmarks::Band> missed = {{3, 0},  {3, 1},  {3, 5},  {3, 11},
+                                                     {3, 12}, {18, 1}, {19, 0}, {19, 1}};
+        QCOMPARE(controlnames::missed(missed),
+                 QStringList({"Fader 3: 0 to 19, 50 to 59, 110 to 127", "Button 9: pressed",
+                              "Button 10: all"}));
+    }
 };
-
-void TestFigures::model_data()
-{
-    QTest::addColumn<QJsonObject>("plant");
-    constexpr int plants = 16;
-    const QJsonObject made = ::model(908, plants);
-    QCOMPARE(made["now"].toString(), now().toString(Qt::ISODate));
-    int number = 0;
-    for (const QJsonValue plant : made["plants"].toArray())
-        QTest::addRow("plant %d", ++number) << plant.toObject();
-    QCOMPARE(number, plants);
-}
-
-void TestFigures::model()
-{
-    QFETCH(QJsonObject, plant);
-    const QTemporaryDir folder;
-    Database database(folder.filePath(QString("a.sqlite")), Database::Access::Write);
-    store(database, plant);
-    for (const QJsonValue value : plant["cases"].toArray()) {
-        const QJsonObject request = value["request"].toObject();
-        const QJsonObject found = json(readReport(database, requestOf(request)));
-        const QJsonObject expected = value["figures"].toObject();
-        QCOMPARE(found.keys(), expected.keys());
-        for (const QString& key : expected.keys())
-            QCOMPARE(key + ' ' + text(found[key]), key + ' ' + text(expected[key]));
-    }
-}
-
-void TestFigures::limits()
-{
-    const QJsonArray table = ::model(1, 0)["limits"].toArray();
-    QVERIFY(table.size() > 100);
-    for (const QJsonValue value : table) {
-        QJsonArray row = value.toArray();
-        const Limits found = limitsOf(row[0].toInt(), {row[2].toInt(), 0, row[1].toInt(), 0, 0});
-        row[3] = found.low;
-        row[4] = found.high;
-        QCOMPARE(text(row), text(value));
-    }
-    const Limits some{90, 99};
-    const auto verdict = [&](int passed) { return verdictOn({100, 0, passed, 0, 0}, some); };
-    QVERIFY(verdict(89) == Verdict::Below && verdict(90) == Verdict::Within);
-    QVERIFY(verdict(99) == Verdict::Within && verdict(100) == Verdict::Above);
-}
-
-/// The lists end where they are of no more use; what is counted goes on.
-void TestFigures::longLists()
-{
-    constexpr int units = 30000;
-    ReportRequest request;
-    request.now = now();
-    ReportCounter counter(request);
-    const BandMarks marks = ~BandMarks() >> 1; // misses the last band
-    for (int i = 0; i < units; ++i) {
-        const QString serial = QString::number(units + i);
-        counter.add(attempt(serial, i % 1000 - 2000, marks));
-        for (int again = 0; again < i % 3; ++again)
-            counter.add(attempt(serial, i + again, marks));
-    }
-    const Report report = counter.finish();
-    QCOMPARE(report.total.attempts, 2 * units);
-    QCOMPARE(report.openUnits.size(), Report::maxOpenUnits);
-    QCOMPARE(report.openUnits.first().serial, QString("59999"));
-    QCOMPARE(report.repeatedUnitCount, units / 3 * 2);
-    QCOMPARE(report.repeatedUnits.size(), Report::maxRepeatedUnits);
-    QCOMPARE(report.repeatedUnits.first().serial, QString("59999"));
-    QCOMPARE(report.repeatedUnits.last().attempts, 3);
-    QVERIFY(!report.databaseIsEmpty && ReportCounter(request).finish().databaseIsEmpty);
-}
-
-void TestFigures::longTimesAreWeeksOrMonths()
-{
-    QMap<QDate, Tally> days;
-    const Tally one{1, 1, 1, 1, 0};
-    const QDate begin(2025, 12, 31); // a Wednesday
-    for (int day = 0; day < 70; ++day)
-        days[begin.addDays(day)] = one;
-    QCOMPARE(timelineOf(days, one).length, 70);
-    days[begin.addDays(70)] = one;
-    const Timeline weeks = timelineOf(days, {100, 0, 10, 0, 0});
-    QCOMPARE(weeks.unit, QString("week"));
-    QCOMPARE(weeks.periods.first().tally.units, 5);
-    QCOMPARE(weeks.periods.first().limits.high, limitsOf(5, {100, 0, 10, 0, 0}).high);
-    QCOMPARE(weeks.periods.at(1).name, QString("Week of 5 Jan 2026"));
-    days[begin.addYears(2)] = one;
-    const Timeline months = timelineOf(days, one);
-    QCOMPARE(months.length, 25);
-    QCOMPARE(months.periods.size(), 5); // the months without units leave their places empty
-    QCOMPARE(months.periods.at(1).tally.units, 31);
-}
-
-void TestFigures::names()
-{
-    QCOMPARE(controlnames::control(18), QString("Button 9"));
-    QCOMPARE(controlnames::bands(3, {0, 1, 5, 11, 12}), QString("0 to 19, 50 to 59, 110 to 127"));
-    QCOMPARE(controlnames::bands(9, {1}), QString("pressed"));
-    QCOMPARE(controlnames::bands(9, {0, 1}), QString("all"));
-}
 
 QTEST_GUILESS_MAIN(TestFigures)
 #include "test_figures.moc"

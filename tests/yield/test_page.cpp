@@ -51,12 +51,21 @@ Report sample()
     report.controls[3].missedBands[0] = 20;
     report.controls[10].endedHere = 5;
     report.controls[42].endedHere = 1;
-    report.openUnits = {
-        {"open 1", 3, "2026-11-18T07:15:59", "Two", 5, {{3, {0, 1, 12}}, {9, {1}}}, 43}};
-    report.repeatedUnits = {{"again", 4, "2026-11-16T06:00:00", "One", Result::Failed,
-                             "2026-11-18T07:00:00", "Two", Result::Passed},
-                            {"often", 2, "2026-11-17T06:00:00", "Two", Result::Passed,
-                             "2026-11-17T07:00:00", "One", Result::EndedEarly}};
+    const BandMarks all = ~BandMarks();
+    const BandMarks ended = all >> 26; // without its last two controls
+    BandMarks open = ended;
+    for (const auto& band :
+         {bandmarks::Band{3, 0}, {3, 1}, {3, 12}, {9, 1}, {10, 0}, {11, 0}, {12, 0}})
+        open.reset(bandmarks::markIndex(band.componentNum, band.band));
+    const auto attempt = [](const char* station, const char* serial, const char* time,
+                            const BandMarks& marks) {
+        return Attempt{station, true, serial, time, marks};
+    };
+    report.openUnits = {{{}, attempt("Two", "open 1", "2026-11-18T07:15:59", open), 3}};
+    report.repeatedUnits = {{attempt("One", "again", "2026-11-16T06:00:00", all >> 1),
+                             attempt("Two", "again", "2026-11-18T07:00:00", all), 4},
+                            {attempt("Two", "often", "2026-11-17T06:00:00", all),
+                             attempt("One", "often", "2026-11-17T07:00:00", ended), 2}};
     report.repeatedUnitCount = 42;
     return report;
 }
@@ -185,8 +194,8 @@ void TestPage::columns_data()
                                                   "Yesterday, Tue 17 Nov 2026|0|–|–|–|–"};
     QTest::newRow("Units not complete")
         << QStringList{"Serial number|Last tested|Station|Attempts|What the last attempt missed",
-                       "open 1|2026-11-18 07:15|Two|3|ended early at Rotary 3; Fader 3: 0 to 19, "
-                       "120 to 127; Button 0: pressed; and 3 more"};
+                       "open 1|2026-11-18 07:15|Two|3|ended early at Rotary 2; Fader 3: 0 to 19, "
+                       "120 to 127; Button 0: pressed; Button 1: released; and 2 more"};
     QTest::newRow("Yield by station")
         << QStringList{"Station|Units|Attempts|Picture|" + yields + "|Most missed",
                        "One|150|170||88.0 % (132 of 150)|▲ above 70.0 % to 87.3 %|93.3 % (140 of "
@@ -313,8 +322,8 @@ void TestPage::hostileTexts()
         "</td><script>console.log('run')</script>&amp;\"\u202e\x01\uffff\ufffe" +
         QString(QChar(0xd800)) + "\t\U0001f600";
     Report report = sample();
-    report.openUnits[0].serial = hostile;
-    report.repeatedUnits[0].serial = hostile;
+    report.openUnits[0].last.serial = hostile;
+    report.repeatedUnits[0].last.serial = hostile;
     report.stations[0].name = hostile;
     report.ages[0].name = hostile;
     report.request.without = QStringList{hostile};
@@ -365,9 +374,8 @@ void TestPage::aBrowserShowsThePage()
 void TestPage::paperIsBounded()
 {
     Report report = sample();
-    report.openUnits = QVector<OpenUnit>(Report::maxOpenUnits, report.openUnits.first());
-    report.repeatedUnits =
-        QVector<RepeatedUnit>(Report::maxRepeatedUnits, report.repeatedUnits.first());
+    report.openUnits.fill(report.openUnits.first(), Report::maxOpenUnits);
+    report.repeatedUnits.fill(report.repeatedUnits.first(), Report::maxRepeatedUnits);
     for (int day = 0; day < 60; ++day)
         report.days[QDate(2026, 9, 18).addDays(day)] = {100, 120, 80, 90, 1};
     const QTemporaryDir folder;

@@ -108,10 +108,19 @@ private Q_SLOTS:
                 ask({"COMMIT"});
         });
         row("the file is away", [this](int test) {
-            if (test == 2)
+            QFile junk(logs() + "/junk.txt");
+            if (test == 0)
+                QVERIFY(junk.open(QIODevice::WriteOnly));
+            if (test == 2) {
+                QTRY_COMPARE_WITH_TIMEOUT(watch->says("junk.txt: not imported: "), 1, patienceMs);
                 QVERIFY(QFile::rename(database, database + ".away"));
-            if (test == 5)
-                QVERIFY(QFile::rename(database + ".away", database));
+                QTRY_COMPARE_WITH_TIMEOUT(watch->says("is gone"), 1, patienceMs);
+            }
+            if (test != 5)
+                return;
+            QVERIFY(QFile::rename(database + ".away", database));
+            QTRY_COMPARE_WITH_TIMEOUT(watch->says("database is back"), 1, patienceMs);
+            QCOMPARE(watch->says("not imported"), 1); // the folder has been read once more
         });
         row("the tables are newer", [this](int test) {
             if (test == 2)
@@ -119,22 +128,26 @@ private Q_SLOTS:
             if (test == 5)
                 ask({"UPDATE schema_version SET version = version - 1"});
         });
-        const Step serverStops = [this](int test) {
+        row("the server is away", [this](int test) {
             database = server.location();
             if (test == 2)
                 server.stop();
             if (test == 5)
                 QVERIFY(server.start());
-        };
-        row("the server is away", serverStops);
-        row("killed while the server is away", [=](int test) {
-            serverStops(test);
-            if (test == 3)
-                writeWhileDead(test);
+        });
+        row("a backup is restored", [this](int test) {
+            if (test != 5)
+                return;
+            const QString backup = data() + "/backup";
+            ask({"DELETE FROM attempts WHERE tested_at = '" + timeOf(4) + "'",
+                 "DELETE FROM missed_bands", QString("VACUUM INTO '%1'").arg(backup)});
+            QVERIFY(QFile::setPermissions(backup, QFile::Permissions(0x6666)));
+            QVERIFY(rename(qPrintable(backup), qPrintable(database)) == 0);
+            QTRY_COMPARE_WITH_TIMEOUT(watch->says("another file now"), 1, patienceMs);
         });
         row("the folder is replaced", [this](int test) {
             if (test == 5)
-                QCOMPARE(watch->says("another one now"), 1);
+                QCOMPARE(watch->says("is watched"), 2);
             if (test != 3)
                 return;
             QVERIFY(QFile::rename(logs(), data() + "/Logs-2026"));
@@ -145,7 +158,7 @@ private Q_SLOTS:
             if (test != 3)
                 return;
             QVERIFY(QFile::rename(logs(), away));
-            QTRY_COMPARE_WITH_TIMEOUT(watch->says("is gone"), 1, patienceMs);
+            QTRY_COMPARE_WITH_TIMEOUT(watch->says("is not there"), 1, patienceMs);
             write(away, test);
             QVERIFY(QFile::rename(away, logs()));
             QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
@@ -167,6 +180,19 @@ private Q_SLOTS:
             QTRY_COMPARE_WITH_TIMEOUT(watch->says("Permission denied"), 1, patienceMs);
             QFile::setPermissions(logOf(logs()), QFile::Permissions(0x6444));
             QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
+        });
+        row("the log is written slowly", [this](int test) {
+            if (test != 2)
+                return;
+            write(data(), test);
+            QFile source(logOf(data()));
+            QFile slow(logOf(logs()));
+            QVERIFY(source.open(QIODevice::ReadOnly) && slow.open(QIODevice::WriteOnly));
+            while (slow.write(source.read(500)) > 0 && slow.flush())
+                QTest::qWait(400); // so long that it is looked at meanwhile
+            slow.close();
+            QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
+            QCOMPARE(watch->says("not imported"), 0);
         });
         row("the log is a link", [this](int test) {
             if (test == 0)
@@ -211,7 +237,7 @@ private Q_SLOTS:
         QVERIFY(watch->says("database is away") <= 1);
         QTRY_COMPARE_WITH_TIMEOUT(watch->says("database is back"), watch->says("database is away"),
                                   patienceMs);
-        QVERIFY2(watch->stops(SIGTERM), watch->said.constData());
+        QVERIFY2(watch->stops(SIGINT), watch->said.constData());
     }
 
     /// Killed at any moment, also in the middle of a file, with the database away all the time.
@@ -237,23 +263,13 @@ private Q_SLOTS:
         figures::print("watches killed, the database away", kills, 0);
     }
 
-    void stopsWhileTheDatabaseIsLocked_data()
-    {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("SIGTERM") << SIGTERM;
-        QTest::newRow("Ctrl-C") << SIGINT;
-    }
-
     void stopsWhileTheDatabaseIsLocked()
     {
-        QFETCH(int, signal);
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+        startWithOneTest();
         ask({"BEGIN EXCLUSIVE"});
         write(logs(), 2);
         QTRY_COMPARE_WITH_TIMEOUT(waiting(), 1, patienceMs);
-        QVERIFY(watch->stops(signal));
+        QVERIFY(watch->stops(SIGTERM));
         QCOMPARE(watch->says("wait in the spool: 1"), 1);
         ask({"COMMIT"});
         QCOMPARE(status("1 wait since"), 0);
@@ -263,9 +279,7 @@ private Q_SLOTS:
 
     void oneWatchForASpool()
     {
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+        startWithOneTest();
         const auto first = std::move(watch);
         const auto isRefused = [this](const QByteArray& why) {
             start();
@@ -281,9 +295,7 @@ private Q_SLOTS:
     /// A log that cannot be stored although the database works stops no other.
     void setsAside()
     {
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+        startWithOneTest();
         QCOMPARE(status(": 0 wait\n"), 0);
         ask({"UPDATE attempts SET marks = x'00'"});
         write(logs(), 2);
@@ -291,56 +303,15 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(stored(), QStringList({timeOf(1), timeOf(0)}), patienceMs);
         QTRY_COMPARE_WITH_TIMEOUT(watch->says("was set aside as "), 1, patienceMs);
         QCOMPARE(status("    set aside: "), 1);
-        const QStringList aside = SpoolFolder::below(spool()).at(0).setAside();
+        const QStringList aside = Spool::below(spool()).at(0).setAside();
         QCOMPARE(aside.size(), 1);
         QString reason;
         QCOMPARE(logfiles::read(aside[0], reason)->testedAt, timeOf(2));
-        QVERIFY(!SpoolFolder::reasonFor(aside[0]).isEmpty());
+        QVERIFY(!Spool::reasonFor(aside[0]).isEmpty());
         QFile::remove(aside[0]);
         QCOMPARE(status("station \"W\": newest log 2026-11-21 12:01:00"), 0);
         QFile::remove(database);
         QCOMPARE(status("away: there is no database"), 1);
-    }
-
-    /// What a backup in the place of the database lacks is imported again.
-    void backup()
-    {
-        start();
-        write(logs(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
-        QVERIFY(QFile::copy(database, data() + "/backup"));
-        QVERIFY(QFile::setPermissions(data() + "/backup", QFile::Permissions(0x6666)));
-        unitlogs::write(logs(), "V", unitlogs::whole(), unitlogs::noon());
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 2, patienceMs);
-        QVERIFY(rename(qPrintable(data() + "/backup"), qPrintable(database)) == 0);
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 2, patienceMs);
-        QCOMPARE(watch->says("another file now"), 1);
-    }
-
-    /// A log that is written in place, slowly, is not named; what is no log is named once.
-    void namesWhatIsNoLog()
-    {
-        const QByteArray log =
-            unitlogs::lines("U", unitlogs::noon(), unitlogs::whole()).join('\n').toUtf8() + '\n';
-        QFile junk(logs() + "/junk.txt");
-        QVERIFY(junk.open(QIODevice::WriteOnly) && junk.write("junk") == 4 && junk.flush());
-        start();
-        QFile slow(logOf(logs()));
-        QVERIFY(slow.open(QIODevice::WriteOnly));
-        for (int end = 0; end < log.size(); end += 500) {
-            slow.write(log.mid(end, 500));
-            QVERIFY(slow.flush());
-            QTest::qWait(400); // so long that it is looked at meanwhile
-        }
-        slow.close();
-        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
-        QVERIFY(QFile::rename(database, database + ".away")); // the whole folder is read once more
-        QTRY_COMPARE_WITH_TIMEOUT(watch->says("is gone"), 1, patienceMs);
-        QVERIFY(QFile::rename(database + ".away", database));
-        QTRY_COMPARE_WITH_TIMEOUT(watch->says("database is back"), 1, patienceMs);
-        QVERIFY(watch->stops(SIGTERM));
-        QCOMPARE(watch->says("not imported"), 1);
-        QCOMPARE(watch->says("junk.txt: not imported: "), 1);
     }
 
     /// The cost of a log does not depend on how many lie in the folder already; and of very many
@@ -358,8 +329,7 @@ private Q_SLOTS:
                 QVERIFY(QFile::copy(logOf(data()), source));
             QVERIFY(link(qPrintable(source), qPrintable(logs() + QString("/%1.txt").arg(i))) == 0);
         }
-        QFile junk(logs() + "/-.txt");
-        QVERIFY(junk.open(QIODevice::WriteOnly));
+        QVERIFY(QFile(logs() + "/-.txt").open(QIODevice::WriteOnly));
         QProcess import;
         import.start(yieldProgram, {"import", "--database", database, logs()});
         QVERIFY(import.waitForFinished(patienceMs));
@@ -406,6 +376,13 @@ private:
                                     database, "--spool", spool(), logs()});
     }
 
+    void startWithOneTest()
+    {
+        start();
+        write(logs(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
+    }
+
     /// As the station writes it.
     static void write(const QString& path, int test)
     {
@@ -413,15 +390,6 @@ private:
             logOf(path),
             unitlogs::lines("U", unitlogs::noon().addSecs(60 * test),
                             unitlogs::allBut({{test % 9, test % 13}, {18, 0}, {18, 1}})));
-    }
-
-    void writeWhileDead(int test)
-    {
-        watch->kill();
-        QVERIFY(watch->waitForFinished(patienceMs));
-        write(logs(), test);
-        start();
-        QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
     }
 
     void mount(const QString& program, const QStringList& arguments)
@@ -460,13 +428,13 @@ private:
         }
     }
 
-    int waiting() const { return SpoolFolder::below(spool()).at(0).waiting().size(); }
+    int waiting() const { return Spool::below(spool()).at(0).waiting().size(); }
 
     /// On a disk that the next test does not write to.
     bool isKept(int test)
     {
         QString reason;
-        for (const SpoolFolder& place : SpoolFolder::below(spool()))
+        for (const Spool& place : Spool::below(spool()))
             for (const QString& path : place.waiting())
                 if (const auto log = logfiles::read(path, reason))
                     kept << log->testedAt;

@@ -12,10 +12,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMap>
 #include <QTemporaryFile>
 #include <QTextStream>
-#include <QVector>
 
 namespace
 {
@@ -24,30 +22,17 @@ attemptrules::Outcome outcomeOf(const Attempt& attempt)
     return attemptrules::outcomeOf(attempt.marks, attempt.tests18);
 }
 
-/// The bands that an attempt missed, by component.
-QMap<int, QVector<int>> missedBands(const attemptrules::Outcome& outcome)
-{
-    QMap<int, QVector<int>> missed;
-    for (const auto& band : outcome.missed)
-        missed[band.componentNum].append(band.band);
-    return missed;
-}
-
 /// When, where, and what the attempt missed.
 QString line(const Attempt& attempt)
 {
     const auto outcome = outcomeOf(attempt);
-    const auto missed = missedBands(outcome);
-    QStringList controls;
-    for (auto i = missed.cbegin(); i != missed.cend(); ++i)
-        controls << controlnames::control(i.key()) + ": " + controlnames::bands(i.key(), i.value());
     QStringList words;
     if (outcome.isComplete())
         words << "complete";
     if (outcome.endedAt)
         words << "ended early at " + controlnames::control(*outcome.endedAt);
-    if (!controls.isEmpty())
-        words << "missed " + controls.join("; ");
+    if (!outcome.missed.empty())
+        words << "missed " + controlnames::missed(outcome.missed).join("; ");
     return QString("%1  %2  %3\n")
         .arg(QString(attempt.testedAt).replace('T', ' '), printableText(attempt.station),
              words.join(", "));
@@ -63,15 +48,18 @@ QByteArray csvText(QString text)
 }
 
 /// "3: 0 1; 18: 0": each component that missed bands with the bands.
-QString csvBands(const QMap<int, QVector<int>>& missed)
+QString csvBands(const std::vector<bandmarks::Band>& bands)
 {
-    QStringList components;
-    for (auto i = missed.cbegin(); i != missed.cend(); ++i) {
-        components << QString::number(i.key()) + ':';
-        for (const int band : i.value())
-            components.last() += ' ' + QString::number(band);
+    QString text;
+    int componentNum = -1;
+    for (const auto& missed : bands) {
+        if (missed.componentNum != componentNum) {
+            componentNum = missed.componentNum;
+            text += (text.isEmpty() ? "" : "; ") + QString::number(componentNum) + ':';
+        }
+        text += ' ' + QString::number(missed.band);
     }
-    return components.join("; ");
+    return text;
 }
 
 QByteArray csv(const Attempt& attempt)
@@ -79,7 +67,7 @@ QByteArray csv(const Attempt& attempt)
     const auto outcome = outcomeOf(attempt);
     return csvText(attempt.station) + ',' + csvText(attempt.serial) + ',' +
            attempt.testedAt.toLatin1() + ',' + (outcome.isComplete() ? '1' : '0') + ',' +
-           csvText(csvBands(missedBands(outcome))) + ',' +
+           csvText(csvBands(outcome.missed)) + ',' +
            (outcome.endedAt ? QByteArray::number(*outcome.endedAt) : "") + "\r\n";
 }
 

@@ -126,7 +126,7 @@ QCommandLineOption command::spoolOption()
     return {
         "spool",
         QString("The folder where \"import --watch\" keeps logs for the database (default: %1).")
-            .arg(SpoolFolder::defaultRoot()),
+            .arg(Spool::defaultRoot()),
         "folder"};
 }
 

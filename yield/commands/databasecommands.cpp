@@ -61,7 +61,7 @@ bool showDatabase(const QString& location, QTextStream& out)
 }
 
 /// False if a person is needed.
-bool showSpool(const SpoolFolder& folder, QTextStream& out)
+bool showSpool(const Spool& folder, QTextStream& out)
 {
     QDateTime oldest = QDateTime::currentDateTime();
     const QDateTime now = oldest;
@@ -78,8 +78,7 @@ bool showSpool(const SpoolFolder& folder, QTextStream& out)
     out << '\n';
     const QStringList aside = folder.setAside();
     for (const QString& path : aside)
-        out << "    set aside: " << path << ": " << printableText(SpoolFolder::reasonFor(path))
-            << '\n';
+        out << "    set aside: " << path << ": " << printableText(Spool::reasonFor(path)) << '\n';
     return aside.isEmpty() && oldest.secsTo(now) <= hourSeconds;
 }
 
@@ -89,11 +88,11 @@ int showStatus(const QCommandLineParser& parser)
     Database::check(location);
     QTextStream out(stdout);
     bool isFine = showDatabase(location, out);
-    const QString root = parser.isSet("spool") ? parser.value("spool") : SpoolFolder::defaultRoot();
+    const QString root = parser.isSet("spool") ? parser.value("spool") : Spool::defaultRoot();
     if (const QFileInfo info(root); info.exists() && !info.isReadable())
         command::fail(QString("the spool %1 cannot be read").arg(root));
     out << "spool " << root << ":\n";
-    for (const SpoolFolder& folder : SpoolFolder::below(root))
+    for (const Spool& folder : Spool::below(root))
         isFine = showSpool(folder, out) && isFine;
     return isFine ? 0 : exitstatus::incomplete;
 }

@@ -4,7 +4,6 @@
 #include "yield/commands/command.h"
 #include "yield/commands/reportfile.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/figures/serialpattern.h"
 #include "yield/intake/progress.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
@@ -53,7 +52,7 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     request.station = parser.value("station");
     request.without = parser.values("without");
     for (const QString& pattern : qAsConst(request.without))
-        if (!SerialPattern(pattern).isValid())
+        if (!serialPattern(pattern).isValid())
             command::fail(
                 QString("--without takes a pattern such as \"KG-*\", not \"%1\"").arg(pattern));
     return request;

@@ -8,6 +8,9 @@
 
 namespace
 {
+/// What lies beyond three standard deviations of a normal distribution, on either side.
+constexpr double limitTail = 0.00135;
+
 /// The least number of units that as many or fewer pass with a probability of limitTail or more;
 /// share: that of the units that pass on average.
 int lowLimit(int units, double share)

@@ -5,8 +5,7 @@
 
 #include "unit/componentroster.h"
 #include "yield/figures/limits.h"
-#include "yield/figures/tally.h"
-#include "yield/logs/stationnews.h"
+#include "yield/logs/attempt.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -16,7 +15,6 @@
 #include <QVector>
 
 #include <array>
-#include <optional>
 #include <vector>
 
 /// Which units a report is about: those whose first attempt lies in the time and was made at the
@@ -28,11 +26,8 @@ struct ReportRequest {
     QString station;                 ///< Empty for all stations.
     QStringList without;             ///< Shell-style wildcards for whole serials, valid ones.
     QDateTime now;                   ///< When the report is made, local.
-    std::vector<StationNews> news{}; ///< Of every station that the database knows.
+    std::vector<StationNews> news{}; ///< Of every station that the database knows, by name.
 };
-
-/// What an attempt came to.
-enum class Result { Passed, Failed, EndedEarly };
 
 /// How often one control was not complete in the first attempt at a unit.
 struct ControlMisses {
@@ -58,35 +53,11 @@ struct FalseFailures {
     int passed = 0;   ///< Of these, those that then passed.
 };
 
-/// What one attempt missed of one control.
-struct MissedControl {
-    int componentNum = 0;
-    QVector<int> bands; ///< Ascending.
-};
-
-/// A unit whose last attempt is not complete.
-struct OpenUnit {
-    QString serial;
+/// A unit, the ends of its attempts and their number.
+struct TestedUnit {
+    Attempt first;
+    Attempt last;
     int attempts = 0;
-    QString lastTestedAt; ///< As in the log: yyyy-MM-ddTHH:mm:ss, local.
-    QString lastStation;
-    int missedControlCount = 0;
-    QVector<MissedControl> missed; ///< The first of them, at most maxMissedControls.
-    std::optional<int> endedAt;    ///< The control where the last attempt ended early.
-
-    static constexpr int maxMissedControls = 3;
-};
-
-/// A unit that was tested more than once.
-struct RepeatedUnit {
-    QString serial;
-    int attempts = 0;
-    QString firstTestedAt;
-    QString firstStation;
-    Result firstResult = Result::Passed;
-    QString lastTestedAt;
-    QString lastStation;
-    Result lastResult = Result::Passed;
 };
 
 /// The units first tested on one day.
@@ -132,9 +103,11 @@ struct Report {
     FalseFailures falseFailures;
     QVector<StationReport> stations; ///< By name; those with units only.
     std::array<ControlMisses, roster::componentCount> controls;
-    QVector<OpenUnit> openUnits;         ///< Newest first, at most maxOpenUnits.
-    QVector<RepeatedUnit> repeatedUnits; ///< Most attempts first, at most maxRepeatedUnits.
-    int repeatedUnitCount = 0;           ///< All of them.
+    /// Those whose last attempt is not complete, newest first, at most maxOpenUnits.
+    QVector<TestedUnit> openUnits;
+    /// Those with several attempts, most attempts first, at most maxRepeatedUnits.
+    QVector<TestedUnit> repeatedUnits;
+    int repeatedUnitCount = 0; ///< All of them.
 
     static constexpr int recentDayCount = 8;
     static constexpr int maxNumbers = 10;

@@ -3,8 +3,6 @@
 
 #include "yield/figures/reportcounter.h"
 
-#include "yield/logs/walltime.h"
-
 #include <algorithm>
 #include <tuple>
 
@@ -12,94 +10,75 @@ namespace
 {
 constexpr qint64 falseFailureSeconds = 3600;
 
-/// The day in a time, or of a date: yyyy-MM-dd.
-QString dayOf(const QString& time)
+/// A serial is no path, but Qt's wildcards end at a slash. So they get to see a NUL instead: no
+/// serial holds one.
+QString withoutSlashes(QString text)
 {
-    return time.left(10);
+    return text.replace('/', QChar(QChar::Null));
 }
 
-QString dayOf(const QDate& date)
+bool hasMoreAttempts(const TestedUnit& a, const TestedUnit& b)
 {
-    return date.toString(Qt::ISODate);
+    return std::tie(b.attempts, b.last.testedAt, a.last.serial) <
+           std::tie(a.attempts, a.last.testedAt, b.last.serial);
 }
 
-Result resultOf(const attemptrules::Outcome& outcome)
+bool isNewer(const TestedUnit& a, const TestedUnit& b)
 {
-    if (outcome.endedAt)
-        return Result::EndedEarly;
-    return outcome.isComplete() ? Result::Passed : Result::Failed;
+    return std::tie(b.last.testedAt, a.last.serial) < std::tie(a.last.testedAt, b.last.serial);
 }
 
-bool hasMoreAttempts(const RepeatedUnit& a, const RepeatedUnit& b)
+using IsBefore = bool (*)(const TestedUnit&, const TestedUnit&);
+
+void keepFirst(QVector<TestedUnit>& units, int most, IsBefore isBefore)
 {
-    return std::tie(b.attempts, b.lastTestedAt, a.serial) <
-           std::tie(a.attempts, a.lastTestedAt, b.serial);
+    std::sort(units.begin(), units.end(), isBefore);
+    units.resize(std::min(most, units.size()));
 }
 
-bool isNewer(const OpenUnit& a, const OpenUnit& b)
+/// Shortens the list now and then, so that neither it nor the time to sort it grows with the units.
+void append(QVector<TestedUnit>& units, const TestedUnit& unit, int most, IsBefore isBefore)
 {
-    return std::tie(b.lastTestedAt, a.serial) < std::tie(a.lastTestedAt, b.serial);
-}
-
-/// Sorts and shortens a list.
-template <class Item, class IsBefore>
-void keepFirst(QVector<Item>& items, int most, IsBefore isBefore)
-{
-    std::sort(items.begin(), items.end(), isBefore);
-    items.resize(std::min(most, items.size()));
-}
-
-OpenUnit openUnit(const RepeatedUnit& unit, const attemptrules::Outcome& last)
-{
-    OpenUnit open{unit.serial, unit.attempts, unit.lastTestedAt, unit.lastStation, 0,
-                  {},          last.endedAt};
-    int componentNum = -1;
-    for (const auto& band : last.missed) {
-        if (band.componentNum != componentNum) {
-            componentNum = band.componentNum;
-            if (++open.missedControlCount <= OpenUnit::maxMissedControls)
-                open.missed.append(MissedControl{componentNum, {}});
-        }
-        if (open.missedControlCount <= OpenUnit::maxMissedControls)
-            open.missed.last().bands.append(band.band);
-    }
-    return open;
+    constexpr int slack = 4;
+    units.append(unit);
+    if (units.size() == slack * most)
+        keepFirst(units, most, isBefore);
 }
 } // namespace
+
+QRegularExpression serialPattern(const QString& wildcard)
+{
+    return QRegularExpression(
+        QRegularExpression::wildcardToRegularExpression(withoutSlashes(wildcard)));
+}
 
 ReportCounter::ReportCounter(const ReportRequest& request)
 {
     report.request = request;
     for (const QString& pattern : request.without)
-        without.emplace_back(pattern);
+        without.push_back(serialPattern(pattern));
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         report.controls.at(static_cast<std::size_t>(c)).missedBands.resize(bandmarks::bandCount(c));
-    asked = {dayOf(request.since), dayOf(request.until)};
-    axis = {dayOf(QDate(2000, 1, 1)), dayOf(request.now.date().addDays(1))};
 }
 
 void ReportCounter::add(const Attempt& attempt)
 {
     report.databaseIsEmpty = false;
-    if (unit.ends.attempts == 0 || unit.ends.serial != attempt.serial) {
+    if (unit.attempts == 0 || unit.first.serial != attempt.serial) {
         finishUnit();
         beginUnit(attempt);
     }
-    RepeatedUnit& ends = unit.ends;
-    ++ends.attempts;
+    ++unit.attempts;
     if (!unit.isCounted)
         return;
-    unit.last = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
-    const Result result = resultOf(unit.last);
-    if (ends.attempts == 1) {
-        ends.firstResult = result;
-        countControls(attempt);
+    unit.last = attempt;
+    unit.lastOutcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    if (unit.attempts == 1) {
+        unit.firstOutcome = unit.lastOutcome;
+        countControls();
     }
-    countNumber(result);
-    countFailure(attempt, result);
-    ends.lastTestedAt = attempt.testedAt;
-    ends.lastStation = attempt.station;
-    ends.lastResult = result;
+    countNumber();
+    countFailure();
 }
 
 Report ReportCounter::finish()
@@ -107,8 +86,6 @@ Report ReportCounter::finish()
     finishUnit();
     keepFirst(report.openUnits, Report::maxOpenUnits, isNewer);
     keepFirst(report.repeatedUnits, Report::maxRepeatedUnits, hasMoreAttempts);
-    for (auto day = days.cbegin(); day != days.cend(); ++day)
-        report.days.insert(QDate::fromString(day.key(), Qt::ISODate), day.value());
     for (StationReport station : std::as_const(stations)) {
         station.limits = limitsOf(station.tally.units, report.total);
         report.stations.append(station);
@@ -118,74 +95,70 @@ Report ReportCounter::finish()
     return report;
 }
 
-bool ReportCounter::Days::hold(const QString& day) const
-{
-    return (first.isEmpty() || day >= first) && (last.isEmpty() || day <= last);
-}
-
 void ReportCounter::beginUnit(const Attempt& first)
 {
-    const ReportRequest& request = report.request;
     unit = Unit();
-    unit.ends.serial = first.serial;
-    unit.ends.firstTestedAt = first.testedAt;
-    unit.ends.firstStation = first.station;
-    if (!asked.hold(dayOf(first.testedAt)) ||
-        (!request.station.isEmpty() && request.station != first.station))
+    unit.first = first;
+    unit.day = QDate::fromString(first.testedAt.left(10), Qt::ISODate);
+    if (!isAsked(unit.day) || !isAsked(first.station))
         return;
-    unit.isCounted =
-        std::none_of(without.begin(), without.end(),
-                     [&](const SerialPattern& pattern) { return pattern.matches(first.serial); });
+    const QString serial = withoutSlashes(first.serial);
+    unit.isCounted = std::none_of(without.begin(), without.end(), [&](const auto& pattern) {
+        return pattern.match(serial).hasMatch();
+    });
     if (!unit.isCounted)
         ++report.leftOut;
 }
 
-void ReportCounter::countControls(const Attempt& first)
+void ReportCounter::countControls()
 {
-    const int end = unit.last.endedAt.value_or(roster::componentCount);
+    const int end = unit.lastOutcome.endedAt.value_or(roster::componentCount);
     for (int c = roster::firstComponent; c < end; ++c)
-        if (attemptrules::isTested(c, first.tests18))
+        if (attemptrules::isTested(c, unit.first.tests18))
             ++controlOf(c).units;
-    if (unit.last.endedAt)
+    if (unit.lastOutcome.endedAt)
         ++controlOf(end).endedHere;
     int componentNum = -1;
-    for (const auto& band : unit.last.missed) {
+    for (const auto& band : unit.lastOutcome.missed) {
         ControlMisses& control = controlOf(band.componentNum);
         ++control.missedBands[band.band];
         if (band.componentNum == componentNum)
             continue;
         componentNum = band.componentNum;
         ++control.missed;
-        ++stations[first.station].missed.at(static_cast<std::size_t>(componentNum));
+        ++stations[unit.first.station].missed.at(static_cast<std::size_t>(componentNum));
     }
 }
 
-void ReportCounter::countNumber(Result result)
+void ReportCounter::countNumber()
 {
-    const int index = std::min(unit.ends.attempts, Report::maxNumbers) - 1;
+    const int index = std::min(unit.attempts, Report::maxNumbers) - 1;
     if (index == report.attemptsByNumber.size())
         report.attemptsByNumber.append(AttemptsByNumber());
     AttemptsByNumber& number = report.attemptsByNumber[index];
     ++number.attempts;
-    number.passed += result == Result::Passed ? 1 : 0;
-    number.endedEarly += result == Result::EndedEarly ? 1 : 0;
+    if (unit.lastOutcome.isComplete())
+        ++number.passed;
+    else if (unit.lastOutcome.endedAt)
+        ++number.endedEarly;
 }
 
-void ReportCounter::countFailure(const Attempt& attempt, Result result)
+void ReportCounter::countFailure()
 {
-    if (result == Result::EndedEarly)
+    if (unit.lastOutcome.endedAt)
         return;
     FalseFailures& failures = report.falseFailures;
-    if (!unit.failedAt.isEmpty() && unit.failedAtStation == attempt.station &&
-        walltime::secondsBetween(unit.failedAt, attempt.testedAt) <= falseFailureSeconds) {
+    const bool passed = unit.lastOutcome.isComplete();
+    if (unit.failure && unit.failure->station == unit.last.station &&
+        attemptrules::secondsBetween(unit.failure->testedAt, unit.last.testedAt) <=
+            falseFailureSeconds) {
         ++failures.retested;
-        failures.passed += result == Result::Passed ? 1 : 0;
+        failures.passed += passed ? 1 : 0;
     }
-    unit.failedAt.clear();
-    if (result == Result::Failed) {
+    unit.failure.reset();
+    if (!passed) {
         ++failures.failed;
-        unit.failedAt = attempt.testedAt;
-        unit.failedAtStation = attempt.station;
+        unit.failure = unit.last;
     }
 }
 
@@ -193,29 +166,33 @@ void ReportCounter::finishUnit()
 {
     if (!unit.isCounted)
         return;
-    const RepeatedUnit& ends = unit.ends;
-    const Tally tally{1, ends.attempts, ends.firstResult == Result::Passed ? 1 : 0,
-                      ends.lastResult == Result::Passed ? 1 : 0,
-                      ends.firstResult == Result::EndedEarly ? 1 : 0};
+    const Tally tally{1, unit.attempts, unit.firstOutcome.isComplete() ? 1 : 0,
+                      unit.lastOutcome.isComplete() ? 1 : 0, unit.firstOutcome.endedAt ? 1 : 0};
     report.total += tally;
-    StationReport& station = stations[ends.firstStation];
-    station.name = ends.firstStation;
+    StationReport& station = stations[unit.first.station];
+    station.name = unit.first.station;
     station.tally += tally;
-    const QString day = dayOf(ends.firstTestedAt);
-    (axis.hold(day) ? days[day] : report.offAxis) += tally;
+    const bool isOnAxis =
+        unit.day.year() >= 2000 && unit.day <= report.request.now.date().addDays(1);
+    (isOnAxis ? report.days[unit.day] : report.offAxis) += tally;
 
-    // Shortened now and then, so that neither the lists nor the time to sort them grow.
-    constexpr int slack = 4;
-    if (ends.lastResult != Result::Passed)
-        report.openUnits.append(openUnit(ends, unit.last));
-    if (report.openUnits.size() == slack * Report::maxOpenUnits)
-        keepFirst(report.openUnits, Report::maxOpenUnits, isNewer);
-    if (ends.attempts > 1) {
-        ++report.repeatedUnitCount;
-        report.repeatedUnits.append(ends);
-    }
-    if (report.repeatedUnits.size() == slack * Report::maxRepeatedUnits)
-        keepFirst(report.repeatedUnits, Report::maxRepeatedUnits, hasMoreAttempts);
+    if (!unit.lastOutcome.isComplete())
+        append(report.openUnits, unit, Report::maxOpenUnits, isNewer);
+    if (unit.attempts == 1)
+        return;
+    ++report.repeatedUnitCount;
+    append(report.repeatedUnits, unit, Report::maxRepeatedUnits, hasMoreAttempts);
+}
+
+bool ReportCounter::isAsked(const QDate& day) const
+{
+    const QDate& until = report.request.until; // an invalid date lies before every other
+    return day >= report.request.since && (!until.isValid() || day <= until);
+}
+
+bool ReportCounter::isAsked(const QString& station) const
+{
+    return report.request.station.isEmpty() || station == report.request.station;
 }
 
 void ReportCounter::addRecentDays()
@@ -223,25 +200,22 @@ void ReportCounter::addRecentDays()
     for (int ago = 0; ago < Report::recentDayCount; ++ago) {
         const QDate day = report.request.now.date().addDays(-ago);
         const Tally tally = report.days.value(day);
-        if (asked.hold(dayOf(day)))
+        if (isAsked(day))
             report.recentDays.append({day, tally, limitsOf(tally.units, report.total)});
     }
 }
 
 void ReportCounter::addAges()
 {
-    const ReportRequest& request = report.request;
-    const QString now = request.now.toString("yyyy-MM-ddTHH:mm:ss");
-    for (const StationNews& news : request.news) {
-        if (!request.station.isEmpty() && request.station != news.station)
+    const QString now = report.request.now.toString("yyyy-MM-ddTHH:mm:ss");
+    for (const StationNews& news : report.request.news) {
+        if (!isAsked(news.station))
             continue;
         StationAge age{news.station, news.newestAt, -1};
         if (!news.newestAt.isEmpty())
-            age.seconds = std::max(qint64{0}, walltime::secondsBetween(news.newestAt, now));
+            age.seconds = std::max(qint64{0}, attemptrules::secondsBetween(news.newestAt, now));
         report.ages.append(age);
     }
-    std::sort(report.ages.begin(), report.ages.end(),
-              [](const StationAge& a, const StationAge& b) { return a.name < b.name; });
 }
 
 ControlMisses& ReportCounter::controlOf(int componentNum)

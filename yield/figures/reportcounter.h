@@ -4,14 +4,20 @@
 #pragma once
 
 #include "yield/figures/report.h"
-#include "yield/figures/serialpattern.h"
 #include "yield/logs/attempt.h"
 #include "yield/logs/attemptrules.h"
 
 #include <QMap>
+#include <QRegularExpression>
 #include <QString>
 
+#include <optional>
 #include <vector>
+
+/// A shell-style wildcard for whole serials: * stands for any characters or none, ? for one, [abc]
+/// and [a-z] for one of these, [!abc] for one other. Upper and lower case differ. Not valid if a
+/// bracket is open, or a range runs backwards. Matches serials with each slash replaced by a NUL.
+QRegularExpression serialPattern(const QString& wildcard);
 
 /// Counts attempts into a report. Holds one unit at a time and lists that do not grow with the
 /// attempts.
@@ -28,38 +34,29 @@ public:
     Report finish();
 
 private:
-    /// Days as yyyy-MM-dd, both included; empty for no bound.
-    struct Days {
-        QString first;
-        QString last;
-
-        bool hold(const QString& day) const;
-    };
-
     /// The unit whose attempts are being added.
-    struct Unit {
-        RepeatedUnit ends; ///< Its first attempt and the last one so far.
+    struct Unit : TestedUnit {
+        QDate day; ///< Of its first attempt.
         bool isCounted = false;
-        attemptrules::Outcome last; ///< Of the last attempt so far.
-        QString failedAt;           ///< When the last attempt failed that did not end early, or
-                                    ///< nothing if it passed.
-        QString failedAtStation;
+        attemptrules::Outcome firstOutcome;
+        attemptrules::Outcome lastOutcome;
+        /// The last attempt that did not end early, if it failed.
+        std::optional<Attempt> failure;
     };
 
     void beginUnit(const Attempt& first);
-    void countControls(const Attempt& first);
-    void countNumber(Result result);
-    void countFailure(const Attempt& attempt, Result result);
+    void countControls();
+    void countNumber();
+    void countFailure();
     void finishUnit();
+    bool isAsked(const QDate& day) const;
+    bool isAsked(const QString& station) const;
     void addRecentDays();
     void addAges();
     ControlMisses& controlOf(int componentNum);
 
     Report report;
-    Days asked;
-    Days axis;
-    std::vector<SerialPattern> without;
-    QMap<QString, Tally> days; ///< By the first day, as yyyy-MM-dd.
+    std::vector<QRegularExpression> without;
     QMap<QString, StationReport> stations;
     Unit unit;
 };

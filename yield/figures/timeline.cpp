@@ -10,20 +10,11 @@ namespace
 constexpr int mostPeriods = 70;
 constexpr int daysInWeek = 7;
 
-QString inWords(const QDate& date, const char* format)
-{
-    return QLocale(QLocale::English).toString(date, QLatin1String(format));
-}
-
-QDate mondayOf(const QDate& day)
-{
-    return day.addDays(1 - day.dayOfWeek());
-}
-
-int monthNumber(const QDate& day)
-{
-    return 12 * day.year() + day.month();
-}
+struct Words {
+    QString unit;
+    QString name; ///< Formats of a period's first day.
+    QString shortName;
+};
 } // namespace
 
 Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
@@ -35,27 +26,26 @@ Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
     const QDate last = days.lastKey();
     const bool byDay = first.daysTo(last) < mostPeriods;
     const bool byWeek = !byDay && first.daysTo(last) < mostPeriods * daysInWeek;
-    timeline.unit = byDay ? "day" : byWeek ? "week" : "month";
-
-    const auto slotOf = [&](const QDate& day) {
-        if (byDay)
-            return static_cast<int>(first.daysTo(day));
-        if (byWeek)
-            return static_cast<int>(mondayOf(first).daysTo(mondayOf(day))) / daysInWeek;
-        return monthNumber(day) - monthNumber(first);
+    const Words words = byDay    ? Words{"day", "dddd, d MMM yyyy", "d MMM"}
+                        : byWeek ? Words{"week", "'Week of' d MMM yyyy", "d MMM"}
+                                 : Words{"month", "MMMM yyyy", "MMM yy"};
+    timeline.unit = words.unit;
+    const auto beginOf = [&](const QDate& day) {
+        const int daysBefore = byDay ? 0 : byWeek ? day.dayOfWeek() - 1 : day.day() - 1;
+        return day.addDays(-daysBefore);
     };
+    const auto slotOf = [&](const QDate& day) {
+        if (!byDay && !byWeek)
+            return 12 * (day.year() - first.year()) + day.month() - first.month();
+        return static_cast<int>(beginOf(first).daysTo(day)) / (byDay ? 1 : daysInWeek);
+    };
+    const QLocale english(QLocale::English);
     for (auto day = days.cbegin(); day != days.cend(); ++day) {
         const int slot = slotOf(day.key());
         if (timeline.periods.isEmpty() || timeline.periods.last().slot != slot) {
-            const QDate begin = byDay    ? day.key()
-                                : byWeek ? mondayOf(day.key())
-                                         : QDate(day.key().year(), day.key().month(), 1);
-            const QString name = byDay    ? inWords(begin, "dddd, d MMM yyyy")
-                                 : byWeek ? "Week of " + inWords(begin, "d MMM yyyy")
-                                          : inWords(begin, "MMMM yyyy");
-            timeline.periods.append({slot, name,
-                                     inWords(begin, byDay || byWeek ? "d MMM" : "MMM yy"), Tally(),
-                                     Limits()});
+            const QDate begin = beginOf(day.key());
+            timeline.periods.append({slot, english.toString(begin, words.name),
+                                     english.toString(begin, words.shortName), Tally(), Limits()});
         }
         timeline.periods.last().tally += day.value();
     }

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "yield/figures/limits.h"
-#include "yield/figures/tally.h"
 
 #include <QDate>
 #include <QMap>

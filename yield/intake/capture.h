@@ -3,25 +3,25 @@
 
 #pragma once
 
+#include "yield/intake/spool.h"
+
 #include <QElapsedTimer>
 #include <QHash>
+#include <QSet>
 #include <QStringList>
 
 #include <array>
-#include <deque>
 
-class Spool;
 class StoreWorker;
-struct inotify_event;
 
 /// Puts each log into the spool as soon as the kernel names it, because the next test of the unit
 /// overwrites it. Its thread does nothing else.
 class Capture
 {
 public:
-    /// paths: folders and files; they need not be there yet. Also spools what changed since the
-    /// last watch, but at most the newest thousand: the worker reads them all.
-    Capture(const QStringList& paths, Spool& usedSpool, StoreWorker& usedWorker);
+    /// paths: folders and files; they need not be there yet. Also spools the logs that changed
+    /// last: the watch may have been dead at that time, and the database may be away now.
+    Capture(const QStringList& paths, const Spool& usedSpool, StoreWorker& usedWorker);
     ~Capture();
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
@@ -32,54 +32,45 @@ public:
     void readEvents();
     /// Does what is due beside the events; gives the milliseconds until there is more to do.
     int work();
-    /// Spools a log. A file that cannot be read is tried again; one that is no log is named when it
-    /// does not change any more.
+    /// Spools a log. A file that cannot be read or kept is tried again; one that is no log is named
+    /// when it does not change any more.
     void readLog(const QString& path);
-    /// Whether all that was seen is in the spool.
-    bool isDone() const { return toRead.empty() && unkept.isEmpty(); }
 
 private:
     /// When a file changed in any way (nanoseconds since 1970), its size and its number; zeros
     /// without a file.
     using Stamp = std::array<qint64, 3>;
-    /// A folder, or one file of a folder.
+    /// What the user named.
     struct Place {
         QString path;
-        QString folder;
-        QString file;                      ///< Empty for all.
+        std::array<quint64, 2> identity{}; ///< The folder's device and number; zeros without one.
         int watch = -1;                    ///< The kernel's number.
-        std::array<quint64, 2> identity{}; ///< The folder's device and number.
-        bool isShared = false; ///< Looked at each second: the kernel does not tell everything.
+        bool isTold = false;               ///< The kernel names every change.
+        bool isThere = true;
     };
     struct Unread {
         Stamp stamp{};
-        QString reason;
         bool isReadable = false;
         bool isNamed = false;
         QElapsedTimer age; ///< Since its last change.
     };
 
-    static Stamp stampOf(const QString& path);
-    void handle(const inotify_event& event, const QString& name);
-    void addPlace(const QString& path);
-    void addTarget(const QString& link);
-    void watchPlace(Place& place);
-    void checkPlace(Place& place, bool isLost);
-    QStringList changedIn(const Place& place);
-    void lookAt(const Place& place);
-    void lookAtAll();
-    void tryAgain();
+    void look(Place& place);
+    void lookAt(const QString& path);
+    Stamp stampOf(const QString& path);
+    bool keep(const QByteArray& log);
     void tick();
 
-    Spool& spool;
+    const Spool spool;
     StoreWorker& worker;
     const int kernel;
-    std::deque<Place> places;      ///< What the user named, then the targets of links.
+    std::vector<Place> places;
+    QSet<QString> links; ///< Looked at each second: the kernel does not name what they point to.
     QHash<QString, Stamp> seen;    ///< Files as they were when last looked at.
-    QHash<QString, Unread> unread; ///< Files that are no logs, as far as is known.
-    std::deque<QString> toRead;    ///< What a look found.
-    QByteArray unkept;             ///< A log that the spool had no room for.
+    QHash<QString, Unread> unread; ///< Files that are not in the spool.
+    QStringList toRead;            ///< What a look found.
+    bool isLookDue = true;         ///< The kernel may have left out changes.
+    bool isFull = false;           ///< The disk of the spool.
     QElapsedTimer sinceTick;
     qint64 tickMs = 1000;
-    QElapsedTimer sinceNote;
 };

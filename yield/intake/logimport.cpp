@@ -14,47 +14,34 @@ namespace
 /// others wait for a moment only.
 constexpr int batchSize = 1000;
 
-struct Batch {
+/// A log that cannot be stored is found by halves, so that it stops no other.
+void storeBatch(Database& database, const Station& station, const QStringList& files,
+                const logimport::Listener& listener)
+{
     QStringList paths;
     std::vector<StationLog> logs;
-};
-
-Batch readBatch(const QStringList& files, const logimport::Listener& listener)
-{
-    Batch batch;
     for (const QString& file : files) {
         QString reason;
         if (auto log = logfiles::read(file, reason)) {
-            batch.paths << file;
-            batch.logs.push_back(std::move(*log));
+            paths << file;
+            logs.push_back(std::move(*log));
         } else {
             listener.refused(file, reason);
         }
     }
-    return batch;
-}
-
-/// A log that cannot be stored is found by halves, so that it stops no other.
-void storeBatch(Database& database, const Station& station, const Batch& batch,
-                const logimport::Listener& listener)
-{
     StoreCounts counts;
     try {
-        counts = attemptstore::store(database, station, batch.logs);
+        counts = attemptstore::store(database, station, logs);
     } catch (const DatabaseError& error) {
-        if (error.kind() != DatabaseError::Kind::Data || batch.logs.empty())
+        if (error.kind() != DatabaseError::Kind::Data || paths.isEmpty())
             throw;
-        if (batch.logs.size() == 1)
-            return listener.refused(batch.paths.constFirst(), error.text());
-        const int half = batch.paths.size() / 2;
-        const auto middle = batch.logs.begin() + half;
-        storeBatch(database, station, {batch.paths.mid(0, half), {batch.logs.begin(), middle}},
-                   listener);
-        storeBatch(database, station, {batch.paths.mid(half), {middle, batch.logs.end()}},
-                   listener);
-        return;
+        if (paths.size() == 1)
+            return listener.refused(paths.constFirst(), error.text());
+        const int half = paths.size() / 2;
+        storeBatch(database, station, paths.mid(0, half), listener);
+        return storeBatch(database, station, paths.mid(half), listener);
     }
-    listener.stored(batch.paths, counts);
+    listener.stored(paths, counts);
 }
 
 QString summary(const StoreCounts& counts, int refused)
@@ -81,12 +68,15 @@ void warn(const StoreCounts& counts, QTextStream& errors)
 }
 } // namespace
 
-void logimport::store(Database& database, const Station& station, const QStringList& files,
+void logimport::store(Database& database, const Station& station, const QStringList& paths,
                       const Listener& listener)
 {
+    QStringList files;
+    for (const QString& path : paths)
+        files += logfiles::filesOf(path);
     // Also without a log: the database remembers what the station tests.
     for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize)
-        storeBatch(database, station, readBatch(files.mid(begin, batchSize), listener), listener);
+        storeBatch(database, station, files.mid(begin, batchSize), listener);
 }
 
 QString logimport::refusal(const QString& path, const QString& reason)
@@ -113,11 +103,8 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         counts += more;
         progress.add(paths.size());
     };
-    QStringList files;
-    for (const QString& path : request.paths)
-        files += logfiles::filesOf(path);
     try {
-        store(database, request.station, files, listener);
+        store(database, request.station, request.paths, listener);
     } catch (const DatabaseError& error) {
         out << summary(counts, refused) << Qt::endl;
         errors << QString("the database failed: %1; what is in it stays, import again")

@@ -37,9 +37,9 @@ struct Listener {
     std::function<void(const QStringList& paths, const StoreCounts& counts)> stored;
 };
 
-/// Stores the logs in files, many in one transaction. Throws DatabaseError if the database fails;
-/// what was committed before stays.
-void store(Database& database, const Station& station, const QStringList& files,
+/// Stores the logs in folders and files, many in one transaction. Throws DatabaseError if the
+/// database fails; what was committed before stays.
+void store(Database& database, const Station& station, const QStringList& paths,
            const Listener& listener);
 
 /// How a log that was refused is named.

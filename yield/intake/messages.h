@@ -10,20 +10,15 @@
 /// Whole lines for people, at once and from any thread.
 namespace messages
 {
-inline void write(std::FILE* stream, const QString& line)
+inline void tell(const QString& line, std::FILE* stream = stdout)
 {
     std::fputs((line + '\n').toLocal8Bit().constData(), stream);
     std::fflush(stream);
 }
 
-inline void tell(const QString& line)
-{
-    write(stdout, line);
-}
-
 /// Something that a person should know.
 inline void warn(const QString& line)
 {
-    write(stderr, line);
+    tell(line, stderr);
 }
 } // namespace messages

@@ -3,12 +3,15 @@
 
 #include "yield/intake/spool.h"
 
+#include "yield/logs/logfiles.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <cerrno>
@@ -26,16 +29,16 @@ const QString versionFolder = "/v1/";
 const QString logsFolder = "/logs/";
 const QString asideFolder = "/aside/";
 const QString aboutFile = "/about.json";
-const QString lastLookFile = "/last-look";
 const QString reasonEnding = ".reason";
 
-[[noreturn]] void fail(const QString& path)
+void check(bool isDone, const QString& path)
 {
-    throw SpoolError(
-        QString("the spool %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
+    if (!isDone)
+        throw SpoolError(
+            QString("the spool %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
 }
 
-QByteArray hashOf(const QByteArray& bytes)
+QString hashOf(const QByteArray& bytes)
 {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
 }
@@ -43,161 +46,108 @@ QByteArray hashOf(const QByteArray& bytes)
 void flushFolder(const QString& path)
 {
     const int folder = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    const bool isFlushed = folder >= 0 && fsync(folder) == 0;
-    if (folder >= 0)
-        close(folder);
-    if (!isFlushed)
-        fail(path);
+    check(folder >= 0, path);
+    const bool isFlushed = fsync(folder) == 0;
+    close(folder);
+    check(isFlushed, path);
 }
 
-void makeFolder(const QString& path)
+void moveFlushed(const QString& from, const QString& to)
 {
-    if (mkdir(QFile::encodeName(path).constData(), 0700) == 0)
-        flushFolder(QFileInfo(path).path());
-    else if (errno != EEXIST)
-        fail(path);
+    check(rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0, to);
+    flushFolder(QFileInfo(to).path());
 }
 
 /// On the disk, under its name and whole, or not at all.
-void writeFlushed(const QString& folder, const QString& name, const QByteArray& bytes)
+void writeFlushed(const QString& path, const QByteArray& bytes)
 {
     // One name for all that is unfinished: a kill leaves one file, and the next log overwrites it.
-    const QByteArray unfinished = QFile::encodeName(folder + ".unfinished");
-    const int file = open(unfinished.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (file < 0)
-        fail(folder);
-    const auto size = static_cast<std::size_t>(bytes.size());
-    const auto written = write(file, bytes.constData(), size);
-    if (written >= 0 && written < bytes.size())
-        errno = ENOSPC;
-    const bool isWhole = written == bytes.size() && fsync(file) == 0;
-    const int error = errno;
-    close(file);
-    errno = error;
-    if (!isWhole ||
-        rename(unfinished.constData(), QFile::encodeName(folder + name).constData()) != 0)
-        fail(folder);
-    flushFolder(folder);
-}
-
-QStringList pathsIn(const QString& folder)
-{
-    QStringList paths;
-    for (const QString& name : QDir(folder).entryList(QDir::Files, QDir::Name))
-        if (!name.endsWith(reasonEnding))
-            paths << folder + name;
-    return paths;
-}
-
-/// A folder whose about file cannot be read is none.
-std::vector<SpoolFolder> folderAt(const QString& path)
-{
-    QFile about(path + aboutFile);
-    if (!about.open(QIODevice::ReadOnly))
-        return {};
-    const QJsonObject said = QJsonDocument::fromJson(about.readAll()).object();
-    const Station station = {said["station"].toString(), said["tests_18"].toBool()};
-    return {{path, said["database"].toString(), station}};
+    QFile file(QFileInfo(path).path() + "/.unfinished");
+    const bool isWhole = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+                         file.write(bytes) == bytes.size() && fsync(file.handle()) == 0;
+    if (!isWhole && file.error() != QFileDevice::NoError)
+        throw SpoolError(QString("the spool %1: %2").arg(path, file.errorString()));
+    check(isWhole, path);
+    moveFlushed(file.fileName(), path);
 }
 } // namespace
 
-QStringList SpoolFolder::waiting() const
+Spool Spool::locked(const QString& root, const QString& database, const Station& station)
 {
-    return pathsIn(path + logsFolder);
-}
-
-QStringList SpoolFolder::setAside() const
-{
-    return pathsIn(path + asideFolder);
-}
-
-QString SpoolFolder::reasonFor(const QString& asidePath)
-{
-    QFile file(asidePath + reasonEnding);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
-}
-
-void SpoolFolder::remove(const QString& path)
-{
-    unlink(QFile::encodeName(path).constData()); // a log that comes back after a crash is known
-}
-
-QString SpoolFolder::moveAside(const QString& waitingPath, const QString& reason) const
-{
-    const QString aside = path + asideFolder + QFileInfo(waitingPath).fileName();
-    try {
-        writeFlushed(path + asideFolder, QFileInfo(aside).fileName() + reasonEnding,
-                     reason.toUtf8() + '\n');
-        if (rename(QFile::encodeName(waitingPath).constData(),
-                   QFile::encodeName(aside).constData()) != 0)
-            fail(waitingPath);
-        flushFolder(path + asideFolder);
-    } catch (const SpoolError& error) {
-        return QString("a log cannot be stored (%1) nor set aside: %2").arg(reason, error.text());
+    const QByteArray about = QJsonDocument(QJsonObject{{"database", database},
+                                                       {"station", station.name},
+                                                       {"tests_18", station.tests18}})
+                                 .toJson();
+    const QString path = root + versionFolder + hashOf(about);
+    QDir().mkpath(QFileInfo(QDir(root).absolutePath()).path());
+    for (const QString& folder :
+         {root, root + versionFolder, path, path + logsFolder, path + asideFolder}) {
+        const bool isMade = mkdir(QFile::encodeName(folder).constData(), 0700) == 0;
+        check(isMade || errno == EEXIST, folder);
+        if (isMade)
+            flushFolder(folder + "/..");
     }
-    return QString("a log cannot be stored and was set aside as %1: %2").arg(aside, reason);
+    if (!QFile::exists(path + aboutFile))
+        writeFlushed(path + aboutFile, about);
+    const int lock = open(QFile::encodeName(path + aboutFile).constData(), O_RDONLY | O_CLOEXEC);
+    const bool isLocked = lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) == 0;
+    check(isLocked, path + (errno == EWOULDBLOCK ? " is in use by another watch" : ""));
+    return {path, database, station};
 }
 
-std::vector<SpoolFolder> SpoolFolder::below(const QString& root)
+std::vector<Spool> Spool::below(const QString& root)
 {
-    std::vector<SpoolFolder> folders;
+    std::vector<Spool> spools;
     const QDir all(root + versionFolder);
-    for (const QString& name : all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
-        for (const SpoolFolder& folder : folderAt(all.filePath(name)))
-            folders.push_back(folder);
-    return folders;
+    for (const QString& name : all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+        QFile about(all.filePath(name) + aboutFile);
+        if (!about.open(QIODevice::ReadOnly))
+            continue;
+        const QJsonObject said = QJsonDocument::fromJson(about.readAll()).object();
+        spools.push_back({all.filePath(name),
+                          said["database"].toString(),
+                          {said["station"].toString(), said["tests_18"].toBool()}});
+    }
+    return spools;
 }
 
-QString SpoolFolder::defaultRoot()
+QString Spool::defaultRoot()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
 }
 
-Spool::Spool(const QString& root, const QString& database, const Station& station)
-    : place{{}, database, station}
+void Spool::keep(const QByteArray& log) const
 {
-    const QByteArray about = QJsonDocument(QJsonObject{{"database", place.database},
-                                                       {"station", station.name},
-                                                       {"tests_18", station.tests18}})
-                                 .toJson();
-    place.path = root + versionFolder + QString::fromLatin1(hashOf(about));
-    QDir().mkpath(QFileInfo(QDir(root).absolutePath()).path());
-    for (const QString& path : {root, root + versionFolder, place.path, place.path + logsFolder,
-                                place.path + asideFolder})
-        makeFolder(path);
-    if (!QFile::exists(place.path + aboutFile))
-        writeFlushed(place.path + QLatin1Char('/'), aboutFile, about);
-    lock = open(QFile::encodeName(place.path + aboutFile).constData(), O_RDONLY | O_CLOEXEC);
-    if (lock < 0 || flock(lock, LOCK_EX | LOCK_NB) != 0)
-        fail(place.path + (errno == EWOULDBLOCK ? " is in use by another watch" : ""));
-    for (const SpoolFolder& there : folderAt(place.path))
-        if (there.database == database && there.station.name == station.name)
-            return;
-    throw SpoolError(QString("the spool %1 is another database's or station's").arg(place.path));
+    const QString name = hashOf(log);
+    if (!QFile::exists(path + logsFolder + name) && !QFile::exists(path + asideFolder + name))
+        writeFlushed(path + logsFolder + name, log);
 }
 
-Spool::~Spool()
+QStringList Spool::waiting() const
 {
-    close(lock);
+    return logfiles::filesOf(path + logsFolder);
 }
 
-void Spool::keep(const QByteArray& log)
+QString Spool::moveAside(const QString& waitingPath, const QString& reason) const
 {
-    const QString name = QString::fromLatin1(hashOf(log));
-    if (!QFile::exists(place.path + logsFolder + name) &&
-        !QFile::exists(place.path + asideFolder + name))
-        writeFlushed(place.path + logsFolder, name, log);
+    const QString aside = path + asideFolder + QFileInfo(waitingPath).fileName();
+    try {
+        writeFlushed(aside + reasonEnding, reason.toUtf8());
+        moveFlushed(waitingPath, aside);
+    } catch (const SpoolError& error) {
+        return QString("a log cannot be stored (%1) nor set aside: %2").arg(reason, error.what());
+    }
+    return QString("a log cannot be stored and was set aside as %1: %2").arg(aside, reason);
 }
 
-QDateTime Spool::lastLook() const
+QStringList Spool::setAside() const
 {
-    const QFileInfo note(place.path + lastLookFile);
-    return note.exists() ? note.lastModified() : QDateTime::fromMSecsSinceEpoch(0);
+    return logfiles::filesOf(path + asideFolder).filter(QRegularExpression("/[0-9a-f]{64}$"));
 }
 
-void Spool::noteLook()
+QString Spool::reasonFor(const QString& asidePath)
 {
-    QFile file(place.path + lastLookFile);
-    if (file.open(QIODevice::WriteOnly))
-        file.setFileTime(QDateTime::currentDateTime(), QFileDevice::FileModificationTime);
+    QFile file(asidePath + reasonEnding);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }

@@ -9,7 +9,6 @@
 
 #include <QFile>
 
-#include <chrono>
 #include <utility>
 
 #include <sys/stat.h>
@@ -17,7 +16,6 @@
 namespace
 {
 constexpr std::chrono::seconds retryTime{2};
-constexpr std::chrono::milliseconds stopTime{500};
 constexpr int hourMs = 3600000;
 
 /// 0 if it is not there.
@@ -35,29 +33,16 @@ StoreWorker::StoreWorker(const ImportRequest& whatToStore, const QString& spoolR
 {
 }
 
-StoreWorker::~StoreWorker()
-{
-    if (thread.joinable())
-        thread.join();
-}
-
 void StoreWorker::start()
 {
-    thread = std::thread(&StoreWorker::run, this);
-}
-
-bool StoreWorker::stop()
-{
-    std::unique_lock<std::mutex> guard(mutex);
-    isStopping = true;
-    change.notify_all();
-    return change.wait_for(guard, stopTime, [this] { return isOver; });
+    thread = std::async(std::launch::async, &StoreWorker::run, this);
 }
 
 void StoreWorker::wake(bool areFoldersMeant)
 {
     const std::lock_guard<std::mutex> guard(mutex);
-    (areFoldersMeant ? areFoldersDue : isSpoolDue) = true;
+    isDue = true;
+    areFoldersDue = areFoldersDue || areFoldersMeant;
     change.notify_all();
 }
 
@@ -67,34 +52,39 @@ QStringList StoreWorker::takeRefused()
     return std::exchange(refused, {});
 }
 
-bool StoreWorker::isHopeless()
+void StoreWorker::stop()
 {
     const std::lock_guard<std::mutex> guard(mutex);
-    return hopeless;
+    isStopping = true;
+    change.notify_all();
+}
+
+bool StoreWorker::isOver(std::chrono::milliseconds patience) const
+{
+    return thread.wait_for(patience) == std::future_status::ready;
 }
 
 void StoreWorker::run()
 {
-    for (bool goesOn = true; goesOn;) {
-        goesOn = tryToStore();
+    for (bool goesOn = true; goesOn && tryToStore();) {
         std::unique_lock<std::mutex> guard(mutex);
-        hopeless = !goesOn;
-        change.wait_for(guard, retryTime, [this] {
-            return isStopping || (!isAway && (isSpoolDue || areFoldersDue));
-        });
-        goesOn = goesOn && !isStopping;
+        change.wait_for(guard, retryTime, [this] { return isStopping || (isDue && !isAway); });
+        goesOn = !isStopping;
+        isDue = false;
     }
     database.reset();
-    const std::lock_guard<std::mutex> guard(mutex);
-    isOver = true;
-    change.notify_all();
 }
 
 /// False if another try is of no use.
 bool StoreWorker::tryToStore()
 {
     try {
-        storeAll();
+        openDatabase();
+        // The spool first: its logs may be nowhere else.
+        for (const Spool& spool : Spool::below(spoolLocation))
+            if (spool.database == request.database)
+                storeSpool(spool);
+        storeFolders();
     } catch (const DatabaseError& error) {
         database.reset();
         if (error.kind() == DatabaseError::Kind::Unusable && !wasOpen) {
@@ -104,27 +94,6 @@ bool StoreWorker::tryToStore()
         lose(error.text());
     }
     return true;
-}
-
-void StoreWorker::storeAll()
-{
-    openDatabase();
-    std::unique_lock<std::mutex> guard(mutex);
-    const bool withSpool = std::exchange(isSpoolDue, false);
-    const bool withFolders = std::exchange(areFoldersDue, false);
-    guard.unlock();
-    // The spool first: its logs may be nowhere else.
-    if (withSpool || withFolders)
-        for (const SpoolFolder& folder : SpoolFolder::below(spoolLocation))
-            if (const QStringList waiting = folder.waiting();
-                folder.database == request.database && !waiting.isEmpty())
-                storeFiles(&folder, waiting);
-    if (!withFolders)
-        return;
-    QStringList files;
-    for (const QString& path : request.paths)
-        files += logfiles::filesOf(path);
-    storeFiles(nullptr, files);
 }
 
 void StoreWorker::openDatabase()
@@ -144,33 +113,39 @@ void StoreWorker::openDatabase()
     wasOpen = true;
 }
 
-/// folder: the spool's that the files lie in, if any.
-void StoreWorker::storeFiles(const SpoolFolder* folder, const QStringList& files)
+void StoreWorker::storeSpool(const Spool& spool)
 {
+    const QStringList waiting = spool.waiting();
+    if (waiting.isEmpty())
+        return;
     logimport::Listener listener;
     listener.stored = [&](const QStringList& paths, const StoreCounts& counts) {
         noteStored(counts);
-        if (folder != nullptr)
-            for (const QString& path : paths)
-                SpoolFolder::remove(path);
+        for (const QString& path : paths)
+            QFile::remove(path); // one that comes back after a power failure is known
     };
     listener.refused = [&](const QString& path, const QString& reason) {
-        if (folder == nullptr)
-            refuse(path, reason);
-        else if (!logfiles::isGone(path))
-            messages::warn(folder->moveAside(path, reason));
+        if (!logfiles::isGone(path))
+            messages::warn(spool.moveAside(path, reason));
     };
-    logimport::store(*database, folder != nullptr ? folder->station : request.station, files,
-                     listener);
+    logimport::store(*database, spool.station, waiting, listener);
 }
 
-/// The other thread tries it again and names it when it does not change any more.
-void StoreWorker::refuse(const QString& path, const QString& reason)
+void StoreWorker::storeFolders()
 {
-    if (logfiles::isGone(path) && request.paths.contains(path))
-        messages::warn(logimport::refusal(path, reason));
-    const std::lock_guard<std::mutex> guard(mutex);
-    refused << path;
+    std::unique_lock<std::mutex> guard(mutex);
+    const bool isWanted = std::exchange(areFoldersDue, false);
+    guard.unlock();
+    if (!isWanted)
+        return;
+    logimport::Listener listener;
+    listener.stored = [&](const QStringList&, const StoreCounts& counts) { noteStored(counts); };
+    // The other thread tries it again and names it when it does not change any more.
+    listener.refused = [&](const QString& path, const QString&) {
+        const std::lock_guard<std::mutex> refusing(mutex);
+        refused << path;
+    };
+    logimport::store(*database, request.station, request.paths, listener);
 }
 
 void StoreWorker::noteStored(const StoreCounts& counts)

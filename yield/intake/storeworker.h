@@ -8,10 +8,11 @@
 
 #include <QElapsedTimer>
 
+#include <chrono>
 #include <condition_variable>
+#include <future>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 #include <sys/types.h>
 
@@ -21,42 +22,34 @@ class StoreWorker
 public:
     /// spoolRoot: all that waits below it for this database is stored, as whatever station.
     StoreWorker(const ImportRequest& whatToStore, const QString& spoolRoot);
-    ~StoreWorker();
-    StoreWorker(const StoreWorker&) = delete;
-    StoreWorker& operator=(const StoreWorker&) = delete;
 
     void start();
-    /// False if the database still holds the thread after half a second: then the process has to
-    /// end without it.
-    bool stop();
     /// A log is in the spool, or, if the spool cannot take it, in its folder.
-    void wake(bool areFoldersMeant);
+    void wake(bool areFoldersMeant = false);
     /// Files that could not be read as logs.
     QStringList takeRefused();
-    /// Whether the database will never do; the reason has been written.
-    bool isHopeless();
+    void stop();
+    /// Whether the thread ends within that time: when it was stopped, or when the database will
+    /// never do and the reason has been written.
+    bool isOver(std::chrono::milliseconds patience = {}) const;
 
 private:
     void run();
     bool tryToStore();
-    void storeAll();
     void openDatabase();
-    void storeFiles(const SpoolFolder* folder, const QStringList& files);
-    void refuse(const QString& path, const QString& reason);
+    void storeSpool(const Spool& spool);
+    void storeFolders();
     void noteStored(const StoreCounts& counts);
     void lose(const QString& reason);
 
     const ImportRequest request;
     const QString spoolLocation;
-    std::thread thread;
 
-    std::mutex mutex; ///< For the next seven.
+    std::mutex mutex; ///< For the next five.
     std::condition_variable change;
-    bool isSpoolDue = true;
+    bool isDue = false;
     bool areFoldersDue = true;
     bool isStopping = false;
-    bool isOver = false;
-    bool hopeless = false;
     QStringList refused;
 
     // The thread's own.
@@ -65,4 +58,6 @@ private:
     bool wasOpen = false;
     bool isAway = false;
     QElapsedTimer sinceSaid;
+
+    std::future<void> thread; ///< The last member: its end is waited for before the others go.
 };

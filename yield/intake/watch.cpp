@@ -35,22 +35,19 @@ int stopDescriptor()
 /// A spool that the user chose belongs to one database; the default one keeps them apart.
 void checkOwner(const QString& spoolRoot, const QString& database)
 {
-    if (spoolRoot.isEmpty())
-        return;
-    for (const SpoolFolder& folder : SpoolFolder::below(spoolRoot))
-        if (folder.database != database)
+    for (const Spool& spool : Spool::below(spoolRoot))
+        if (spool.database != database)
             throw SpoolError(QString("the spool %1 is that of the database %2; give --spool "
                                      "another folder")
-                                 .arg(spoolRoot, folder.database));
+                                 .arg(spoolRoot, spool.database));
 }
 
 /// Gives the status for the shell.
-int captureUntilStopped(Capture& capture, StoreWorker& worker)
+int captureUntilStopped(Capture& capture, StoreWorker& worker, int stop)
 {
-    std::array<pollfd, 2> all = {pollfd{stopDescriptor(), POLLIN, 0},
-                                 pollfd{capture.descriptor(), POLLIN, 0}};
+    std::array<pollfd, 2> all = {pollfd{stop, POLLIN, 0}, pollfd{capture.descriptor(), POLLIN, 0}};
     worker.start();
-    while (all[0].revents == 0 && !worker.isHopeless()) {
+    while (all[0].revents == 0 && !worker.isOver()) {
         poll(all.data(), all.size(), capture.work());
         for (const QString& path : worker.takeRefused())
             capture.readLog(path);
@@ -62,24 +59,27 @@ int captureUntilStopped(Capture& capture, StoreWorker& worker)
 
 int watch::run(ImportRequest request, const QString& spool)
 {
+    constexpr std::chrono::milliseconds stopTime{500};
     Database::check(request.database);
     if (!Database::isAddress(request.database))
         request.database = QFileInfo(request.database).absoluteFilePath();
+    const int stop = stopDescriptor();
     try {
-        checkOwner(spool, request.database);
-        const QString root = spool.isEmpty() ? SpoolFolder::defaultRoot() : spool;
-        Spool ownSpool(root, request.database, request.station);
+        if (!spool.isEmpty())
+            checkOwner(spool, request.database);
+        const QString root = spool.isEmpty() ? Spool::defaultRoot() : spool;
+        const Spool ownSpool = Spool::locked(root, request.database, request.station);
         StoreWorker worker(request, root);
         Capture capture(request.paths, ownSpool, worker);
-        const int status = captureUntilStopped(capture, worker);
-        const bool isOver = worker.stop();
-        messages::tell(
-            QString("logs that wait in the spool: %1").arg(ownSpool.folder().waiting().size()));
+        const int status = captureUntilStopped(capture, worker, stop);
+        worker.stop();
+        const bool isOver = worker.isOver(stopTime);
+        messages::tell(QString("logs that wait in the spool: %1").arg(ownSpool.waiting().size()));
         if (!isOver)
             std::_Exit(status); // what the spool holds is on the disk
         return status;
     } catch (const SpoolError& error) {
-        messages::warn(error.text());
+        messages::warn(error.what());
         return exitstatus::failed;
     }
 }

@@ -15,3 +15,9 @@ struct Attempt {
     QString testedAt; ///< yyyy-MM-ddTHH:mm:ss, the station's wall clock.
     BandMarks marks;
 };
+
+/// A station that the database knows, and when it last sent a log.
+struct StationNews {
+    QString station;
+    QString newestAt; ///< As testedAt; empty without a log, or with logs of the future only.
+};

@@ -3,7 +3,7 @@
 
 #include "yield/logs/attemptrules.h"
 
-#include "yield/logs/walltime.h"
+#include <QDateTime>
 
 #include <algorithm>
 
@@ -14,11 +14,11 @@ constexpr qint64 sameRunSeconds = 30 * 60;
 /// The same once the last control has a mark: the run is over as soon as that is worked.
 constexpr qint64 lastControlSeconds = 60;
 
-BandMarks marksOf(int componentNum)
+BandMarks channelButtonMarks()
 {
     BandMarks marks;
-    for (int band = 0; band < bandmarks::bandCount(componentNum); ++band)
-        marks.set(bandmarks::markIndex(componentNum, band));
+    for (int band = 0; band < bandmarks::bandCount(roster::channelButton); ++band)
+        marks.set(bandmarks::markIndex(roster::channelButton, band));
     return marks;
 }
 
@@ -29,14 +29,6 @@ int lastControl(const BandMarks& marks)
     while (mark > 0 && !marks[mark - 1])
         --mark;
     return mark == 0 ? -1 : bandmarks::bandOf(mark - 1).componentNum;
-}
-
-BandMarks marksBefore(const BandMarks& marks, int componentNum)
-{
-    BandMarks before;
-    for (std::size_t mark = 0; mark < bandmarks::markIndex(componentNum, 0); ++mark)
-        before[mark] = marks[mark];
-    return before;
 }
 
 /// Within one second the marks can only have grown. Packed marks are compared so that the order of
@@ -56,15 +48,9 @@ bool isEarlier(const attemptrules::Save& left, const attemptrules::Save& right)
 }
 } // namespace
 
-bool attemptrules::isAttempt(const BandMarks& marks)
-{
-    return marks.any();
-}
-
 bool attemptrules::showsComponent18(const BandMarks& marks)
 {
-    static const BandMarks ofChannelButton = marksOf(roster::channelButton);
-    return (marks & ofChannelButton).any();
+    return (marks & channelButtonMarks()).any();
 }
 
 bool attemptrules::isSavedAgain(const Save& latest, const Save& later)
@@ -75,9 +61,11 @@ bool attemptrules::isSavedAgain(const Save& latest, const Save& later)
     // bands of a control that the run had left, the unit was tested again, and what it missed the
     // first time must be kept.
     const int last = lastControl(latest.marks);
-    if (marksBefore(latest.marks, last) != marksBefore(later.marks, last))
-        return false;
-    return walltime::secondsBetween(latest.testedAt, later.testedAt) <=
+    const std::size_t end = bandmarks::markIndex(last, 0);
+    for (std::size_t mark = 0; mark < end; ++mark)
+        if (latest.marks[mark] != later.marks[mark])
+            return false;
+    return secondsBetween(latest.testedAt, later.testedAt) <=
            (last == roster::lastComponent ? lastControlSeconds : sameRunSeconds);
 }
 
@@ -116,24 +104,27 @@ bool attemptrules::isTested(int componentNum, bool tests18)
 
 attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests18)
 {
-    static const BandMarks ofChannelButton = marksOf(roster::channelButton);
-    const BandMarks counted = tests18 ? marks : marks | ofChannelButton;
+    const BandMarks untested = tests18 ? BandMarks() : channelButtonMarks();
+    const BandMarks counted = marks | untested;
     Outcome outcome;
     if (counted.all())
         return outcome;
-    const int last = lastControl(tests18 ? marks : marks & ~ofChannelButton);
-    int untried = 0;
-    for (int c = roster::lastComponent; c > last; --c)
-        if (isTested(c, tests18)) {
-            outcome.endedAt = c;
-            ++untried;
-        }
-    // A last control without any mark was tried: it may be dead.
-    if (untried < 2)
-        outcome.endedAt.reset();
-    const int end = outcome.endedAt ? bandmarks::firstMark(*outcome.endedAt) : bandMarkCount;
-    for (std::size_t mark = 0; mark < static_cast<std::size_t>(end); ++mark)
+    int end = lastControl(marks & ~untested) + 1;
+    while (!isTested(end, tests18))
+        ++end;
+    // The last control alone was tried: it may be dead.
+    if (end < roster::lastComponent)
+        outcome.endedAt = end;
+    const auto tried = outcome.endedAt ? bandmarks::markIndex(end, 0) : marks.size();
+    for (std::size_t mark = 0; mark < tried; ++mark)
         if (!counted[mark])
             outcome.missed.push_back(bandmarks::bandOf(mark));
     return outcome;
+}
+
+qint64 attemptrules::secondsBetween(const QString& earlier, const QString& later)
+{
+    const auto utc = "Z";
+    return QDateTime::fromString(earlier + utc, Qt::ISODate)
+        .secsTo(QDateTime::fromString(later + utc, Qt::ISODate));
 }

@@ -25,9 +25,6 @@ struct Save {
     }
 };
 
-/// A log without any mark is no attempt: "Save Log" leaves it after the notice was closed.
-bool isAttempt(const BandMarks& marks);
-
 /// Whether the marks have one of component 18: only a station that tests it leaves one.
 bool showsComponent18(const BandMarks& marks);
 
@@ -65,4 +62,7 @@ struct Outcome {
 };
 
 Outcome outcomeOf(const BandMarks& marks, bool tests18);
+
+/// Between two times of logs; the same on a computer in any time zone.
+qint64 secondsBetween(const QString& earlier, const QString& later);
 } // namespace attemptrules

@@ -3,34 +3,25 @@
 
 #include "yield/logs/bandmarks.h"
 
-namespace
-{
-constexpr std::size_t bitsInByte = 8;
-}
+#include <QBitArray>
 
 QByteArray bandmarks::packed(const BandMarks& marks)
 {
-    QByteArray bytes(packedSize, '\0');
-    for (std::size_t i = 0; i < marks.size(); ++i)
-        if (marks[i]) {
-            char& byte = bytes.data()[i / bitsInByte];
-            byte = static_cast<char>(byte | 1 << i % bitsInByte);
-        }
-    return bytes;
+    QBitArray bits(bandMarkCount);
+    for (int i = 0; i < bandMarkCount; ++i)
+        bits[i] = marks[static_cast<std::size_t>(i)];
+    return {bits.bits(), packedSize};
 }
 
 std::optional<BandMarks> bandmarks::unpacked(const QByteArray& bytes)
 {
     if (bytes.size() != packedSize)
         return std::nullopt;
+    const auto bits = QBitArray::fromBits(bytes.constData(), bandMarkCount);
     BandMarks marks;
-    const auto isSet = [&](std::size_t i) {
-        return (bytes.at(static_cast<int>(i / bitsInByte)) >> i % bitsInByte & 1) != 0;
-    };
-    for (std::size_t i = 0; i < marks.size(); ++i)
-        marks[i] = isSet(i);
-    for (std::size_t i = marks.size(); i < packedSize * bitsInByte; ++i)
-        if (isSet(i))
-            return std::nullopt;
+    for (int i = 0; i < bandMarkCount; ++i)
+        marks[static_cast<std::size_t>(i)] = bits[i];
+    if (packed(marks) != bytes) // it has bits behind the last mark
+        return std::nullopt;
     return marks;
 }

@@ -11,19 +11,8 @@
 #include <cstddef>
 #include <optional>
 
-/// The marks of a log: one bit for each band that a log lists, in the order of the components, the
-/// bands of each ascending.
-constexpr int bandMarkCount = 229;
-using BandMarks = std::bitset<bandMarkCount>;
-
 namespace bandmarks
 {
-/// Which band of which component a mark stands for.
-struct Band {
-    int componentNum;
-    int band;
-};
-
 /// How many bands a log lists for a component, 0 to 43: none for the power button.
 constexpr int bandCount(int componentNum)
 {
@@ -40,7 +29,20 @@ constexpr int firstMark(int componentNum)
         mark += bandCount(c);
     return mark;
 }
-static_assert(firstMark(roster::componentCount) == bandMarkCount);
+} // namespace bandmarks
+
+/// The marks of a log: one bit for each band that a log lists, in the order of the components, the
+/// bands of each ascending.
+constexpr int bandMarkCount = bandmarks::firstMark(roster::componentCount);
+using BandMarks = std::bitset<bandMarkCount>;
+
+namespace bandmarks
+{
+/// Which band of which component a mark stands for.
+struct Band {
+    int componentNum;
+    int band;
+};
 
 /// The index of a band's mark; componentNum 0 to 43, band 0 to bandCount - 1.
 constexpr std::size_t markIndex(int componentNum, int band)

@@ -3,26 +3,35 @@
 
 #include "yield/logs/controlnames.h"
 
-#include "unit/valuebands.h"
-#include "yield/logs/bandmarks.h"
-
-#include <QStringList>
+#include <QMap>
+#include <QVector>
 
 #include <algorithm>
 
 namespace
 {
-bool isButton(int componentNum)
+QString values(int componentNum, int firstBand, int lastBand)
 {
-    return roster::kindOf(componentNum) == roster::Kind::Button;
+    const auto kind = roster::kindOf(componentNum);
+    if (kind == roster::Kind::Button)
+        return firstBand == 0 ? "released" : "pressed";
+    // The last band reaches past the highest value.
+    const int highest = std::min(valuebands::band(kind, lastBand).max, valuebands::highestValue);
+    return QString("%1 to %2").arg(valuebands::band(kind, firstBand).min).arg(highest);
 }
 
-QString values(int firstBand, int lastBand)
+/// Neighbours are joined; bands: ascending.
+QString bandsText(int componentNum, const QVector<int>& bands)
 {
-    return QString("%1 to %2")
-        .arg(valuebands::band(roster::Kind::Fader, firstBand).min)
-        .arg(std::min(valuebands::band(roster::Kind::Fader, lastBand).max,
-                      valuebands::highestValue)); // the last band reaches past it
+    if (bands.size() == bandmarks::bandCount(componentNum))
+        return "all";
+    QStringList words;
+    for (int first = 0, last = 0; first < bands.size(); first = ++last) {
+        while (last + 1 < bands.size() && bands.at(last + 1) == bands.at(last) + 1)
+            ++last;
+        words << values(componentNum, bands.at(first), bands.at(last));
+    }
+    return words.join(", ");
 }
 } // namespace
 
@@ -35,22 +44,16 @@ QString controlnames::control(int componentNum)
 
 QString controlnames::band(int componentNum, int band)
 {
-    if (isButton(componentNum))
-        return band == 0 ? "released" : "pressed";
-    return values(band, band);
+    return values(componentNum, band, band);
 }
 
-QString controlnames::bands(int componentNum, const QVector<int>& bands)
+QStringList controlnames::missed(const std::vector<bandmarks::Band>& bands)
 {
-    if (bands.size() == bandmarks::bandCount(componentNum))
-        return "all";
-    if (isButton(componentNum) && !bands.isEmpty())
-        return band(componentNum, bands.first());
-    QStringList words;
-    for (int first = 0, last = 0; first < bands.size(); first = ++last) {
-        while (last + 1 < bands.size() && bands.at(last + 1) == bands.at(last) + 1)
-            ++last;
-        words << values(bands.at(first), bands.at(last));
-    }
-    return words.join(", ");
+    QMap<int, QVector<int>> ofControls;
+    for (const auto& band : bands)
+        ofControls[band.componentNum].append(band.band);
+    QStringList texts;
+    for (auto i = ofControls.cbegin(); i != ofControls.cend(); ++i)
+        texts << control(i.key()) + ": " + bandsText(i.key(), i.value());
+    return texts;
 }

@@ -3,8 +3,11 @@
 
 #pragma once
 
-#include <QString>
-#include <QVector>
+#include "yield/logs/bandmarks.h"
+
+#include <QStringList>
+
+#include <vector>
 
 /// What controls and their bands are called where people read about them.
 namespace controlnames
@@ -15,7 +18,7 @@ QString control(int componentNum);
 /// The values of one band: "10 to 19"; of a button "released" or "pressed".
 QString band(int componentNum, int band);
 
-/// The values of several bands, ascending, neighbours joined: "0 to 19, 120 to 127"; "all" if they
-/// are all bands of the control.
-QString bands(int componentNum, const QVector<int>& bands);
+/// What was missed, a text for each control: "Fader 3: 0 to 19, 120 to 127"; "Fader 3: all" if they
+/// are all its bands. In the order of the marks.
+QStringList missed(const std::vector<bandmarks::Band>& bands);
 } // namespace controlnames

@@ -22,14 +22,7 @@ bool hasForeignName(const QString& path)
 {
     return path.contains(QChar(QChar::ReplacementCharacter));
 }
-
 } // namespace
-
-logfiles::Stamp logfiles::stampOf(const QString& path)
-{
-    const QFileInfo file(path);
-    return file.exists() ? Stamp{file.size(), file.lastModified().toMSecsSinceEpoch()} : Stamp();
-}
 
 QStringList logfiles::filesOf(const QString& path)
 {
@@ -38,13 +31,16 @@ QStringList logfiles::filesOf(const QString& path)
         return {path};
     // Not by QDir, which leaves out a file whose name is in a foreign encoding.
     std::error_code problem;
-    std::error_code noFile; // a link to nothing is left out
+    std::error_code noFile;
     QStringList files;
     for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), problem);
          entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
-        const std::string name = entry->path().string();
-        if (entry->path().filename().string().front() != '.' && entry->is_regular_file(noFile))
-            files << QFile::decodeName(name.c_str());
+        const bool isHidden = entry->path().filename().string().front() == '.';
+        // A link to nothing counts: its file may come.
+        const bool isFile =
+            entry->is_regular_file(noFile) || (entry->is_symlink(noFile) && !entry->exists(noFile));
+        if (!isHidden && isFile)
+            files << QFile::decodeName(entry->path().c_str());
     }
     if (problem) // the reading of the folder says so
         files << path;
@@ -81,15 +77,14 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
 std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
 {
     constexpr int tries = 5;
-    Stamp refused;
+    QByteArray refused;
     for (int i = 0; i < tries; ++i) {
         const auto bytes = bytesOf(path, reason);
-        if (auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt)
+        if (!bytes || (i > 0 && *bytes == refused))
+            return std::nullopt;
+        if (auto log = stationlog::read(*bytes, reason))
             return log;
-        const Stamp now = stampOf(path);
-        if (i > 0 && now == refused)
-            break;
-        refused = now;
+        refused = *bytes;
     }
     return std::nullopt;
 }

@@ -5,7 +5,7 @@
 
 #include "yield/logs/stationlog.h"
 
-#include <QDateTime>
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -14,19 +14,6 @@
 /// The files that logs are read from; none is ever written, moved or locked.
 namespace logfiles
 {
-/// What changes when a log is replaced.
-struct Stamp {
-    qint64 size = -1;
-    qint64 modifiedMs = -1; ///< Since 1970; -1 without a file.
-
-    bool operator==(const Stamp& other) const
-    {
-        return size == other.size && modifiedMs == other.modifiedMs;
-    }
-};
-
-Stamp stampOf(const QString& path);
-
 /// The files that a path stands for: the visible files of a folder, without those of folders in
 /// it, or the path itself. The path itself too if there is nothing, so that its reading says so.
 QStringList filesOf(const QString& path);

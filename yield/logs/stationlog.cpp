@@ -6,11 +6,9 @@
 #include <QDate>
 #include <QLocale>
 #include <QStringList>
-#include <QTextCodec>
 #include <QTime>
 
-#include <algorithm>
-#include <array>
+#include <vector>
 
 namespace
 {
@@ -18,123 +16,91 @@ const QByteArray maker = QByteArrayLiteral("Norvane Instruments");
 const QByteArray headBegin = maker + QByteArrayLiteral("\n\r\n\r\nZORVI\t#");
 const QByteArray blockBegin = QByteArrayLiteral("\r\n\r\n---------------- ");
 constexpr int longestSerial = 1000;
+/// Stands where a log has the 0 or 1 of a mark; no other part of a log has it.
+constexpr char markPlace = '?';
 
-/// All that follows the head of a log has the same length in every log.
-struct Body {
-    QByteArray text; ///< With every mark 0.
-    std::array<int, bandMarkCount> marks{};
-    std::array<int, roster::componentCount> blockEnds{};
+/// What follows the head of a log: for each component its heading and its ranges.
+std::vector<QByteArray> blocksOfALog()
+{
+    const QByteArray kinds[] = {"FADER", "BUTTON", "ROTARY"};
+    std::vector<QByteArray> blocks;
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
+        QByteArray block = blockBegin + kinds[static_cast<int>(roster::kindOf(c))] + ": " +
+                           QByteArray::number(roster::indexInKind(c)) + " (Component " +
+                           QByteArray::number(c) + ") ----------------";
+        if (c == roster::powerButton)
+            block += "\r\n NOT TESTED (Power Button)";
+        for (int band = 0; band < bandmarks::bandCount(c); ++band)
+            block += "\r\nRange " + QByteArray::number(band) + ": " + markPlace;
+        blocks.push_back(block + '\n');
+    }
+    return blocks;
+}
 
-    Body()
-    {
-        static const std::array<const char*, 3> kinds = {"FADER", "BUTTON", "ROTARY"};
-        for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
-            text += blockBegin + kinds.at(static_cast<std::size_t>(roster::kindOf(c))) + ": " +
-                    QByteArray::number(roster::indexInKind(c)) + " (Component " +
-                    QByteArray::number(c) + ") ----------------";
-            if (c == roster::powerButton)
-                text += "\r\n NOT TESTED (Power Button)";
-            for (int band = 0; band < bandmarks::bandCount(c); ++band) {
-                text += "\r\nRange " + QByteArray::number(band) + ": 0";
-                marks.at(bandmarks::markIndex(c, band)) = text.size() - 1;
+/// The marks of a log whose head ends there. Nothing, and a reason for people, if the rest is not
+/// as the station writes it.
+std::optional<BandMarks> marksAfter(int headSize, const QByteArray& bytes, QString& reason)
+{
+    static const std::vector<QByteArray> blocks = blocksOfALog();
+    BandMarks marks;
+    std::size_t mark = 0;
+    int position = headSize;
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
+        for (const char expected : blocks.at(static_cast<std::size_t>(c))) {
+            if (position == bytes.size()) {
+                reason = QString("it is half a log: it ends in component %1").arg(c);
+                return std::nullopt;
             }
-            text += '\n';
-            blockEnds.at(static_cast<std::size_t>(c)) = text.size();
+            const char found = bytes[position++];
+            const bool isMark = expected == markPlace;
+            if (isMark ? found != '0' && found != '1' : found != expected) {
+                reason = QString("its component %1 is not as the station writes it").arg(c);
+                return std::nullopt;
+            }
+            if (isMark)
+                marks[mark++] = found == '1';
         }
     }
-
-    int componentAt(int position) const
-    {
-        int c = roster::firstComponent;
-        while (c < roster::lastComponent && position >= blockEnds.at(static_cast<std::size_t>(c)))
-            ++c;
-        return c;
-    }
-};
-
-const Body& body()
-{
-    static const Body theBody;
-    return theBody;
+    if (position == bytes.size())
+        return marks;
+    reason = "it goes on after its last component";
+    return std::nullopt;
 }
 
-/// Where bytes are first not as in any body; as many as a body has, or the bytes, if they are.
-int firstDifference(const QByteArray& bytes)
-{
-    const QByteArray& text = body().text;
-    const auto& marks = body().marks;
-    const int size = std::min(bytes.size(), text.size());
-    for (int i = 0; i < size; ++i)
-        if (bytes[i] != text[i] &&
-            (bytes[i] != '1' || !std::binary_search(marks.begin(), marks.end(), i)))
-            return i;
-    return size;
-}
-
-/// Nothing if the bytes are no body.
-std::optional<BandMarks> marksOf(const QByteArray& bytes)
-{
-    if (bytes.size() != body().text.size() || firstDifference(bytes) < bytes.size())
-        return std::nullopt;
-    BandMarks marks;
-    for (std::size_t i = 0; i < marks.size(); ++i)
-        marks[i] = bytes[body().marks.at(i)] == '1';
-    return marks;
-}
-
-/// What is wrong with bytes that do not end in the body of a log.
+/// What is wrong with the beginning of a log; empty if nothing is.
 QString whatIsWrong(const QByteArray& bytes)
 {
+    if (bytes.size() > stationlog::longestLog)
+        return "it is too long for a log";
     if (bytes.isEmpty())
         return "it is empty";
-    if (bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") ||
-        bytes.startsWith("\xEF\xBB\xBF"))
-        return "it has a foreign encoding: it begins with a byte order mark";
+    for (const char* byteOrderMark : {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF"})
+        if (bytes.startsWith(byteOrderMark))
+            return "it has a foreign encoding: it begins with a byte order mark";
     if (headBegin.startsWith(bytes))
         return "it is half a log: it ends before the serial";
-    if (!bytes.startsWith(headBegin))
-        return bytes.startsWith(maker) ? QString("its line ends are not those of the station")
-                                       : QString("it is no log: its first line is not \"%1\"")
-                                             .arg(QString::fromLatin1(maker));
-    const int begin = bytes.indexOf('\n' + blockBegin + "FADER: 0 ") + 1;
-    if (begin == 0)
-        return "it is half a log: it ends before component 0";
-    const int wrong = firstDifference(bytes.mid(begin));
-    if (wrong == body().text.size())
-        return "it goes on after its last component";
-    const QString component = QString::number(body().componentAt(wrong));
-    return begin + wrong == bytes.size()
-               ? "it is half a log: it ends in component " + component
-               : "its component " + component + " is not as the station writes it";
+    if (!bytes.startsWith(maker))
+        return QString("it is no log: its first line is not \"%1\"").arg(QString(maker));
+    return bytes.startsWith(headBegin) ? "" : "its line ends are not those of the station";
 }
 
-/// The text, or nothing if it is not UTF-8.
-std::optional<QString> fromUtf8(const QByteArray& bytes)
+/// "Sat Nov 21 07:59:55 2026" as 2026-11-21T07:59:55; empty if it is not of this form. Date and
+/// time are read apart: together they could be a time that this computer's clock leaves out.
+QString isoTime(const QString& text)
 {
-    static QTextCodec* const codec = QTextCodec::codecForName("UTF-8");
-    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    QString text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
-    if (state.invalidChars != 0 || state.remainingChars != 0)
-        return std::nullopt;
-    return text;
-}
-
-/// "Sat Nov 21 07:59:55 2026" as 2026-11-21T07:59:55; empty if it is not of this form.
-QString isoTime(const QString& date)
-{
-    QStringList words = date.split(' ');
+    const QStringList words = text.split(' ');
     if (words.size() != 5)
         return {};
-    const QString clock = words.takeAt(3);
-    // Apart, because together they would have to exist in this computer's time zone.
     const QLocale english = QLocale::c();
-    const QString form = "ddd MMM d yyyy";
-    const QDate day = english.toDate(words.join(' '), form);
-    const QTime time = QTime::fromString(clock, "HH:mm:ss");
-    // Written again, because the reading forgives signs, missing zeros and other weekdays.
-    if (english.toString(day, form) != words.join(' ') || time.toString("HH:mm:ss") != clock)
+    const QString day = QStringList(words.mid(0, 3)).join(' ');
+    const QDate date = english.toDate(day + ' ' + words[4], "ddd MMM d yyyy");
+    const QTime time = QTime::fromString(words[3], Qt::ISODate);
+    // Written again, because the reading forgives signs and missing zeros.
+    const QString written = english.toString(date, "ddd MMM d ") + time.toString(Qt::ISODate) +
+                            english.toString(date, " yyyy");
+    if (!date.isValid() || !time.isValid() || written != text)
         return {};
-    return day.toString(Qt::ISODate) + 'T' + clock;
+    return date.toString(Qt::ISODate) + 'T' + time.toString(Qt::ISODate);
 }
 } // namespace
 
@@ -144,34 +110,36 @@ std::optional<StationLog> stationlog::read(const QByteArray& bytes, QString& rea
         reason = why;
         return std::nullopt;
     };
-    if (bytes.size() > longestLog)
-        return refused("it is too long for a log");
-    const int headSize = bytes.size() - body().text.size();
-    const auto marks =
-        headSize > headBegin.size() && bytes.startsWith(headBegin) && bytes[headSize - 1] == '\n'
-            ? marksOf(bytes.mid(headSize))
-            : std::nullopt;
+    reason = whatIsWrong(bytes);
+    if (!reason.isEmpty())
+        return std::nullopt;
+    // The serial may hold any character, so the last of these ends the head.
+    const int headEnd = bytes.lastIndexOf('\n' + blockBegin + "FADER: 0 ");
+    if (headEnd < 0)
+        return refused("it is half a log: it ends before component 0");
+    const auto marks = marksAfter(headEnd + 1, bytes, reason);
     if (!marks)
-        return refused(whatIsWrong(bytes));
+        return std::nullopt;
 
-    // The serial may hold any character, so the last tab ends it.
-    const int tab = bytes.lastIndexOf('\t', headSize - 1);
-    if (tab < headBegin.size())
+    const QByteArray head = bytes.left(headEnd);
+    const int tab = head.lastIndexOf('\t');
+    const int serialSize = tab - headBegin.size();
+    if (serialSize < 0)
         return refused("it has no date after the serial");
-    const QByteArray serial = bytes.mid(headBegin.size(), tab - headBegin.size());
-    const QByteArray date = bytes.mid(tab + 1, headSize - 1 - (tab + 1));
-    const auto serialText = fromUtf8(serial);
-    const auto dateText = fromUtf8(date);
-    if (!serialText || !dateText)
-        return refused("it has a foreign encoding: its head is not UTF-8");
-    if (serial.contains('\0'))
-        return refused("its serial holds a NUL, which no serial can");
-    if (serial.size() > longestSerial)
+    if (serialSize > longestSerial)
         return refused("its serial is longer than a file name can be");
-    const QString testedAt = isoTime(*dateText);
+    if (head.contains('\0'))
+        return refused("its serial holds a NUL, which no serial can");
+    // With its first bytes, because a byte order mark at the beginning would get lost.
+    const QString text = QString::fromUtf8(head);
+    if (text.toUtf8() != head)
+        return refused("it has a foreign encoding: its head is not UTF-8");
+    const QString date = text.section('\t', -1);
+    const QString serial = text.chopped(date.size() + 1).mid(headBegin.size());
+    const QString testedAt = isoTime(date);
     if (testedAt.isEmpty())
-        return refused(QString("its date \"%1\" is in another language or form; an English "
-                               "system writes \"Sat Nov 21 07:59:55 2026\"")
-                           .arg(*dateText));
-    return StationLog{*serialText, testedAt, *marks};
+        return refused(QString("its date \"%1\" is in another language or form; an English system "
+                               "writes \"Sat Nov 21 07:59:55 2026\"")
+                           .arg(date));
+    return StationLog{serial, testedAt, *marks};
 }

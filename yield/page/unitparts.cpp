@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
 #include "yield/page/figuretext.h"
 #include "yield/page/html.h"
@@ -21,26 +22,27 @@ QString serialText(const QString& serial)
     return serial.isEmpty() ? "(no serial number)" : serial;
 }
 
-QString missedText(const OpenUnit& unit)
+QString missedText(const Attempt& attempt)
 {
-    QStringList parts;
-    if (unit.endedAt)
-        parts << "ended early at " + controlnames::control(*unit.endedAt);
-    for (const MissedControl& control : unit.missed)
-        parts << QString("%1: %2").arg(controlnames::control(control.componentNum),
-                                       controlnames::bands(control.componentNum, control.bands));
-    const int more = unit.missedControlCount - unit.missed.size();
+    constexpr int mostControls = 3;
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    QStringList parts = controlnames::missed(outcome.missed);
+    const int more = parts.size() - mostControls;
     if (more > 0)
-        parts << QString("and %1 more").arg(more);
+        parts = parts.mid(0, mostControls) << QString("and %1 more").arg(more);
+    if (outcome.endedAt)
+        parts.prepend("ended early at " + controlnames::control(*outcome.endedAt));
     return parts.join("; ");
 }
 
-void writeResult(Html::Row& row, Result result)
+void writeAttempt(Html::Row& row, const Attempt& attempt)
 {
-    if (result == Result::Passed)
+    row.cell(minute(attempt.testedAt), "line").cell(attempt.station, "name");
+    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+    if (outcome.isComplete())
         row.cell("complete", "good");
     else
-        row.cell(result == Result::EndedEarly ? "ended early" : "not complete", "bad");
+        row.cell(outcome.endedAt ? "ended early" : "not complete", "bad");
 }
 
 /// What of a list is not there: on the page (rest says where it is), and on paper.
@@ -71,13 +73,13 @@ void writeOpenText(Html& html, const Report& report)
 
 void writeOpen(Html& html, const Report& report)
 {
-    for (const OpenUnit& unit : report.openUnits)
+    for (const TestedUnit& unit : report.openUnits)
         html.row()
-            .cell(serialText(unit.serial), "serial")
-            .cell(minute(unit.lastTestedAt), "line")
-            .cell(unit.lastStation, "name")
+            .cell(serialText(unit.last.serial), "serial")
+            .cell(minute(unit.last.testedAt), "line")
+            .cell(unit.last.station, "name")
             .number(count(unit.attempts))
-            .cell(missedText(unit));
+            .cell(missedText(unit.last));
 }
 
 void writeOpenRest(Html& html, const Report& report)
@@ -96,15 +98,11 @@ void writeRepeatedText(Html& html, const Report& report)
 
 void writeRepeated(Html& html, const Report& report)
 {
-    for (const RepeatedUnit& unit : report.repeatedUnits) {
+    for (const TestedUnit& unit : report.repeatedUnits) {
         Html::Row row = html.row();
-        row.cell(serialText(unit.serial), "serial")
-            .number(count(unit.attempts))
-            .cell(minute(unit.firstTestedAt), "line")
-            .cell(unit.firstStation, "name");
-        writeResult(row, unit.firstResult);
-        row.cell(minute(unit.lastTestedAt), "line").cell(unit.lastStation, "name");
-        writeResult(row, unit.lastResult);
+        row.cell(serialText(unit.last.serial), "serial").number(count(unit.attempts));
+        writeAttempt(row, unit.first);
+        writeAttempt(row, unit.last);
     }
 }
 

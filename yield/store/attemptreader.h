@@ -4,7 +4,6 @@
 #pragma once
 
 #include "yield/logs/attempt.h"
-#include "yield/logs/stationnews.h"
 
 #include <QDateTime>
 

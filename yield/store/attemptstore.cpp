@@ -51,7 +51,7 @@ void storePart(StationRows& rows, const std::vector<StationLog>& logs, StoreCoun
     for (const StationLog& log : logs) {
         const Save save{log.testedAt, log.marks};
         UnitLogs& unit = units[log.serial];
-        if (!attemptrules::isAttempt(save.marks)) {
+        if (save.marks.none()) {
             ++counts.notAttempt;
         } else if (contains(unit.here, save)) {
             ++counts.known;
