@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/commands/commandline.h"
+#include "yield/commands/command.h"
 
 #include <QCoreApplication>
 
@@ -10,5 +10,5 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("zorvi_yield");
     QCoreApplication::setApplicationVersion(ZORVI_VERSION);
-    return commandline::run(QCoreApplication::arguments());
+    return command::run(QCoreApplication::arguments());
 }

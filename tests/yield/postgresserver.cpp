@@ -19,9 +19,9 @@ constexpr uid_t nobody = 65534;
 
 QString program(const QString& name)
 {
-    const QDir versions(QString("/usr/lib/postgresql"));
+    const QDir versions("/usr/lib/postgresql");
     const QString version = versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
-    return versions.filePath(version + QString("/bin/") + name);
+    return versions.filePath(version + "/bin/" + name);
 }
 } // namespace
 
@@ -34,41 +34,37 @@ void UnprivilegedProcess::setupChildProcess()
 
 QString PostgresServer::create()
 {
-    if (!QFile::exists(program(QString("initdb"))))
-        return QString("PostgreSQL is not installed");
+    if (!QFile::exists(program("initdb")))
+        return "PostgreSQL is not installed";
     if (geteuid() == 0 && chown(QFile::encodeName(folder.path()).constData(), nobody, nobody) != 0)
-        return QString("the folder cannot be handed over");
+        return "the folder cannot be handed over";
     UnprivilegedProcess initdb;
     initdb.setWorkingDirectory(folder.path());
-    initdb.start(program(QString("initdb")),
-                 {QString("--auth=trust"), QString("--username=line"), QString("--encoding=UTF8"),
-                  QString("--locale=C"),
+    initdb.start(program("initdb"),
+                 {"--auth=trust", "--username=line", "--encoding=UTF8", "--locale=C",
                   // A language's order, unlike that of SQLite.
-                  QString("--locale-provider=icu"), QString("--icu-locale=de"),
-                  QString("--no-sync"), folder.filePath(QString("data"))});
+                  "--locale-provider=icu", "--icu-locale=de", "--no-sync",
+                  folder.filePath("data")});
     if (!initdb.waitForFinished(patienceMs) || initdb.exitCode() != 0)
         return QString::fromLocal8Bit(initdb.readAllStandardError());
     QTcpServer portFinder;
     portFinder.listen(QHostAddress::LocalHost);
     port = portFinder.serverPort();
     portFinder.close();
-    return start() ? QString() : QString("the server does not start");
+    return start() ? QString() : "the server does not start";
 }
 
 bool PostgresServer::start()
 {
     server.setWorkingDirectory(folder.path());
     server.setStandardErrorFile(QProcess::nullDevice());
-    server.start(program(QString("postgres")),
-                 {QString("-F"), QString("-D"), folder.filePath("data"), QString("-h"),
-                  QString("127.0.0.1"), QString("-p"), QString::number(port), QString("-k"),
-                  QString()});
+    server.start(program("postgres"), {"-F", "-D", folder.filePath("data"), "-h", "127.0.0.1", "-p",
+                                       QString::number(port), "-k", QString()});
     return QTest::qWaitFor(
         [this] {
             QProcess ready;
-            ready.start(program(QString("pg_isready")),
-                        {QString("-q"), QString("-h"), QString("127.0.0.1"), QString("-p"),
-                         QString::number(port)});
+            ready.start(program("pg_isready"),
+                        {"-q", "-h", "127.0.0.1", "-p", QString::number(port)});
             return ready.waitForFinished() && ready.exitCode() == 0;
         },
         patienceMs);

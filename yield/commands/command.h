@@ -7,18 +7,21 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
+#include <QFileDevice>
 #include <QList>
 #include <QString>
 
-/// A command of the program, with what its help says of it. Each stands in a file of its own.
+#include <functional>
+
+/// A command of the program, with what its help says of it.
 struct Command {
     QString name;
     QString description;
-    /// Gives the status for the shell. May throw DatabaseError.
+    /// Gives the status for the shell. May throw DatabaseError, or call command::fail().
     int (*run)(const QCommandLineParser& parser) = nullptr;
-    QList<QCommandLineOption> options; ///< Beside --database and --help, which all have.
-    QString argument;                  ///< Empty for a command that takes none.
-    QString argumentHelp;
+    QList<QCommandLineOption> options = {}; ///< Beside --database and --help, which all have.
+    QString argument = {};                  ///< Empty for a command that takes none.
+    QString argumentHelp = {};
     int mostArguments = 0;
 };
 
@@ -34,18 +37,22 @@ Command unitCommand();
 /// What the commands share.
 namespace command
 {
-/// Says why a command cannot do what it is for; gives the status for that.
-int fail(const QString& text);
+/// Runs the command that the arguments name (the program's name is the first); needs a
+/// QCoreApplication. The status for the shell: 0; 1 if a log was refused or a unit is not complete;
+/// 2 if the command line makes no sense, the database failed or a file could not be written.
+int run(const QStringList& arguments);
 
-/// Says something that a person should know, on standard error.
-void warn(const QString& text);
-
-/// The value of --database.
-QString database(const QCommandLineParser& parser);
+/// Ends the command: it cannot do what it is for, because of this.
+[[noreturn]] void fail(const QString& text);
 
 /// The arguments after the command's name.
 QStringList arguments(const QCommandLineParser& parser);
 
 /// The folder of the watch.
 QCommandLineOption spoolOption();
+
+/// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is
+/// written through instead, and "-" is standard output. write gives false if not all of it arrived.
+/// Fails if the file cannot be written.
+void writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write);
 } // namespace command

@@ -15,13 +15,13 @@ namespace
 int importLogs(const QCommandLineParser& parser)
 {
     ImportRequest request;
-    request.database = command::database(parser);
+    request.database = parser.value("database");
     request.station = {parser.value("station"), parser.isSet("tests-18")};
     request.paths = command::arguments(parser);
     if (request.paths.isEmpty())
-        return command::fail("which folder or file?");
+        command::fail("which folder or file?");
     if (request.station.name.isEmpty())
-        return command::fail("a station needs a name");
+        command::fail("a station needs a name");
     if (parser.isSet("watch"))
         return watch::run(request, parser.value("spool"));
     QTextStream out(stdout);
@@ -32,21 +32,16 @@ int importLogs(const QCommandLineParser& parser)
 
 Command importCommand()
 {
-    Command command;
-    command.name = "import";
-    command.description = "Reads logs into the database. Nothing in their folder is changed. The "
-                          "same logs again change nothing in the database. Exit status 1 if a file "
-                          "is no log.";
-    command.run = importLogs;
-    command.options = {
-        {"station", "The station that the logs come from (default: this computer's name).", "name",
-         QSysInfo::machineHostName()},
-        {"tests-18", "The station tests component 18. The database remembers it."},
-        {"watch", "Go on importing as logs appear, until SIGTERM or Ctrl-C."},
-        command::spoolOption(),
-    };
-    command.argument = "FOLDER|FILE...";
-    command.argumentHelp = "Logs, or folders with logs; folders in a folder are left out.";
-    command.mostArguments = INT_MAX;
-    return command;
+    return {"import",
+            "Reads logs into the database. Nothing in their folder is changed. The same logs again "
+            "change nothing in the database. Exit status 1 if a file is no log.",
+            importLogs,
+            {{"station", "The station that the logs come from (default: this computer's name).",
+              "name", QSysInfo::machineHostName()},
+             {"tests-18", "The station tests component 18. The database remembers it."},
+             {"watch", "Go on importing as logs appear, until SIGTERM or Ctrl-C."},
+             command::spoolOption()},
+            "FOLDER|FILE...",
+            "Logs, or folders with logs; folders in a folder are left out.",
+            INT_MAX};
 }

@@ -2,99 +2,121 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/commands/outputfile.h"
 #include "yield/commands/reportfile.h"
 #include "yield/figures/reportcounter.h"
+#include "yield/intake/progress.h"
+#include "yield/page/page.h"
+#include "yield/store/attemptreader.h"
 
-#include <QDate>
 #include <QTextStream>
 
 namespace
 {
-/// The date stays invalid without the option. False, with the reason in error, if the value is no
-/// date.
-bool readDate(const QCommandLineParser& parser, const QString& option, QDate& date, QString& error)
+/// Invalid without the option.
+QDate readDate(const QCommandLineParser& parser, const QString& option)
 {
     if (!parser.isSet(option))
-        return true;
-    date = QDate::fromString(parser.value(option), "yyyy-MM-dd");
+        return {};
+    const QDate date = QDate::fromString(parser.value(option), "yyyy-MM-dd");
     if (!date.isValid())
-        error = QString("--%1 takes a date such as 2026-11-21, not \"%2\"")
-                    .arg(option, parser.value(option));
-    return date.isValid();
+        command::fail(QString("--%1 takes a date such as 2026-11-21, not \"%2\"")
+                          .arg(option, parser.value(option)));
+    return date;
 }
 
-/// The first of the last days. False, with the reason in error, if it cannot be told.
-bool readDays(const QCommandLineParser& parser, ReportRequest& request, QString& error)
+/// The first of the last days that end with this one.
+QDate readDays(const QCommandLineParser& parser, const QDate& last)
 {
-    if (!parser.isSet("days"))
-        return true;
     constexpr int mostDays = 36500;
     const QString text = parser.value("days");
     const int days = text.toInt();
     if (days < 1 || days > mostDays)
-        error = QString("--days takes a number from 1 to %1, not \"%2\"").arg(mostDays).arg(text);
-    else if (request.since.isValid())
-        error = "--days and --since both say which day is the first";
-    else
-        request.since =
-            (request.until.isValid() ? request.until : request.now.date()).addDays(1 - days);
-    return error.isEmpty();
+        command::fail(
+            QString("--days takes a number from 1 to %1, not \"%2\"").arg(mostDays).arg(text));
+    if (parser.isSet("since"))
+        command::fail("--days and --since both say which day is the first");
+    return last.addDays(1 - days);
 }
 
-bool readPatterns(const QCommandLineParser& parser, QStringList& without, QString& error)
+ReportRequest readRequest(const QCommandLineParser& parser)
 {
-    without = parser.values("without");
-    for (const QString& pattern : without)
+    ReportRequest request;
+    request.now = QDateTime::currentDateTime();
+    request.since = readDate(parser, "since");
+    request.until = readDate(parser, "until");
+    if (parser.isSet("days"))
+        request.since =
+            readDays(parser, request.until.isValid() ? request.until : request.now.date());
+    if (request.since.isValid() && request.until.isValid() && request.until < request.since)
+        command::fail("--until lies before --since");
+    request.station = parser.value("station");
+    request.without = parser.values("without");
+    for (const QString& pattern : qAsConst(request.without))
         if (!serialPattern(pattern).isValid())
-            error = QString("--without takes a pattern such as \"KG-*\", not \"%1\"").arg(pattern);
-    return error.isEmpty();
+            command::fail(
+                QString("--without takes a pattern such as \"KG-*\", not \"%1\"").arg(pattern));
+    return request;
+}
+
+void checkStation(const QString& name, const std::vector<StationNews>& known)
+{
+    QStringList names;
+    for (const StationNews& news : known)
+        names << news.station;
+    if (!name.isEmpty() && !names.isEmpty() && !names.contains(name))
+        command::fail(
+            QString("no station is named \"%1\"; there are: %2").arg(name, names.join(", ")));
 }
 
 int report(const QCommandLineParser& parser)
 {
-    ReportRequest request;
-    request.now = QDateTime::currentDateTime();
-    QString problem;
-    if (!readDate(parser, "since", request.since, problem) ||
-        !readDate(parser, "until", request.until, problem) || !readDays(parser, request, problem) ||
-        !readPatterns(parser, request.without, problem))
-        return command::fail(problem);
-    if (request.since.isValid() && request.until.isValid() && request.until < request.since)
-        return command::fail("--until lies before --since");
-    request.station = parser.value("station");
-
-    Database database(command::database(parser), Database::Access::Read);
-    OutputFile file(parser.value("output"));
-    if (!file.isOpen())
-        return command::fail(file.problem());
-    if (!writeReport(database, request, file.device()) || !file.finish())
-        return command::fail(file.problem());
-    if (parser.value("output") != "-")
-        QTextStream(stdout) << "written: " << parser.value("output") << Qt::endl;
+    const ReportRequest request = readRequest(parser);
+    const QString path = parser.value("output");
+    Database database(parser.value("database"), Database::Access::Read);
+    command::writeFile(path,
+                       [&](QFileDevice& file) { return writeReport(database, request, file); });
+    if (path != "-")
+        QTextStream(stdout) << "written: " << path << '\n';
     return 0;
 }
 } // namespace
 
+Report readReport(Database& database, const ReportRequest& request)
+{
+    ReportRequest dated = request;
+    if (!dated.now.isValid())
+        dated.now = QDateTime::currentDateTime();
+    dated.news = attemptreader::newestLogs(database, dated.now);
+    checkStation(dated.station, dated.news);
+    ReportCounter counter(dated);
+    Progress progress("attempts");
+    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
+        counter.add(attempt);
+        progress.add(1);
+    });
+    return counter.finish();
+}
+
+bool writeReport(Database& database, const ReportRequest& request, QIODevice& output)
+{
+    return page::write(readReport(database, request), output);
+}
+
 Command reportCommand()
 {
-    Command command;
-    command.name = "report";
-    command.description = "Writes an HTML page about the yield of many units.";
-    command.run = report;
-    command.options = {
-        {"since", "The first day, such as 2026-11-21.", "date"},
-        {"until", "The last day.", "date"},
-        {"days", "The last days, today or the one of --until included, instead of --since.",
-         "number"},
-        {"station", "One station only.", "name"},
-        {"without",
-         "Leave out the serials that the pattern matches, such as a known-good unit's; may be "
-         "given "
-         "several times. * stands for any characters, ? for one, [abc] for one of these.",
-         "pattern"},
-        {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
-         "zorvi_yield.html"},
-    };
-    return command;
+    return {
+        "report",
+        "Writes an HTML page about the yield of many units.",
+        report,
+        {{"since", "The first day, such as 2026-11-21.", "date"},
+         {"until", "The last day.", "date"},
+         {"days", "The last days, today or the one of --until included, instead of --since.",
+          "number"},
+         {"station", "One station only.", "name"},
+         {"without",
+          "Leave out the serials that the pattern matches, such as a known-good unit's; may be "
+          "given several times. * stands for any characters, ? for one, [abc] for one of these.",
+          "pattern"},
+         {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
+          "zorvi_yield.html"}}};
 }

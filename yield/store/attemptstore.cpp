@@ -3,10 +3,12 @@
 
 #include "yield/store/attemptstore.h"
 
+#include "yield/logs/printabletext.h"
+#include "yield/store/database.h"
 #include "yield/store/stationrows.h"
-#include "yield/store/transaction.h"
 
 #include <QDateTime>
+#include <QSet>
 
 #include <algorithm>
 
@@ -17,19 +19,14 @@ namespace
 /// Clocks of two computers differ by a little.
 constexpr int futureSeconds = 600;
 
-bool isIn(const std::vector<Save>& saves, const Save& save)
-{
-    return std::find(saves.begin(), saves.end(), save) != saves.end();
-}
-
 /// The row of the station with these logs, made or changed if need be.
 StationRow updatedStation(Database& database, const Station& station,
                           const std::vector<StationLog>& logs)
 {
     auto row = StationRows::findStation(database, station.name);
     if (!row) {
-        Statement insert(database, "INSERT INTO stations (name) VALUES ({text_of ?})");
-        insert.run({insert.valueOf(station.name)});
+        Statement(database, "INSERT INTO stations (name) VALUES ({text ?})")
+            .run({station.name.toUtf8()});
         row = StationRows::findStation(database, station.name);
     }
     // Marks of component 18 among the logs say that the station tests it.
@@ -49,24 +46,43 @@ void storePart(StationRows& rows, const std::vector<StationLog>& logs, StoreCoun
         serials << log.serial;
     const QString future =
         QDateTime::currentDateTime().addSecs(futureSeconds).toString(Qt::ISODate);
-    const auto units = rows.find(serials);
-    QMap<QString, std::vector<Save>> added;
+    auto units = rows.find(serials);
+    QSet<QString> changed;
     for (const StationLog& log : logs) {
         const Save save{log.testedAt, log.marks};
-        const UnitLogs& unit = *units.constFind(log.serial);
+        UnitLogs& unit = units[log.serial];
         if (save.marks.none()) {
             ++counts.notAttempt;
-        } else if (unit.hold(save) || isIn(added.value(log.serial), save)) {
+        } else if (contains(unit.here, save)) {
             ++counts.known;
         } else {
             ++counts.added;
-            counts.elsewhere += unit.holdElsewhere(save) ? 1 : 0;
+            counts.elsewhere += contains(unit.elsewhere, save) ? 1 : 0;
             counts.future += save.testedAt > future ? 1 : 0;
-            added[log.serial].push_back(save);
+            unit.here.push_back(save);
+            changed << log.serial;
         }
     }
-    for (auto unit = added.cbegin(); unit != added.cend(); ++unit)
-        rows.group(unit.key(), *units.constFind(unit.key()), unit.value());
+    for (const QString& serial : qAsConst(changed))
+        rows.write(serial, units[serial]);
+}
+
+/// Moves all logs of a station to another one.
+void merge(Database& database, const StationRow& from, StationRow& to)
+{
+    if (from.tests18 && !to.tests18)
+        StationRows::beginToTest18(database, to);
+    StationRows source(database, from);
+    StationRows target(database, to);
+    source.forEachUnit([&](const QString& serial, const UnitLogs& logs) {
+        UnitLogs both = target.find({serial}).value(serial);
+        for (const Save& save : logs.here)
+            if (!contains(both.here, save))
+                both.here.push_back(save);
+        target.write(serial, both);
+        source.write(serial, {{}, {}, true});
+    });
+    Statement(database, "DELETE FROM stations WHERE id = ?").run({from.id});
 }
 } // namespace
 
@@ -93,4 +109,20 @@ StoreCounts attemptstore::store(Database& database, const Station& station,
     }
     transaction.commit();
     return counts;
+}
+
+void attemptstore::renameStation(Database& database, const QString& oldName, const QString& newName)
+{
+    Transaction transaction(database, Database::Access::Write);
+    const auto from = StationRows::findStation(database, oldName);
+    auto to = StationRows::findStation(database, newName);
+    if (!from)
+        throw DatabaseError(DatabaseError::Kind::Unusable,
+                            QString("no station is named \"%1\"").arg(printableText(oldName)));
+    if (!to)
+        Statement(database, "UPDATE stations SET name = {text ?} WHERE id = ?")
+            .run({newName.toUtf8(), from->id});
+    else if (to->id != from->id)
+        merge(database, *from, *to);
+    transaction.commit();
 }

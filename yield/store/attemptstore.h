@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 class Database;
@@ -35,4 +36,13 @@ namespace attemptstore
 {
 /// All of the logs in one transaction, or none: throws DatabaseError.
 StoreCounts store(Database& database, const Station& station, const std::vector<StationLog>& logs);
+
+/// Gives a station another name. If there is a station of that name already, it gets the logs of
+/// both, grouped anew, each log once, and tests component 18 if either does. Throws DatabaseError,
+/// also where no station has the old name.
+void renameStation(Database& database, const QString& oldName, const QString& newName);
+
+/// Says, a line each, where attempts differ from what the marks of all logs come to. Gives the
+/// number of the lines. Changes nothing. Throws DatabaseError.
+int check(Database& database, const std::function<void(const QString&)>& say);
 } // namespace attemptstore

@@ -5,9 +5,10 @@
 
 #include "yield/store/sqldialect.h"
 #include "yield/store/statement.h"
-#include "yield/store/transaction.h"
+#include "yield/store/stationrows.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QStandardPaths>
@@ -17,10 +18,56 @@
 
 namespace
 {
+constexpr int newestSchema = 2;
+
 /// A person has to change something first.
 DatabaseError unusable(const QString& text)
 {
     return {DatabaseError::Kind::Unusable, text};
+}
+
+/// 0 without tables.
+int findVersion(Database& database)
+{
+    Statement find(database, database.sqlDialect().findSchema);
+    find.run();
+    if (!find.next())
+        return 0;
+    Statement select(database, "SELECT version FROM schema_version");
+    select.run();
+    return select.next() ? select.number(0) : 0;
+}
+
+void run(Database& database, const char* resource)
+{
+    QFile file(resource);
+    file.open(QIODevice::ReadOnly);
+    const QString statements = QString::fromUtf8(file.readAll());
+    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
+        Statement(database, statement).run();
+}
+
+void checkTables(Database& database, Database::Access access)
+{
+    const int version = findVersion(database);
+    if (version > newestSchema)
+        throw DatabaseError(
+            DatabaseError::Kind::NewerSchema,
+            QString("the database was made by a newer zorvi_yield (its tables have version %1, "
+                    "this program knows version %2); install the newer one")
+                .arg(version)
+                .arg(newestSchema));
+    if (version == newestSchema)
+        return;
+    if (access == Database::Access::Read)
+        throw unusable(version == 0
+                           ? "the database holds no attempts yet; \"import\" puts them there"
+                           : "the database was made by an older zorvi_yield; \"import\" "
+                             "carries it over, after that every command reads it");
+    run(database, version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
+    if (version != 0) // version 1 grouped by other rules
+        for (const StationRow& station : StationRows::stations(database))
+            StationRows(database, station).writeAgain();
 }
 } // namespace
 
@@ -35,6 +82,7 @@ Database::Database(const QString& location, Access access)
     : dialect(isAddress(location) ? SqlDialect::postgresql() : SqlDialect::sqlite())
     , isFile(!isAddress(location))
 {
+    Q_INIT_RESOURCE(store);
     check(location);
     if (!QSqlDatabase::isDriverAvailable(dialect.driver))
         throw unusable(QString("Qt's driver %1 is not installed (package %2)")
@@ -50,13 +98,12 @@ Database::Database(const QString& location, Access access)
         throw errorOf(link.database.lastError());
     for (const QString& statement : dialect.session)
         Statement(*this, statement).run();
-    if (!dialect.findNarrowEncoding.isEmpty()) {
-        Statement narrow(*this, dialect.findNarrowEncoding);
-        narrow.run();
-        if (narrow.next())
-            throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
-                                   "every serial; create it anew");
-    }
+    Statement encoding(*this, dialect.findEncoding);
+    encoding.run();
+    if (encoding.next() && encoding.plainText(0).remove('-') != "UTF8")
+        throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
+                               "every serial; create it anew");
+    encoding.next();                   // to the end, as a statement must be read
     Transaction tables(*this, access); // makes them, or sees that they are there
     tables.commit();
 }
@@ -133,4 +180,33 @@ bool Database::isAddress(const QString& location)
 QString Database::defaultLocation()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/attempts.sqlite";
+}
+
+Transaction::Transaction(Database& usedDatabase, Database::Access access)
+    : database(usedDatabase)
+{
+    const SqlDialect& dialect = database.sqlDialect();
+    try {
+        if (access == Database::Access::Read)
+            Statement(database, dialect.beginReading).run();
+        else
+            for (const QString& begin : dialect.beginWriting)
+                Statement(database, begin).run();
+        checkTables(database, access);
+    } catch (const DatabaseError&) {
+        QSqlQuery(database.connection()).exec("ROLLBACK");
+        throw;
+    }
+}
+
+Transaction::~Transaction()
+{
+    if (!isOver)
+        QSqlQuery(database.connection()).exec("ROLLBACK");
+}
+
+void Transaction::commit()
+{
+    Statement(database, "COMMIT").run();
+    isOver = true;
 }

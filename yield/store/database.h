@@ -3,13 +3,38 @@
 
 #pragma once
 
-#include "yield/store/databaseerror.h"
-
 #include <QSqlDatabase>
 #include <QString>
 
+#include <stdexcept>
+
 class QSqlError;
 struct SqlDialect;
+
+/// What went wrong with the database, in one line for people: it names the file or the server and
+/// holds no password.
+class DatabaseError : public std::runtime_error
+{
+public:
+    enum class Kind {
+        Unusable,    ///< A person must change the command line or the installation.
+        NewerSchema, ///< Made by a newer program.
+        Away,        ///< Another try may succeed.
+        Data         ///< This log, or the rows of this unit, cannot be stored or read.
+    };
+
+    DatabaseError(Kind kindOfError, const QString& text)
+        : std::runtime_error(text.toStdString())
+        , errorKind(kindOfError)
+    {
+    }
+
+    Kind kind() const { return errorKind; }
+    QString text() const { return QString::fromUtf8(what()); }
+
+private:
+    Kind errorKind;
+};
 
 /// A connection to the database of attempts, open until it is destroyed; to be used on the thread
 /// that made it. SQLite and PostgreSQL have the same tables.
@@ -59,4 +84,23 @@ private:
     QString place; ///< The file, or the server without user and password.
     bool isFile = false;
     Link link;
+};
+
+/// A transaction, undone unless it is committed. Everything throws DatabaseError.
+class Transaction
+{
+public:
+    /// Read: sees the same rows from its beginning to its end; tables of version 1 are refused.
+    /// Write: has no other writer beside it, waits for the one before, at most a minute, makes
+    /// missing tables, and carries over those of version 1.
+    Transaction(Database& usedDatabase, Database::Access access);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit();
+
+private:
+    Database& database;
+    bool isOver = false;
 };

@@ -1,21 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/store/databasecheck.h"
-
 #include "yield/logs/printabletext.h"
+#include "yield/store/attemptstore.h"
+#include "yield/store/database.h"
 #include "yield/store/stationrows.h"
-#include "yield/store/transaction.h"
 
-#include <algorithm>
-
-using attemptrules::Save;
+#include <utility>
 
 namespace
 {
-bool haveSame(const std::vector<Save>& left, const std::vector<Save>& right)
+/// What is told of the attempts at one unit, by time and marks.
+using Facts = QMap<std::pair<QString, QByteArray>, QString>;
+
+const QString noAttempt = "no attempt";
+
+QString factsOf(bool isComplete, const QString& endedAt)
 {
-    return std::is_permutation(left.begin(), left.end(), right.begin(), right.end());
+    return QString("complete %1, ended_at %2, missed_bands").arg(isComplete ? 1 : 0).arg(endedAt);
 }
 
 QString bandText(int componentNum, int band)
@@ -23,121 +25,77 @@ QString bandText(int componentNum, int band)
     return QString(" %1:%2").arg(componentNum).arg(band);
 }
 
-/// A row of the table attempts.
-struct Row {
-    QVariant id;
-    QString testedAt;
-    BandMarks marks;
-    int complete = 0;
-    QVariant endedAt;
-};
-
-class Checker
+Facts wantedFacts(const UnitLogs& logs, bool tests18)
 {
-public:
-    Checker(Database& usedDatabase, const std::function<void(const QString&)>& lineSay)
-        : database(usedDatabase)
-        , say(lineSay)
-        , findAttempts(database, R"(
-              SELECT id, tested_at, marks, complete, ended_at
-              FROM attempts
-              WHERE station_id = ? AND serial = {text_of ?})")
-        , findBands(database, R"(
-              SELECT component, band
-              FROM missed_bands
-              WHERE attempt_id = ?
-              ORDER BY component, band)")
-    {
-    }
-
-    int check()
-    {
-        for (const StationRow& station : StationRows::stations(database)) {
-            StationRows rows(database, station);
-            rows.forEachUnit([&](const QString& serial, const UnitLogs& logs) {
-                checkUnit(station, serial, logs);
-            });
-        }
-        countStrays("missed bands of no attempt", R"(
-            SELECT count(*)
-            FROM missed_bands
-            WHERE NOT EXISTS (SELECT 1 FROM attempts WHERE id = attempt_id))");
-        countStrays("saves of units without an attempt", R"(
-            SELECT count(*)
-            FROM repeated_saves AS saves
-            WHERE NOT EXISTS (SELECT 1 FROM attempts WHERE station_id = saves.station_id
-                                                       AND serial = saves.serial))");
-        return differences;
-    }
-
-private:
-    void differ(const QString& line)
-    {
-        ++differences;
-        say(line);
-    }
-
-    void checkUnit(const StationRow& station, const QString& serial, const UnitLogs& logs)
-    {
-        const QString unit = QString("station \"%1\", serial \"%2\": ")
-                                 .arg(printableText(station.name), printableText(serial));
-        const auto wanted = attemptrules::grouped(logs.all());
-        if (!haveSame(wanted.attempts, logs.grouped.attempts) ||
-            !haveSame(wanted.others, logs.grouped.others))
-            differ(unit + "its logs are grouped otherwise than their dates and marks say");
-        findAttempts.run({station.id, findAttempts.valueOf(serial)});
-        std::vector<Row> rows;
-        while (findAttempts.next())
-            rows.push_back({findAttempts.value(0), findAttempts.plainText(1),
-                            findAttempts.marks(2, serial), findAttempts.number(3),
-                            findAttempts.value(4)});
-        for (const Row& row : rows)
-            checkRow(unit + "attempt of " + row.testedAt + ": ", row,
-                     attemptrules::outcomeOf(row.marks, station.tests18));
-    }
-
-    void checkRow(const QString& at, const Row& row, const attemptrules::Outcome& outcome)
-    {
-        if (row.complete != (outcome.isComplete() ? 1 : 0))
-            differ(at + "\"complete\" is not what its marks say");
-        if (row.endedAt.isNull() == outcome.endedAt.has_value() ||
-            row.endedAt.toInt() != outcome.endedAt.value_or(0))
-            differ(at + "\"ended_at\" is not what its marks say");
-        QString wanted;
+    Facts facts;
+    for (const auto& attempt : attemptrules::grouped(logs.here).attempts) {
+        const auto outcome = attemptrules::outcomeOf(attempt.marks, tests18);
+        QString text = factsOf(outcome.isComplete(),
+                               outcome.endedAt ? QString::number(*outcome.endedAt) : QString());
         for (const auto& band : outcome.missed)
-            wanted += bandText(band.componentNum, band.band);
-        QString present;
-        findBands.run({row.id});
-        while (findBands.next())
-            present += bandText(findBands.number(0), findBands.number(1));
-        if (present != wanted)
-            differ(at + "its missed bands are not what its marks say");
+            text += bandText(band.componentNum, band.band);
+        facts[{attempt.testedAt, bandmarks::packed(attempt.marks)}] = text;
     }
+    return facts;
+}
 
-    void countStrays(const char* what, const char* sql)
-    {
-        Statement count(database, sql);
-        count.run();
-        count.next();
-        const int strays = count.number(0);
-        if (strays > 0)
-            differ(QString("%1 %2").arg(strays).arg(what));
+/// select: finds the rows of a unit.
+Facts presentFacts(Statement& select)
+{
+    Facts facts;
+    while (select.next()) {
+        QString& text = facts[{select.plainText(0), select.value(1).toByteArray()}];
+        if (text.isEmpty())
+            text = factsOf(select.number(2) != 0, select.plainText(3));
+        if (!select.value(4).isNull())
+            text += bandText(select.number(4), select.number(5));
     }
+    return facts;
+}
 
-    Database& database;
-    const std::function<void(const QString&)>& say;
-    Statement findAttempts;
-    Statement findBands;
-    int differences = 0;
-};
+int countStrayBands(Database& database)
+{
+    Statement count(database, R"(
+        SELECT count(*)
+        FROM missed_bands
+        WHERE NOT EXISTS (SELECT 1 FROM attempts WHERE id = attempt_id))");
+    count.run();
+    count.next();
+    return count.number(0);
+}
 } // namespace
 
-int databasecheck::check(Database& database, const std::function<void(const QString&)>& say)
+int attemptstore::check(Database& database, const std::function<void(const QString&)>& say)
 {
     const Transaction transaction(database, Database::Access::Read);
-    if (transaction.schemaVersion() == 1)
-        throw DatabaseError(DatabaseError::Kind::Unusable,
-                            "the tables are those of an older zorvi_yield; an import carries them "
-                            "over");
-    return Checker(database, say).check();
+    int differences = 0;
+    Statement select(database, R"(
+        SELECT tested_at, marks, complete, ended_at, component, band
+        FROM attempts LEFT JOIN missed_bands ON attempt_id = id
+        WHERE station_id = ? AND serial = {text ?}
+        ORDER BY component, band)");
+    for (const StationRow& station : StationRows::stations(database))
+        StationRows(database, station)
+            .forEachUnit([&](const QString& serial, const UnitLogs& logs) {
+                select.run({station.id, serial.toUtf8()});
+                const Facts present = presentFacts(select);
+                const Facts wanted = wantedFacts(logs, station.tests18);
+                Facts both = present;
+                both.insert(wanted);
+                for (const auto& attempt : both.keys()) {
+                    const QString has = present.value(attempt, noAttempt);
+                    const QString means = wanted.value(attempt, noAttempt);
+                    if (has == means)
+                        continue;
+                    ++differences;
+                    say(QString("station \"%1\", serial \"%2\", %3: %4; by the marks: %5")
+                            .arg(printableText(station.name), printableText(serial), attempt.first,
+                                 has, means));
+                }
+            });
+    if (const int strays = countStrayBands(database); strays > 0) {
+        ++differences;
+        say(QString("%1 missed bands of no attempt").arg(strays));
+    }
+    return differences;
 }

@@ -24,7 +24,7 @@ CREATE TABLE attempts (
 
 -- The order of the report, with all that it reads.
 CREATE INDEX attempts_by_unit
-    ON attempts ({by_bytes serial}, {by_bytes tested_at}, station_id, marks);
+    ON attempts (serial {bytewise}, tested_at {bytewise}, station_id, marks);
 
 CREATE TABLE missed_bands (
     attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
@@ -39,4 +39,4 @@ CREATE TABLE repeated_saves (
     marks {blob} NOT NULL,
     PRIMARY KEY (station_id, serial, tested_at, marks)) {keyonly};
 
-CREATE INDEX repeated_saves_by_unit ON repeated_saves ({by_bytes serial});
+CREATE INDEX repeated_saves_by_unit ON repeated_saves (serial {bytewise});

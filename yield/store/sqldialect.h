@@ -5,6 +5,9 @@
 
 #include <QString>
 #include <QStringList>
+#include <QVector>
+
+#include <utility>
 
 /// All that differs between the two databases.
 struct SqlDialect {
@@ -15,23 +18,19 @@ struct SqlDialect {
     QStringList session;      ///< Run once for each connection.
     QStringList beginWriting; ///< Begin a transaction that excludes other writers.
     QString beginReading;     ///< Begin one that sees the same rows from its beginning to its end.
-    /// Gives a row if the database cannot hold every text; empty where all can.
-    QString findNarrowEncoding;
-    QString findSchema;     ///< Gives a row if the table schema_version is there.
-    QStringList dataErrors; ///< Beginnings of the error codes that a log is to blame for.
+    QString findEncoding;     ///< Gives the encoding of the database's texts.
+    QString findSchema;       ///< Gives a row if the table schema_version is there.
+    QStringList dataErrors;   ///< Beginnings of the error codes that a log is to blame for.
 
-    // Words of a statement; %1 is an argument.
-    QString idColumn;         ///< {id}
-    QString bytesColumn;      ///< {blob}
-    QString keyOnlyTable;     ///< {keyonly}: ends a table whose primary key is all that it has
-    bool textAsBytes = false; ///< Whether a text is handed over as its UTF-8.
-    QString textOf;           ///< {text_of X}: X as it is handed over
-    QString bytesOf;          ///< {bytes_of X}
-    QString byBytes;          ///< {by_bytes X}: compared by its UTF-8, whatever the language
+    /// Regular expressions for the words in braces of a statement, and what stands there instead:
+    /// {id} a column of row numbers; {blob} one of bytes; {keyonly} ends a table whose primary key
+    /// is all that it has; {text ?} a text that is handed over as its UTF-8; {bytes X} the UTF-8
+    /// of a text; {bytewise} compares texts by it, whatever the language.
+    QVector<std::pair<QString, QString>> words;
 
     static const SqlDialect& sqlite();
     static const SqlDialect& postgresql();
 
     /// A statement with the words of this dialect in place of those in braces.
-    QString worded(const QString& statement) const;
+    QString worded(QString statement) const;
 };

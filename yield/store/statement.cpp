@@ -17,14 +17,13 @@ Statement::Statement(Database& usedDatabase, const QString& sql)
     query.setForwardOnly(true); // otherwise every row stays in memory
 }
 
-void Statement::run()
-{
-    if (!query.exec(statement))
-        fail();
-}
-
 void Statement::run(const QVariantList& values)
 {
+    if (values.isEmpty()) { // not all that has no values can be prepared
+        if (!query.exec(statement))
+            fail();
+        return;
+    }
     if (!isPrepared && !query.prepare(statement))
         fail();
     isPrepared = true;
@@ -54,17 +53,13 @@ void Statement::fail()
 
 QString Statement::text(int column) const
 {
-    return QString::fromUtf8('.' + bytes(column)).mid(1); // a U+FEFF in front would be taken away
-}
-
-QVariant Statement::valueOf(const QString& text) const
-{
-    return database.sqlDialect().textAsBytes ? QVariant(text.toUtf8()) : QVariant(text);
+    // A U+FEFF in front would be taken away.
+    return QString::fromUtf8('.' + value(column).toByteArray()).mid(1);
 }
 
 BandMarks Statement::marks(int column, const QString& serial) const
 {
-    const auto marks = bandmarks::unpacked(bytes(column));
+    const auto marks = bandmarks::unpacked(value(column).toByteArray());
     if (!marks)
         throw DatabaseError(
             DatabaseError::Kind::Data,

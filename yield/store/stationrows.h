@@ -20,15 +20,14 @@ struct StationRow {
     bool tests18 = false;
 };
 
-/// The logs of one unit at a station, as they are in the database.
+/// The logs of one unit, other saves included.
 struct UnitLogs {
-    attemptrules::Attempts grouped;
+    std::vector<attemptrules::Save> here;      ///< At the station.
     std::vector<attemptrules::Save> elsewhere; ///< At other stations.
-
-    std::vector<attemptrules::Save> all() const; ///< At this station.
-    bool hold(const attemptrules::Save& save) const;
-    bool holdElsewhere(const attemptrules::Save& save) const;
+    bool hasRows = false;                      ///< Whether the station has any in the database.
 };
+
+bool contains(const std::vector<attemptrules::Save>& saves, const attemptrules::Save& save);
 
 /// The rows of one station, inside of a transaction. Everything throws DatabaseError.
 class StationRows
@@ -52,31 +51,23 @@ public:
     QMap<QString, UnitLogs> find(const QStringList& serials);
 
     using Visit = std::function<void(const QString& serial, const UnitLogs& logs)>;
-    /// Every unit, some at a time; visit may change its rows.
+    /// Every unit; visit may change its rows.
     void forEachUnit(const Visit& visit);
 
-    /// Groups the logs of a unit and these anew, and changes the rows that differ.
-    void group(const QString& serial, const UnitLogs& present,
-               const std::vector<attemptrules::Save>& added = {});
-    /// Groups the logs of a unit anew and writes all of its rows again.
-    void writeAgain(const QString& serial, const UnitLogs& present);
-    void remove(const QString& serial, const UnitLogs& present);
+    /// Groups the logs of a unit at this station, and puts the rows of that in place of its rows.
+    void write(const QString& serial, const UnitLogs& logs);
+    /// The same for every unit.
+    void writeAgain();
 
 private:
-    void change(const QString& serial, const attemptrules::Attempts& present,
-                const attemptrules::Attempts& wanted);
-    void insert(const QString& serial, const attemptrules::Save& save);
-
-    /// The next serials after this one, or the first ones.
-    QStringList serialsAfter(const std::optional<QString>& serial);
+    void insert(const QByteArray& serial, const attemptrules::Save& save);
 
     Database& database;
     const StationRow station;
-    Statement findAttempts;
-    Statement findRepeated;
+    Statement findLogs;
     Statement insertAttempt;
     Statement insertMissedBand;
-    Statement deleteAttempt;
     Statement insertRepeated;
+    Statement deleteAttempts;
     Statement deleteRepeated;
 };

@@ -17,8 +17,8 @@ DROP INDEX attempts_by_day;
 DROP INDEX attempts_not_complete;
 
 CREATE INDEX attempts_by_unit
-    ON attempts ({by_bytes serial}, {by_bytes tested_at}, station_id, marks);
+    ON attempts (serial {bytewise}, tested_at {bytewise}, station_id, marks);
 
-CREATE INDEX repeated_saves_by_unit ON repeated_saves ({by_bytes serial});
+CREATE INDEX repeated_saves_by_unit ON repeated_saves (serial {bytewise});
 
 UPDATE schema_version SET version = 2;

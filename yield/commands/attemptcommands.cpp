@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/commands/command.h"
+#include "yield/intake/logimport.h"
+#include "yield/intake/progress.h"
+#include "yield/logs/attemptrules.h"
+#include "yield/logs/controlnames.h"
+#include "yield/logs/printabletext.h"
+#include "yield/store/attemptreader.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryFile>
+#include <QTextStream>
+
+namespace
+{
+attemptrules::Outcome outcomeOf(const Attempt& attempt)
+{
+    return attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+}
+
+/// When, where, and what the attempt missed.
+QString line(const Attempt& attempt)
+{
+    const auto outcome = outcomeOf(attempt);
+    QStringList words;
+    if (outcome.isComplete())
+        words << "complete";
+    if (outcome.endedAt)
+        words << "ended early at " + controlnames::control(*outcome.endedAt);
+    if (!outcome.missed.empty())
+        words << "missed " + controlnames::missed(outcome.missed).join("; ");
+    return QString("%1  %2  %3\n")
+        .arg(QString(attempt.testedAt).replace('T', ' '), printableText(attempt.station),
+             words.join(", "));
+}
+
+/// A text that a spreadsheet would run as a formula gets an apostrophe before it.
+QByteArray csvText(QString text)
+{
+    static const QString beginsFormula = "=+-@\t\r\n";
+    if (!text.isEmpty() && beginsFormula.contains(text[0]))
+        text.prepend('\'');
+    return '"' + text.replace('"', "\"\"").toUtf8() + '"';
+}
+
+/// "3: 0 1; 18: 0": each component that missed bands with the bands.
+QString csvBands(const std::vector<bandmarks::Band>& bands)
+{
+    QString text;
+    int componentNum = -1;
+    for (const auto& missed : bands) {
+        if (missed.componentNum != componentNum) {
+            componentNum = missed.componentNum;
+            text += (text.isEmpty() ? "" : "; ") + QString::number(componentNum) + ':';
+        }
+        text += ' ' + QString::number(missed.band);
+    }
+    return text;
+}
+
+QByteArray csv(const Attempt& attempt)
+{
+    const auto outcome = outcomeOf(attempt);
+    return csvText(attempt.station) + ',' + csvText(attempt.serial) + ',' +
+           attempt.testedAt.toLatin1() + ',' + (outcome.isComplete() ? '1' : '0') + ',' +
+           csvText(csvBands(outcome.missed)) + ',' +
+           (outcome.endedAt ? QByteArray::number(*outcome.endedAt) : "") + "\r\n";
+}
+
+QByteArray json(const Attempt& attempt)
+{
+    const auto outcome = outcomeOf(attempt);
+    QJsonArray missed;
+    for (const auto& band : outcome.missed)
+        missed.append(QJsonObject{{"component", band.componentNum}, {"band", band.band}});
+    const QJsonObject object{
+        {"station", attempt.station},
+        {"serial", attempt.serial},
+        {"tested_at", attempt.testedAt},
+        {"complete", outcome.isComplete()},
+        {"missed_bands", missed},
+        {"ended_at", outcome.endedAt ? QJsonValue(*outcome.endedAt) : QJsonValue()}};
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+int exportAttempts(const QCommandLineParser& parser)
+{
+    const QString format = parser.value("format");
+    const bool isJson = format == "json";
+    if (!isJson && format != "csv")
+        command::fail(QString("--format takes csv or json, not \"%1\"").arg(format));
+    Database database(parser.value("database"), Database::Access::Read);
+    // Kept until it is whole: a reader that takes its time must not keep others from importing.
+    QTemporaryFile records;
+    if (!records.open())
+        command::fail("no temporary file: " + records.errorString());
+    QByteArray before = "\n";
+    records.write(isJson ? "[" : "station,serial,tested_at,complete,missed_bands,ended_at\r\n");
+    Progress progress("attempts");
+    attemptreader::forEachByTime(database, [&](const Attempt& attempt) {
+        progress.add(1);
+        records.write(isJson ? before + json(attempt) : csv(attempt));
+        before = ",\n";
+    });
+    if (isJson)
+        records.write("\n]\n");
+    if (!records.flush() || records.error() != QFileDevice::NoError)
+        command::fail(QString("%1: %2").arg(records.fileName(), records.errorString()));
+    const auto* const bytes = reinterpret_cast<const char*>(records.map(0, records.size()));
+    command::writeFile("-", [&](QFileDevice& out) {
+        return bytes != nullptr && out.write(bytes, records.size()) == records.size();
+    });
+    return 0;
+}
+
+int showUnit(const QCommandLineParser& parser)
+{
+    if (command::arguments(parser).isEmpty())
+        command::fail("which serial?");
+    const QString serial = command::arguments(parser).constFirst();
+    Database database(parser.value("database"), Database::Access::Read);
+    QTextStream out(stdout);
+    bool isFound = false;
+    bool isComplete = false;
+    attemptreader::forEachOf(database, serial, [&](const Attempt& attempt) {
+        isFound = true;
+        isComplete = outcomeOf(attempt).isComplete();
+        out << line(attempt);
+    });
+    if (!isFound)
+        QTextStream(stderr)
+            << QString("no attempt at a unit with the serial \"%1\"").arg(printableText(serial))
+            << '\n';
+    return isComplete ? 0 : exitstatus::incomplete;
+}
+} // namespace
+
+Command exportCommand()
+{
+    return {"export",
+            "Writes one record for each attempt to standard output.",
+            exportAttempts,
+            {{"format", "csv or json.", "csv|json"}}};
+}
+
+Command unitCommand()
+{
+    return {"unit",
+            "Lists every attempt at a unit and what each missed. Exit status 1 if the last one is "
+            "not complete.",
+            showUnit,
+            {},
+            "SERIAL",
+            "The serial as it was typed; after \"--\" if it begins with a dash.",
+            1};
+}
