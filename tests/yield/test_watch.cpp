@@ -147,7 +147,7 @@ private Q_SLOTS:
         });
         row("the folder is replaced", [this](int test) {
             if (test == 5)
-                QCOMPARE(watch->says("is watched"), 2);
+                QTRY_COMPARE_WITH_TIMEOUT(watch->says("is watched"), 2, patienceMs);
             if (test != 3)
                 return;
             QVERIFY(QFile::rename(logs(), data() + "/Logs-2026"));

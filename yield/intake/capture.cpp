@@ -25,6 +25,8 @@
 namespace
 {
 constexpr qint64 secondMs = 1000;
+/// While a folder is away: logs come as soon as it is back.
+constexpr qint64 absentMs = 100;
 constexpr qint64 longestTickMs = 30000;
 /// A file that has not changed for so long is as its writer wants it.
 constexpr qint64 settledMs = 2000;
@@ -97,8 +99,11 @@ int Capture::work()
     if (isLookDue || sinceTick.hasExpired(tickMs)) {
         sinceTick.start();
         tick();
+        const bool isAllThere = std::all_of(places.begin(), places.end(),
+                                            [](const Place& place) { return place.isThere; });
         // A look at very many files on a share takes at most a quarter of the time.
-        tickMs = std::clamp(4 * sinceTick.elapsed(), secondMs, longestTickMs);
+        tickMs =
+            std::clamp(4 * sinceTick.elapsed(), isAllThere ? secondMs : absentMs, longestTickMs);
     }
     return toRead.isEmpty() ? static_cast<int>(std::max<qint64>(0, tickMs - sinceTick.elapsed()))
                             : 0;
