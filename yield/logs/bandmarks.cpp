@@ -17,11 +17,11 @@ std::optional<BandMarks> bandmarks::unpacked(const QByteArray& bytes)
 {
     if (bytes.size() != packedSize)
         return std::nullopt;
-    const auto bits = QBitArray::fromBits(bytes.constData(), bandMarkCount);
+    const auto byteOf = [&](int mark) { return static_cast<unsigned char>(bytes[mark / 8]); };
+    if (byteOf(bandMarkCount) >> bandMarkCount % 8 != 0) // it has bits behind the last mark
+        return std::nullopt;
     BandMarks marks;
     for (int i = 0; i < bandMarkCount; ++i)
-        marks[static_cast<std::size_t>(i)] = bits[i];
-    if (packed(marks) != bytes) // it has bits behind the last mark
-        return std::nullopt;
+        marks[static_cast<std::size_t>(i)] = (byteOf(i) >> i % 8 & 1) != 0;
     return marks;
 }
