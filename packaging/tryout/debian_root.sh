@@ -35,7 +35,7 @@ make_root() { # suite
     [ ! -e "$root" ] || rm -rf --one-file-system "$root"
     mkdir -p "$root" "$root.packages"
     debootstrap --variant=minbase --cache-dir="$(readlink -f "$root.packages")" "$suite" "$root" \
-        "${mirror:-http://deb.debian.org/debian}" "$script"
+        ${mirror:+"$mirror" "$script"}
     cp /etc/resolv.conf "$root/etc/"
     # How this machine reaches the mirror, a proxy for instance.
     apt-config dump | grep -E '^Acquire::(http|https|Check-.*)[: ]' \
