@@ -1,17 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "app/testlog.h"
 #include "benchmarks/row.h"
-#include "yield/commands/reportfile.h"
+#include "tests/yield/unitlogs.h"
 #include "yield/intake/logimport.h"
 #include "yield/store/database.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <map>
 #include <random>
 
 #include <sys/resource.h>
@@ -33,25 +30,11 @@ BandMarks marksOf(int unit)
     return marks;
 }
 
-void writeLog(const QString& folder, int unit)
-{
-    testlog::Coverage coverage;
-    const BandMarks marks = marksOf(unit);
-    for (std::size_t mark = 0; mark < marks.size(); ++mark)
-        coverage.at(static_cast<std::size_t>(bandmarks::bandOf(mark).componentNum))
-            .append({0, 0, marks[mark] ? 1.0F : 0.0F});
-    QFile file(folder + QString("/ZORVI_%1.txt").arg(unit));
-    const QString serial = QString::number(unit);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(testlog::lines(serial, begin.addSecs(unit), coverage).join('\n').toUtf8() +
-                   '\n');
-}
-
 void importLogs(benchmark::State& state)
 {
     const QTemporaryDir logs;
     for (int unit = 0; unit < logCount; ++unit)
-        writeLog(logs.path(), unit);
+        unitlogs::write(logs.path(), QString::number(unit), marksOf(unit), begin.addSecs(unit));
     QString text;
     QTextStream stream(&text);
     while (state.KeepRunning()) {
@@ -84,18 +67,15 @@ void fill(Database& database, int attempts)
 QString databaseOf(int attempts)
 {
     static const QTemporaryDir folder;
-    static std::map<int, QString> paths;
-    QString& path = paths[attempts];
-    if (path.isEmpty()) {
-        path = folder.filePath(QString("%1.sqlite").arg(attempts));
+    const QString path = folder.filePath(QString::number(attempts));
+    if (!QFile::exists(path)) {
         Database database(path, Database::Access::Write);
         fill(database, attempts);
     }
     return path;
 }
 
-/// The whole program. Of growing numbers also with the most memory that it used: there it is the
-/// only program that was run.
+/// The whole program; with its memory where no other program was run.
 void report(benchmark::State& state, int attempts, bool withMemory)
 {
     const QString database = databaseOf(attempts);

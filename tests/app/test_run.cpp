@@ -94,14 +94,11 @@ private Q_SLOTS:
         QTest::newRow("zorvi_assembly_test_tarvek") << false;
     }
 
-    /// From the start of the station to the next unit: buttons in mid-run, the cable, every control
-    /// worked or skipped, the log on disk, the notice. With the marker all are worked; without it
-    /// some of each kind are skipped, the last one among them.
+    /// From the start of the station to the next unit. With the marker all controls are worked;
+    /// without it some of each kind are skipped, the last one among them.
     void wholeRun()
     {
         QFETCH(bool, marker);
-        const auto isTested = [&](int c) { return c != 39 && (c != 18 || marker); };
-        const auto isWorked = [&](int c) { return isTested(c) && (c % 4 != 3 || marker); };
         QCoreApplication::setApplicationName(QTest::currentDataTag());
         const FiredTimers timers;
         QDir::setCurrent("/"); // logs are written beside the program all the same
@@ -110,69 +107,12 @@ private Q_SLOTS:
         const StateWatch watch(window);
         QCOMPARE(watch.problem(), QString());
         for (const auto* panel : watch.panels)
-            QCOMPARE(panel->isHidden(), !isTested(panel->getComponentNum()));
-
-        // "Save Log" writes what there is, over what stood there; "Start Test" begins anew, and so
-        // does the slot that nothing is connected to.
-        station::setSerial(window, "run "); // as it is typed
-        station::receive(window, passingMessages(0) + passingMessages(1));
-        station::click(window, "log");
-        station::compareLog("run ", [](int c) { return c <= 1; });
-        QCOMPARE(watch.problem(), QString());
+            QCOMPARE(panel->isHidden(), !isTested(panel->getComponentNum(), marker));
         Journal journal(window);
-        station::click(window, "startTest");
-        QCOMPARE(watch.problem(), QString());
-        station::click(window, "log");
-        station::compareLog("run ", [](int) { return false; });
-        window.slot_RestartTest();
-        QCOMPARE(journal.take(), restart + restart);
-
-        // The station finds the unit by itself. What is worked comes through JUCE's MIDI thread
-        // without a pause: each control is judged by the time the next one's messages arrive.
+        saveInMidRun(window, watch, journal);
         SimulatedUnit unit;
-        QVERIFY(unit.plug());
-        QTRY_COMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
-        QStringList expected;
-        QTest::ignoreMessage(QtDebugMsg, "TEST COMPLETE");
-        for (int c = 0; c <= 43; c += c == 38 ? 2 : 1) {
-            QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Component num %1").arg(c)));
-            if (isWorked(c)) {
-                for (const MidiMessage& message : passingMessages(c))
-                    unit.send(message);
-                expected << "bell";
-            } else if (isTested(c)) {
-                QVERIFY(QTest::qWaitFor([&] { return watch.armed == c; }));
-                QCOMPARE(watch.problem(), QString());
-                station::click(window, "skipSensorButton");
-            }
-            const int next = c == 38 ? 40 : qMin(c + 1, 43);
-            if (isTested(next) && (c != 43 || !marker)) // a skipped 43 can still be worked
-                expected << QString("queue %1").arg(next);
-            if (!isWorked(c))
-                expected << QString("skip %1").arg(c);
-        }
-        QTRY_COMPARE(journal.entries.size(), expected.size());
-        QCOMPARE(journal.take(), expected);
-        station::compareLog("run ", isWorked);
-
-        // A skip while the notice is pending: the log once more, and a second notice. Each notice
-        // restarts the run.
-        station::click(window, "skipSensorButton");
-        QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
-        station::compareLog("run ", isWorked);
-        QStringList notices;
-        QTimer closing;
-        closing.callOnTimeout([&notices] {
-            if (auto* notice = station::openNotice()) {
-                notices << notice->text();
-                notice->accept();
-            }
-        });
-        closing.start(10);
-        QTRY_COMPARE(journal.entries, restart + restart);
-        QCOMPARE(notices, (QStringList{"Test Complete.", "Test Complete."}));
-        QCOMPARE(watch.problem(), QString());
-        journal.take();
+        workOrSkipEveryControl(window, watch, journal, unit);
+        closeTheNotices(window, watch, journal);
         for (const MidiMessage& message : passingMessages(0))
             unit.send(message);
         QTRY_COMPARE(journal.entries, (QStringList{"bell", "queue 1"}));
@@ -205,6 +145,86 @@ private Q_SLOTS:
         QCOMPARE(after(38, 1), (QStringList{"bell", "queue 40"}));
         QCOMPARE(after(38, 2), QStringList{"queue 40"});
         QCOMPARE(after(43, 2), QStringList{"queue 40"}); // the end, and 40 is still armed
+    }
+
+private:
+    static bool isTested(int c, bool marker) { return c != 39 && (c != 18 || marker); }
+    static bool isWorked(int c, bool marker)
+    {
+        return isTested(c, marker) && (c % 4 != 3 || marker);
+    }
+
+    /// "Save Log" writes what there is, over what stood there; "Start Test" begins anew, and so
+    /// does the slot that nothing is connected to.
+    static void saveInMidRun(MainWindow& window, const StateWatch& watch, Journal& journal)
+    {
+        station::setSerial(window, "run "); // as it is typed
+        station::receive(window, passingMessages(0) + passingMessages(1));
+        station::click(window, "log");
+        station::compareLog("run ", [](int c) { return c <= 1; });
+        QCOMPARE(watch.problem(), QString());
+        journal.take();
+        station::click(window, "startTest");
+        QCOMPARE(watch.problem(), QString());
+        station::click(window, "log");
+        station::compareLog("run ", [](int) { return false; });
+        window.slot_RestartTest();
+        QCOMPARE(journal.take(), restart + restart);
+    }
+
+    /// The station finds the unit by itself. What is worked comes through JUCE's MIDI thread
+    /// without a pause: each control is judged by the time the next one's messages arrive.
+    static void workOrSkipEveryControl(MainWindow& window, const StateWatch& watch,
+                                       Journal& journal, SimulatedUnit& unit)
+    {
+        QFETCH(bool, marker);
+        QVERIFY(unit.plug());
+        QTRY_COMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
+        QStringList expected;
+        QTest::ignoreMessage(QtDebugMsg, "TEST COMPLETE");
+        for (int c = 0; c <= 43; c += c == 38 ? 2 : 1) {
+            QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Component num %1").arg(c)));
+            if (isWorked(c, marker)) {
+                for (const MidiMessage& message : passingMessages(c))
+                    unit.send(message);
+                expected << "bell";
+            } else if (isTested(c, marker)) {
+                QVERIFY(QTest::qWaitFor([&] { return watch.armed == c; }));
+                QCOMPARE(watch.problem(), QString());
+                station::click(window, "skipSensorButton");
+            }
+            const int next = c == 38 ? 40 : qMin(c + 1, 43);
+            if (isTested(next, marker) && (c != 43 || !marker)) // a skipped 43 can still be worked
+                expected << QString("queue %1").arg(next);
+            if (!isWorked(c, marker))
+                expected << QString("skip %1").arg(c);
+        }
+        QTRY_COMPARE(journal.entries.size(), expected.size());
+        QCOMPARE(journal.take(), expected);
+        station::compareLog("run ", [=](int c) { return isWorked(c, marker); });
+    }
+
+    /// A skip while the notice is pending: the log once more, and a second notice. Each notice
+    /// restarts the run.
+    static void closeTheNotices(MainWindow& window, const StateWatch& watch, Journal& journal)
+    {
+        QFETCH(bool, marker);
+        station::click(window, "skipSensorButton");
+        QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
+        station::compareLog("run ", [=](int c) { return isWorked(c, marker); });
+        QStringList notices;
+        QTimer closing;
+        closing.callOnTimeout([&notices] {
+            if (auto* notice = station::openNotice()) {
+                notices << notice->text();
+                notice->accept();
+            }
+        });
+        closing.start(10);
+        QTRY_COMPARE(journal.entries, restart + restart);
+        QCOMPARE(notices, (QStringList{"Test Complete.", "Test Complete."}));
+        QCOMPARE(watch.problem(), QString());
+        journal.take();
     }
 };
 
