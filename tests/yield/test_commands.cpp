@@ -139,6 +139,12 @@ private Q_SLOTS:
         row("serial of it", {"unit", "postgresql://u:secret@h/x"}, 2, "after --database");
         row("no words", {"station", "rename", "a"}, 2, "rename OLD NEW");
         row("no such name", {"station", "rename", "a", "b", "--database", "a.sqlite"}, 2, "\"a\"");
+        row("no new name", {"station", "rename", "+Line 1", ""}, 2, "needs a name");
+        row("no station", {"import", "logs", "--station", ""}, 2, "needs a name");
+        row("two serials", {"unit", "1", "2"}, 2, "unexpected argument \"2\"");
+        row("option in it", server + QStringList{"postgresql://127.0.0.1/x?a=b"}, 2,
+            "has the form");
+        row("no slashes", server + QStringList{"postgresql:x"}, 2, "has the form");
         row("odd password", server + QStringList{"postgresql://u:secret@[%@h/x"}, 2, "~/.pgpass");
     }
 
@@ -175,6 +181,16 @@ private Q_SLOTS:
                         QDateTime::currentDateTime().addDays(2));
         const Outcome early = run({"import", "--database", "b.sqlite", unitlogs::path(".", "f")});
         QVERIFY(early.errors.contains("1 logs have a date in the future"));
+        // Each is told once, and clocks that differ by a little not at all.
+        unitlogs::write(folder.path(), "n", unitlogs::whole(),
+                        QDateTime::currentDateTime().addSecs(300));
+        for (const char* name : {"f", "n"})
+            QCOMPARE(run({"import", "--database", "b.sqlite", unitlogs::path(".", name)}).errors,
+                     QByteArray());
+        QCOMPARE(
+            run({"import", "--database", "b.sqlite", "--station", "T", unitlogs::path(".", "u")})
+                .errors,
+            QByteArray());
 
         QCOMPARE(run({"station", "rename", "T", "S", "--database", "b.sqlite"}).status, 0);
         QVERIFY(
@@ -182,7 +198,9 @@ private Q_SLOTS:
         QCOMPARE(run({"check", "--database", "b.sqlite"}).status, 0);
         QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE");
         database.setDatabaseName(folder.filePath("b.sqlite"));
-        QVERIFY(database.open() && database.exec("DELETE FROM attempts").isActive());
+        QVERIFY(database.open() && database.exec("UPDATE attempts SET complete = 0").isActive());
+        QCOMPARE(run({"check", "--database", "b.sqlite"}).status, 1);
+        QVERIFY(database.exec("DELETE FROM attempts").isActive());
         const Outcome none = run({"export", "--format", "json", "--database", "b.sqlite"});
         QCOMPARE(none.status, 0);
         QVERIFY(QJsonDocument::fromJson(none.out).isArray());

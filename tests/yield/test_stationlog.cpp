@@ -35,7 +35,7 @@ private Q_SLOTS:
         QTest::newRow("UTF-8") << QString::fromUtf8("Größe 上 \xF0\x9F\x8E\x9B");
         QTest::newRow("tab and line ends") << "a\tb\nc\r\n\r\nd";
         QTest::newRow("the head of a block")
-            << "\r\n\r\n---------------- FADER: 0 (Component 0) ----------------";
+            << "\n\r\n\r\n---------------- FADER: 0 (Component 0) ----------------";
     }
 
     void readsWhatTheStationWrites()
@@ -94,6 +94,8 @@ private Q_SLOTS:
         row("weekday of another date", "Sat Nov", "Sun Nov", "another language or form");
         row("no such day", "Nov 21", "Feb 29", "another language or form");
         row("ISO date", "Sat Nov 21 12:00:00 2026", "2026-11-21T12:00:00", "language or form");
+        row("missing zero", "12:00:00", "12:00:0", "another language or form");
+        row("zero too many", "Nov 21", "Nov 021", "another language or form");
         row("12 hours", "12:00:00", "12:00:0p", "another language or form");
     }
 
