@@ -243,6 +243,40 @@ private Q_SLOTS:
         QCOMPARE(news, (QStringList{"BT12:00:00", "aT11:05:00", "zT12:05:00"}));
     }
 
+    void newestLogs_data() { addDatabases(); }
+
+    /// Not later than now; one that another log of its attempt replaced counts too.
+    void newestLogs()
+    {
+        Database database(freshDatabase("news"), Database::Access::Write);
+        attemptstore::store(database, {"silent", false}, {});
+        for (const int minute : {0, 5})
+            attemptstore::store(database, {"one", false},
+                                {unitlogs::log("a", minute, unitlogs::upTo(30))});
+        const auto newestAt = [&](int minute) {
+            QStringList news;
+            for (const auto& station :
+                 attemptreader::newestLogs(database, unitlogs::noon().addSecs(60 * minute)))
+                news << station.station + station.newestAt.mid(10);
+            return news;
+        };
+        QCOMPARE(newestAt(5), (QStringList{"oneT12:05:00", "silent"}));
+        QCOMPARE(newestAt(4), (QStringList{"oneT12:00:00", "silent"}));
+    }
+
+    void otherEncoding()
+    {
+        const QString path = folder.filePath("utf16.sqlite");
+        {
+            auto database = QSqlDatabase::addDatabase("QSQLITE", path);
+            database.setDatabaseName(path);
+            QVERIFY(database.open() && database.exec("PRAGMA encoding = 'UTF-16'").isActive() &&
+                    database.exec("CREATE TABLE other (a)").isActive());
+        }
+        QSqlDatabase::removeDatabase(path);
+        QVERIFY_EXCEPTION_THROWN(Database(path, Database::Access::Write), DatabaseError);
+    }
+
     void carriesVersion1Over_data() { addDatabases(); }
 
     void carriesVersion1Over()
@@ -469,7 +503,7 @@ private:
     {
         if (location() != server.location())
             return file(name);
-        Database database(location(), Database::Access::Read);
+        Database database(location(), Database::Access::Write);
         QSqlQuery(database.connection()).exec("CREATE DATABASE " + name);
         return server.location().section('/', 0, -2) + '/' + name;
     }
