@@ -129,6 +129,12 @@ private Q_SLOTS:
         QCOMPARE(found.isComplete(), outcome.isEmpty());
     }
 
+    void clocksGoForward()
+    {
+        qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+        QCOMPARE(attemptrules::secondsBetween("2026-03-29T01:59:00", "2026-03-29T03:01:00"), 3720);
+    }
+
     void order()
     {
         const auto attempt = [](const char* time, const QString& station, const BandMarks& marks) {
@@ -139,6 +145,8 @@ private Q_SLOTS:
             attempt("12:00:00", "A", unitlogs::whole()),
             attempt("12:00:00", "\uffff", unitlogs::whole()), // by bytes, not as QString has it
             attempt("12:00:00", "\U0001f600", unitlogs::upTo(20)),
+            attempt("12:00:00", "\U0001f600", unitlogs::whole() & unitlogs::allBut({{0, 1}})),
+            attempt("12:00:00", "\U0001f600", unitlogs::whole() & unitlogs::allBut({{0, 0}})),
             attempt("12:00:00", "\U0001f600", unitlogs::whole()),
         };
         for (std::size_t i = 0; i < inOrder.size(); ++i)

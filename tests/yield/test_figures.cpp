@@ -259,7 +259,11 @@ private Q_SLOTS:
         QCOMPARE(report.repeatedUnits.size(), Report::maxRepeatedUnits);
         QCOMPARE(report.repeatedUnits.first().last.serial, QString("59999"));
         QCOMPARE(report.repeatedUnits.last().attempts, 3);
-        QVERIFY(!report.databaseIsEmpty && ReportCounter(request).finish().databaseIsEmpty);
+        request.station = "two";
+        ReportCounter others(request);
+        others.add(attempt("a", 0, marks)); // not asked for, but there
+        QVERIFY(!others.finish().databaseIsEmpty &&
+                ReportCounter(request).finish().databaseIsEmpty);
     }
 
     void longTimesAreWeeksOrMonths()

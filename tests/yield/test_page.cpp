@@ -27,7 +27,9 @@ Report sample()
     report.leftOut = 2;
     report.ages = {{"One", "2026-11-17T08:30:00", 84600},
                    {"Two", "2026-11-15T14:10:00", 236700},
-                   {"Three", {}, -1}};
+                   {"Three", {}, -1},
+                   {"Four", "2026-11-17T06:59:00", 90060},
+                   {"Five", "2026-11-18T06:58:20", 3700}};
     report.total = {200, 260, 160, 180, 6};
     report.days = {{{2026, 11, 16}, {120, 150, 104, 110, 4}}, // none on the 17th
                    {{2026, 11, 18}, {80, 110, 56, 70, 2}}};
@@ -180,6 +182,7 @@ private Q_SLOTS:
     void texts();
     void yieldsAgainstTheirLimits();
     void missesAddUp();
+    void barsAndMarks();
     void hostileTexts();
     void aBrowserShowsThePage();
     void paperIsBounded();
@@ -189,8 +192,12 @@ void TestPage::columns_data()
 {
     QTest::addColumn<QStringList>("lines");
     QTest::newRow("Newest log of each station")
-        << QStringList{"Station|Newest log|Age", "One|Tue 17 Nov 08:30|23 hours",
-                       "Two|nothing since Sun 15 Nov 14:10|2 days", "Three|no log yet|–"};
+        << QStringList{"Station|Newest log|Age",
+                       "One|Tue 17 Nov 08:30|23 hours",
+                       "Two|nothing since Sun 15 Nov 14:10|2 days",
+                       "Three|no log yet|–",
+                       "Four|nothing since Tue 17 Nov 06:59|25 hours",
+                       "Five|Wed 18 Nov 06:58|61 minutes"};
     const QString yields = "First-pass yield|Limits|Final yield so far|Ended early";
     const QString wednesday = "70.0 % (56 of 80)|within 66.3 % to 91.3 %|87.5 % (70 of 80)|2";
     QTest::newRow("The last days") << QStringList{"First tested|Units|" + yields,
@@ -295,6 +302,9 @@ void TestPage::yieldsAgainstTheirLimits()
     const auto line = points(shapes(station, "grid").first());
     const double share = (tip.x() - line.first().x()) / (line.last().x() - line.first().x());
     QVERIFY(is(50 + 50 * share, 56) && tip.y() > line.first().y());
+    const auto middle = points(shapes(station, "centre").first()).first().x();
+    const auto low = points(shapes(station, "limit").first()).first().x();
+    QVERIFY(low > tip.x() && is((low - tip.x()) / (62 - 56), (middle - tip.x()) / (80 - 56)));
 }
 
 void TestPage::missesAddUp()
@@ -313,6 +323,29 @@ void TestPage::missesAddUp()
         QVERIFY(line.at(i).x() > number(bars.at(i), "x"));
     }
     QVERIFY(qAbs(number(bars.first(), "height") / sum - 60.0 / 104) < 0.001);
+}
+
+void TestPage::barsAndMarks()
+{
+    Report report = sample();
+    report.attemptsByNumber.fill({1, 1, 0}, Report::maxNumbers);
+    report.repeatedUnits[1].last.serial.clear();
+    const QString page = written(report);
+    QVERIFY(tableLines(page, "Attempts by number").last().startsWith("10th and later|"));
+    QVERIFY(tableLines(page, "Units tested more than once").last().startsWith("(no serial "));
+    const auto bar = [&](const QString& picture, int i, const QString& size) {
+        return number(shapes(labelled(page, "svg", picture), "bar").value(i), size);
+    };
+    const double most = bar("Missed bands of Rotary 0", 12, "height");
+    QVERIFY(most > 0 && bar("Missed bands of Rotary 0", 0, "height") == 0);
+    QCOMPARE(bar("Missed bands of Fader 3", 0, "height"), most);
+    QCOMPARE(qRound(bar("83.3 % (5 of 6)", 0, "width") / bar("16.7 % (1 of 6)", 0, "width")), 5);
+    QStringList bad;
+    for (const QDomElement& cell : elements(labelled(page, "body", {}), "td"))
+        if (cell.attribute("class") == "bad")
+            bad << cell.text().section(' ', 0, 1);
+    QCOMPARE(bad.join(','),
+             QString("nothing since,no log,nothing since,▼ below,not complete,ended early"));
 }
 
 void TestPage::hostileTexts()
