@@ -188,8 +188,11 @@ private Q_SLOTS:
             QFile source(logOf(data()));
             QFile slow(logOf(logs()));
             QVERIFY(source.open(QIODevice::ReadOnly) && slow.open(QIODevice::WriteOnly));
-            while (slow.write(source.read(500)) > 0 && slow.flush())
+            while (slow.write(source.read(500)) > 0) {
+                slow.close();
                 QTest::qWait(400); // so long that it is looked at meanwhile
+                QVERIFY(slow.open(QIODevice::Append));
+            }
             slow.close();
             QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs);
             QCOMPARE(watch->says("not imported"), 0);
