@@ -16,8 +16,6 @@
 
 #include <malloc.h>
 
-// How the cost of one of something grows with how many there are or were.
-
 namespace
 {
 /// Plugs a unit in, lets it send so many messages of a script, the same ones again and again, waits
