@@ -67,7 +67,7 @@ void fill(Database& database, int attempts)
 QString databaseOf(int attempts)
 {
     static const QTemporaryDir folder;
-    const QString path = folder.filePath(QString::number(attempts));
+    QString path = folder.filePath(QString::number(attempts));
     if (!QFile::exists(path)) {
         Database database(path, Database::Access::Write);
         fill(database, attempts);
