@@ -40,7 +40,7 @@ export_source() { # into this folder
     rm -rf "$1"
     mkdir -p "$1"
     git ls-files -z | tar -c --null -T - | tar -x -C "$1"
-    sed -i "1s/(.*) [a-z]*;/($version) $suite;/" "$1/debian/changelog"
+    sed -i "1s/(${version%~*}) [a-z]*;/($version) $suite;/" "$1"/debian/{changelog,NEWS}
     # The day of a checkout is nobody's business.
     find "$1" -exec touch --no-dereference --date="$(dpkg-parsechangelog -S Date)" {} +
 }
