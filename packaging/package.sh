@@ -40,7 +40,7 @@ export_source() { # into this folder
     rm -rf "$1"
     mkdir -p "$1"
     git ls-files -z | tar -c --null -T - | tar -x -C "$1"
-    sed -i "1s/(.*) [a-z]*;/($version) $suite;/" "$1/debian/changelog"
+    sed -i "1s/(${version%~*}) [a-z]*;/($version) $suite;/" "$1"/debian/{changelog,NEWS}
     # The day of a checkout is nobody's business.
     find "$1" -exec touch --no-dereference --date="$(dpkg-parsechangelog -S Date)" {} +
 }
@@ -53,17 +53,18 @@ keep_ccache() {
     export CCACHE_DIR CCACHE_BASEDIR=
 }
 
-build() { # in this folder; the packages come to the folder above it
-    (cd "$1" && keep_ccache && dpkg-buildpackage -b -us -uc) > "$1.log" 2>&1 || {
+build() { # in this folder; the packages, that of the source too, come to the folder above it
+    (cd "$1" && keep_ccache && dpkg-buildpackage -us -uc) > "$1.log" 2>&1 || {
         tail -n 30 "$1.log" | cut -c 1-200 >&2
         fail "dpkg-buildpackage failed, see $1.log"
     }
 }
 
 # Down to the pedantic tags. An override may be of use for one release's lintian only, and another
-# release may not know its tag.
+# release may not know its tag. The version of Debian's policy is that of the oldest release.
 check_with_lintian() { # the .changes
-    lintian --allow-root --pedantic -I --fail-on error,warning,pedantic --suppress-tags alien-tag \
+    lintian --allow-root --pedantic -I --fail-on error,warning,pedantic \
+        --suppress-tags alien-tag,out-of-date-standards-version \
         "$1" > "$output/lintian.txt" || fail "lintian: $(cat "$output/lintian.txt")"
     ! grep '^I:' "$output/lintian.txt" | grep -v unused-override || fail "lintian, see above"
 }

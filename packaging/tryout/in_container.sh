@@ -92,7 +92,8 @@ remove_and_purge() {
 
 make_people
 upgrade
-autopkgtest --no-built-binaries . -- null
+# This is the container that a test asks for; autopkgtest cannot know it of "null".
+autopkgtest --no-built-binaries --ignore-restrictions=isolation-container . -- null
 say "debian/tests passed"
 remove_and_purge
 say "done"

@@ -5,8 +5,9 @@
 # usage: test_on.sh SUITE [COMMAND]   (as root)
 #
 # Clones HEAD into a fresh Debian of that suite in build/debian/SUITE and runs "./dev COMMAND" there:
-# test, which is the default, lint, package, demo or build. The Debian is removed when that succeeded,
-# and left to be looked at when not. "build" leaves it too, for "./dev system --debian SUITE".
+# test, which is the default, lint, package, try-package, demo or build. The Debian is removed when
+# that succeeded, and left to be looked at when not. "build" leaves it too, for "./dev system --debian
+# SUITE". "try-package" builds its packages there and tries them in another fresh Debian of that suite.
 set -euo pipefail
 self=$(readlink -f "$0")
 cd "$(dirname "$self")/../.."
@@ -24,8 +25,9 @@ esac
 command=${2:-test}
 case "$command" in
     test | lint | package) groups="build $command" ;;
+    try-package) groups='build package' ;;
     demo | build) groups=build ;;
-    *) fail "which command? test, lint, package, demo or build" ;;
+    *) fail "which command? test, lint, package, try-package, demo or build" ;;
 esac
 root=build/debian/$suite
 # shellcheck source=packaging/tryout/debian_root.sh
@@ -41,7 +43,9 @@ if [ "${3:-}" = contained ]; then
     start=$SECONDS
     inside sh -c "cd /station && ./dev setup $groups"
     echo "test-on: its packages took $((SECONDS - start)) s"
-    inside_offline CCACHE_DIR=/var/cache/ccache sh -c "cd /station && ./dev $command"
+    build="./dev $command"
+    [ "$command" != try-package ] || build='./dev package && packaging/tryout/previous_package.sh'
+    inside_offline CCACHE_DIR=/var/cache/ccache sh -c "cd /station && $build"
     exit
 fi
 
@@ -49,5 +53,7 @@ git diff --quiet HEAD || echo "test-on: what is not committed is not tested"
 start=$SECONDS
 contained "$self" "$suite" "$command" contained ||
     fail "$command failed on $suite after $((SECONDS - start)) s; what was built lies in $root/station"
+[ "$command" != try-package ] || packaging/tryout/try_package.sh "$suite" \
+    "$root"/station/build/{previous/*,package/zorvi-assembly-test_*}.deb
 [ "$command" = build ] || rm -rf --one-file-system "$root"
 echo "test-on: $command succeeded on $suite, $((SECONDS - start)) s"

@@ -2,13 +2,13 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: try_package.sh PREVIOUS.deb PACKAGE.deb   (as root)
+# usage: try_package.sh SUITE PREVIOUS.deb PACKAGE.deb   (as root)
 #
-# Installs PREVIOUS into a fresh Debian of this machine's release, in build/debian/package, boots that
-# in a container without the network, and has in_container.sh upgrade it to PACKAGE, run debian/tests
-# there, remove and purge it.
+# Installs PREVIOUS into a fresh Debian of that suite, in build/debian/package, boots that in a
+# container without the network, and has in_container.sh upgrade it to PACKAGE, run debian/tests there,
+# remove and purge it.
 set -euo pipefail
-previous=$(readlink -f "$1") package=$(readlink -f "$2")
+suite=$1 previous=$(readlink -f "$2") package=$(readlink -f "$3")
 self=$(readlink -f "$0")
 cd "$(dirname "$self")/../.."
 root=build/debian/package
@@ -20,15 +20,12 @@ fail() {
 # shellcheck source=packaging/tryout/debian_root.sh
 . packaging/tryout/debian_root.sh
 
-if [ "${3:-}" != contained ]; then
-    # shellcheck source=/dev/null
-    suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
-    [ -n "$suite" ] || fail "/etc/os-release does not name this machine's release"
-    contained "$self" "$previous" "$package" contained "$suite"
+if [ "${4:-}" != contained ]; then
+    contained "$self" "$suite" "$previous" "$package" contained
     rm -rf --one-file-system "$root"
     exit
 fi
-make_root "$4"
+make_root "$suite"
 mount_root
 
 # What the package and its tests need is there before the network is gone.
