@@ -39,6 +39,19 @@ bool isUnitPresent()
     return unitlink::identifierIn(juce::MidiInput::getAvailableDevices()).isNotEmpty();
 }
 
+/// JUCE 9 takes the lowest rate of the device, which may be 8 kHz. JUCE 7 and 8 by themselves take
+/// the lowest from 44.1 kHz on.
+const juce::AudioDeviceManager::AudioDeviceSetup* preferredSetup()
+{
+#if JUCE_MAJOR_VERSION >= 9
+    static juce::AudioDeviceManager::AudioDeviceSetup setup;
+    setup.sampleRate = 44100; // that of the sounds; the nearest one is taken
+    return &setup;
+#else
+    return nullptr;
+#endif
+}
+
 QThread* startedThread()
 {
     auto* thread = new QThread;
@@ -71,7 +84,7 @@ MainWindow::MainWindow(QWidget* parent)
     slot_Init();
 
     // After the run is armed. The result is ignored: the station works without sound.
-    deviceManager.initialise(2, 2, nullptr, true);
+    deviceManager.initialise(2, 2, nullptr, true, {}, preferredSetup());
     connect(&pollTimer, SIGNAL(timeout()), this, SLOT(slot_PollDevices()));
     pollTimer.start(pollIntervalMs);
 }

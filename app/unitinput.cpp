@@ -3,7 +3,7 @@
 
 #include "app/unitinput.h"
 
-#if JUCE_LINUX && JUCE_MAJOR_VERSION < 9
+#if JUCE_LINUX
 #include <alsa/asoundlib.h>
 
 namespace
@@ -24,11 +24,13 @@ snd_seq_t* sequencer()
     return kept.get();
 }
 
-/// JUCE's identifier of a port is the number of its client, a hyphen and its own number.
+/// JUCE's identifier of a port is the number of its client, a hyphen and its own number. JUCE 9
+/// puts a word before those of virtual ports.
 snd_seq_addr_t addressOf(const juce::String& identifier)
 {
-    const auto client = identifier.upToFirstOccurrenceOf("-", false, false).getIntValue();
-    const auto port = identifier.fromFirstOccurrenceOf("-", false, false).getIntValue();
+    const auto numbers = identifier.trimCharactersAtStart("VIRTUAL");
+    const auto client = numbers.upToFirstOccurrenceOf("-", false, false).getIntValue();
+    const auto port = numbers.fromFirstOccurrenceOf("-", false, false).getIntValue();
     return {static_cast<unsigned char>(client), static_cast<unsigned char>(port)};
 }
 

@@ -29,6 +29,9 @@ target_include_directories(zorvi_juce SYSTEM
 set(midi_name "\"Zorvi\"")
 if(JUCE_VERSION VERSION_GREATER_EQUAL 9)
     string(APPEND midi_name "\\;")
+    # In every program: MIDI 1.0.
+    add_library(zorvi_midi2_absent OBJECT ${CMAKE_CURRENT_LIST_DIR}/midi2absent.cpp)
+    target_link_libraries(zorvi_juce INTERFACE $<TARGET_OBJECTS:zorvi_midi2_absent>)
 endif()
 target_compile_options(zorvi_juce PRIVATE "-DJUCE_ALSA_MIDI_NAME=${midi_name}")
 # A few functions of AudioProcessor name JUCE's windows. Nothing calls them, and the linker drops

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// What JUCE 9 calls beside the functions of sequencerfunctions.cpp. It asks for no version of MIDI
-// where midi2absent.cpp hides the system library's functions for MIDI 2.0.
+// What JUCE 9 calls beside the functions of sequencerfunctions.cpp, in a program in which
+// cmake/midi2absent.cpp hides the system library's functions for MIDI 2.0.
 
 #include <cerrno>
 

@@ -1,9 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "app/unitlink.h"
-#include "sequencer/porttable.h"
-#include "tests/support/station.h"
+#include "tests/support/poll.h"
 
 #include <algorithm>
 
@@ -30,10 +28,14 @@ class TestLink : public QObject
 {
     Q_OBJECT
 
+    const juce::ScopedJuceInitialiser_GUI juceLibrary;
+
 private Q_SLOTS:
     /// Has to be the first: JUCE opens the sequencer anew only while it has no port.
     void sequencerComesLater()
     {
+        if (JUCE_MAJOR_VERSION >= 9)
+            QSKIP("JUCE 9 looks for the sequencer once");
         int ports = 0;
         portTable().setAbsent(true);
         {
@@ -103,7 +105,7 @@ private Q_SLOTS:
         QCOMPARE(labelAfterPoll(window), notConnected);
 
         SimulatedUnit second;
-        QVERIFY(unit.plug() && second.plug());
+        QVERIFY(station::plug(unit) && second.plug());
         QCOMPARE(labelAfterPoll(window), connected);
         second.send({0xB0, 4, 64});
         QVERIFY(station::hears(window, unit));
@@ -125,8 +127,8 @@ private Q_SLOTS:
         for (int i = 0; i < 20; ++i) {
             unit.unplug();
             if (i == 10)
-                QVERIFY(other.plug());
-            QVERIFY(unit.plug());
+                QVERIFY(station::plug(other));
+            QVERIFY(station::plug(unit));
             QCOMPARE(labelAfterPoll(window), connected);
             QCOMPARE(labelAfterPoll(window), connected);
             QCOMPARE(portTable().portCount(), ports + (i < 10 ? 0 : 1));
@@ -136,7 +138,7 @@ private Q_SLOTS:
         }
         other.unplug();
         SimulatedUnit second("Zorvi_Control", SimulatedUnit::Ports::OnlySending);
-        QVERIFY(second.plug()); // listed before the first
+        QVERIFY(station::plug(second)); // listed before the first
         QCOMPARE(labelAfterPoll(window), connected);
         const station::Hearing hearing(window);
         second.send({0xB0, 4, 64});

@@ -63,6 +63,8 @@ class TestRun : public QObject
 {
     Q_OBJECT
 
+    const juce::ScopedJuceInitialiser_GUI juceLibrary;
+
 private Q_SLOTS:
     /// Closing quits the processor's thread alone, and a window does not go before that thread: it
     /// ticks on what goes with the window. Has to be the first: a thread of an earlier window that

@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "app/unitlink.h"
-#include "sequencer/porttable.h"
 #include "tests/support/figures.h"
-#include "tests/support/station.h"
+#include "tests/support/poll.h"
 
 #include <QDir>
 
@@ -47,6 +45,7 @@ class TestEndurance : public QObject
 {
     Q_OBJECT
 
+    const juce::ScopedJuceInitialiser_GUI juceLibrary;
     int idlePorts = 0;
 
 private Q_SLOTS:
@@ -73,7 +72,7 @@ private Q_SLOTS:
             sendFlood(unit); // the cable comes out within it,
             unit.unplug();
             if (i % 2 == 0) { // and is back before the next poll: the label stays
-                QVERIFY(unit.plug());
+                QVERIFY(station::plug(unit));
                 poll(window, true);
                 QVERIFY(station::hears(window, unit));
                 unit.unplug();
@@ -113,7 +112,7 @@ private Q_SLOTS:
         for (int i = 0; i < rounds; ++i) {
             auto window = std::make_unique<MainWindow>();
             window->show();
-            window->slot_PollDevices();
+            station::labelAfterPoll(*window);
             std::atomic<bool> stop{false};
             std::thread flood([&] {
                 for (int value = 0; !stop; value = (value + 1) % 128)
@@ -147,7 +146,7 @@ private:
 
     void connectUnit(MainWindow& window, SimulatedUnit& unit)
     {
-        QVERIFY(unit.plug());
+        QVERIFY(station::plug(unit));
         poll(window, true);
         QVERIFY(station::hears(window, unit));
     }

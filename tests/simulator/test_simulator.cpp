@@ -5,7 +5,7 @@
 #include "demo/panelrun.h"
 #include "simulator/unitplayer.h"
 #include "tests/support/expectedlog.h"
-#include "tests/support/station.h"
+#include "tests/support/poll.h"
 
 #include <QSignalSpy>
 
@@ -30,6 +30,8 @@ bool canBeCovered(const QString& fault, int faulty, int component, int band)
 class TestSimulator : public QObject
 {
     Q_OBJECT
+
+    const juce::ScopedJuceInitialiser_GUI juceLibrary;
 
 private Q_SLOTS:
     /// The station's panels cover of a unit with a fault, on some component of each kind, what can
@@ -81,7 +83,7 @@ private Q_SLOTS:
         SimulatedUnit unit;
         QVERIFY(unit.plug());
         MainWindow window;
-        window.slot_PollDevices();
+        station::labelAfterPoll(window);
         const station::Hearing hearing(window);
         UnitPlayer player(unit);
         const QSignalSpy finished(&player, SIGNAL(signal_Finished()));

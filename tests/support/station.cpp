@@ -70,12 +70,6 @@ QString station::deviceLabel(const MainWindow& window)
     return window.findChild<QLabel*>("deviceLabel")->text();
 }
 
-QString station::labelAfterPoll(MainWindow& window)
-{
-    window.slot_PollDevices();
-    return deviceLabel(window);
-}
-
 void station::setSerial(const MainWindow& window, const QString& serial)
 {
     window.findChild<QLineEdit*>("serialNumber")->setText(serial);

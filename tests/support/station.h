@@ -32,7 +32,6 @@ struct StateWatch : QObject {
 namespace station
 {
 QString deviceLabel(const MainWindow& window);
-QString labelAfterPoll(MainWindow& window);
 void setSerial(const MainWindow& window, const QString& serial);
 /// Clicks the button with that object name.
 void click(const MainWindow& window, const QString& button);

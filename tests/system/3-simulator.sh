@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# zorvi_unit, always this machine's, and each of its faults over the kernel's sequencer. A fault that
-# keeps a control from passing leaves the run there.
+# zorvi_unit and each of its faults over the kernel's sequencer. A fault that keeps a control from
+# passing leaves the run there.
 . "$(dirname "$0")/station.sh"
 
 # run_unit FAULT
@@ -11,7 +11,7 @@ run_unit() {
     wait_for is_let_go
     press_start_test
     type_serial "$1"
-    "$built/zorvi_unit" --delay 4 --pace 600 --fault "$1" > /dev/null
+    (start zorvi_unit --delay 4 --pace 600 --fault "$1") > /dev/null
 }
 
 save_and_read() {

@@ -11,7 +11,10 @@ plug unit
 check 'the unit is found' wait_for is_linked_to 'Zorvi_Control MIDI 1'
 pause 3
 
-thread=$(dirname "$(grep -lE '^JUCE (MIDI Input|v9.*: AL.*)$' /proc/"$station"/task/*/comm)")
+# thread_named PATTERN: not the first one, which has the program's name.
+thread_named() { grep -lE "^($1)\$" /proc/"$station"/task/*/comm | grep -v "/$station/comm"; }
+# JUCE 9 asks for a name that is too long for the kernel, so its thread keeps the program's.
+thread=$(dirname "$(thread_named 'JUCE MIDI Input|JUCE v.*: AL.*' || thread_named zorvi_assembly_)")
 wakeups() { awk '/^voluntary/ { print $2 }' "$thread/status"; }
 cpu_ms() { awk '{ printf "%d", $1 / 1e6 }' "$thread/schedstat"; }
 wakeups_before=$(wakeups) cpu_before=$(cpu_ms)

@@ -9,7 +9,7 @@
 # of the releases below. Does nothing if FOLDER holds one.
 set -euo pipefail
 folder=$1 version=${2:-}
-releases=(bookworm trixie)
+releases=(bookworm trixie forky)
 
 fail() {
     echo "kernel.sh: $*" >&2
@@ -41,13 +41,16 @@ else
     package=$(apt-cache "${apt[@]}" depends linux-image-amd64 | sed -n 's/^ *Depends: //p')
 fi
 [ -n "$package" ] || fail "no kernel ${version:-} in ${releases[*]}"
+# From Debian 14 on the kernel and its modules are packages of their own.
+mapfile -t parts < <(apt-cache "${apt[@]}" depends "$package" | sed -n 's/^ *Depends: //p' |
+    { grep -E '^linux-(base|binary|modules)-[0-9]' || true; })
 echo "kernel.sh: fetching $package"
-(cd "$work" && apt-get "${apt[@]}" download "$package")
+(cd "$work" && apt-get "${apt[@]}" download "$package" "${parts[@]}")
 rm -rf "$folder"
 mkdir -p "$folder"
-dpkg-deb -x "$work"/linux-image-*.deb "$folder"
-# Debian 13 keeps the modules in /usr/lib alone.
+for file in "$work"/linux-*.deb; do dpkg-deb -x "$file" "$folder"; done
+# From Debian 13 on the modules are in /usr/lib alone.
 [ -d "$folder/lib" ] || ln -s usr/lib "$folder/lib"
 ls "$folder/lib/modules" > "$folder/release"
 /sbin/depmod -b "$folder" "$(cat "$folder/release")"
-mv "$folder"/boot/vmlinuz-* "$folder/vmlinuz"
+mv "$(find "$folder" -name 'vmlinuz*')" "$folder/vmlinuz"

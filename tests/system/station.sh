@@ -112,9 +112,5 @@ linked_ports() {
         /Connecting To/ && client !~ /^Client +0 / { print port }' /proc/asound/seq/clients
 }
 is_linked_to() { [ "$(linked_ports)" = "$1" ]; }
-# The input that the station opens bears the station's name and "input", or with JUCE 9 the unit's or
-# the station's name, until the station has seen the unit go.
-is_let_go() {
-    ! awk -F'"' '/^Client/ { user = /User/ } /^ *Port/ && user { print $2 }' \
-        /proc/asound/seq/clients | grep -q '^Zorvi\(_Control.*\| Assembly Test input\)\?$'
-}
+# The station has closed its input, whose name it is.
+is_let_go() { ! grep -q '"Zorvi Assembly Test input"' /proc/asound/seq/clients; }

@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 // JUCE 9 uses the system library's functions for MIDI 2.0 if they are there: its references to them
-// are weak. Those below are the ones that it asks for. As weak symbols that no other library may
-// define they are null in a program that contains this file, and JUCE does with MIDI 1.0.
+// are weak. With them it misses ports that come and go where the kernel's sequencer has no MIDI 2.0
+// (seen on Linux 6.1; Debian's kernels up to 7.2 have none). Those below are the ones that it asks
+// for. As weak symbols that no other library may define they are null in a program that contains
+// this file, and JUCE does with MIDI 1.0, which is what the unit speaks.
 
 extern "C" {
 [[gnu::weak, gnu::visibility("hidden")]] extern const char snd_seq_client_info_get_midi_version,

@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "app/unitlink.h"
+#include "sequencer/porttable.h"
+#include "tests/support/station.h"
+
+namespace station
+{
+/// Whether JUCE lists the ports that can send. JUCE 9 takes in on its own thread which came and
+/// went.
+inline bool everyPortIsListed()
+{
+    auto& table = memorysequencer::portTable();
+    QSet<QString> there;
+    for (auto client = table.clientAfter(0); client; client = table.clientAfter(client->first))
+        for (auto port = table.portAfter({client->first, -1}); port;
+             port = table.portAfter({client->first, port->first}))
+            if ((port->second.capability & SND_SEQ_PORT_CAP_SUBS_READ) != 0)
+                there << QString("%1-%2").arg(client->first).arg(port->first);
+    QSet<QString> listed;
+    unitlink::takeInAnnouncements();
+    for (const auto& device : juce::MidiInput::getAvailableDevices())
+        listed << device.identifier.toRawUTF8();
+    return listed == there;
+}
+
+/// JUCE 9 has to see the last port of that number go first, or it takes the new one for gone.
+inline bool plug(SimulatedUnit& unit)
+{
+    return QTest::qWaitFor(everyPortIsListed) && unit.plug();
+}
+
+/// The device label after a poll that sees the sequencer's ports as they are now.
+inline QString labelAfterPoll(MainWindow& window)
+{
+    if (!QTest::qWaitFor(everyPortIsListed))
+        return "JUCE lists other ports than there are";
+    window.slot_PollDevices();
+    return deviceLabel(window);
+}
+} // namespace station
