@@ -67,7 +67,7 @@ private Q_SLOTS:
             QTest::newRow(name) << from << to << QString::fromUtf8(reason);
         };
         const QByteArray all = written(QString("4711"), unitlogs::whole());
-        row("empty", all, "", "empty");
+        row("empty", all, "", "half a log");
         row("other file", all, "Dear Sir", "no log");
         row("half a head", all, all.left(15), "half a log: it ends before the serial");
         row("half of the date", all, all.left(50), "half a log: it ends before component 0");

@@ -75,25 +75,21 @@ inline StationLog log(const QString& serial, int minutesAfterNoon, const BandMar
 /// All that the database has of a station, without the numbers of the rows; sorted.
 inline QStringList rows(const QSqlDatabase& database, const QString& station)
 {
-    const QString selects[] = {
-        QString("SELECT 'attempt', serial, tested_at, complete, ended_at, marks FROM "
-                "attempts"),
-        QString("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
-                "JOIN attempts ON attempts.id = attempt_id"),
-        QString("SELECT 'save', serial, tested_at, 0, 0, marks FROM repeated_saves"),
-    };
     QStringList found;
-    for (const QString& select : selects) {
-        QSqlQuery query(database);
-        if (!query.exec(select + QString(" JOIN stations ON stations.id = station_id WHERE "
-                                         "name = '%1'")
-                                     .arg(station)))
-            return {QString("the rows cannot be read")};
+    for (const QString select :
+         {"'attempt', serial, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), marks "
+          "FROM attempts",
+          "'missed', serial, tested_at, component, band, '' "
+          "FROM missed_bands JOIN attempts ON attempts.id = attempt_id",
+          "'save', serial, tested_at, 0, 0, marks FROM repeated_saves"}) {
+        QSqlQuery query("SELECT " + select + " JOIN stations ON stations.id = station_id " +
+                            "WHERE name = '" + station + "'",
+                        database);
         while (query.next()) {
-            QStringList row;
+            QString row;
             for (int i = 0; i < 5; ++i)
-                row << (query.isNull(i) ? QString() : query.value(i).toString());
-            found << row.join(' ') + ' ' + query.value(5).toByteArray().toHex();
+                row += query.value(i).toString() + ' ';
+            found << row + query.value(5).toByteArray().toHex();
         }
     }
     found.sort();
