@@ -39,6 +39,25 @@ inline BandMarks upTo(int componentNum)
     return marks;
 }
 
+/// "whole", "all" (with component 18), "18" (alone), "none", or "to20" (as far as 20); without what
+/// follows: "whole-3.5-40" lacks band 5 of component 3, and component 40.
+inline BandMarks marks(const QString& words)
+{
+    const QStringList parts = words.split('-');
+    BandMarks marks = parts[0] == "18"           ? ~whole()
+                      : parts[0] == "none"       ? BandMarks()
+                      : parts[0] == "all"        ? ~BandMarks()
+                      : parts[0].startsWith("t") ? upTo(parts[0].mid(2).toInt())
+                                                 : whole();
+    for (const QString& part : parts.mid(1)) {
+        const QStringList numbers = part.split('.');
+        for (int band = 0; band < bandmarks::bandCount(numbers[0].toInt()); ++band)
+            if (numbers.size() == 1 || numbers[1].toInt() == band)
+                marks.reset(bandmarks::markIndex(numbers[0].toInt(), band));
+    }
+    return marks;
+}
+
 inline QStringList lines(const QString& serial, const QDateTime& when, const BandMarks& marks)
 {
     testlog::Coverage coverage;
