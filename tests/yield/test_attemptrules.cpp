@@ -8,10 +8,8 @@
 #include <QTest>
 
 #include <algorithm>
-#include <numeric>
 
-Q_DECLARE_METATYPE(BandMarks)
-
+/// Marks are as unitlogs::marks has them.
 class TestAttemptRules : public QObject
 {
     Q_OBJECT
@@ -19,112 +17,91 @@ class TestAttemptRules : public QObject
 private Q_SLOTS:
     void savedAgain_data()
     {
-        QTest::addColumn<BandMarks>("latest");
-        QTest::addColumn<BandMarks>("later");
+        QTest::addColumn<QString>("latest");
+        QTest::addColumn<QString>("later");
         QTest::addColumn<int>("seconds"); // between them
         QTest::addColumn<bool>("isSavedAgain");
-        const BandMarks whole = unitlogs::whole();
-        const BandMarks without3 = unitlogs::allBut({{3, 5}, {18, 0}, {18, 1}});
-        const BandMarks halfOf20 = unitlogs::upTo(21) & unitlogs::allBut({{20, 1}});
-        const BandMarks withoutLast = unitlogs::allBut({{18, 0}, {18, 1}, {43, 12}});
-        constexpr int halfAnHour = 1800;
-        QTest::newRow("nothing changed") << whole << whole << 60 << true;
-        QTest::newRow("good once more") << whole << whole << 61 << false;
-        QTest::newRow("broken off, saved twice")
-            << unitlogs::upTo(20) << unitlogs::upTo(20) << halfAnHour << true;
-        QTest::newRow("dead tail twice")
-            << unitlogs::upTo(20) << unitlogs::upTo(20) << halfAnHour + 1 << false;
-        QTest::newRow("saved in mid-run") << unitlogs::upTo(20) << whole << halfAnHour << true;
-        QTest::newRow("tail repaired") << unitlogs::upTo(20) << whole << halfAnHour + 1 << false;
-        QTest::newRow("saved in mid-control") << halfOf20 << whole << 300 << true;
-        QTest::newRow("saved in mid-run, then a miss")
-            << unitlogs::upTo(2) << without3 << 300 << true;
-        QTest::newRow("fewer marks") << whole << unitlogs::upTo(20) << 30 << false;
-        QTest::newRow("other marks") << without3 << withoutLast << 30 << false;
-        QTest::newRow("repaired and tested again") << without3 << whole << 30 << false;
-        QTest::newRow("skipped, then saved in mid-run")
-            << (unitlogs::upTo(20) & without3) << without3 << 300 << true;
-        QTest::newRow("begun again after a miss")
-            << (unitlogs::upTo(20) & without3) << whole << 300 << false;
-        QTest::newRow("last control repaired") << withoutLast << whole << 61 << false;
-        QTest::newRow("saved in the last control") << withoutLast << whole << 60 << true;
+        const auto row = [](const char* name, const char* latest, const char* later, int seconds,
+                            bool isSavedAgain) {
+            QTest::newRow(name) << latest << later << seconds << isSavedAgain;
+        };
+        row("nothing changed", "whole", "whole", 60, true);
+        row("good once more", "whole", "whole", 61, false);
+        row("broken off, saved twice", "to20", "to20", 1800, true);
+        row("dead tail twice", "to20", "to20", 1801, false);
+        row("saved in mid-run", "to20", "whole", 1800, true);
+        row("tail repaired", "to20", "whole", 1801, false);
+        row("saved in mid-control", "to21-20.1", "whole", 300, true);
+        row("saved in mid-run, then a miss", "to2", "whole-3.5", 300, true);
+        row("fewer marks", "whole", "to20", 30, false);
+        row("other marks", "whole-3.5", "whole-43.12", 30, false);
+        row("repaired and tested again", "whole-3.5", "whole", 30, false);
+        row("skipped, then saved in mid-run", "to20-3.5", "whole-3.5", 300, true);
+        row("begun again after a miss", "to20-3.5", "whole", 300, false);
+        row("last control repaired", "whole-43.12", "whole", 61, false);
+        row("saved in the last control", "whole-43.12", "whole", 60, true);
     }
 
     void savedAgain()
     {
-        QFETCH(BandMarks, latest);
-        QFETCH(BandMarks, later);
+        QFETCH(QString, latest);
+        QFETCH(QString, later);
         QFETCH(int, seconds);
         QFETCH(bool, isSavedAgain);
-        QCOMPARE(attemptrules::isSavedAgain(save(0, latest), save(seconds, later)), isSavedAgain);
+        const auto attempts = attemptrules::attemptsOf({log(0, latest), log(seconds, later)});
+        QCOMPARE(attempts.size(), isSavedAgain ? 1U : 2U);
     }
 
     /// The half hour counts from the latest log, an equal one too, and the date is that of the
     /// first log with all the marks. Whatever the order of the logs.
     void longRun()
     {
-        const std::vector<attemptrules::Save> logs = {
-            save(0, unitlogs::upTo(9)),     save(1500, unitlogs::upTo(9)),
-            save(3000, unitlogs::upTo(20)), save(4500, unitlogs::upTo(20)),
-            save(6400, unitlogs::whole()),
-        };
-        const std::vector<attemptrules::Save> attempts = {logs[2], logs[4]};
-        const std::vector<attemptrules::Save> others = {logs[0], logs[1], logs[3]};
-        std::vector<std::size_t> order(logs.size());
-        std::iota(order.begin(), order.end(), 0);
+        const std::vector<StationLog> logs = {log(0, "to9"), log(1500, "to9"), log(3000, "to20"),
+                                              log(4500, "to20"), log(6400, "whole")};
+        std::array<std::size_t, 5> order = {0, 1, 2, 3, 4};
         do {
-            std::vector<attemptrules::Save> shuffled(logs.size());
-            for (std::size_t i = 0; i < logs.size(); ++i)
-                shuffled[order[i]] = logs[i];
-            const auto grouped = attemptrules::grouped(shuffled);
-            QVERIFY(grouped.attempts == attempts);
-            QVERIFY(std::is_permutation(grouped.others.begin(), grouped.others.end(),
-                                        others.begin(), others.end()));
+            std::vector<StationLog> shuffled;
+            for (const std::size_t i : order)
+                shuffled.push_back(logs[i]);
+            QVERIFY(attemptrules::attemptsOf(shuffled) == std::vector({logs[2], logs[4]}));
         } while (std::next_permutation(order.begin(), order.end()));
     }
 
     void outcome_data()
     {
-        QTest::addColumn<BandMarks>("marks");
+        QTest::addColumn<QString>("marks");
         QTest::addColumn<bool>("tests18");
         QTest::addColumn<QString>("outcome");
-        const auto dead = [](int first, int last) {
-            BandMarks marks = ~BandMarks();
-            for (auto mark = bandmarks::markIndex(first, 0);
-                 mark < static_cast<std::size_t>(bandmarks::firstMark(last + 1)); ++mark)
-                marks.reset(mark);
-            return marks;
+        const auto row = [](const char* name, const char* marks, bool tests18,
+                            const char* outcome) {
+            QTest::newRow(name) << marks << tests18 << outcome;
         };
-        QTest::newRow("whole") << unitlogs::whole() << false << "";
-        QTest::newRow("18 missed") << unitlogs::whole() << true << "18.0 18.1";
-        QTest::newRow("bands") << unitlogs::allBut({{8, 12}, {40, 0}}) << true << "8.12 40.0";
-        QTest::newRow("last half worked")
-            << unitlogs::allBut({{43, 1}, {43, 12}}) << true << "43.1 43.12";
-        QTest::newRow("last dead") << dead(43, 43) << true
-                                   << "43.0 43.1 43.2 43.3 43.4 43.5 43.6 43.7 43.8 43.9 43.10 "
-                                      "43.11 43.12";
-        QTest::newRow("two at the end") << dead(42, 43) << true << "ended at 42";
-        QTest::newRow("a board of rotaries") << dead(39, 43) << true << "ended at 40";
-        QTest::newRow("from 18, tested") << dead(18, 43) << true << "ended at 18";
-        QTest::newRow("from 18, not tested") << dead(18, 43) << false << "ended at 19";
-        QTest::newRow("begun, then ended") << (dead(12, 43) & unitlogs::allBut({{3, 4}, {11, 1}}))
-                                           << false << "3.4 11.1 ended at 12";
-        QTest::newRow("two dead, not at the end") << dead(30, 31) << true << "30.0 30.1 31.0 31.1";
-        QTest::newRow("18 alone, which is not tested")
-            << (dead(0, 17) & dead(19, 43)) << false << "ended at 0";
+        row("whole", "whole", false, "");
+        row("18 missed", "whole", true, "18.0 18.1");
+        row("bands", "all-8.12-40.0", true, "8.12 40.0");
+        row("last half worked", "all-43.1-43.12", true, "43.1 43.12");
+        row("last dead", "all-43", true,
+            "43.0 43.1 43.2 43.3 43.4 43.5 43.6 43.7 43.8 43.9 43.10 43.11 43.12");
+        row("two at the end", "all-42-43", true, "ended at 42");
+        row("a board of rotaries", "all-40-41-42-43", true, "ended at 40");
+        row("from 18, tested", "to18", true, "ended at 18");
+        row("from 18, not tested", "to18", false, "ended at 19");
+        row("begun, then ended", "to12-3.4-11.1", false, "3.4 11.1 ended at 12");
+        row("two dead, not at the end", "all-30-31", true, "30.0 30.1 31.0 31.1");
+        row("18 alone, which is not tested", "18", false, "ended at 0");
     }
 
     void outcome()
     {
-        QFETCH(BandMarks, marks);
+        QFETCH(QString, marks);
         QFETCH(bool, tests18);
         QFETCH(QString, outcome);
-        const auto found = attemptrules::outcomeOf(marks, tests18);
+        const auto found = attemptrules::outcomeOf(unitlogs::marks(marks), tests18);
         QStringList words;
         for (const auto& band : found.missed)
-            words << QStringLiteral("%1.%2").arg(band.componentNum).arg(band.band);
+            words << QString("%1.%2").arg(band.componentNum).arg(band.band);
         if (found.endedAt)
-            words << QStringLiteral("ended at %1").arg(*found.endedAt);
+            words << QString("ended at %1").arg(*found.endedAt);
         QCOMPARE(words.join(' '), outcome);
         QCOMPARE(found.isComplete(), outcome.isEmpty());
     }
@@ -135,29 +112,11 @@ private Q_SLOTS:
         QCOMPARE(attemptrules::secondsBetween("2026-03-29T01:59:00", "2026-03-29T03:01:00"), 3720);
     }
 
-    void order()
-    {
-        const auto attempt = [](const char* time, const QString& station, const BandMarks& marks) {
-            return Attempt{station, false, {}, QString("2026-11-21T%1").arg(time), marks};
-        };
-        const std::vector<Attempt> inOrder = {
-            attempt("11:59:59", "Z", unitlogs::whole()),
-            attempt("12:00:00", "A", unitlogs::whole()),
-            attempt("12:00:00", "\uffff", unitlogs::whole()), // by bytes, not as QString has it
-            attempt("12:00:00", "\U0001f600", unitlogs::upTo(20)),
-            attempt("12:00:00", "\U0001f600", unitlogs::whole() & unitlogs::allBut({{0, 1}})),
-            attempt("12:00:00", "\U0001f600", unitlogs::whole() & unitlogs::allBut({{0, 0}})),
-            attempt("12:00:00", "\U0001f600", unitlogs::whole()),
-        };
-        for (std::size_t i = 0; i < inOrder.size(); ++i)
-            for (std::size_t j = 0; j < inOrder.size(); ++j)
-                QCOMPARE(attemptrules::isBefore(inOrder[i], inOrder[j]), i < j);
-    }
-
 private:
-    static attemptrules::Save save(int seconds, const BandMarks& marks)
+    static StationLog log(int seconds, const QString& marks)
     {
-        return {unitlogs::noon().addSecs(seconds).toString(Qt::ISODate), marks};
+        return {
+            {}, unitlogs::noon().addSecs(seconds).toString(Qt::ISODate), unitlogs::marks(marks)};
     }
 };
 

@@ -57,7 +57,7 @@ private Q_SLOTS:
         for (const char* line :
              {"half.txt: not imported: it is half a log: it ends in component",
               "e.txt: not imported: its name has a foreign encoding",
-              "pipe: not imported: it is empty", "nowhere: not imported: No such file"})
+              "pipe: not imported: it is no file", "nowhere: not imported: No such file"})
             QVERIFY2(outcome.errors.contains(line), outcome.errors.constData());
     }
 

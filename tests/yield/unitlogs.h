@@ -39,6 +39,25 @@ inline BandMarks upTo(int componentNum)
     return marks;
 }
 
+/// "whole", "all" (with component 18), "18" (alone), "none", or "to20" (as far as 20); without what
+/// follows: "whole-3.5-40" lacks band 5 of component 3, and component 40.
+inline BandMarks marks(const QString& words)
+{
+    const QStringList parts = words.split('-');
+    BandMarks marks = parts[0] == "18"           ? ~whole()
+                      : parts[0] == "none"       ? BandMarks()
+                      : parts[0] == "all"        ? ~BandMarks()
+                      : parts[0].startsWith("t") ? upTo(parts[0].mid(2).toInt())
+                                                 : whole();
+    for (const QString& part : parts.mid(1)) {
+        const QStringList numbers = part.split('.');
+        for (int band = 0; band < bandmarks::bandCount(numbers[0].toInt()); ++band)
+            if (numbers.size() == 1 || numbers[1].toInt() == band)
+                marks.reset(bandmarks::markIndex(numbers[0].toInt(), band));
+    }
+    return marks;
+}
+
 inline QStringList lines(const QString& serial, const QDateTime& when, const BandMarks& marks)
 {
     testlog::Coverage coverage;
@@ -75,25 +94,21 @@ inline StationLog log(const QString& serial, int minutesAfterNoon, const BandMar
 /// All that the database has of a station, without the numbers of the rows; sorted.
 inline QStringList rows(const QSqlDatabase& database, const QString& station)
 {
-    const QString selects[] = {
-        QString("SELECT 'attempt', serial, tested_at, complete, ended_at, marks FROM "
-                "attempts"),
-        QString("SELECT 'missed', serial, tested_at, component, band, '' FROM missed_bands "
-                "JOIN attempts ON attempts.id = attempt_id"),
-        QString("SELECT 'save', serial, tested_at, 0, 0, marks FROM repeated_saves"),
-    };
     QStringList found;
-    for (const QString& select : selects) {
-        QSqlQuery query(database);
-        if (!query.exec(select + QString(" JOIN stations ON stations.id = station_id WHERE "
-                                         "name = '%1'")
-                                     .arg(station)))
-            return {QString("the rows cannot be read")};
+    for (const QString select :
+         {"'attempt', serial, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), marks "
+          "FROM attempts",
+          "'missed', serial, tested_at, component, band, '' "
+          "FROM missed_bands JOIN attempts ON attempts.id = attempt_id",
+          "'save', serial, tested_at, 0, 0, marks FROM repeated_saves"}) {
+        QSqlQuery query("SELECT " + select + " JOIN stations ON stations.id = station_id " +
+                            "WHERE name = '" + station + "'",
+                        database);
         while (query.next()) {
-            QStringList row;
+            QString row;
             for (int i = 0; i < 5; ++i)
-                row << (query.isNull(i) ? QString() : query.value(i).toString());
-            found << row.join(' ') + ' ' + query.value(5).toByteArray().toHex();
+                row += query.value(i).toString() + ' ';
+            found << row + query.value(5).toByteArray().toHex();
         }
     }
     found.sort();

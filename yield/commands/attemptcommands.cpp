@@ -101,7 +101,7 @@ int exportAttempts(const QCommandLineParser& parser)
     QByteArray before = "\n";
     records.write(isJson ? "[" : "station,serial,tested_at,complete,missed_bands,ended_at\r\n");
     Progress progress("attempts");
-    attemptreader::forEachByTime(database, [&](const Attempt& attempt) {
+    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
         progress.add(1);
         records.write(isJson ? before + json(attempt) : csv(attempt));
         before = ",\n";
@@ -126,11 +126,12 @@ int showUnit(const QCommandLineParser& parser)
     QTextStream out(stdout);
     bool isFound = false;
     bool isComplete = false;
-    attemptreader::forEachOf(database, serial, [&](const Attempt& attempt) {
+    const auto show = [&](const Attempt& attempt) {
         isFound = true;
         isComplete = outcomeOf(attempt).isComplete();
         out << line(attempt);
-    });
+    };
+    attemptreader::forEachByUnit(database, show, serial);
     if (!isFound)
         QTextStream(stderr)
             << QString("no attempt at a unit with the serial \"%1\"").arg(printableText(serial))

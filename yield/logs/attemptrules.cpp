@@ -6,6 +6,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <tuple>
 
 namespace
 {
@@ -13,14 +14,6 @@ namespace
 constexpr qint64 sameRunSeconds = 30 * 60;
 /// The same once the last control has a mark: the run is over as soon as that is worked.
 constexpr qint64 lastControlSeconds = 60;
-
-BandMarks channelButtonMarks()
-{
-    BandMarks marks;
-    for (int band = 0; band < bandmarks::bandCount(roster::channelButton); ++band)
-        marks.set(bandmarks::markIndex(roster::channelButton, band));
-    return marks;
-}
 
 /// The last control, in the order of a run, with a mark; -1 without one.
 int lastControl(const BandMarks& marks)
@@ -31,29 +24,16 @@ int lastControl(const BandMarks& marks)
     return mark == 0 ? -1 : bandmarks::bandOf(mark - 1).componentNum;
 }
 
-/// Within one second the marks can only have grown. Packed marks are compared so that the order of
-/// different marks, as many, is always the same.
-bool hasFewerMarks(const BandMarks& left, const BandMarks& right)
+/// What logs of one unit are sorted by. Within one second the marks can only have grown; packed
+/// marks are compared so that the order of different marks, as many, is always the same.
+auto place(const QString& testedAt, const QByteArray& station, const BandMarks& marks)
 {
-    if (left.count() != right.count())
-        return left.count() < right.count();
-    return bandmarks::packed(left) < bandmarks::packed(right);
+    return std::make_tuple(testedAt, station, marks.count(), bandmarks::packed(marks));
 }
 
-bool isEarlier(const attemptrules::Save& left, const attemptrules::Save& right)
-{
-    if (left.testedAt != right.testedAt)
-        return left.testedAt < right.testedAt;
-    return hasFewerMarks(left.marks, right.marks);
-}
-} // namespace
-
-bool attemptrules::showsComponent18(const BandMarks& marks)
-{
-    return (marks & channelButtonMarks()).any();
-}
-
-bool attemptrules::isSavedAgain(const Save& latest, const Save& later)
+/// Whether a log is the same attempt saved again: "Save Log" in mid-run, the end of the run later.
+/// latest is the latest log of the attempt, later the next log of the same unit and station.
+bool isSavedAgain(const StationLog& latest, const StationLog& later)
 {
     if ((latest.marks & ~later.marks).any())
         return false;
@@ -65,35 +45,39 @@ bool attemptrules::isSavedAgain(const Save& latest, const Save& later)
     for (std::size_t mark = 0; mark < end; ++mark)
         if (latest.marks[mark] != later.marks[mark])
             return false;
-    return secondsBetween(latest.testedAt, later.testedAt) <=
+    return attemptrules::secondsBetween(latest.testedAt, later.testedAt) <=
            (last == roster::lastComponent ? lastControlSeconds : sameRunSeconds);
 }
+} // namespace
 
-attemptrules::Attempts attemptrules::grouped(std::vector<Save> saves)
+BandMarks attemptrules::channelButtonMarks()
 {
-    std::sort(saves.begin(), saves.end(), isEarlier);
-    Attempts result;
-    for (std::size_t i = 0; i < saves.size(); ++i) {
+    BandMarks marks;
+    for (int band = 0; band < bandmarks::bandCount(roster::channelButton); ++band)
+        marks.set(bandmarks::markIndex(roster::channelButton, band));
+    return marks;
+}
+
+std::vector<StationLog> attemptrules::attemptsOf(std::vector<StationLog> logs)
+{
+    std::sort(logs.begin(), logs.end(), [](const StationLog& left, const StationLog& right) {
+        return place(left.testedAt, {}, left.marks) < place(right.testedAt, {}, right.marks);
+    });
+    std::vector<StationLog> attempts;
+    for (std::size_t i = 0; i < logs.size(); ++i) {
         // The log before is the latest one of the last attempt, and has all its marks.
-        if (i == 0 || !isSavedAgain(saves[i - 1], saves[i])) {
-            result.attempts.push_back(saves[i]);
-        } else if (result.attempts.back().marks == saves[i].marks) {
-            result.others.push_back(saves[i]);
-        } else {
-            result.others.push_back(result.attempts.back());
-            result.attempts.back() = saves[i];
-        }
+        if (i == 0 || !isSavedAgain(logs[i - 1], logs[i]))
+            attempts.push_back(logs[i]);
+        else if (attempts.back().marks != logs[i].marks)
+            attempts.back() = logs[i];
     }
-    return result;
+    return attempts;
 }
 
 bool attemptrules::isBefore(const Attempt& left, const Attempt& right)
 {
-    if (left.testedAt != right.testedAt)
-        return left.testedAt < right.testedAt;
-    if (left.station != right.station)
-        return left.station.toUtf8() < right.station.toUtf8();
-    return hasFewerMarks(left.marks, right.marks);
+    return place(left.testedAt, left.station.toUtf8(), left.marks) <
+           place(right.testedAt, right.station.toUtf8(), right.marks);
 }
 
 bool attemptrules::isTested(int componentNum, bool tests18)

@@ -4,9 +4,7 @@
 #pragma once
 
 #include "yield/logs/attempt.h"
-#include "yield/logs/bandmarks.h"
-
-#include <QString>
+#include "yield/logs/stationlog.h"
 
 #include <optional>
 #include <vector>
@@ -14,35 +12,12 @@
 /// What logs mean. Pure functions; the one place for these rules.
 namespace attemptrules
 {
-/// What one log says of the unit and the station that it is about.
-struct Save {
-    QString testedAt; ///< yyyy-MM-ddTHH:mm:ss
-    BandMarks marks;
+/// The marks of component 18: only a station that tests it leaves one.
+BandMarks channelButtonMarks();
 
-    bool operator==(const Save& other) const
-    {
-        return testedAt == other.testedAt && marks == other.marks;
-    }
-};
-
-/// Whether the marks have one of component 18: only a station that tests it leaves one.
-bool showsComponent18(const BandMarks& marks);
-
-/// Whether a log is the same attempt saved again: "Save Log" in mid-run, the end of the run later.
-/// latest is the latest log of the attempt, later the next log of the same unit and station. It is
-/// if its marks contain the attempt's, one run can lead from these to those, and it comes at most
-/// 30 minutes later, at most 60 seconds once the attempt has a mark of component 43.
-bool isSavedAgain(const Save& latest, const Save& later);
-
-/// The logs of one unit at one station, grouped.
-struct Attempts {
-    std::vector<Save> attempts; ///< For each attempt the first log with all its marks, by time.
-    std::vector<Save> others;   ///< The rest of the logs, the other saves.
-};
-
-/// Logs in any order, each once, all of them attempts. The same logs give the same result,
-/// whatever their order.
-Attempts grouped(std::vector<Save> saves);
+/// Groups the logs of one unit at one station: of each attempt the first log with all its marks, by
+/// time. logs: in any order, each once and with a mark; the result does not depend on the order.
+std::vector<StationLog> attemptsOf(std::vector<StationLog> logs);
 
 /// The order of the attempts at one unit, at whatever stations: by time, then by the station's name
 /// in UTF-8, then fewer marks first, then by the packed marks. Never by the order of import.

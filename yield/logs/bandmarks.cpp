@@ -13,15 +13,11 @@ QByteArray bandmarks::packed(const BandMarks& marks)
     return {bits.bits(), packedSize};
 }
 
-std::optional<BandMarks> bandmarks::unpacked(const QByteArray& bytes)
+BandMarks bandmarks::unpacked(const QByteArray& bytes)
 {
-    if (bytes.size() != packedSize)
-        return std::nullopt;
-    const auto byteOf = [&](int mark) { return static_cast<unsigned char>(bytes[mark / 8]); };
-    if (byteOf(bandMarkCount) >> bandMarkCount % 8 != 0) // it has bits behind the last mark
-        return std::nullopt;
+    const QBitArray bits = QBitArray::fromBits(bytes.constData(), bandMarkCount);
     BandMarks marks;
     for (int i = 0; i < bandMarkCount; ++i)
-        marks[static_cast<std::size_t>(i)] = (byteOf(i) >> i % 8 & 1) != 0;
+        marks[static_cast<std::size_t>(i)] = bits[i];
     return marks;
 }

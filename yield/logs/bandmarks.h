@@ -9,7 +9,6 @@
 
 #include <bitset>
 #include <cstddef>
-#include <optional>
 
 namespace bandmarks
 {
@@ -65,6 +64,6 @@ constexpr int packedSize = (bandMarkCount + 7) / 8;
 
 QByteArray packed(const BandMarks& marks);
 
-/// Nothing if these are not packed marks.
-std::optional<BandMarks> unpacked(const QByteArray& bytes);
+/// bytes: packedSize of them.
+BandMarks unpacked(const QByteArray& bytes);
 } // namespace bandmarks

@@ -6,14 +6,8 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <string>
 #include <system_error>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace
 {
@@ -26,8 +20,8 @@ bool hasForeignName(const QString& path)
 
 QStringList logfiles::filesOf(const QString& path)
 {
-    const QFileInfo info(path);
-    if (!info.isDir() || !info.isReadable() || !info.isExecutable())
+    // In a folder whose files nobody may open they would look as if they were gone.
+    if (!QFileInfo(path).isExecutable())
         return {path};
     // Not by QDir, which leaves out a file whose name is in a foreign encoding.
     std::error_code problem;
@@ -42,7 +36,7 @@ QStringList logfiles::filesOf(const QString& path)
         if (!isHidden && isFile)
             files << QFile::decodeName(entry->path().c_str());
     }
-    if (problem) // the reading of the folder says so
+    if (problem) // the path is no folder, or its reading says so
         files << path;
     files.sort();
     return files;
@@ -53,38 +47,25 @@ bool logfiles::isGone(const QString& path)
     return !hasForeignName(path) && !QFileInfo::exists(path);
 }
 
-/// By the system's own calls: QFile and QFileInfo took more time than all the rest of an import.
 std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason)
 {
-    // A pipe or a device must not keep the reader waiting.
-    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    QByteArray bytes(stationlog::longestLog + 1, Qt::Uninitialized);
-    const auto size =
-        file < 0 ? -1 : ::read(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
-    const int error = errno;
-    if (file >= 0)
-        close(file);
-    if (size < 0) {
-        reason = hasForeignName(path) ? QString("its name has a foreign encoding")
-                 : error == EISDIR    ? QString("the folder cannot be read")
-                                      : QString::fromLocal8Bit(std::strerror(error));
+    // Nor is it opened: a pipe would keep the reader waiting.
+    if (const QFileInfo info(path); info.exists() && !info.isFile() && !info.isDir()) {
+        reason = "it is no file";
         return std::nullopt;
     }
-    bytes.truncate(static_cast<int>(size));
-    return bytes;
+    QFile file(path);
+    QByteArray bytes;
+    if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        bytes = file.read(stationlog::longestLog + 1);
+    if (file.error() == QFileDevice::NoError)
+        return bytes;
+    reason = hasForeignName(path) ? QString("its name has a foreign encoding") : file.errorString();
+    return std::nullopt;
 }
 
 std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
 {
-    constexpr int tries = 5;
-    QByteArray refused;
-    for (int i = 0; i < tries; ++i) {
-        const auto bytes = bytesOf(path, reason);
-        if (!bytes || (i > 0 && *bytes == refused))
-            return std::nullopt;
-        if (auto log = stationlog::read(*bytes, reason))
-            return log;
-        refused = *bytes;
-    }
-    return std::nullopt;
+    const auto bytes = bytesOf(path, reason);
+    return bytes ? stationlog::read(*bytes, reason) : std::nullopt;
 }

@@ -21,11 +21,10 @@ QStringList filesOf(const QString& path);
 /// Whether a file is no longer there: a log in the making gets its own name when it is complete.
 bool isGone(const QString& path);
 
-/// What a file holds, but not much more than a log can. Nothing, and a reason for people, if it
-/// cannot be read.
+/// What a file holds, but not much more than a log can. Nothing, and a reason for people, if it is
+/// no file or cannot be read.
 std::optional<QByteArray> bytesOf(const QString& path, QString& reason);
 
-/// Reads a log, again if it is replaced meanwhile. Nothing, and a reason for people, if the file
-/// cannot be read or is no log.
+/// Reads a log. Nothing, and a reason for people, if the file cannot be read or is no log.
 std::optional<StationLog> read(const QString& path, QString& reason);
 } // namespace logfiles

@@ -3,12 +3,10 @@
 
 #include "yield/logs/stationlog.h"
 
-#include <QDate>
+#include <QDateTime>
 #include <QLocale>
-#include <QStringList>
-#include <QTime>
 
-#include <vector>
+#include <algorithm>
 
 namespace
 {
@@ -19,51 +17,51 @@ constexpr int longestSerial = 1000;
 /// Stands where a log has the 0 or 1 of a mark; no other part of a log has it.
 constexpr char markPlace = '?';
 
-/// What follows the head of a log: for each component its heading and its ranges.
-std::vector<QByteArray> blocksOfALog()
+/// What follows the head in every log: for each component its heading and its ranges.
+QByteArray formOfComponents()
 {
     const QByteArray kinds[] = {"FADER", "BUTTON", "ROTARY"};
-    std::vector<QByteArray> blocks;
+    QByteArray form;
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
-        QByteArray block = blockBegin + kinds[static_cast<int>(roster::kindOf(c))] + ": " +
-                           QByteArray::number(roster::indexInKind(c)) + " (Component " +
-                           QByteArray::number(c) + ") ----------------";
+        form += blockBegin + kinds[static_cast<int>(roster::kindOf(c))] + ": " +
+                QByteArray::number(roster::indexInKind(c)) + " (Component " +
+                QByteArray::number(c) + ") ----------------";
         if (c == roster::powerButton)
-            block += "\r\n NOT TESTED (Power Button)";
+            form += "\r\n NOT TESTED (Power Button)";
         for (int band = 0; band < bandmarks::bandCount(c); ++band)
-            block += "\r\nRange " + QByteArray::number(band) + ": " + markPlace;
-        blocks.push_back(block + '\n');
+            form += "\r\nRange " + QByteArray::number(band) + ": " + markPlace;
+        form += '\n';
     }
-    return blocks;
+    return form;
 }
 
-/// The marks of a log whose head ends there. Nothing, and a reason for people, if the rest is not
-/// as the station writes it.
-std::optional<BandMarks> marksAfter(int headSize, const QByteArray& bytes, QString& reason)
+/// The marks in what follows the head. Nothing, and a reason for people, if that is not as the
+/// station writes it.
+std::optional<BandMarks> marksIn(const QByteArray& components, QString& reason)
 {
-    static const std::vector<QByteArray> blocks = blocksOfALog();
+    static const QByteArray form = formOfComponents();
+    const auto componentAt = [](int position) {
+        return form.left(position + blockBegin.size()).count(blockBegin) - 1;
+    };
+    const int size = std::min(components.size(), form.size());
     BandMarks marks;
     std::size_t mark = 0;
-    int position = headSize;
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
-        for (const char expected : blocks.at(static_cast<std::size_t>(c))) {
-            if (position == bytes.size()) {
-                reason = QString("it is half a log: it ends in component %1").arg(c);
-                return std::nullopt;
-            }
-            const char found = bytes[position++];
-            const bool isMark = expected == markPlace;
-            if (isMark ? found != '0' && found != '1' : found != expected) {
-                reason = QString("its component %1 is not as the station writes it").arg(c);
-                return std::nullopt;
-            }
-            if (isMark)
-                marks[mark++] = found == '1';
+    for (int i = 0; i < size; ++i) {
+        const char found = components[i];
+        const bool isMark = form[i] == markPlace;
+        if (isMark ? found != '0' && found != '1' : found != form[i]) {
+            reason =
+                QString("its component %1 is not as the station writes it").arg(componentAt(i));
+            return std::nullopt;
         }
+        if (isMark)
+            marks[mark++] = found == '1';
     }
-    if (position == bytes.size())
+    if (components.size() == form.size())
         return marks;
-    reason = "it goes on after its last component";
+    reason = size == form.size()
+                 ? "it goes on after its last component"
+                 : QString("it is half a log: it ends in component %1").arg(componentAt(size));
     return std::nullopt;
 }
 
@@ -72,8 +70,6 @@ QString whatIsWrong(const QByteArray& bytes)
 {
     if (bytes.size() > stationlog::longestLog)
         return "it is too long for a log";
-    if (bytes.isEmpty())
-        return "it is empty";
     for (const char* byteOrderMark : {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF"})
         if (bytes.startsWith(byteOrderMark))
             return "it has a foreign encoding: it begins with a byte order mark";
@@ -84,23 +80,15 @@ QString whatIsWrong(const QByteArray& bytes)
     return bytes.startsWith(headBegin) ? "" : "its line ends are not those of the station";
 }
 
-/// "Sat Nov 21 07:59:55 2026" as 2026-11-21T07:59:55; empty if it is not of this form. Date and
-/// time are read apart: together they could be a time that this computer's clock leaves out.
+/// "Sat Nov 21 07:59:55 2026" as 2026-11-21T07:59:55; empty if it is not of this form.
 QString isoTime(const QString& text)
 {
-    const QStringList words = text.split(' ');
-    if (words.size() != 5)
+    // As a time of Greenwich, because this computer's clock may leave that hour out.
+    const QDateTime time = QDateTime::fromString(text + " GMT", Qt::TextDate);
+    // Written again, because the reading forgives other languages, signs and missing zeros.
+    if (QLocale::c().toString(time, "ddd MMM d HH:mm:ss yyyy") != text)
         return {};
-    const QLocale english = QLocale::c();
-    const QString day = QStringList(words.mid(0, 3)).join(' ');
-    const QDate date = english.toDate(day + ' ' + words[4], "ddd MMM d yyyy");
-    const QTime time = QTime::fromString(words[3], Qt::ISODate);
-    // Written again, because the reading forgives signs and missing zeros.
-    const QString written = english.toString(date, "ddd MMM d ") + time.toString(Qt::ISODate) +
-                            english.toString(date, " yyyy");
-    if (!date.isValid() || !time.isValid() || written != text)
-        return {};
-    return date.toString(Qt::ISODate) + 'T' + time.toString(Qt::ISODate);
+    return time.toString("yyyy-MM-ddTHH:mm:ss");
 }
 } // namespace
 
@@ -110,14 +98,13 @@ std::optional<StationLog> stationlog::read(const QByteArray& bytes, QString& rea
         reason = why;
         return std::nullopt;
     };
-    reason = whatIsWrong(bytes);
-    if (!reason.isEmpty())
-        return std::nullopt;
+    if (const QString why = whatIsWrong(bytes); !why.isEmpty())
+        return refused(why);
     // The serial may hold any character, so the last of these ends the head.
     const int headEnd = bytes.lastIndexOf('\n' + blockBegin + "FADER: 0 ");
     if (headEnd < 0)
         return refused("it is half a log: it ends before component 0");
-    const auto marks = marksAfter(headEnd + 1, bytes, reason);
+    const auto marks = marksIn(bytes.mid(headEnd + 1), reason);
     if (!marks)
         return std::nullopt;
 

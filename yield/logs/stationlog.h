@@ -15,6 +15,11 @@ struct StationLog {
     QString serial;   ///< As typed: may be empty or hold any character but NUL.
     QString testedAt; ///< yyyy-MM-ddTHH:mm:ss, the station's wall clock.
     BandMarks marks;
+
+    bool operator==(const StationLog& other) const
+    {
+        return serial == other.serial && testedAt == other.testedAt && marks == other.marks;
+    }
 };
 
 /// The one reader of logs; docs/log-format.md describes them.

@@ -11,54 +11,36 @@
 
 #include <algorithm>
 
-namespace
-{
-/// clause: which attempts, by serial and time or by time and serial. Those of one unit and second
-/// are put into order here.
-void read(Database& database, const QString& clause, const QVariantList& values,
-          const attemptreader::Visit& visit)
+void attemptreader::forEachByUnit(Database& database, const Visit& visit,
+                                  const std::optional<QString>& serial)
 {
     const Transaction transaction(database, Database::Access::Read);
     QHash<int, StationRow> stations;
     for (const StationRow& row : StationRows::stations(database))
         stations.insert(row.id.toInt(), row);
+    // SQL brings them by serial and time; those of one unit and second are put into order here.
     std::vector<Attempt> second;
     const auto finishSecond = [&] {
         std::sort(second.begin(), second.end(), attemptrules::isBefore);
         std::for_each(second.begin(), second.end(), visit);
         second.clear();
     };
+    const QString condition = serial ? "WHERE serial {bytewise} = {text ?}" : "";
     Statement select(database,
-                     "SELECT station_id, {bytes serial}, tested_at, marks FROM attempts " + clause);
-    select.run(values);
+                     "SELECT station_id, {bytes serial}, tested_at, marks FROM attempts " +
+                         condition + " ORDER BY serial {bytewise}, tested_at {bytewise}");
+    select.run(serial ? QVariantList{serial->toUtf8()} : QVariantList());
     while (select.next()) {
         const StationRow& station = stations[select.number(0)];
-        const QString serial = select.text(1);
-        const Attempt attempt{station.name, station.tests18, serial, select.plainText(2),
-                              select.marks(3, serial)};
+        const QString unit = select.text(1);
+        const Attempt attempt{station.name, station.tests18, unit, select.value(2).toString(),
+                              select.marks(3, unit)};
         if (!second.empty() && (second.front().serial != attempt.serial ||
                                 second.front().testedAt != attempt.testedAt))
             finishSecond();
         second.push_back(attempt);
     }
     finishSecond();
-}
-} // namespace
-
-void attemptreader::forEachByUnit(Database& database, const Visit& visit)
-{
-    read(database, "ORDER BY serial {bytewise}, tested_at {bytewise}", {}, visit);
-}
-
-void attemptreader::forEachOf(Database& database, const QString& serial, const Visit& visit)
-{
-    read(database, "WHERE serial {bytewise} = {text ?} ORDER BY tested_at {bytewise}",
-         {serial.toUtf8()}, visit);
-}
-
-void attemptreader::forEachByTime(Database& database, const Visit& visit)
-{
-    read(database, "ORDER BY tested_at {bytewise}, serial {bytewise}", {}, visit);
 }
 
 std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDateTime& now)
@@ -77,6 +59,6 @@ std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDa
     select.run({now.toString(Qt::ISODate)});
     std::vector<StationNews> news;
     while (select.next())
-        news.push_back({select.text(0), select.plainText(1)});
+        news.push_back({select.text(0), select.value(1).toString()});
     return news;
 }

@@ -3,86 +3,113 @@
 
 #include "yield/store/attemptstore.h"
 
+#include "yield/logs/attemptrules.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 #include "yield/store/stationrows.h"
 
 #include <QDateTime>
-#include <QSet>
+#include <QStringList>
 
 #include <algorithm>
-
-using attemptrules::Save;
 
 namespace
 {
 /// Clocks of two computers differ by a little.
 constexpr int futureSeconds = 600;
 
+bool contains(const std::vector<StationLog>& logs, const StationLog& log)
+{
+    return std::find(logs.begin(), logs.end(), log) != logs.end();
+}
+
 /// The row of the station with these logs, made or changed if need be.
 StationRow updatedStation(Database& database, const Station& station,
                           const std::vector<StationLog>& logs)
 {
-    auto row = StationRows::findStation(database, station.name);
-    if (!row) {
-        Statement(database, "INSERT INTO stations (name) VALUES ({text ?})")
-            .run({station.name.toUtf8()});
-        row = StationRows::findStation(database, station.name);
-    }
+    Statement(database, "INSERT INTO stations (name) VALUES ({text ?}) ON CONFLICT DO NOTHING")
+        .run({station.name.toUtf8()});
+    StationRow row = StationRows::stations(database)[station.name];
     // Marks of component 18 among the logs say that the station tests it.
     const bool isShown = std::any_of(logs.begin(), logs.end(), [](const StationLog& log) {
-        return attemptrules::showsComponent18(log.marks);
+        return (log.marks & attemptrules::channelButtonMarks()).any();
     });
-    if (!row->tests18 && (station.tests18 || isShown))
-        StationRows::beginToTest18(database, *row);
-    return *row;
+    if (!row.tests18 && (station.tests18 || isShown)) {
+        Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({row.id});
+        row.tests18 = true;
+        StationRows(database, row).writeAgain(); // every attempt missed it, or ended before it
+    }
+    return row;
 }
 
-/// As many logs as StationRows looks up at most.
-void storePart(StationRows& rows, const std::vector<StationLog>& logs, StoreCounts& counts)
+/// Adds the logs that the station does not have yet.
+StoreCounts add(StationRows& rows, const std::vector<StationLog>& logs)
 {
-    QStringList serials;
-    for (const StationLog& log : logs)
-        serials << log.serial;
     const QString future =
         QDateTime::currentDateTime().addSecs(futureSeconds).toString(Qt::ISODate);
-    auto units = rows.find(serials);
-    QSet<QString> changed;
+    StoreCounts counts;
     for (const StationLog& log : logs) {
-        const Save save{log.testedAt, log.marks};
-        UnitLogs& unit = units[log.serial];
-        if (save.marks.none()) {
+        UnitLogs unit = rows.find(log.serial);
+        if (log.marks.none()) {
             ++counts.notAttempt;
-        } else if (contains(unit.here, save)) {
+        } else if (contains(unit.here, log)) {
             ++counts.known;
         } else {
             ++counts.added;
-            counts.elsewhere += contains(unit.elsewhere, save) ? 1 : 0;
-            counts.future += save.testedAt > future ? 1 : 0;
-            unit.here.push_back(save);
-            changed << log.serial;
+            counts.elsewhere += contains(unit.elsewhere, log) ? 1 : 0;
+            counts.future += log.testedAt > future ? 1 : 0;
+            if (!unit.here.empty())
+                rows.remove(log.serial);
+            unit.here.push_back(log);
+            rows.write(unit.here);
         }
     }
-    for (const QString& serial : qAsConst(changed))
-        rows.write(serial, units[serial]);
+    return counts;
 }
 
 /// Moves all logs of a station to another one.
-void merge(Database& database, const StationRow& from, StationRow& to)
+void merge(Database& database, const StationRow& from, const StationRow& to)
 {
-    if (from.tests18 && !to.tests18)
-        StationRows::beginToTest18(database, to);
     StationRows source(database, from);
     StationRows target(database, to);
     source.forEachUnit([&](const QString& serial, const UnitLogs& logs) {
-        UnitLogs both = target.find({serial}).value(serial);
-        for (const Save& save : logs.here)
-            if (!contains(both.here, save))
-                both.here.push_back(save);
-        target.write(serial, both);
-        source.write(serial, {{}, {}, true});
+        source.remove(serial);
+        add(target, logs.here);
     });
     Statement(database, "DELETE FROM stations WHERE id = ?").run({from.id});
+}
+
+// How check names the rows of an attempt.
+const QString attemptForm = "%1 complete %2, ended_at %3, missed_bands";
+const QString bandForm = " %1:%2";
+
+/// What the marks of a unit's logs come to.
+QStringList wantedAttempts(const UnitLogs& logs, bool tests18)
+{
+    QStringList texts;
+    for (const StationLog& attempt : attemptrules::attemptsOf(logs.here)) {
+        const auto outcome = attemptrules::outcomeOf(attempt.marks, tests18);
+        texts << attemptForm.arg(attempt.testedAt, outcome.isComplete() ? "1" : "0",
+                                 outcome.endedAt ? QString::number(*outcome.endedAt) : "");
+        for (const auto& missed : outcome.missed)
+            texts.last() += bandForm.arg(missed.componentNum).arg(missed.band);
+    }
+    return texts;
+}
+
+/// What the database has of a unit; select: its attempts, a row for each missed band.
+QStringList presentAttempts(Statement& select)
+{
+    QMap<int, QString> texts; // by id
+    while (select.next()) {
+        QString& text = texts[select.number(0)];
+        if (text.isEmpty())
+            text = attemptForm.arg(select.value(1).toString(), select.value(2).toString(),
+                                   select.value(3).toString());
+        if (!select.value(4).isNull())
+            text += bandForm.arg(select.number(4)).arg(select.number(5));
+    }
+    return texts.values();
 }
 } // namespace
 
@@ -101,12 +128,7 @@ StoreCounts attemptstore::store(Database& database, const Station& station,
 {
     Transaction transaction(database, Database::Access::Write);
     StationRows rows(database, updatedStation(database, station, logs));
-    StoreCounts counts;
-    for (auto begin = logs.begin(); begin != logs.end();) {
-        const auto size = std::min<std::ptrdiff_t>(StationRows::lookupSize, logs.end() - begin);
-        storePart(rows, {begin, begin + size}, counts);
-        begin += size;
-    }
+    const StoreCounts counts = add(rows, logs);
     transaction.commit();
     return counts;
 }
@@ -114,15 +136,40 @@ StoreCounts attemptstore::store(Database& database, const Station& station,
 void attemptstore::renameStation(Database& database, const QString& oldName, const QString& newName)
 {
     Transaction transaction(database, Database::Access::Write);
-    const auto from = StationRows::findStation(database, oldName);
-    auto to = StationRows::findStation(database, newName);
-    if (!from)
+    const auto stations = StationRows::stations(database);
+    if (!stations.contains(oldName))
         throw DatabaseError(DatabaseError::Kind::Unusable,
                             QString("no station is named \"%1\"").arg(printableText(oldName)));
-    if (!to)
+    const StationRow from = stations[oldName];
+    if (!stations.contains(newName))
         Statement(database, "UPDATE stations SET name = {text ?} WHERE id = ?")
-            .run({newName.toUtf8(), from->id});
-    else if (to->id != from->id)
-        merge(database, *from, *to);
+            .run({newName.toUtf8(), from.id});
+    else if (newName != oldName)
+        merge(database, from, updatedStation(database, {newName, from.tests18}, {}));
     transaction.commit();
+}
+
+int attemptstore::check(Database& database, const std::function<void(const QString&)>& say)
+{
+    const Transaction transaction(database, Database::Access::Read);
+    Statement select(database, R"(
+        SELECT id, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), component, band
+        FROM attempts LEFT JOIN missed_bands ON attempt_id = id
+        WHERE station_id = ? AND serial = {text ?}
+        ORDER BY component, band)");
+    int differences = 0;
+    for (const StationRow& station : StationRows::stations(database))
+        StationRows(database, station)
+            .forEachUnit([&](const QString& serial, const UnitLogs& logs) {
+                select.run({station.id, serial.toUtf8()});
+                const QString present = presentAttempts(select).join(" | ");
+                const QString wanted = wantedAttempts(logs, station.tests18).join(" | ");
+                if (present == wanted)
+                    return;
+                ++differences;
+                say(QString("station \"%1\", serial \"%2\": its rows say \"%3\", "
+                            "its marks \"%4\"")
+                        .arg(printableText(station.name), printableText(serial), present, wanted));
+            });
+    return differences;
 }

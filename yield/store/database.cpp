@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSqlError>
 #include <QStandardPaths>
 #include <QStringList>
@@ -53,10 +54,9 @@ void checkTables(Database& database, Database::Access access)
     if (version > newestSchema)
         throw DatabaseError(
             DatabaseError::Kind::NewerSchema,
-            QString("the database was made by a newer zorvi_yield (its tables have version %1, "
-                    "this program knows version %2); install the newer one")
-                .arg(version)
-                .arg(newestSchema));
+            QString("the database was made by a newer zorvi_yield, its tables have version %1; "
+                    "install the newer one")
+                .arg(version));
     if (version == newestSchema)
         return;
     if (access == Database::Access::Read)
@@ -74,8 +74,7 @@ void checkTables(Database& database, Database::Access access)
 Database::Link::~Link()
 {
     database = QSqlDatabase();
-    if (QSqlDatabase::contains(name))
-        QSqlDatabase::removeDatabase(name);
+    QSqlDatabase::removeDatabase(name);
 }
 
 Database::Database(const QString& location, Access access)
@@ -87,37 +86,42 @@ Database::Database(const QString& location, Access access)
     if (!QSqlDatabase::isDriverAvailable(dialect.driver))
         throw unusable(QString("Qt's driver %1 is not installed (package %2)")
                            .arg(dialect.driver, dialect.driverPackage));
-    link.name = QUuid::createUuid().toString();
-    link.database = QSqlDatabase::addDatabase(dialect.driver, link.name);
-    link.database.setConnectOptions(dialect.connectOptions);
-    if (isFile)
-        openFile(location, access);
-    else
-        openServer(location);
-    if (!link.database.open())
-        throw errorOf(link.database.lastError());
+    open(location, access);
     for (const QString& statement : dialect.session)
         Statement(*this, statement).run();
     Statement encoding(*this, dialect.findEncoding);
     encoding.run();
-    if (encoding.next() && encoding.plainText(0).remove('-') != "UTF8")
-        throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
-                               "every serial; create it anew");
-    encoding.next();                   // to the end, as a statement must be read
-    Transaction tables(*this, access); // makes them, or sees that they are there
-    tables.commit();
+    while (encoding.next())
+        if (encoding.value(0).toString().remove('-') != "UTF8")
+            throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
+                                   "every serial; create it anew");
+    Transaction(*this, access).commit(); // makes the tables, or sees that they are there
 }
 
-void Database::openFile(const QString& path, Access access)
+void Database::open(const QString& location, Access access)
 {
-    place = path;
-    if (access == Access::Read && !QFileInfo::exists(path))
-        throw unusable(QString("there is no database %1 yet; \"import\" makes one").arg(path));
-    // A folder that the user named must be there already, or it was mistyped.
-    if (path == defaultLocation())
-        QDir().mkpath(QFileInfo(path).path());
-    // Opened for writing even for a reader: SQLite must undo what a killed import left half done.
-    link.database.setDatabaseName(path);
+    link.name = QUuid::createUuid().toString();
+    link.database = QSqlDatabase::addDatabase(dialect.driver, link.name);
+    link.database.setConnectOptions(dialect.connectOptions);
+    if (isFile) {
+        place = location;
+        if (access == Access::Read && !QFileInfo::exists(place))
+            throw unusable(QString("there is no database %1 yet; \"import\" makes one").arg(place));
+        // A folder that the user named must be there already, or it was mistyped.
+        if (place == defaultLocation())
+            QDir().mkpath(QFileInfo(place).path());
+        // For writing even for a reader: SQLite must undo what a killed import left half done.
+        link.database.setDatabaseName(place);
+    } else {
+        const QUrl url(location, QUrl::StrictMode);
+        place = QString("database %1 at %2").arg(url.path().mid(1), url.host());
+        link.database.setHostName(url.host());
+        link.database.setPort(url.port());
+        link.database.setUserName(url.userName());
+        link.database.setDatabaseName(url.path().mid(1));
+    }
+    if (!link.database.open())
+        throw errorOf(link.database.lastError());
 }
 
 void Database::check(const QString& location)
@@ -127,36 +131,19 @@ void Database::check(const QString& location)
     if (!isAddress(location))
         return;
     // No message repeats the text: there might be a password in it.
-    const QUrl url(location, QUrl::StrictMode);
-    const QString name = url.path().mid(1);
-    const QString rest = location.section(':', 1);
-    if (rest.section('@', 0, -2).contains(':'))
+    if (location.section(':', 1).section('@', 0, -2).contains(':'))
         throw unusable("a password does not belong in the database's address, where others can "
                        "see it; put it into ~/.pgpass or PGPASSWORD");
-    if (!url.isValid() || !rest.startsWith("//") || name.isEmpty() || name.contains('/') ||
-        url.hasQuery() || url.hasFragment() ||
-        (url.scheme() != "postgresql" && url.scheme() != "postgres"))
+    static const QRegularExpression form("^postgres(ql)?://([^/@]*@)?[^/@]*/[^/?#]+$");
+    if (!form.match(location).hasMatch() || !QUrl(location, QUrl::StrictMode).isValid())
         throw unusable("the address of a database server has the form "
                        "postgresql://user@host:port/name");
-}
-
-void Database::openServer(const QString& location)
-{
-    const QUrl url(location, QUrl::StrictMode);
-    const QString name = url.path().mid(1);
-    place = QString("database %1 at %2").arg(name, url.host());
-    link.database.setHostName(url.host());
-    link.database.setPort(url.port());
-    link.database.setUserName(url.userName());
-    link.database.setDatabaseName(name);
 }
 
 DatabaseError Database::errorOf(const QSqlError& error) const
 {
     const QString text = error.databaseText().trimmed();
     QString line = (text.isEmpty() ? error.driverText() : text).section('\n', 0, 0).trimmed();
-    if (line.isEmpty())
-        line = "the database gave no reason";
     QString code = error.nativeErrorCode();
     if (isFile) {
         constexpr int primaryCode = 0xFF; // of SQLite's extended codes
@@ -173,8 +160,7 @@ DatabaseError Database::errorOf(const QSqlError& error) const
 bool Database::isAddress(const QString& location)
 {
     // A mistyped address is one too, or it would become the name of a file.
-    return location.contains("://") || location.startsWith("postgres:") ||
-           location.startsWith("postgresql:");
+    return location.contains(QRegularExpression("://|^postgres(ql)?:"));
 }
 
 QString Database::defaultLocation()
@@ -187,11 +173,9 @@ Transaction::Transaction(Database& usedDatabase, Database::Access access)
 {
     const SqlDialect& dialect = database.sqlDialect();
     try {
-        if (access == Database::Access::Read)
-            Statement(database, dialect.beginReading).run();
-        else
-            for (const QString& begin : dialect.beginWriting)
-                Statement(database, begin).run();
+        const bool isReading = access == Database::Access::Read;
+        for (const QString& begin : isReading ? dialect.beginReading : dialect.beginWriting)
+            Statement(database, begin).run();
         checkTables(database, access);
     } catch (const DatabaseError&) {
         QSqlQuery(database.connection()).exec("ROLLBACK");
@@ -201,12 +185,10 @@ Transaction::Transaction(Database& usedDatabase, Database::Access access)
 
 Transaction::~Transaction()
 {
-    if (!isOver)
-        QSqlQuery(database.connection()).exec("ROLLBACK");
+    QSqlQuery(database.connection()).exec("ROLLBACK"); // nothing is left to undo after commit()
 }
 
 void Transaction::commit()
 {
     Statement(database, "COMMIT").run();
-    isOver = true;
 }

@@ -49,7 +49,6 @@ public:
     /// location: the path of an SQLite file, or postgresql://user@host:port/name. Throws
     /// DatabaseError.
     Database(const QString& location, Access access);
-    ~Database() = default;
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
@@ -77,8 +76,7 @@ private:
         QSqlDatabase database;
     };
 
-    void openFile(const QString& path, Access access);
-    void openServer(const QString& location);
+    void open(const QString& location, Access access);
 
     const SqlDialect& dialect;
     QString place; ///< The file, or the server without user and password.
@@ -102,5 +100,4 @@ public:
 
 private:
     Database& database;
-    bool isOver = false;
 };

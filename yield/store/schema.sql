@@ -30,13 +30,13 @@ CREATE TABLE missed_bands (
     attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
     component INTEGER NOT NULL,
     band INTEGER NOT NULL,
-    PRIMARY KEY (attempt_id, component, band)) {keyonly};
+    PRIMARY KEY (attempt_id, component, band));
 
 CREATE TABLE repeated_saves (
     station_id BIGINT NOT NULL REFERENCES stations (id),
     serial TEXT NOT NULL,
     tested_at TEXT NOT NULL,
     marks {blob} NOT NULL,
-    PRIMARY KEY (station_id, serial, tested_at, marks)) {keyonly};
+    PRIMARY KEY (station_id, serial, tested_at, marks));
 
 CREATE INDEX repeated_saves_by_unit ON repeated_saves (serial {bytewise});

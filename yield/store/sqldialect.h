@@ -17,20 +17,17 @@ struct SqlDialect {
     QString connectOptions;
     QStringList session;      ///< Run once for each connection.
     QStringList beginWriting; ///< Begin a transaction that excludes other writers.
-    QString beginReading;     ///< Begin one that sees the same rows from its beginning to its end.
+    QStringList beginReading; ///< Begin one that sees the same rows from its beginning to its end.
     QString findEncoding;     ///< Gives the encoding of the database's texts.
     QString findSchema;       ///< Gives a row if the table schema_version is there.
     QStringList dataErrors;   ///< Beginnings of the error codes that a log is to blame for.
 
     /// Regular expressions for the words in braces of a statement, and what stands there instead:
-    /// {id} a column of row numbers; {blob} one of bytes; {keyonly} ends a table whose primary key
-    /// is all that it has; {text ?} a text that is handed over as its UTF-8; {bytes X} the UTF-8
-    /// of a text; {bytewise} compares texts by it, whatever the language.
+    /// {id} a column of row numbers; {blob} one of bytes; {text ?} a text that is handed over as
+    /// its UTF-8; {bytes X} the UTF-8 of a text; {bytewise} compares texts by it, whatever the
+    /// language.
     QVector<std::pair<QString, QString>> words;
 
     static const SqlDialect& sqlite();
     static const SqlDialect& postgresql();
-
-    /// A statement with the words of this dialect in place of those in braces.
-    QString worded(QString statement) const;
 };

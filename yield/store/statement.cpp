@@ -7,13 +7,16 @@
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
 
+#include <QRegularExpression>
 #include <QSqlError>
 
 Statement::Statement(Database& usedDatabase, const QString& sql)
     : database(usedDatabase)
-    , statement(database.sqlDialect().worded(sql))
+    , statement(sql)
     , query(database.connection())
 {
+    for (const auto& [word, replacement] : database.sqlDialect().words)
+        statement.replace(QRegularExpression(word), replacement);
     query.setForwardOnly(true); // otherwise every row stays in memory
 }
 
@@ -59,11 +62,11 @@ QString Statement::text(int column) const
 
 BandMarks Statement::marks(int column, const QString& serial) const
 {
-    const auto marks = bandmarks::unpacked(value(column).toByteArray());
-    if (!marks)
+    const QByteArray bytes = value(column).toByteArray();
+    if (bytes.size() != bandmarks::packedSize)
         throw DatabaseError(
             DatabaseError::Kind::Data,
             QString("the marks of an attempt in the database are damaged (serial \"%1\")")
                 .arg(printableText(serial)));
-    return *marks;
+    return bandmarks::unpacked(bytes);
 }

@@ -12,8 +12,8 @@
 class Database;
 
 /// An SQL statement, its values in place of the question marks. Rows are read one after the other
-/// and only once; nothing else may be asked on the connection until they are read to the end.
-/// Everything throws DatabaseError.
+/// and only once, to the end before anything else is asked on the connection. Everything throws
+/// DatabaseError.
 class Statement
 {
 public:
@@ -29,24 +29,18 @@ public:
     // The columns of the row, from 0.
     QVariant value(int column) const { return query.value(column); }
     int number(int column) const { return value(column).toInt(); }
-    /// Of a column of ASCII or of numbers; empty for NULL.
-    QString plainText(int column) const
-    {
-        return value(column).isNull() ? QString() : value(column).toString();
-    }
     /// Of {bytes X}: any text, as it was stored.
     QString text(int column) const;
     /// Of packed marks; serial: whose, for the error.
     BandMarks marks(int column, const QString& serial) const;
 
-    /// The id of the row that was inserted.
     QVariant insertedId() const { return query.lastInsertId(); }
 
 private:
     [[noreturn]] void fail();
 
     Database& database;
-    const QString statement;
+    QString statement;
     bool isPrepared = false;
     QSqlQuery query;
 };

@@ -3,81 +3,47 @@
 
 #include "yield/store/stationrows.h"
 
+#include "yield/logs/attemptrules.h"
+
 #include <algorithm>
-
-using attemptrules::Save;
-
-namespace
-{
-const QString logsOfUnits = "SELECT station_id, {bytes serial}, tested_at, marks FROM %1 "
-                            "WHERE serial {bytewise} IN ({text ?}" +
-                            QString(", {text ?}").repeated(StationRows::lookupSize - 1) + ")";
-const QString ofUnit = " WHERE station_id = ? AND serial = {text ?}";
-} // namespace
-
-bool contains(const std::vector<Save>& saves, const Save& save)
-{
-    return std::find(saves.begin(), saves.end(), save) != saves.end();
-}
 
 StationRows::StationRows(Database& usedDatabase, const StationRow& row)
     : database(usedDatabase)
     , station(row)
-    , findLogs(database,
-               logsOfUnits.arg("attempts") + " UNION ALL " + logsOfUnits.arg("repeated_saves"))
+    , findLogs(database, R"(
+          SELECT station_id, tested_at, marks FROM attempts WHERE serial {bytewise} = {text ?}
+          UNION ALL
+          SELECT station_id, tested_at, marks FROM repeated_saves WHERE serial {bytewise} = {text ?})")
     , insertAttempt(database, R"(
           INSERT INTO attempts (station_id, serial, tested_at, marks, complete, ended_at)
           VALUES (?, {text ?}, ?, ?, ?, ?))")
     , insertMissedBand(database, "INSERT INTO missed_bands VALUES (?, ?, ?)")
     , insertRepeated(database, "INSERT INTO repeated_saves VALUES (?, {text ?}, ?, ?)")
-    , deleteAttempts(database, "DELETE FROM attempts" + ofUnit)
-    , deleteRepeated(database, "DELETE FROM repeated_saves" + ofUnit)
+    , deleteAttempts(database, "DELETE FROM attempts WHERE station_id = ? AND serial = {text ?}")
+    , deleteRepeated(database,
+                     "DELETE FROM repeated_saves WHERE station_id = ? AND serial = {text ?}")
 {
 }
 
-std::vector<StationRow> StationRows::stations(Database& database)
+QMap<QString, StationRow> StationRows::stations(Database& database)
 {
-    Statement select(database, "SELECT id, {bytes name}, tests_18 FROM stations ORDER BY id");
+    Statement select(database, "SELECT id, {bytes name}, tests_18 FROM stations");
     select.run();
-    std::vector<StationRow> rows;
+    QMap<QString, StationRow> rows;
     while (select.next())
-        rows.push_back({select.value(0), select.text(1), select.number(2) != 0});
+        rows[select.text(1)] = {select.value(0), select.text(1), select.number(2) != 0};
     return rows;
 }
 
-std::optional<StationRow> StationRows::findStation(Database& database, const QString& name)
+UnitLogs StationRows::find(const QString& serial)
 {
-    for (const StationRow& row : stations(database))
-        if (row.name == name)
-            return row;
-    return std::nullopt;
-}
-
-void StationRows::beginToTest18(Database& database, StationRow& station)
-{
-    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({station.id});
-    station.tests18 = true;
-    StationRows(database, station).writeAgain();
-}
-
-QMap<QString, UnitLogs> StationRows::find(const QStringList& serials)
-{
-    QMap<QString, UnitLogs> units;
-    for (const QString& serial : serials)
-        units.insert(serial, {});
-    QVariantList values;
-    for (int i = 0; i < 2 * lookupSize; ++i)
-        values << serials[std::min(i % lookupSize, serials.size() - 1)].toUtf8();
-    findLogs.run(values);
+    UnitLogs logs;
+    findLogs.run({serial.toUtf8(), serial.toUtf8()});
     while (findLogs.next()) {
-        const QString serial = findLogs.text(1);
-        const Save save{findLogs.plainText(2), findLogs.marks(3, serial)};
-        UnitLogs& unit = units[serial];
-        const bool isHere = findLogs.value(0) == station.id;
-        (isHere ? unit.here : unit.elsewhere).push_back(save);
-        unit.hasRows = unit.hasRows || isHere;
+        auto& place = findLogs.value(0) == station.id ? logs.here : logs.elsewhere;
+        place.push_back({serial, findLogs.value(1).toString(), findLogs.marks(2, serial)});
     }
-    return units;
+    return logs;
 }
 
 void StationRows::forEachUnit(const Visit& visit)
@@ -90,41 +56,38 @@ void StationRows::forEachUnit(const Visit& visit)
     QStringList serials;
     while (select.next())
         serials << select.text(0);
-    for (int begin = 0; begin < serials.size(); begin += lookupSize) {
-        const auto units = find(serials.mid(begin, lookupSize));
-        for (auto unit = units.cbegin(); unit != units.cend(); ++unit)
-            visit(unit.key(), unit.value());
-    }
+    for (const QString& serial : qAsConst(serials))
+        visit(serial, find(serial));
 }
 
-void StationRows::write(const QString& serial, const UnitLogs& logs)
+void StationRows::remove(const QString& serial)
 {
-    const QByteArray text = serial.toUtf8();
-    if (logs.hasRows) {
-        deleteAttempts.run({station.id, text});
-        deleteRepeated.run({station.id, text});
+    deleteAttempts.run({station.id, serial.toUtf8()});
+    deleteRepeated.run({station.id, serial.toUtf8()});
+}
+
+void StationRows::write(const std::vector<StationLog>& logs)
+{
+    const auto attempts = attemptrules::attemptsOf(logs);
+    for (const StationLog& log : attempts) {
+        const auto outcome = attemptrules::outcomeOf(log.marks, station.tests18);
+        insertAttempt.run({station.id, log.serial.toUtf8(), log.testedAt,
+                           bandmarks::packed(log.marks), outcome.isComplete() ? 1 : 0,
+                           outcome.endedAt ? QVariant(*outcome.endedAt) : QVariant(QVariant::Int)});
+        const QVariant id = outcome.missed.empty() ? QVariant() : insertAttempt.insertedId();
+        for (const auto& missed : outcome.missed)
+            insertMissedBand.run({id, missed.componentNum, missed.band});
     }
-    const auto grouped = attemptrules::grouped(logs.here);
-    for (const Save& save : grouped.attempts)
-        insert(text, save);
-    for (const Save& save : grouped.others)
-        insertRepeated.run({station.id, text, save.testedAt, bandmarks::packed(save.marks)});
+    for (const StationLog& log : logs)
+        if (std::count(attempts.begin(), attempts.end(), log) == 0)
+            insertRepeated.run(
+                {station.id, log.serial.toUtf8(), log.testedAt, bandmarks::packed(log.marks)});
 }
 
 void StationRows::writeAgain()
 {
-    forEachUnit([this](const QString& serial, const UnitLogs& logs) { write(serial, logs); });
-}
-
-void StationRows::insert(const QByteArray& serial, const Save& save)
-{
-    const auto outcome = attemptrules::outcomeOf(save.marks, station.tests18);
-    insertAttempt.run({station.id, serial, save.testedAt, bandmarks::packed(save.marks),
-                       outcome.isComplete() ? 1 : 0,
-                       outcome.endedAt ? QVariant(*outcome.endedAt) : QVariant(QVariant::Int)});
-    if (outcome.missed.empty())
-        return;
-    const QVariant attemptId = insertAttempt.insertedId();
-    for (const auto& band : outcome.missed)
-        insertMissedBand.run({attemptId, band.componentNum, band.band});
+    forEachUnit([this](const QString& serial, const UnitLogs& logs) {
+        remove(serial);
+        write(logs.here);
+    });
 }
