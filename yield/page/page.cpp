@@ -4,13 +4,11 @@
 #include "yield/page/page.h"
 
 #include "yield/page/figuretext.h"
-#include "yield/page/html.h"
+#include "yield/page/markup.h"
 #include "yield/page/parts.h"
 
 #include <QFile>
 #include <QRegularExpression>
-
-#include <algorithm>
 
 /// Here because the macro may not stand in a namespace.
 static void makeResourcesAvailable()
@@ -56,7 +54,6 @@ Parts textsOf(const Report& report)
     const ReportRequest& request = report.request;
     const Tally& total = report.total;
     const FalseFailures& failures = report.falseFailures;
-    const double perUnit = 1.0 * total.attempts / std::max(total.units, 1);
     return {
         {"style", resource("page.css")},
         {"since", request.since.toString(Qt::ISODate)},
@@ -65,20 +62,17 @@ Parts textsOf(const Report& report)
         {"without", html::text(request.without.join(", "))},
         {"leftOut", figuretext::units(report.leftOut)},
         {"madeAt", request.now.toString("yyyy-MM-dd HH:mm")},
-        {"anyAttempt", report.databaseIsEmpty ? "" : "yes"},
         {"units", figuretext::ifAny(total.units, count)},
         {"attempts", count(total.attempts)},
-        {"attemptsPerUnit", QString::number(perUnit, 'f', 2)},
         {"firstPass", percent(total.passedFirst, total.units)},
         {"passedFirst", count(total.passedFirst)},
         {"final", percent(total.passedLast, total.units)},
         {"passedLast", count(total.passedLast)},
         {"endedShare", percent(total.endedFirst, total.units)},
         {"endedFirst", count(total.endedFirst)},
-        {"falseShare", percent(failures.passed, failures.failed)},
-        {"passedAgain", count(failures.passed)},
+        {"falseShare", percent(failures.passedNext, failures.failed)},
+        {"passedAgain", count(failures.passedNext)},
         {"failed", count(failures.failed)},
-        {"retested", figuretext::share(failures.retested, failures.failed)},
     };
 }
 } // namespace

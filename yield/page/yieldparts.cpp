@@ -6,7 +6,7 @@
 #include "yield/logs/controlnames.h"
 #include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
-#include "yield/page/html.h"
+#include "yield/page/markup.h"
 #include "yield/page/parts.h"
 
 #include <QLocale>
@@ -16,66 +16,78 @@
 
 using figuretext::count;
 using figuretext::ifAny;
+using figuretext::percent;
 using figuretext::share;
 using html::Cell;
 using html::Cells;
 
 namespace
 {
-/// "1 minute", "25 minutes", "3 hours", "4 days": whole ones, 2 days or 2 hours and more.
+/// "25 minutes", "3 hours", "4 days": whole ones, 2 hours or 2 days and more.
 QString duration(qint64 seconds)
 {
     constexpr qint64 hour = 3600;
-    const qint64 days = seconds / (24 * hour);
-    if (days >= 2)
-        return QString("%1 days").arg(days);
+    constexpr qint64 day = 24 * hour;
+    if (seconds >= 2 * day)
+        return QString("%1 days").arg(seconds / day);
     if (seconds >= 2 * hour)
         return QString("%1 hours").arg(seconds / hour);
-    const qint64 minutes = seconds / 60;
-    return QString(minutes == 1 ? "%1 minute" : "%1 minutes").arg(minutes);
+    return QString("%1 min").arg(seconds / 60);
 }
 
-Cells ageCells(const StationAge& age)
+Cells ageCells(const StationNews& news, const QDateTime& now)
 {
-    if (age.seconds < 0)
-        return {{age.name, "name"}, {"no log yet", "bad"}, {"–"}};
-    const QDate day = QDate::fromString(age.newestAt.left(10), Qt::ISODate);
+    if (news.newestAt.isEmpty())
+        return {{news.station, "name"}, {"no log yet", "bad"}, {"–"}};
+    const QDate day = QDate::fromString(news.newestAt.left(10), Qt::ISODate);
     const QString moment =
-        QLocale(QLocale::English).toString(day, QString("ddd d MMM ")) + age.newestAt.mid(11, 5);
+        QLocale::c().toString(day, QString("ddd d MMM ")) + news.newestAt.mid(11, 5);
+    const qint64 age =
+        attemptrules::secondsBetween(news.newestAt, now.toString("yyyy-MM-ddTHH:mm:ss"));
     // So long a silence needs a person.
-    const bool isLong = age.seconds > 24 * 60 * 60;
-    return {{age.name, "name"},
+    const bool isLong = age > 24 * 60 * 60;
+    return {{news.station, "name"},
             {isLong ? "nothing since " + moment : moment, isLong ? "bad" : "line"},
-            {duration(age.seconds), "line"}};
+            {duration(age), "line"}};
 }
 
-/// The cells that tables of days, weeks and stations share.
-Cells yieldCells(const Tally& tally, const Limits& limits)
+/// The cells that tables of days, weeks and stations share; all: the units of the page.
+Cells yieldCells(const Tally& tally, const Tally& all)
 {
     if (tally.units == 0)
         return {{"–"}, {"–"}, {"–"}, {"–", "number"}};
-    const Verdict verdict = verdictOn(tally, limits);
+    const Limits limits = limitsOf(tally.units, all);
+    const Verdict verdict = verdictOn(tally, all);
     const QString place = verdict == Verdict::Below   ? "▼ below "
                           : verdict == Verdict::Above ? "▲ above "
                                                       : "within ";
     return {{share(tally.passedFirst, tally.units), "line"},
-            {place + figuretext::limits(limits, tally.units),
+            {place + percent(limits.low, tally.units) + " to " + percent(limits.high, tally.units),
              verdict == Verdict::Below ? "bad" : "line"},
             {share(tally.passedLast, tally.units), "line"},
             {count(tally.endedFirst), "number"}};
 }
 
-Cells periodCells(const QString& name, const Tally& tally, const Limits& limits)
+Cells periodCells(const QString& name, const Tally& tally, const Tally& all)
 {
-    return Cells{{name, "line"}, {count(tally.units), "number"}} + yieldCells(tally, limits);
+    return Cells{{name, "line"}, {count(tally.units), "number"}} + yieldCells(tally, all);
 }
 
-QString dayName(const QDate& day, const QDate& today)
+/// Today so far, yesterday and the days before it, days without units too, as far as they were
+/// asked for.
+QString recentDays(const Report& report)
 {
-    const QString name = QLocale(QLocale::English).toString(day, QString("ddd d MMM yyyy"));
-    if (day == today)
-        return "Today so far, " + name;
-    return day == today.addDays(-1) ? "Yesterday, " + name : name;
+    constexpr int mostDays = 8;
+    const QDate today = report.request.now.date();
+    QString rows;
+    for (int ago = 0; ago < mostDays; ++ago) {
+        const QDate day = today.addDays(-ago);
+        const QString prefix = ago == 0 ? "Today so far, " : ago == 1 ? "Yesterday, " : "";
+        const QString name = prefix + QLocale::c().toString(day, QString("ddd d MMM yyyy"));
+        if (report.request.includes(day))
+            rows += html::row(periodCells(name, report.days.value(day), report.total));
+    }
+    return rows;
 }
 
 /// The control that most units of a station missed, or a dash.
@@ -88,28 +100,33 @@ QString worstControl(const StationReport& station)
     return QString("%1, %2").arg(controlnames::control(componentNum), figuretext::units(*worst));
 }
 
-Cells stationCells(const StationReport& station, const Report& report)
+Cells stationCells(const StationReport& station, const Tally& all)
 {
     return Cells{{station.name, "name"},
                  {count(station.tally.units), "number"},
-                 {count(station.tally.attempts), "number"},
-                 {{}, {}, chart::station(station, report)}} +
-           yieldCells(station.tally, station.limits) + Cells{{worstControl(station), "line"}};
+                 {count(station.tally.attempts), "number"}} +
+           yieldCells(station.tally, all) + Cells{{worstControl(station), "line"}};
+}
+
+/// Stations as periods, with a gap after each: no line connects them.
+Timeline sideBySide(const QMap<QString, StationReport>& stations)
+{
+    Timeline timeline{"station", {}, 2 * stations.size()};
+    for (const StationReport& station : stations)
+        timeline.periods.append(
+            {2 * timeline.periods.size(), station.name, station.name, station.tally});
+    return timeline;
 }
 
 /// number: of the attempts, from 1.
 Cells numberCells(int number, const AttemptsByNumber& attempts)
 {
-    const QString endings[] = {"st", "nd", "rd"};
-    const QString name = QString::number(number) + (number <= 3 ? endings[number - 1] : "th");
-    return {{number == Report::maxNumbers ? name + " and later" : name},
+    const bool isLast = number == Report::maxNumbers;
+    return {{QString::number(number) + (isLast ? " and later" : "")},
             {count(attempts.attempts), "number"},
             {share(attempts.passed, attempts.attempts), "line"},
-            {{}, {}, chart::share(attempts.passed, attempts.attempts)},
             {count(attempts.endedEarly), "number"}};
 }
-/// As many rows of a list go to paper; the style sheet leaves out the others.
-constexpr int rowsOnPaper = 60;
 
 Cell serialCell(const QString& serial)
 {
@@ -162,27 +179,24 @@ Cells repeatedCells(const TestedUnit& unit)
 
 Parts yieldParts(const Report& report)
 {
-    const Timeline timeline = timelineOf(report.days, report.total);
-    const auto cellsOfDay = [&](const DayReport& recent) {
-        return periodCells(dayName(recent.day, report.request.now.date()), recent.tally,
-                           recent.limits);
+    const Timeline timeline = timelineOf(report.days);
+    const auto cellsOfAge = [&](const auto& news) { return ageCells(news, report.request.now); };
+    const auto cellsOfPeriod = [&](const auto& period) {
+        return periodCells(period.name, period.tally, report.total);
     };
-    const auto cellsOfPeriod = [](const Timeline::Period& period) {
-        return periodCells(period.name, period.tally, period.limits);
+    const auto cellsOfStation = [&](const auto& station) {
+        return stationCells(station, report.total);
     };
-    const auto cellsOfStation = [&](const StationReport& station) {
-        return stationCells(station, report);
-    };
-    const auto cellsOfAttempts = [number = 0](const AttemptsByNumber& attempts) mutable {
+    const auto cellsOfAttempts = [number = 0](const auto& attempts) mutable {
         return numberCells(++number, attempts);
     };
-    return {{"ages", html::rows(report.ages, ageCells)},
-            {"recentDays", html::rows(report.recentDays, cellsOfDay)},
+    return {{"ages", html::rows(report.request.news, cellsOfAge)},
+            {"recentDays", recentDays(report)},
             {"offAxis", ifAny(report.offAxis.units, figuretext::units)},
             {"period", timeline.unit},
             {"timeline", chart::timeline(timeline, report.total)},
             {"periods", html::rows(timeline.periods, cellsOfPeriod)},
-            {"stationAxis", QString::number(chart::axisBegin(report))},
+            {"stationsPicture", chart::timeline(sideBySide(report.stations), report.total)},
             {"stations", html::rows(report.stations, cellsOfStation)},
             {"numbers", html::rows(report.attemptsByNumber, cellsOfAttempts)}};
 }
@@ -190,14 +204,10 @@ Parts yieldParts(const Report& report)
 Parts unitParts(const Report& report)
 {
     const int open = report.total.units - report.total.passedLast;
-    const int openRows = report.openUnits.size();
-    const int repeatedRows = report.repeatedUnits.size();
     return {{"open", ifAny(open, figuretext::units)},
             {"openRows", html::rows(report.openUnits, openCells)},
-            {"moreOpen", ifAny(open - openRows, count)},
-            {"longOpen", ifAny(openRows > rowsOnPaper ? openRows : 0, count)},
+            {"moreOpen", ifAny(open - report.openUnits.size(), count)},
             {"repeated", ifAny(report.repeatedUnitCount, figuretext::units)},
             {"repeatedRows", html::rows(report.repeatedUnits, repeatedCells)},
-            {"moreRepeated", ifAny(report.repeatedUnitCount - repeatedRows, count)},
-            {"longRepeated", ifAny(repeatedRows > rowsOnPaper ? repeatedRows : 0, count)}};
+            {"moreRepeated", ifAny(report.repeatedUnitCount - report.repeatedUnits.size(), count)}};
 }

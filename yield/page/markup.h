@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <QVector>
 
@@ -17,14 +19,13 @@ QString text(const QString& characters);
 QString element(const QString& name, const QString& content, const QString& classes = {},
                 const QString& attributes = {});
 
-/// A cell of a table holds a text, and a picture as markup.
 struct Cell {
     QString text;
     QString cssClass = {};
-    QString picture = {};
 };
 using Cells = QVector<Cell>;
 
+/// Of a table.
 QString row(const Cells& cells);
 
 /// A row for each item; cellsOf gives the cells of one.
@@ -37,3 +38,22 @@ QString rows(const Items& items, CellsOf cellsOf)
     return markup;
 }
 } // namespace html
+
+/// A picture inside a page and its elements, as markup. Colours and fonts come from the page's
+/// style sheet by class names, so that they follow light and dark. Lengths are in pixels of the
+/// picture, y runs down.
+namespace svg
+{
+/// label: what the picture shows, for those who cannot see it.
+QString picture(QSizeF size, const QString& label, const QString& elements);
+
+/// Elements with a text that is shown while the mouse is over them.
+QString titled(const QString& hover, const QString& elements);
+
+QString rect(const QRectF& area, const QString& classes);
+QString circle(QPointF centre, const QString& classes);
+/// A triangle around the centre, its tip up or down.
+QString triangle(QPointF centre, bool isUp, const QString& classes);
+QString line(const QVector<QPointF>& points, const QString& classes);
+QString text(QPointF baseline, const QString& content, const QString& classes);
+} // namespace svg
