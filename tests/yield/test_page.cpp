@@ -42,7 +42,11 @@ Report sample()
     for (int c = 0; c < 44; ++c)
         report.controls.append({c, 12000, 100 * (c % 20), QVector<int>(c % 30 < 9 ? 13 : 2, c), 1});
     const Attempt attempt{hostile, true, hostile, "2026-11-18T07:15:59", BandMarks(1)};
-    report.openUnits = {{attempt, attempt, 1234}};
+    Attempt open = attempt;
+    open.marks = ~BandMarks() >> 26; // without its last two controls
+    for (const auto& band : {bandmarks::Band{3, 0}, {9, 1}, {10, 0}, {11, 0}, {12, 0}})
+        open.marks.reset(bandmarks::markIndex(band.componentNum, band.band));
+    report.openUnits = {{attempt, open, 1234}};
     report.repeatedUnits = {{attempt, attempt, 5678}};
     report.repeatedUnitCount = 2200;
     return report;
@@ -84,7 +88,7 @@ bool writeFile(const QString& path, const QString& text)
 }
 } // namespace
 
-/// Tables and pictures are compared with the model's in test_figures.
+/// What model.py does not compare: it reads the tables and the pictures.
 class TestPage : public QObject
 {
     Q_OBJECT
@@ -115,7 +119,8 @@ void TestPage::texts()
         "|Wed 18 Nov 06:00|119 min|",
         "|nothing since Mon 16 Nov 08:00|2 days|",
         "|5,100 units whose last attempt is not complete, newest first",
-        "|And 5,099 more;",
+        "|1,234|ended early at Rotary 2; Fader 3: 0 to 9; Button 0: pressed; Button 1: released; "
+        "and 2 more|And 5,099 more;",
         "|2,200 units, most attempts first.|",
         "|And 2,199 more;",
     };
