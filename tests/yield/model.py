@@ -211,6 +211,10 @@ def name(c):
     return f"Fader {c}" if c < 9 else f"Button {c - 9}" if c < 40 else f"Rotary {c - 40}"
 
 
+def title(c):
+    return f"{name(c)} (component {c})"
+
+
 def band_name(c, band):
     ends = f"{10 * band} to {10 * band + 9 if band < 12 else 127}"
     return ends if BANDS[c] == 13 else ["released", "pressed"][band]
@@ -299,18 +303,18 @@ def tables_of(units, parts, missed):
             [n, f"{len(p):,}", f"{sum(map(len, p)):,}"] + yields(p, units) + [most_missed(p)]
             for _, n, p in by_station(units)
         ],
-        "All controls": [[name(row[0]), str(row[0]), missed_by(*row)] for row in missed],
+        "All controls": [[title(row[0]), missed_by(*row)] for row in missed],
         "What was missed": [
-            [name(row[0]), missed_by(*row), percent(len(row[2]), sums[-1]), percent(up, sums[-1])]
+            [title(row[0]), missed_by(*row), percent(len(row[2]), sums[-1]), percent(up, sums[-1])]
             for row, up in zip(worst, sums)
         ],
         "Missed bands": [
-            [name(c), band_name(c, band), str(sum(band in bands for bands in each))]
+            [title(c), band_name(c, band), str(sum(band in bands for bands in each))]
             for c, _, each in worst[:3]
             for band in range(BANDS[c])
         ],
         "Where first attempts ended early": [
-            [name(c), str(c), share(ends.count(c), len(ends))] for c in sorted(set(ends))
+            [title(c), share(ends.count(c), len(ends))] for c in sorted(set(ends))
         ],
         "Attempts by number": list(by_number(units)),
         "Units tested more than once": [unit_cells(unit) for unit in repeated],
@@ -414,7 +418,7 @@ def pictures(page, units, parts, missed):
         controls_seen.append([texts(group)[0], group.find("rect").get("class")])
     for c, tried, each in missed[:39] + missed[40:]:
         colour = f"miss{sum(100 * len(each) > most * tried for most in COLOURS)}"
-        words = f"{name(c)} (component {c}): {missed_by(c, tried, each)}"
+        words = f"{title(c)}: {missed_by(c, tried, each)}"
         expected.append([words, "control " + (colour if tried else "untested")])
     yield controls_seen, expected
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "unit/componentroster.h"
 #include "yield/figures/limits.h"
 #include "yield/logs/attempt.h"
 
@@ -69,7 +70,7 @@ struct TestedUnit {
 struct StationReport {
     QString name;
     Tally tally;
-    QVector<int> missed; ///< Units by control, as in ControlMisses.
+    QVector<int> missed = QVector<int>(roster::componentCount); ///< As in ControlMisses.
 };
 
 struct Report {

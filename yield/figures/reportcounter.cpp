@@ -4,6 +4,7 @@
 #include "yield/figures/reportcounter.h"
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 
 namespace
@@ -112,21 +113,20 @@ void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
     unit.tally.endedFirst = outcome.endedAt ? 1 : 0;
     StationReport& station = report.stations[unit.first.station];
     station.name = unit.first.station;
-    station.missed.resize(report.controls.size());
     const int end = outcome.endedAt.value_or(report.controls.size());
     for (int c = roster::firstComponent; c < end; ++c)
         if (attemptrules::isTested(c, unit.first.tests18))
             ++report.controls[c].units;
     if (outcome.endedAt)
         ++report.controls[end].endedHere;
-    int componentNum = -1;
+    std::set<int> missed;
     for (const auto& band : outcome.missed) {
         ++report.controls[band.componentNum].missedBands[band.band];
-        if (band.componentNum == componentNum)
-            continue;
-        componentNum = band.componentNum;
-        ++report.controls[componentNum].missed;
-        ++station.missed[componentNum];
+        missed.insert(band.componentNum);
+    }
+    for (const int c : missed) {
+        ++report.controls[c].missed;
+        ++station.missed[c];
     }
 }
 

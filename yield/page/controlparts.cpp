@@ -18,16 +18,9 @@ namespace
 constexpr int mostParetoBars = 14;
 constexpr int worstCount = 3;
 
-QString name(const ControlMisses& control)
-{
-    return controlnames::control(control.componentNum);
-}
-
 Cells controlCells(const ControlMisses& control)
 {
-    return {{name(control)},
-            {QString::number(control.componentNum), "number"},
-            {figuretext::missed(control)}};
+    return {{figuretext::control(control)}, {figuretext::missed(control)}};
 }
 
 /// The controls that any unit missed, most missed first.
@@ -48,9 +41,7 @@ QString endedRows(const Report& report)
     QString rows;
     for (const ControlMisses& control : report.controls)
         if (control.endedHere > 0)
-            rows += html::row({{name(control)},
-                               {QString::number(control.componentNum), "number"},
-                               {share(control.endedHere, all)}});
+            rows += html::row({{figuretext::control(control)}, {share(control.endedHere, all)}});
     return rows;
 }
 
@@ -65,7 +56,7 @@ QString worstPicture(const ControlMisses& control)
 QString bandRows(const ControlMisses& control)
 {
     return html::rows(control.missedBands, [&, band = 0](int missed) mutable {
-        return Cells{{name(control)},
+        return Cells{{figuretext::control(control)},
                      {controlnames::band(control.componentNum, band++)},
                      {figuretext::count(missed), "number"}};
     });
@@ -86,7 +77,7 @@ Parts controlParts(const Report& report)
     }
     const auto missedCells = [&, sum = 0](const ControlMisses& control) mutable {
         sum += control.missed;
-        return Cells{{name(control)},
+        return Cells{{figuretext::control(control)},
                      {figuretext::missed(control)},
                      {percent(control.missed, all), "number"},
                      {percent(sum, all), "number"}};

@@ -28,13 +28,13 @@ using Cells = QVector<Cell>;
 /// Of a table.
 QString row(const Cells& cells);
 
-/// A row for each item; cellsOf gives the cells of one.
-template <typename Items, typename CellsOf>
-QString rows(const Items& items, CellsOf cellsOf)
+/// A row for each item; cellsOf gives its cells, and gets the arguments too.
+template <typename Items, typename CellsOf, typename... Arguments>
+QString rows(const Items& items, CellsOf cellsOf, const Arguments&... arguments)
 {
     QString markup;
     for (const auto& item : items)
-        markup += row(cellsOf(item));
+        markup += row(cellsOf(item, arguments...));
     return markup;
 }
 } // namespace html

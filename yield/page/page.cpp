@@ -10,10 +10,13 @@
 #include <QFile>
 #include <QRegularExpression>
 
-/// Here because the macro may not stand in a namespace.
-static void makeResourcesAvailable()
+/// Not in a namespace, where Q_INIT_RESOURCE may not stand.
+static QString resource(const QString& name)
 {
     Q_INIT_RESOURCE(page);
+    QFile file(":/yield/" + name);
+    file.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(file.readAll());
 }
 
 namespace
@@ -21,25 +24,12 @@ namespace
 using figuretext::count;
 using figuretext::percent;
 
-QString resource(const QString& name)
-{
-    makeResourcesAvailable();
-    QFile file(":/yield/" + name);
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll());
-}
-
-QRegularExpression expression(const QString& pattern)
-{
-    return QRegularExpression(pattern, QRegularExpression::DotMatchesEverythingOption);
-}
-
 /// The page without its figures: what a word means stands in it once and is shown where the mouse
 /// is over the word.
 QString pageTemplate()
 {
     QString page = resource("page.html");
-    auto terms = expression("<dt>(.*?)</dt>\\s*<dd>(.*?)</dd>").globalMatch(page);
+    auto terms = QRegularExpression("(?s)<dt>(.*?)</dt>\\s*<dd>(.*?)</dd>").globalMatch(page);
     while (terms.hasNext()) {
         const auto term = terms.next();
         page.replace(QString("title=\"%1\"").arg(term.captured(1)),
@@ -80,16 +70,17 @@ Parts textsOf(const Report& report)
 bool page::write(const Report& report, QIODevice& output)
 {
     Parts parts = textsOf(report);
-    for (const Parts& some : {yieldParts(report), controlParts(report), unitParts(report)})
+    for (const Parts& some : {yieldParts(report), controlParts(report)})
         parts.insert(some);
     QString page = pageTemplate();
     for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
         const QString absent = part->isEmpty() ? "if" : "unless";
-        page.remove(expression(QString("<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
+        page.remove(QRegularExpression(
+            QString("(?s)<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
     }
     for (auto part = parts.cbegin(); part != parts.cend(); ++part)
         page.replace("<!--" + part.key() + "-->", part.value());
-    page.remove(expression("<!--.*?-->"));
+    page.remove(QRegularExpression("(?s)<!--.*?-->"));
     const QByteArray bytes = page.toUtf8();
     return output.write(bytes) == bytes.size();
 }

@@ -39,15 +39,14 @@ Cells ageCells(const StationNews& news, const QDateTime& now)
 {
     if (news.newestAt.isEmpty())
         return {{news.station, "name"}, {"no log yet", "bad"}, {"–"}};
-    const QDate day = QDate::fromString(news.newestAt.left(10), Qt::ISODate);
-    const QString moment =
-        QLocale::c().toString(day, QString("ddd d MMM ")) + news.newestAt.mid(11, 5);
+    const auto newest = QDateTime::fromString(news.newestAt + 'Z', Qt::ISODate);
+    const QString moment = QLocale::c().toString(newest, QString("ddd d MMM hh:mm"));
     const qint64 age =
         attemptrules::secondsBetween(news.newestAt, now.toString("yyyy-MM-ddTHH:mm:ss"));
     // So long a silence needs a person.
     const bool isLong = age > 24 * 60 * 60;
     return {{news.station, "name"},
-            {isLong ? "nothing since " + moment : moment, isLong ? "bad" : "line"},
+            isLong ? Cell{"nothing since " + moment, "bad"} : Cell{moment, "line"},
             {duration(age), "line"}};
 }
 
@@ -68,9 +67,10 @@ Cells yieldCells(const Tally& tally, const Tally& all)
             {count(tally.endedFirst), "number"}};
 }
 
-Cells periodCells(const QString& name, const Tally& tally, const Tally& all)
+Cells periodCells(const Timeline::Period& period, const Tally& all)
 {
-    return Cells{{name, "line"}, {count(tally.units), "number"}} + yieldCells(tally, all);
+    return Cells{{period.name, "line"}, {count(period.tally.units), "number"}} +
+           yieldCells(period.tally, all);
 }
 
 /// Today so far, yesterday and the days before it, days without units too, as far as they were
@@ -85,7 +85,7 @@ QString recentDays(const Report& report)
         const QString prefix = ago == 0 ? "Today so far, " : ago == 1 ? "Yesterday, " : "";
         const QString name = prefix + QLocale::c().toString(day, QString("ddd d MMM yyyy"));
         if (report.request.includes(day))
-            rows += html::row(periodCells(name, report.days.value(day), report.total));
+            rows += html::row(periodCells({ago, name, {}, report.days.value(day)}, report.total));
     }
     return rows;
 }
@@ -118,14 +118,16 @@ Timeline sideBySide(const QMap<QString, StationReport>& stations)
     return timeline;
 }
 
-/// number: of the attempts, from 1.
-Cells numberCells(int number, const AttemptsByNumber& attempts)
+QString numberRows(const QVector<AttemptsByNumber>& numbers)
 {
-    const bool isLast = number == Report::maxNumbers;
-    return {{QString::number(number) + (isLast ? " and later" : "")},
-            {count(attempts.attempts), "number"},
-            {share(attempts.passed, attempts.attempts), "line"},
-            {count(attempts.endedEarly), "number"}};
+    QString rows;
+    for (int i = 0; i < numbers.size(); ++i)
+        rows +=
+            html::row({{QString::number(i + 1) + (i + 1 == Report::maxNumbers ? " and later" : "")},
+                       {count(numbers.at(i).attempts), "number"},
+                       {share(numbers.at(i).passed, numbers.at(i).attempts), "line"},
+                       {count(numbers.at(i).endedEarly), "number"}});
+    return rows;
 }
 
 Cell serialCell(const QString& serial)
@@ -180,34 +182,21 @@ Cells repeatedCells(const TestedUnit& unit)
 Parts yieldParts(const Report& report)
 {
     const Timeline timeline = timelineOf(report.days);
-    const auto cellsOfAge = [&](const auto& news) { return ageCells(news, report.request.now); };
-    const auto cellsOfPeriod = [&](const auto& period) {
-        return periodCells(period.name, period.tally, report.total);
-    };
-    const auto cellsOfStation = [&](const auto& station) {
-        return stationCells(station, report.total);
-    };
-    const auto cellsOfAttempts = [number = 0](const auto& attempts) mutable {
-        return numberCells(++number, attempts);
-    };
-    return {{"ages", html::rows(report.request.news, cellsOfAge)},
+    const int open = report.total.units - report.total.passedLast;
+    const int repeated = report.repeatedUnitCount;
+    return {{"ages", html::rows(report.request.news, ageCells, report.request.now)},
             {"recentDays", recentDays(report)},
             {"offAxis", ifAny(report.offAxis.units, figuretext::units)},
             {"period", timeline.unit},
             {"timeline", chart::timeline(timeline, report.total)},
-            {"periods", html::rows(timeline.periods, cellsOfPeriod)},
+            {"periods", html::rows(timeline.periods, periodCells, report.total)},
             {"stationsPicture", chart::timeline(sideBySide(report.stations), report.total)},
-            {"stations", html::rows(report.stations, cellsOfStation)},
-            {"numbers", html::rows(report.attemptsByNumber, cellsOfAttempts)}};
-}
-
-Parts unitParts(const Report& report)
-{
-    const int open = report.total.units - report.total.passedLast;
-    return {{"open", ifAny(open, figuretext::units)},
+            {"stations", html::rows(report.stations, stationCells, report.total)},
+            {"numbers", numberRows(report.attemptsByNumber)},
+            {"open", ifAny(open, figuretext::units)},
             {"openRows", html::rows(report.openUnits, openCells)},
             {"moreOpen", ifAny(open - report.openUnits.size(), count)},
-            {"repeated", ifAny(report.repeatedUnitCount, figuretext::units)},
+            {"repeated", ifAny(repeated, figuretext::units)},
             {"repeatedRows", html::rows(report.repeatedUnits, repeatedCells)},
-            {"moreRepeated", ifAny(report.repeatedUnitCount - report.repeatedUnits.size(), count)}};
+            {"moreRepeated", ifAny(repeated - report.repeatedUnits.size(), count)}};
 }
