@@ -3,7 +3,8 @@
 
 """A second opinion on the page of the yield, written from the words of docs/quality-guide.md and
 docs/log-format.md: makes up the logs of lines, has PROGRAM import them and write pages, and names
-each table and picture that is not as it has to be.
+each table and picture that is not as it has to be. Chromium looks at the first page;
+with ZORVI_AXE, a copy of axe.min.js, axe-core does too.
 
 model.py PROGRAM SEED COUNT"""
 
@@ -12,6 +13,7 @@ import datetime
 import fnmatch
 import itertools
 import math
+import os
 import pathlib
 import random
 import re
@@ -20,20 +22,22 @@ import sys
 import tempfile
 from xml.etree import ElementTree
 
-import numpy
 from scipy import stats
 
 BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
+HIDDEN = "[\t\x01\u202e\ufffe\uffff]"
 COLOURS = [0, 1, 2, 5, 10]
 SECOND = datetime.timedelta(seconds=1)
 TODAY = datetime.date.today()
 YIELDS = "|First-pass yield|Limits|Final yield so far|Ended early"
+AXE = """axe.run().then(found => { found.violations.forEach(each =>
+    console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)); console.log('CHECKED by axe'); });"""
 HEADS = {
     "The last days": "First tested|Units" + YIELDS,
     "Yield by time": "First tested|Units" + YIELDS,
     "Yield by station": "Station|Units|Attempts" + YIELDS + "|Most missed",
-    "Units not complete": "Serial number|Last tested|Station|Attempts|What the last attempt missed",
+    "Units not complete": "Serial number|Last tested|Station|Attempts",
     "What was missed": "Control|Missed by|Of all misses|Added up",
     "Attempts by number": "Attempt|Attempts|Complete|Ended early",
     "Units tested more than once": "Serial number|Attempts|First attempt|First station|"
@@ -110,17 +114,12 @@ def is_asked(day, request):
 
 
 def selected(units, request):
-    asked = [
-        unit
-        for unit in units
-        if is_asked(day_of(unit), request) and request["station"] in ("", unit[0].station)
-    ]
-    kept = [
-        unit
-        for unit in asked
-        if not any(fnmatch.fnmatchcase(unit[0].serial, p) for p in request["without"])
-    ]
-    return kept, len(asked) - len(kept)
+    def is_left_out(unit):
+        return any(fnmatch.fnmatchcase(unit[0].serial, wild) for wild in request["without"])
+
+    units = [unit for unit in units if is_asked(day_of(unit), request)]
+    units = [unit for unit in units if request["station"] in ("", unit[0].station)]
+    return [u for u in units if not is_left_out(u)], sum(map(is_left_out, units))
 
 
 def day_of(unit):
@@ -133,10 +132,8 @@ def results(units, which, result="complete"):
 
 def limits(part, units):
     of, share_of_all = len(part), results(units, 0) / len(units)
-    counts = numpy.arange(of + 1)
-    low = counts[stats.binom.cdf(counts, of, share_of_all) >= TAIL][0]
-    high = counts[stats.binom.sf(counts - 1, of, share_of_all) >= TAIL][-1]
-    return int(low), int(high)
+    low = sum(stats.binom.cdf(range(of + 1), of, share_of_all) < TAIL)
+    return low, of - sum(stats.binom.sf(range(-1, of), of, share_of_all) < TAIL)
 
 
 def is_on_axis(unit, today):
@@ -257,7 +254,7 @@ def by_number(units):
 
 
 def unit_cells(unit):
-    cells = [unit[0].serial.replace("\t", "\ufffd") or "(no serial number)", str(len(unit))]
+    cells = [re.sub(HIDDEN, "\ufffd", unit[0].serial) or "(no serial number)", str(len(unit))]
     for attempt in unit[0], unit[-1]:
         cells += [f"{attempt.time:%Y-%m-%d %H:%M}", attempt.station, attempt.result]
     return cells
@@ -277,7 +274,6 @@ def recent_days(units, request, today):
 
 def tables_of(units, parts, missed):
     of, false = len(units), false_failures(units)
-    attempts = sum(map(len, units))
     ends = [unit[0].ended for unit in units if unit[0].ended is not None]
     worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
     sums = list(itertools.accumulate(len(row[2]) for row in worst))
@@ -291,7 +287,7 @@ def tables_of(units, parts, missed):
     return {
         "tiles": [
             ["Units", f"{of:,}", "serial numbers"],
-            ["Attempts", f"{attempts:,}", "at these units"],
+            ["Attempts", f"{sum(map(len, units)):,}", "at these units"],
             tile("First-pass yield", results(units, 0), "units"),
             tile("Final yield so far", results(units, -1), "units"),
             tile("Ended early", len(ends), "first attempts"),
@@ -339,17 +335,13 @@ def shapes(picture, *kinds):
     return [shape for shape in picture.iter() if shape.get("class") in kinds]
 
 
-def numbers(shape, *attributes):
-    return [float(shape.get(attribute)) for attribute in attributes]
-
-
 def points(line):
     return [tuple(map(float, pair.split(","))) for pair in line.get("points").split()]
 
 
 def centre_of(mark):
     if mark.get("class") == "dot":
-        return tuple(numbers(mark, "cx", "cy"))
+        return float(mark.get("cx")), float(mark.get("cy"))
     x, tip = points(mark)[0]
     return x, tip + (8 if mark.get("class") == "above" else -8)
 
@@ -366,7 +358,10 @@ def seen_periods(picture):
     """Of each period its mark, whether a line leads to it, its yield, limits, bar and place."""
     at, _ = percent_scale(picture)
     heights = [float(bar.get("height")) for bar in shapes(picture, "bar")]
-    fields = [numbers(field, "x", "y", "width", "height") for field in shapes(picture, "within")]
+    fields = [
+        [float(field.get(key)) for key in ("x", "y", "width", "height")]
+        for field in shapes(picture, "within")
+    ]
     ends = [points(line)[1] for line in shapes(picture, "trend")]
     marks = shapes(picture, "dot", "below", "above")
     for mark, bar, (left, top, width, height) in zip(marks, heights, fields):
@@ -440,19 +435,23 @@ def wrongs(page, logs, tests_18, request):
     seen_tables = page_tables(page)
     for label, rows in tables.items():
         seen = seen_tables.get(label, [])
-        heads = [HEADS[label].split("|")] if label in HEADS else seen[:label != "tiles"]
-        if label == "Units not complete":
-            heads, seen = [heads[0][:4]], [row[:4] for row in seen]
-        if seen != heads + rows:
-            yield label, seen, heads + rows
+        head = [HEADS[label].split("|")] if label in HEADS else seen[: label != "tiles"]
+        if label == "Units not complete":  # without what the last attempt missed
+            seen = [row[:4] for row in seen]
+        if seen != head + rows:
+            yield label, seen, head + rows
     for cell in page.iter("td"):
         is_bad = re.match("nothing since|no log|▼|(not complete|ended early)$", cell.text or "")
         if bool(is_bad) != (cell.get("class") == "bad"):
             yield cell.text, cell.get("class")
     more = sum(bool(row[2]) for row in missed) - 14
     off_axis = len(units) - len(on_axis)
+    since, until, station, wilds = request.values()
+    time = (since and f" from {since}") + (until and f" to {until}") or " at any time"
+    where = f'at station "{station}"' if station else "at all stations"
+    without = wilds and f", without {', '.join(wilds)}: {units_text(left_out)} left out"
     for phrase, is_said in [
-        (f": {units_text(left_out)} left out", request["without"]),
+        (f"first tested{time}, {where}{without or ''}. Made on", True),
         ("no such units", not units),
         (f"{units_text(off_axis)} with a first attempt before", off_axis),
         (f"{more} more controls are in the table", more > 0),
@@ -469,13 +468,13 @@ def wrongs(page, logs, tests_18, request):
 # Plants
 
 
-def run(tests_18, end):
-    """The marks of a run up to a component, with a few misses."""
+def run(tests_18, end, misses):
+    """The marks of a run up to a component; misses: how often a control misses bands."""
     marks = ["0" * count for count in BANDS]
     for c in tested(tests_18):
         if c < end:
             marks[c] = "1" * BANDS[c]
-            if random.random() < 0.01:
+            if random.random() < misses:
                 marks[c] = "".join(random.choice("01") for _ in marks[c])
     return marks
 
@@ -498,7 +497,7 @@ def unit_logs(serial, stations, day):
     station = random.choice(list(stations))
     for _ in range(random.choice([1] * 12 + [2, 2, 2, 3, 4, 13])):
         end = random.choice([44] * 12 + [43, 42, 41, 40, 38, 19, 18, 5, 0])
-        marks = run(stations[station], end)
+        marks = run(stations[station], end, 0.05 if "<" in station else 0.01)
         for _ in range(random.choice([1, 1, 1, 2])):  # the same once more
             for time, part in saves(marks, time):
                 yield Log(station, serial, time, part)
@@ -509,14 +508,15 @@ def unit_logs(serial, stations, day):
 
 def plant():
     """Logs, whether each station tests component 18, and requests."""
-    names = ["Station 1", "Station 2", "line \u00e4", "\u4e00"][: random.choice([1, 3, 4])]
+    names = ["Station 1", "Station 2", "line <\u00e4>", "\u4e00"][: random.choice([1, 3, 4])]
     tests_18 = {name: random.random() < 0.4 for name in names}
-    odd = ["", " ", "KG-/4", "\u00e4\u00df", "x\ty", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
-    serials = odd + ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
+    serials = ["", " ", "KG-/4", "\u00e4\u00df", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
+    serials += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
+    serials += ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
     long = random.choice([3, 12, 40, 80])
     days = [TODAY + datetime.timedelta(days=ahead) for ahead in range(-long, 3)]
     days += [datetime.date(1999, 12, 31), datetime.date(2000, 1, 1)]
-    patterns = [[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["[!0]*", "KG-?4"]]
+    patterns = [[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]]
     logs = [log for s in serials for log in unit_logs(s, tests_18, random.choice(days))]
     random.shuffle(logs)
     requests = [{"since": "", "until": "", "station": "", "without": []}]
@@ -530,47 +530,93 @@ def plant():
 
 
 def log_bytes(log):
-    kinds = ["FADER"] * 9 + ["BUTTON"] * 31 + ["ROTARY"] * 4
-    elements = ["Norvane Instruments", f"ZORVI\t#{log.serial}\t{log.time:%a %b} {log.time.day} "]
-    elements[1] += f"{log.time:%H:%M:%S %Y}"
+    elements = ["Norvane Instruments"]
+    elements.append(f"ZORVI\t#{log.serial}\t{log.time:%a %b} {log.time.day} {log.time:%H:%M:%S %Y}")
     for c, marks in enumerate(log.marks):
-        ranges = "".join(f"\r\nRange {band}: {mark}" for band, mark in enumerate(marks))
-        line = "-" * 16 + f" {kinds[c]}: {int(name(c).split()[1])} (Component {c}) " + "-" * 16
-        elements.append(line + (ranges or "\r\n NOT TESTED (Power Button)"))
+        control = name(c).upper().replace(" ", ": ")
+        ranges = [f"Range {band}: {mark}" for band, mark in enumerate(marks)]
+        head = f"---------------- {control} (Component {c}) ----------------"
+        elements.append("\r\n".join([head, *(ranges or [" NOT TESTED (Power Button)"])]))
     return ("\n\r\n\r\n".join(elements) + "\n").encode()
 
 
-def check(program, folder):
+# The page in Chromium
+
+
+def browse(page, *options):
+    """What Chromium says on its console, and makes of the page."""
+    quiet = ["--no-first-run", "--disable-background-networking", "--disable-component-update"]
+    with tempfile.TemporaryDirectory() as profile:
+        command = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-sync"]
+        command += [*quiet, f"--user-data-dir={profile}", *options, page.as_uri()]
+        done = subprocess.run(command, capture_output=True, text=True, timeout=100)
+    return done.stdout + done.stderr
+
+
+def wrong_in_browser(page):
+    """Dark and light, a phone's width and a wide one; and on paper with long lists."""
+    text = page.read_text()
+    script, looks = pathlib.Path(__file__).with_name("pagecheck.js").read_text(), 2
+    if "ZORVI_AXE" in os.environ:
+        script += pathlib.Path(os.environ["ZORVI_AXE"]).read_text() + AXE
+        looks = 4
+    page.write_text(text + f"<script>{script}</script>")
+    frames = page.with_name("frames.html")
+    frame = "<iframe src='page.html' width='{}' height='800'></iframe>"
+    frames.write_text(frame.format(400) + frame.format(1600))
+    options = ["--enable-logging=stderr", "--virtual-time-budget=20000", "--dump-dom"]
+    for scheme in "01":
+        option = f"--blink-settings=preferredColorScheme={scheme}"
+        said = browse(frames, *options, option)
+        yield from (line for line in said.splitlines() if re.search("WRONG|Uncaught", line))
+        if said.count("CHECKED") != looks:
+            yield said
+    row = re.search('(?s)id="open".*?<tbody>(.*?</tr>)', text)[1]
+    page.write_text(text.replace(row, row * 5000))
+    pdf = page.with_suffix(".pdf")
+    browse(page, f"--print-to-pdf={pdf}")
+    pages = pdf.read_bytes().count(b"/Type /Page\n")
+    if not 6 < pages < 20:
+        yield f"{pages} sheets of paper"
+
+
+def check(program, folder, is_first):
+    """Prints what is wrong with a plant's pages, and says whether anything is."""
     logs, tests_18, requests = plant()
-    database = ["--database", str(folder / "a.sqlite")]
-    for part, station in itertools.product(range(3), tests_18):
+    database = ["--database", folder / "a.sqlite"]
+    for part, station in itertools.product(range(2), tests_18):
         path = folder / f"{part} {station}"
         path.mkdir()
-        some = [log for log in logs[part::3] if log.station == station]
-        for number, log in enumerate(some):
-            (path / f"{number}.txt").write_bytes(log_bytes(log))
+        for number, log in enumerate(logs[part::2]):
+            if log.station == station:
+                (path / f"{number}.txt").write_bytes(log_bytes(log))
         # Whether a station tests component 18 is declared, or told by a mark in any log.
         is_told = any("1" in log.marks[18] for log in logs if log.station == station)
-        declared = tests_18[station] and (not is_told or random.random() < 0.3)
-        options = ["--station", station, "--tests-18"][: 3 if declared else 2]
+        is_declared = tests_18[station] and (not is_told or random.random() < 0.3)
+        options = ["--station", station] + ["--tests-18"] * is_declared
         subprocess.run([program, "import", *database, *options, path], check=True)
+    is_wrong = False
     for request in requests:
-        options = [f"--{key}={request[key]}" for key in ("since", "until", "station") if request[key]]
-        options += [f"--without={pattern}" for pattern in request["without"]]
+        options = [f"--{key}={request[key]}" for key in request if request[key] and key != "without"]
+        options += [f"--without={wild}" for wild in request["without"]]
         page = folder / "page.html"
         subprocess.run([program, "report", *database, *options, "--output", page], check=True)
-        for wrong in wrongs(ElementTree.parse(page), logs, tests_18, request):
+        found = list(wrongs(ElementTree.parse(page), logs, tests_18, request))
+        if is_first and request == requests[0]:
+            found += [[wrong] for wrong in wrong_in_browser(page)]
+        for wrong in found:
             print(request, *wrong, sep="\n  ")
-            yield wrong
+        is_wrong |= found != []
+    return is_wrong
 
 
 def main():
     random.seed(int(sys.argv[2]))
-    count = 0
-    for _ in range(int(sys.argv[3])):
+    is_wrong = False
+    for number in range(int(sys.argv[3])):
         with tempfile.TemporaryDirectory() as folder:
-            count += len(list(check(sys.argv[1], pathlib.Path(folder))))
-    sys.exit(1 if count else 0)
+            is_wrong |= check(sys.argv[1], pathlib.Path(folder), number == 0)
+    sys.exit(is_wrong)
 
 
 if __name__ == "__main__":

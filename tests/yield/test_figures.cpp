@@ -3,7 +3,6 @@
 
 #include "yield/figures/reportcounter.h"
 #include "yield/figures/timeline.h"
-#include "yield/logs/controlnames.h"
 
 #include <QTest>
 
@@ -67,15 +66,6 @@ private Q_SLOTS:
             found << QString("%1 %2s").arg(timeline.length).arg(timeline.unit);
         }
         QCOMPARE(found, QStringList({"70 days", "11 weeks", "71 weeks", "18 months"}));
-    }
-
-    void names()
-    {
-        const std::vector<bandmarks::Band> missed = {{3, 0},  {3, 1},  {3, 5},  {3, 11},
-                                                     {3, 12}, {18, 1}, {19, 0}, {19, 1}};
-        QCOMPARE(controlnames::missed(missed),
-                 QStringList({"Fader 3: 0 to 19, 50 to 59, 110 to 127", "Button 9: pressed",
-                              "Button 10: all"}));
     }
 };
 
