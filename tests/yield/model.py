@@ -1,25 +1,48 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 
-"""A second opinion on the figures of the report, written from the words of docs/quality-guide.md
-and docs/log-format.md: makes up the logs of a line and says what the report has to say of them.
+"""A second opinion on the page of the yield, written from the words of docs/quality-guide.md and
+docs/log-format.md: makes up the logs of lines, has PROGRAM import them and write pages, and names
+each table and picture that is not as it has to be. Chromium looks at the first page;
+with ZORVI_AXE, a copy of axe.min.js, axe-core does too.
 
-model.py SEED COUNT prints as JSON so many plants with their logs, requests and figures."""
+model.py PROGRAM SEED COUNT"""
 
 import collections
 import datetime
 import fnmatch
-import json
+import itertools
+import math
+import os
+import pathlib
 import random
+import re
+import subprocess
 import sys
+import tempfile
+from xml.etree import ElementTree
 
-import numpy
 from scipy import stats
 
 BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
-NOW = datetime.datetime(2026, 11, 21, 15, 0)
+HIDDEN = "[\t\x01\u202e\ufffe\uffff]"
+COLOURS = [0, 1, 2, 5, 10]
 SECOND = datetime.timedelta(seconds=1)
+TODAY = datetime.date.today()
+YIELDS = "|First-pass yield|Limits|Final yield so far|Ended early"
+AXE = """axe.run().then(found => { found.violations.forEach(each =>
+    console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)); console.log('CHECKED by axe'); });"""
+HEADS = {
+    "The last days": "First tested|Units" + YIELDS,
+    "Yield by time": "First tested|Units" + YIELDS,
+    "Yield by station": "Station|Units|Attempts" + YIELDS + "|Most missed",
+    "Units not complete": "Serial number|Last tested|Station|Attempts",
+    "What was missed": "Control|Missed by|Of all misses|Added up",
+    "Attempts by number": "Attempt|Attempts|Complete|Ended early",
+    "Units tested more than once": "Serial number|Attempts|First attempt|First station|"
+    "First result|Last attempt|Last station|Last result",
+}
 
 # marks: for each of the 44 components a text with 0 or 1 for each band.
 Log = collections.namedtuple("Log", "station serial time marks")
@@ -62,7 +85,7 @@ def outcome(marks, tests_18):
     return {c: bands for c, bands in missed.items() if bands}, ended
 
 
-def attempts_of(logs, tests_18):
+def units_of(logs, tests_18):
     """All attempts, those of a unit in their order."""
     groups = collections.defaultdict(list)
     for log in sorted(set(logs), key=order_of):
@@ -78,153 +101,380 @@ def attempts_of(logs, tests_18):
         for run in runs:
             first = next(log for log in run if log.marks == run[-1].marks)
             missed, ended = outcome(first.marks, tests_18[first.station])
-            result = "ended" if ended is not None else "failed" if missed else "passed"
+            result = "ended early" if ended is not None else "not complete" if missed else "complete"
             units[first.serial].append(Attempt(*first, missed, ended, result))
-    return {serial: sorted(unit, key=order_of) for serial, unit in units.items()}
+    return [sorted(unit, key=order_of) for unit in units.values()]
 
 
-# What the report counts
+# What the page counts
 
 
-def limits(units, passed, of):
-    counts = numpy.arange(units + 1)
-    if units == 0 or of == 0:
-        return [0, 0]
-    low = counts[stats.binom.cdf(counts, units, passed / of) >= TAIL][0]
-    high = counts[stats.binom.sf(counts - 1, units, passed / of) >= TAIL][-1]
-    return [int(low), int(high)]
-
-
-def tally(units):
-    first = [unit[0].result for unit in units]
-    last = [unit[-1].result for unit in units]
-    attempts = sum(map(len, units))
-    return [len(units), attempts, first.count("passed"), last.count("passed"), first.count("ended")]
-
-
-def in_time(day, request):
-    return request["since"] <= day <= (request["until"] or "9999-12-31")
+def is_asked(day, request):
+    return request["since"] <= day.isoformat() <= (request["until"] or "9999-12-31")
 
 
 def selected(units, request):
-    def asked(first):
-        day = first.time.date().isoformat()
-        return in_time(day, request) and request["station"] in ("", first.station)
+    def is_left_out(unit):
+        return any(fnmatch.fnmatchcase(unit[0].serial, wild) for wild in request["without"])
 
-    def left_out(serial):
-        return any(fnmatch.fnmatchcase(serial, pattern) for pattern in request["without"])
-
-    asked_for = [unit for unit in units.values() if asked(unit[0])]
-    kept = [unit for unit in asked_for if not left_out(unit[0].serial)]
-    return kept, len(asked_for) - len(kept)
+    units = [unit for unit in units if is_asked(day_of(unit), request)]
+    units = [unit for unit in units if request["station"] in ("", unit[0].station)]
+    return [u for u in units if not is_left_out(u)], sum(map(is_left_out, units))
 
 
-def by_number(units):
-    rows = [[0, 0, 0] for _ in range(min(10, max(map(len, units), default=0)))]
-    for unit in units:
-        for number, attempt in enumerate(unit):
-            row = rows[min(number, 9)]
-            row[0] += 1
-            row[1] += attempt.result == "passed"
-            row[2] += attempt.result == "ended"
-    return rows
+def day_of(unit):
+    return unit[0].time.date()
+
+
+def results(units, which, result="complete"):
+    return [unit[which].result for unit in units].count(result)
+
+
+def limits(part, units):
+    of, share_of_all = len(part), results(units, 0) / len(units)
+    low = sum(stats.binom.cdf(range(of + 1), of, share_of_all) < TAIL)
+    return low, of - sum(stats.binom.sf(range(-1, of), of, share_of_all) < TAIL)
+
+
+def is_on_axis(unit, today):
+    return day_of(unit).year >= 2000 and (day_of(unit) - today).days <= 1
+
+
+def periods(units):
+    """Of days, weeks or months the place on the axis, the name and the units."""
+    if not units:
+        return []
+    units = sorted(units, key=day_of)
+    begin, end = day_of(units[0]), day_of(units[-1])
+    monday = begin - datetime.timedelta(days=begin.weekday())
+
+    def period(unit):
+        day = day_of(unit)
+        if (end - begin).days < 70:
+            return (day - begin).days, date(day, "%A, ")
+        if (end - begin).days < 490:
+            week = (day - monday).days // 7
+            return week, date(monday + datetime.timedelta(days=7 * week), "Week of ")
+        return (day.year - begin.year) * 12 + day.month - begin.month, f"{day:%B %Y}"
+
+    return [(*key, list(part)) for key, part in itertools.groupby(units, period)]
+
+
+def by_station(units):
+    names = sorted({unit[0].station for unit in units})
+    return [(2 * i, n, [u for u in units if u[0].station == n]) for i, n in enumerate(names)]
 
 
 def false_failures(units):
-    failed = retested = passed = 0
+    failed = passed = 0
     for unit in units:
-        whole = [attempt for attempt in unit if attempt.result != "ended"]
+        whole = [attempt for attempt in unit if attempt.result != "ended early"]
         for attempt, following in zip(whole, whole[1:] + [None]):
-            if attempt.result == "passed":
-                continue
-            failed += 1
-            if following and following.station == attempt.station:
-                if following.time - attempt.time <= 3600 * SECOND:
-                    retested += 1
-                    passed += following.result == "passed"
-    return [failed, retested, passed]
+            if attempt.result == "not complete":
+                failed += 1
+                if following and following.station == attempt.station:
+                    soon = following.time - attempt.time <= 3600 * SECOND
+                    passed += soon and following.result == "complete"
+    return passed, failed
 
 
-def control(units, tests_18, c):
+def controls(units, tests_18):
+    """For each component the units that tried it, and the bands that each of the others missed."""
     firsts = [unit[0] for unit in units]
-    here = [a for a in firsts if c in tested(tests_18[a.station])]
-    tried = [a for a in here if a.ended is None or c < a.ended]
-    missed = [a.missed[c] for a in tried if c in a.missed]
-    bands = [sum(band in m for m in missed) for band in range(BANDS[c])]
-    return [len(tried), len(missed), sum(a.ended == c for a in firsts), bands]
+    for c in range(44):
+        here = [a for a in firsts if c in tested(tests_18[a.station])]
+        tried = [a for a in here if a.ended is None or c < a.ended]
+        yield c, len(tried), [a.missed[c] for a in tried if c in a.missed]
 
 
-def tested_unit(unit):
-    def row(attempt):
-        bands = [[c, band] for c, missed in sorted(attempt.missed.items()) for band in missed]
-        outcome = [attempt.result, bands, -1 if attempt.ended is None else attempt.ended]
-        return [attempt.serial, attempt.time.isoformat(), attempt.station, outcome]
+# What the page says
 
-    return [row(unit[0]), row(unit[-1]), len(unit)]
+
+def units_text(number):
+    return f"{number:,}" + (" unit" if number == 1 else " units")
+
+
+def percent(part, whole):
+    if whole == 0 or part in (0, whole):
+        return f"{100 * part // whole} %" if whole else "–"
+    return f"{min(max(math.floor(1000 * part / whole + 0.5) / 10, 0.1), 99.9)} %"
+
+
+def share(part, whole):
+    return f"{percent(part, whole)} ({part:,} of {whole:,})"
+
+
+def name(c):
+    return f"Fader {c}" if c < 9 else f"Button {c - 9}" if c < 40 else f"Rotary {c - 40}"
+
+
+def title(c):
+    return f"{name(c)} (component {c})"
+
+
+def band_name(c, band):
+    ends = f"{10 * band} to {10 * band + 9 if band < 12 else 127}"
+    return ends if BANDS[c] == 13 else ["released", "pressed"][band]
+
+
+def date(day, weekday="%a "):
+    return f"{day:{weekday}}{day.day} {day:%b %Y}"
+
+
+def missed_by(c, tried, missed):
+    if tried:
+        return share(len(missed), tried)
+    return "never tested" if c == 39 else "not tested here"
+
+
+def most_missed(units):
+    counts = [sum(c in unit[0].missed for unit in units) for c in range(44)]
+    most = max(counts)
+    return f"{name(counts.index(most))}, {units_text(most)}" if most else "–"
+
+
+def yields(part, units):
+    """The cells that days and stations share."""
+    if not part:
+        return ["–"] * 4
+    (low, high), passed, of = limits(part, units), results(part, 0), len(part)
+    place = "▼ below" if passed < low else "▲ above" if passed > high else "within"
+    within = f"{place} {percent(low, of)} to {percent(high, of)}"
+    ended = results(part, 0, "ended early")
+    return [share(passed, of), within, share(results(part, -1), of), str(ended)]
+
+
+def by_number(units):
+    for number in range(1, min(10, max(map(len, units))) + 1):
+        last = None if number == 10 else number
+        ends = [attempt.result for unit in units for attempt in unit[number - 1 : last]]
+        passed, ended = ends.count("complete"), ends.count("ended early")
+        words = f"{number} and later" if number == 10 else str(number)
+        yield [words, f"{len(ends):,}", share(passed, len(ends)), str(ended)]
+
+
+def unit_cells(unit):
+    cells = [re.sub(HIDDEN, "\ufffd", unit[0].serial) or "(no serial number)", str(len(unit))]
+    for attempt in unit[0], unit[-1]:
+        cells += [f"{attempt.time:%Y-%m-%d %H:%M}", attempt.station, attempt.result]
+    return cells
 
 
 def newest_first(unit):
     return datetime.datetime(9999, 1, 1) - unit[-1].time, unit[-1].serial
 
 
-def report(logs, tests_18, request):
-    everything = attempts_of(logs, tests_18)
-    units, left_out = selected(everything, request)
-    total = tally(units)
+def recent_days(units, request, today):
+    for ago, word in enumerate(["Today so far, ", "Yesterday, "] + [""] * 6):
+        day = today - datetime.timedelta(days=ago)
+        part = [unit for unit in units if day_of(unit) == day]
+        if is_asked(day, request):
+            yield [word + date(day), str(len(part))] + yields(part, units)
 
-    def judged(part):
-        figures = tally(part)
-        return figures + limits(figures[0], total[2], total[0])
 
-    days = collections.defaultdict(list)
-    off_axis = []
-    for unit in units:
-        day = unit[0].time.date()
-        ahead = (day - NOW.date()).days > 1
-        (off_axis if day.year < 2000 or ahead else days[day.isoformat()]).append(unit)
-    recent = [(NOW.date() - datetime.timedelta(days=ago)).isoformat() for ago in range(8)]
-    recent = [day for day in recent if in_time(day, request)]
-    stations = []
-    for name in sorted({unit[0].station for unit in units}):
-        here = [unit for unit in units if unit[0].station == name]
-        missed = [sum(c in unit[0].missed for unit in here) for c in range(44)]
-        stations.append([name] + judged(here) + [missed])
-    ages = []
-    for name in sorted(tests_18):
-        past = [a for a in logs if a.station == name and a.time <= NOW]
-        times = [a.time for a in past if "1" in "".join(a.marks)]
-        if request["station"] in ("", name):
-            age = (NOW - max(times)).total_seconds() if times else -1
-            ages.append([name, max(times).isoformat() if times else "", int(age)])
-    not_complete = [unit for unit in units if unit[-1].result != "passed"]
+def tables_of(units, parts, missed):
+    of, false = len(units), false_failures(units)
+    ends = [unit[0].ended for unit in units if unit[0].ended is not None]
+    worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
+    sums = list(itertools.accumulate(len(row[2]) for row in worst))
     repeated = [unit for unit in units if len(unit) > 1]
     repeated.sort(key=lambda unit: (-len(unit), newest_first(unit)))
+    still_open = [unit_cells(u) for u in sorted(units, key=newest_first) if results([u], -1) == 0]
+
+    def tile(words, part, what):
+        return [words, percent(part, of), f"{part:,} of {of:,} {what}"]
+
     return {
-        "total": total,
-        "left out": left_out,
-        "days": [[day] + judged(part) for day, part in sorted(days.items())],
-        "off axis": tally(off_axis),
-        "recent days": [[day] + judged(days.get(day, [])) for day in recent],
-        "by number": by_number(units),
-        "false failures": false_failures(units),
-        "stations": stations,
-        "controls": [control(units, tests_18, c) for c in range(44)],
-        "open": [tested_unit(unit) for unit in sorted(not_complete, key=newest_first)],
-        "repeated": [tested_unit(unit) for unit in repeated],
-        "ages": ages,
+        "tiles": [
+            ["Units", f"{of:,}", "serial numbers"],
+            ["Attempts", f"{sum(map(len, units)):,}", "at these units"],
+            tile("First-pass yield", results(units, 0), "units"),
+            tile("Final yield so far", results(units, -1), "units"),
+            tile("Ended early", len(ends), "first attempts"),
+            ["False failures", percent(*false), "%d of %d failures" % false],
+        ],
+        "Units not complete": [[c[0], c[5], c[6], c[1]] for c in still_open],
+        "Yield by time": [[n, str(len(p))] + yields(p, units) for _, n, p in parts],
+        "Yield by station": [
+            [n, f"{len(p):,}", f"{sum(map(len, p)):,}"] + yields(p, units) + [most_missed(p)]
+            for _, n, p in by_station(units)
+        ],
+        "All controls": [[title(row[0]), missed_by(*row)] for row in missed],
+        "What was missed": [
+            [title(row[0]), missed_by(*row), percent(len(row[2]), sums[-1]), percent(up, sums[-1])]
+            for row, up in zip(worst, sums)
+        ],
+        "Missed bands": [
+            [title(c), band_name(c, band), str(sum(band in bands for bands in each))]
+            for c, _, each in worst[:3]
+            for band in range(BANDS[c])
+        ],
+        "Where first attempts ended early": [
+            [title(c), share(ends.count(c), len(ends))] for c in sorted(set(ends))
+        ],
+        "Attempts by number": list(by_number(units)),
+        "Units tested more than once": [unit_cells(unit) for unit in repeated],
     }
+
+
+# What is on a page
+
+
+def texts(elements):
+    return ["".join(element.itertext()).replace("\xa0", " ") for element in elements]
+
+
+def page_tables(page):
+    areas = page.iter("div")
+    tables = {area.get("aria-label"): area.findall("table/*/tr") for area in areas}
+    rows = {label: [texts(row) for row in table] for label, table in tables.items() if table}
+    return {**rows, "tiles": [texts(tile) for tile in page.iterfind(".//*[@class='tile']")]}
+
+
+def shapes(picture, *kinds):
+    return [shape for shape in picture.iter() if shape.get("class") in kinds]
+
+
+def points(line):
+    return [tuple(map(float, pair.split(","))) for pair in line.get("points").split()]
+
+
+def centre_of(mark):
+    if mark.get("class") == "dot":
+        return float(mark.get("cx")), float(mark.get("cy"))
+    x, tip = points(mark)[0]
+    return x, tip + (8 if mark.get("class") == "above" else -8)
+
+
+def percent_scale(picture):
+    """What y stands for, and the lowest percentage."""
+    labels = [text for text in shapes(picture, "label end") if text.text.endswith(" %")]
+    axis = [(int(text.text[:-2]), float(text.get("y")) - 4) for text in labels]
+    (high, top), (low, bottom) = axis[0], axis[-1]
+    return lambda y: low + (bottom - y) / (bottom - top) * (high - low), low
+
+
+def seen_periods(picture):
+    """Of each period its mark, whether a line leads to it, its yield, limits, bar and place."""
+    at, _ = percent_scale(picture)
+    heights = [float(bar.get("height")) for bar in shapes(picture, "bar")]
+    fields = [
+        [float(field.get(key)) for key in ("x", "y", "width", "height")]
+        for field in shapes(picture, "within")
+    ]
+    ends = [points(line)[1] for line in shapes(picture, "trend")]
+    marks = shapes(picture, "dot", "below", "above")
+    for mark, bar, (left, top, width, height) in zip(marks, heights, fields):
+        x, y = centre_of(mark)
+        place = (x - width / 2 - fields[0][0]) / width
+        row = [at(y), at(top), at(top + height), bar / max(heights), place]
+        yield [mark.get("class"), (x, y) in ends] + row
+    yield at(points(shapes(picture, "centre")[0])[0][1])
+
+
+def expected_periods(parts, units, lowest):
+    most, before = max(len(part) for _, _, part in parts), None
+    for place, _, part in parts:
+        passed, of = results(part, 0), len(part)
+        low, high = limits(part, units)
+        kind = "below" if passed < low else "above" if passed > high else "dot"
+        on_axis = [max(100 * count / of, lowest) for count in (high, low)]
+        row = [100 * passed / of, *on_axis, of / most, place - parts[0][0]]
+        yield [kind, before == place - 1] + row
+        before = place
+    yield max(100 * results(units, 0) / len(units), lowest)
+
+
+def pictures(page, units, parts, missed):
+    """What is seen, and what has to be."""
+    labels = {picture.get("aria-label"): picture for picture in page.iter("svg")}
+    picture_of = {re.sub(" (day|week|month)$", " time", label): labels[label] for label in labels}
+    for unit, some in ("station", by_station(units)), ("time", parts):
+        picture = picture_of.get("First-pass yield and units by " + unit)
+        if some:
+            lowest = percent_scale(picture)[1]
+            yield list(seen_periods(picture)), list(expected_periods(some, units, lowest))
+    worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
+    counts = [len(row[2]) for row in worst]
+    if worst:
+        picture = picture_of["Units that missed each control, most missed first"]
+        at = percent_scale(picture)[0]
+        seen = [at(float(bar.get("y"))) for bar in shapes(picture, "bar")]
+        seen += [at(y) for _, y in points(shapes(picture, "trend")[0])]
+        expected = counts[:14] + list(itertools.accumulate(counts[:14]))
+        yield seen, [100 * count / sum(counts) for count in expected]
+    for c, _, each in worst[:3]:
+        bars = shapes(picture_of[f"Missed bands of {name(c)}"], "bar")
+        heights = [float(bar.get("height")) for bar in bars]
+        bands = [sum(band in bands for bands in each) for band in range(BANDS[c])]
+        yield [h / max(heights) for h in heights], [count / max(bands) for count in bands]
+    controls_seen, expected = [], []
+    for group in next(p for label, p in labels.items() if "surface" in label).iter("g"):
+        controls_seen.append([texts(group)[0], group.find("rect").get("class")])
+    for c, tried, each in missed[:39] + missed[40:]:
+        colour = f"miss{sum(100 * len(each) > most * tried for most in COLOURS)}"
+        words = f"{title(c)}: {missed_by(c, tried, each)}"
+        expected.append([words, "control " + (colour if tried else "untested")])
+    yield controls_seen, expected
+
+
+def is_close(seen, expected):
+    if isinstance(seen, list):
+        return len(seen) == len(expected) and all(map(is_close, seen, expected))
+    return abs(seen - expected) < 0.1 if isinstance(seen, float) else seen == expected
+
+
+def wrongs(page, logs, tests_18, request):
+    text = " ".join(" ".join(texts(page.iter("p"))).split())
+    today = datetime.date.fromisoformat(re.search("Made on (.{10})", text)[1])
+    units, left_out = selected(units_of(logs, tests_18), request)
+    on_axis = [unit for unit in units if is_on_axis(unit, today)]
+    parts, missed = periods(on_axis), list(controls(units, tests_18))
+    tables = {"The last days": list(recent_days(units, request, today))}
+    tables.update(tables_of(units, parts, missed) if units else {"tiles": []})
+    seen_tables = page_tables(page)
+    for label, rows in tables.items():
+        seen = seen_tables.get(label, [])
+        head = [HEADS[label].split("|")] if label in HEADS else seen[: label != "tiles"]
+        if label == "Units not complete":  # without what the last attempt missed
+            seen = [row[:4] for row in seen]
+        if seen != head + rows:
+            yield label, seen, head + rows
+    for cell in page.iter("td"):
+        is_bad = re.match("nothing since|no log|▼|(not complete|ended early)$", cell.text or "")
+        if bool(is_bad) != (cell.get("class") == "bad"):
+            yield cell.text, cell.get("class")
+    more = sum(bool(row[2]) for row in missed) - 14
+    off_axis = len(units) - len(on_axis)
+    since, until, station, wilds = request.values()
+    time = (since and f" from {since}") + (until and f" to {until}") or " at any time"
+    where = f'at station "{station}"' if station else "at all stations"
+    without = wilds and f", without {', '.join(wilds)}: {units_text(left_out)} left out"
+    for phrase, is_said in [
+        (f"first tested{time}, {where}{without or ''}. Made on", True),
+        ("no such units", not units),
+        (f"{units_text(off_axis)} with a first attempt before", off_axis),
+        (f"{more} more controls are in the table", more > 0),
+        ("The last attempt at every unit is complete", 0 < results(units, -1) == len(units)),
+        ("No unit was tested twice", units and all(len(unit) == 1 for unit in units)),
+    ]:
+        if (phrase in text) != bool(is_said):
+            yield phrase, text
+    for seen, expected in pictures(page, units, parts, missed) if units else []:
+        if not is_close(seen, expected):
+            yield seen, expected
 
 
 # Plants
 
 
-def run(tests_18, end):
-    """The marks of a run up to a component, with a few misses."""
+def run(tests_18, end, misses):
+    """The marks of a run up to a component; misses: how often a control misses bands."""
     marks = ["0" * count for count in BANDS]
     for c in tested(tests_18):
         if c < end:
             marks[c] = "1" * BANDS[c]
-            if random.random() < 0.01:
+            if random.random() < misses:
                 marks[c] = "".join(random.choice("01") for _ in marks[c])
     return marks
 
@@ -245,10 +495,9 @@ def saves(marks, begin):
 def unit_logs(serial, stations, day):
     time = datetime.datetime.combine(day, datetime.time(6)) + random.randrange(36000) * SECOND
     station = random.choice(list(stations))
-    visits = random.choice([1] * 12 + [2, 2, 2, 3, 4, 13])
-    for _ in range(visits):
+    for _ in range(random.choice([1] * 12 + [2, 2, 2, 3, 4, 13])):
         end = random.choice([44] * 12 + [43, 42, 41, 40, 38, 19, 18, 5, 0])
-        marks = run(stations[station], end)
+        marks = run(stations[station], end, 0.05 if "<" in station else 0.01)
         for _ in range(random.choice([1, 1, 1, 2])):  # the same once more
             for time, part in saves(marks, time):
                 yield Log(station, serial, time, part)
@@ -258,17 +507,17 @@ def unit_logs(serial, stations, day):
 
 
 def plant():
-    names = ["Station 1", "Station 2", "line \u00e4", "\u4e00"][: random.choice([1, 3, 4])]
+    """Logs, whether each station tests component 18, and requests."""
+    names = ["Station 1", "Station 2", "line <\u00e4>", "\u4e00"][: random.choice([1, 3, 4])]
     tests_18 = {name: random.random() < 0.4 for name in names}
-    odd = ["", " ", "KG-/4", "\u00e4\u00df", "x\ty", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
-    serials = odd + ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
-    days = [NOW.date() - datetime.timedelta(days=ago) for ago in range(random.choice([3, 12, 40]))]
-    days += [NOW.date() + datetime.timedelta(days=ahead) for ahead in (1, 2)]
+    serials = ["", " ", "KG-/4", "\u00e4\u00df", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
+    serials += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
+    serials += ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
+    long = random.choice([3, 12, 40, 80])
+    days = [TODAY + datetime.timedelta(days=ahead) for ahead in range(-long, 3)]
     days += [datetime.date(1999, 12, 31), datetime.date(2000, 1, 1)]
-    patterns = [[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["[!0]*", "KG-?4"]]
-    logs = []
-    for serial in serials:
-        logs += unit_logs(serial, tests_18, random.choice(days))
+    patterns = [[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]]
+    logs = [log for s in serials for log in unit_logs(s, tests_18, random.choice(days))]
     random.shuffle(logs)
     requests = [{"since": "", "until": "", "station": "", "without": []}]
     for _ in range(3):
@@ -277,25 +526,97 @@ def plant():
         request["station"] = random.choice(["", random.choice(logs).station])
         request["without"] = random.choice(patterns)
         requests.append(request)
-    # Whether a station tests component 18 is declared, or told by a mark in any log.
-    told = {log.station for log in logs if "1" in log.marks[18]}
-    declared = {n: tests_18[n] and (n not in told or random.random() < 0.3) for n in names}
-    known = {log.station: tests_18[log.station] for log in logs}
-    cases = [{"request": r, "figures": report(logs, known, r)} for r in requests]
-    rows = [[a.station, a.serial, a.time.isoformat(), "".join(a.marks)[::-1]] for a in logs]
-    return {"declared": declared, "logs": rows, "cases": cases}
+    return logs, tests_18, requests
+
+
+def log_bytes(log):
+    elements = ["Norvane Instruments"]
+    elements.append(f"ZORVI\t#{log.serial}\t{log.time:%a %b} {log.time.day} {log.time:%H:%M:%S %Y}")
+    for c, marks in enumerate(log.marks):
+        control = name(c).upper().replace(" ", ": ")
+        ranges = [f"Range {band}: {mark}" for band, mark in enumerate(marks)]
+        head = f"---------------- {control} (Component {c}) ----------------"
+        elements.append("\r\n".join([head, *(ranges or [" NOT TESTED (Power Button)"])]))
+    return ("\n\r\n\r\n".join(elements) + "\n").encode()
+
+
+# The page in Chromium
+
+
+def browse(page, *options):
+    """What Chromium says on its console, and makes of the page."""
+    quiet = ["--no-first-run", "--disable-background-networking", "--disable-component-update"]
+    with tempfile.TemporaryDirectory() as profile:
+        command = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-sync"]
+        command += [*quiet, f"--user-data-dir={profile}", *options, page.as_uri()]
+        done = subprocess.run(command, capture_output=True, text=True, timeout=100)
+    return done.stdout + done.stderr
+
+
+def wrong_in_browser(page):
+    """Dark and light, a phone's width and a wide one; and on paper with long lists."""
+    text = page.read_text()
+    script, looks = pathlib.Path(__file__).with_name("pagecheck.js").read_text(), 2
+    if "ZORVI_AXE" in os.environ:
+        script += pathlib.Path(os.environ["ZORVI_AXE"]).read_text() + AXE
+        looks = 4
+    page.write_text(text + f"<script>{script}</script>")
+    frames = page.with_name("frames.html")
+    frame = "<iframe src='page.html' width='{}' height='800'></iframe>"
+    frames.write_text(frame.format(400) + frame.format(1600))
+    options = ["--enable-logging=stderr", "--virtual-time-budget=20000", "--dump-dom"]
+    for scheme in "01":
+        option = f"--blink-settings=preferredColorScheme={scheme}"
+        said = browse(frames, *options, option)
+        yield from (line for line in said.splitlines() if re.search("WRONG|Uncaught", line))
+        if said.count("CHECKED") != looks:
+            yield said
+    row = re.search('(?s)id="open".*?<tbody>(.*?</tr>)', text)[1]
+    page.write_text(text.replace(row, row * 5000))
+    pdf = page.with_suffix(".pdf")
+    browse(page, f"--print-to-pdf={pdf}")
+    pages = pdf.read_bytes().count(b"/Type /Page\n")
+    if not 6 < pages < 20:
+        yield f"{pages} sheets of paper"
+
+
+def check(program, folder, is_first):
+    """Prints what is wrong with a plant's pages, and says whether anything is."""
+    logs, tests_18, requests = plant()
+    database = ["--database", folder / "a.sqlite"]
+    for part, station in itertools.product(range(2), tests_18):
+        path = folder / f"{part} {station}"
+        path.mkdir()
+        for number, log in enumerate(logs[part::2]):
+            if log.station == station:
+                (path / f"{number}.txt").write_bytes(log_bytes(log))
+        # Whether a station tests component 18 is declared, or told by a mark in any log.
+        is_told = any("1" in log.marks[18] for log in logs if log.station == station)
+        is_declared = tests_18[station] and (not is_told or random.random() < 0.3)
+        options = ["--station", station] + ["--tests-18"] * is_declared
+        subprocess.run([program, "import", *database, *options, path], check=True)
+    is_wrong = False
+    for request in requests:
+        options = [f"--{key}={request[key]}" for key in request if request[key] and key != "without"]
+        options += [f"--without={wild}" for wild in request["without"]]
+        page = folder / "page.html"
+        subprocess.run([program, "report", *database, *options, "--output", page], check=True)
+        found = list(wrongs(ElementTree.parse(page), logs, tests_18, request))
+        if is_first and request == requests[0]:
+            found += [[wrong] for wrong in wrong_in_browser(page)]
+        for wrong in found:
+            print(request, *wrong, sep="\n  ")
+        is_wrong |= found != []
+    return is_wrong
 
 
 def main():
-    random.seed(int(sys.argv[1]))
-    plants = [plant() for _ in range(int(sys.argv[2]))]
-    table = []
-    for _ in range(200):
-        of = random.choice([1, 30, 1000, 10**6])
-        units = random.choice([0, 1, random.randint(1, 300), random.randint(1, 10**5)])
-        passed = random.choice([0, of, random.randint(0, of), of - random.randint(0, of) // 20])
-        table.append([units, passed, of] + limits(units, passed, of))
-    json.dump({"now": NOW.isoformat(), "plants": plants, "limits": table}, sys.stdout)
+    random.seed(int(sys.argv[2]))
+    is_wrong = False
+    for number in range(int(sys.argv[3])):
+        with tempfile.TemporaryDirectory() as folder:
+            is_wrong |= check(sys.argv[1], pathlib.Path(folder), number == 0)
+    sys.exit(is_wrong)
 
 
 if __name__ == "__main__":

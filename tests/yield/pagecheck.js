@@ -23,7 +23,12 @@
         return numbers(colour)[3] === 0 ? ground(element.parentElement) : colour;
     };
     const all = selector => [...document.querySelectorAll(selector)];
-    const fill = selector => style(document.querySelector(selector)).fill;
+    const probe = kind => {
+        const shape = document.createElementNS('http://www.w3.org/2000/svg', 'rect');
+        shape.setAttribute('class', kind);
+        return style(document.querySelector('svg').appendChild(shape));
+    };
+    const fill = kind => probe(kind).fill;
 
     const texts = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
     let count = 0;
@@ -34,18 +39,18 @@
     }
     for (const text of all('svg text')) {
         const step = [...text.classList].find(name => name.startsWith('on-miss'));
-        need(4.5, style(text).fill, step ? fill('.' + step.slice(3)) : ground(text.closest('div')),
+        need(4.5, style(text).fill, step ? fill(step.slice(3)) : ground(text.closest('div')),
              text.textContent);
     }
     const paper = ground(document.body);
     for (const mark of ['bar', 'dot', 'below', 'above'])
-        for (const behind of mark === 'bar' ? [paper] : [paper, fill('.within')])
-            need(3, fill('svg .' + mark), behind, mark);
+        for (const behind of mark === 'bar' ? [paper] : [paper, fill('within')])
+            need(3, fill(mark), behind, mark);
     for (const line of ['trend', 'limit', 'centre', 'axis'])
-        need(3, style(document.querySelector('svg .' + line)).stroke, paper, line);
-    need(3, style(document.querySelector('.miss0')).stroke, fill('.ground'), 'a control');
+        need(3, probe(line).stroke, paper, line);
+    need(3, probe('control').stroke, fill('ground'), 'a control');
     for (let step = 0; step < 5; ++step)
-        need(1.2, fill('.miss' + step), fill('.miss' + (step + 1)), 'neighbouring colours');
+        need(1.2, fill('miss' + step), fill('miss' + (step + 1)), 'neighbouring colours');
 
     if (document.documentElement.scrollWidth > innerWidth)
         say('the page is wider than the window');

@@ -3,9 +3,9 @@
 
 #include "demo/fortnight.h"
 #include "yield/commands/reportfile.h"
-#include "yield/page/figuretext.h"
 #include "yield/store/database.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,9 +15,18 @@ namespace
 constexpr int units = 330;
 const QDate lastDay(2026, 11, 20); // a Friday
 
-ControlMisses control(const Report& report, int component)
+QByteArray pageIn(const QTemporaryDir& folder)
 {
-    return report.controls.at(static_cast<std::size_t>(component));
+    QFile page(folder.filePath("yield.html"));
+    return page.open(QIODevice::ReadOnly) ? page.readAll() : QByteArray();
+}
+
+Report reportIn(const QTemporaryDir& folder, const QStringList& without)
+{
+    Database database(folder.filePath("fortnight/attempts.sqlite"), Database::Access::Read);
+    ReportRequest request;
+    request.without = without;
+    return readReport(database, request);
 }
 } // namespace
 
@@ -27,28 +36,20 @@ class TestFortnight : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void yields();
-    void controls();
-    void knownGoodUnits();
-
-private:
-    QTemporaryDir folder;
-    Report report; ///< Without the known-good units.
-    Tally truth;   ///< Without attempts and passedLast.
-    int falseFailures = 0;
-    std::array<int, roster::componentCount> missed{};
+    void rates();
+    void sameEachTime();
+    void problems();
 };
 
-void TestFortnight::initTestCase()
+void TestFortnight::rates()
 {
+    const QTemporaryDir folder;
     QString problem;
     QVERIFY2(fortnight::make(folder.path(), units, lastDay, problem), qPrintable(problem));
-    Database database(folder.filePath("fortnight/attempts.sqlite"), Database::Access::Read);
-    ReportRequest request;
-    request.without << fortnight::knownGood;
-    report = readReport(database, request);
-
+    const Report report = reportIn(folder, {fortnight::knownGood});
+    Tally truth; // without attempts and passedLast
+    int failedFalsely = 0;
+    QVector<int> missed(report.controls.size());
     const auto line = fortnight::line();
     for (int s = 0; s < line.size(); ++s) {
         const int here = fortnight::unitsAt(s, units);
@@ -56,68 +57,67 @@ void TestFortnight::initTestCase()
         for (const auto& [unit, rate] : line.at(s).faults) {
             const int with = qRound(rate * here);
             faulty += with;
-            missed.at(static_cast<std::size_t>(unit.componentNum)) += with;
+            missed[unit.componentNum] += with;
             if (unit.fault == Fault::Swapped)
-                missed.at(static_cast<std::size_t>(unit.componentNum) + 1) += with;
+                missed[unit.componentNum + 1] += with;
         }
-        const int failedFalsely = qRound(line.at(s).falseFailures * here);
+        const int falselyHere = qRound(line.at(s).falseFailures * here);
         const int brokenOff = qRound(line.at(s).brokenOff * here);
-        missed.front() += failedFalsely;
-        falseFailures += failedFalsely;
-        truth += {here, 0, here - faulty - failedFalsely - brokenOff, 0, brokenOff};
+        failedFalsely += falselyHere;
+        truth += {here, 0, here - faulty - falselyHere - brokenOff, 0, brokenOff};
+        QCOMPARE(report.stations[line.at(s).name].tally.endedFirst, brokenOff);
     }
-    QVERIFY(falseFailures > 3 && truth.endedFirst > 3);
-}
-
-void TestFortnight::yields()
-{
-    QCOMPARE(report.total.units, units);
-    QCOMPARE(truth.units, units);
+    missed[0] += failedFalsely;
+    QVERIFY(failedFalsely > 3 && truth.endedFirst > 3);
+    QCOMPARE(report.total.units, truth.units);
     QCOMPARE(report.total.passedFirst, truth.passedFirst);
     QCOMPARE(report.total.endedFirst, truth.endedFirst);
-    QCOMPARE(report.openUnits.size(), units - report.total.passedLast);
-    const auto line = fortnight::line();
-    QCOMPARE(report.stations.size(), line.size());
-    for (int s = 0; s < line.size(); ++s)
-        QCOMPARE(report.stations.at(s).tally.endedFirst,
-                 qRound(line.at(s).brokenOff * fortnight::unitsAt(s, units)));
     // Repairs take days, so that whatever passed within the hour had failed falsely.
-    QCOMPARE(report.falseFailures.passed, falseFailures);
-    QCOMPARE(report.falseFailures.retested, falseFailures);
-    QVERIFY(report.falseFailures.failed >= units - truth.passedFirst - truth.endedFirst);
+    QCOMPARE(report.falseFailures.passedNext, failedFalsely);
+    QVector<int> found;
+    for (const ControlMisses& control : report.controls)
+        found << control.missed;
+    QCOMPARE(found, missed);
+    // Fader 3 never reaches its upper end, fader 6 never its lower one.
+    QCOMPARE(report.controls.at(3).missedBands.last(), missed.at(3));
+    QCOMPARE(report.controls.at(6).missedBands.first(), missed.at(6));
+    QCOMPARE(report.controls.at(roster::channelButton).units, fortnight::unitsAt(2, units));
+    QCOMPARE(report.controls.at(fortnight::brokenOffAt).endedHere, truth.endedFirst);
+    // Working days only. Each station tests its known-good unit every morning.
     QCOMPARE(report.days.size(), 10);
     QCOMPARE(report.days.lastKey(), lastDay);
     for (const QDate& day : report.days.keys())
         QVERIFY(day.dayOfWeek() <= Qt::Friday);
-    QFile page(folder.filePath("yield.html"));
-    QVERIFY(page.open(QIODevice::ReadOnly));
-    QVERIFY(page.readAll().contains(figuretext::percent(truth.passedFirst, units).toUtf8()));
+    const Report goldenOnes = reportIn(folder, {"0908*"});
+    QCOMPARE(goldenOnes.total.attempts, 10 * line.size());
+    QCOMPARE(goldenOnes.total.passedFirst, line.size());
+    QCOMPARE(goldenOnes.repeatedUnits.at(0).first.testedAt, QString("2026-11-09T06:15:00"));
+    QVERIFY(pageIn(folder).contains("Made on 2026-11-21 07:00."));
 }
 
-void TestFortnight::controls()
+/// Nothing of an earlier one is left, and nothing else has changed.
+void TestFortnight::sameEachTime()
 {
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        QCOMPARE(control(report, c).missed, missed.at(static_cast<std::size_t>(c)));
-    // Fader 3 never reaches its upper end, fader 6 never its lower one.
-    QCOMPARE(control(report, 3).missedBands.last(), control(report, 3).missed);
-    QCOMPARE(control(report, 3).missedBands.first(), 0);
-    QCOMPARE(control(report, 6).missedBands.first(), control(report, 6).missed);
-    QCOMPARE(control(report, roster::channelButton).units, fortnight::unitsAt(2, units));
-    QCOMPARE(control(report, fortnight::brokenOffAt).endedHere, truth.endedFirst);
-    QCOMPARE(control(report, fortnight::brokenOffAt - 1).units, units);
-    QCOMPARE(control(report, fortnight::brokenOffAt).units, units - truth.endedFirst);
+    const QTemporaryDir folder;
+    QString problem;
+    QVERIFY(fortnight::make(folder.path(), 60, lastDay, problem));
+    const QByteArray first = pageIn(folder);
+    QVERIFY(fortnight::make(folder.path(), 3, lastDay, problem));
+    QVERIFY(fortnight::make(folder.path(), 60, lastDay, problem));
+    QCOMPARE(pageIn(folder), first);
 }
 
-/// Each was tested every morning, and each of these tests counts.
-void TestFortnight::knownGoodUnits()
+void TestFortnight::problems()
 {
-    const int stations = fortnight::line().size();
-    QCOMPARE(report.leftOut, stations);
-    Database database(folder.filePath("fortnight/attempts.sqlite"), Database::Access::Read);
-    const Report with = readReport(database, {});
-    QCOMPARE(with.total.units, units + stations);
-    QCOMPARE(with.total.attempts, report.total.attempts + 10 * stations);
-    QCOMPARE(with.repeatedUnits.at(stations - 1).attempts, 10);
+    const QTemporaryDir folder;
+    QString problem;
+    QVERIFY(QDir(folder.path()).mkpath("yield.html/x"));
+    QVERIFY(!fortnight::make(folder.path(), 3, lastDay, problem));
+    QVERIFY2(problem.contains("yield.html: "), qPrintable(problem));
+    const QString file = folder.filePath("file");
+    QVERIFY(QFile(file).open(QIODevice::WriteOnly));
+    QVERIFY(!fortnight::make(file, 3, lastDay, problem));
+    QVERIFY2(problem.contains("cannot be made"), qPrintable(problem));
 }
 
 QTEST_MAIN(TestFortnight)

@@ -22,17 +22,17 @@ int lowLimit(int units, double share)
     // What lies lower has no part in the sum that a double could hold.
     constexpr double deviations = 20;
     const double mean = units * share;
-    int passed = static_cast<int>(std::max(0.0, mean - deviations * std::sqrt(mean * (1 - share))));
-    double probability = std::exp(std::lgamma(units + 1.0) - std::lgamma(passed + 1.0) -
-                                  std::lgamma(units - passed + 1.0) + passed * std::log(share) +
-                                  (units - passed) * std::log1p(-share));
-    double sum = probability;
-    while (sum < limitTail && passed < units) {
-        probability *= (units - passed) / (passed + 1.0) * share / (1 - share);
-        ++passed;
-        sum += probability;
+    const double first = std::max(0.0, mean - deviations * std::sqrt(mean * (1 - share)));
+    double sum = 0;
+    for (int passed = static_cast<int>(first); passed < units; ++passed) {
+        const int failed = units - passed;
+        sum += std::exp(std::lgamma(units + 1.0) - std::lgamma(passed + 1.0) -
+                        std::lgamma(failed + 1.0) + passed * std::log(share) +
+                        failed * std::log1p(-share));
+        if (sum >= limitTail)
+            return passed;
     }
-    return passed;
+    return units;
 }
 } // namespace
 
@@ -45,8 +45,9 @@ Limits limitsOf(int units, const Tally& all)
             units - lowLimit(units, 1.0 * (all.units - all.passedFirst) / all.units)};
 }
 
-Verdict verdictOn(const Tally& part, const Limits& limits)
+Verdict verdictOn(const Tally& part, const Tally& all)
 {
+    const Limits limits = limitsOf(part.units, all);
     if (part.passedFirst < limits.low)
         return Verdict::Below;
     return part.passedFirst > limits.high ? Verdict::Above : Verdict::Within;

@@ -34,6 +34,6 @@ struct Limits {
 /// high too. Without units both are 0; if none or all of all units passed, both are none or all.
 Limits limitsOf(int units, const Tally& all);
 
-/// Whether a day or a station lies below its limits, within them or above.
+/// Whether the first-pass yield of a part of all units lies below its limits, within or above.
 enum class Verdict { Below, Within, Above };
-Verdict verdictOn(const Tally& part, const Limits& limits);
+Verdict verdictOn(const Tally& part, const Tally& all);

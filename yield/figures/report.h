@@ -14,7 +14,6 @@
 #include <QStringList>
 #include <QVector>
 
-#include <array>
 #include <vector>
 
 /// Which units a report is about: those whose first attempt lies in the time and was made at the
@@ -27,10 +26,18 @@ struct ReportRequest {
     QStringList without;             ///< Shell-style wildcards for whole serials, valid ones.
     QDateTime now;                   ///< When the report is made, local.
     std::vector<StationNews> news{}; ///< Of every station that the database knows, by name.
+
+    bool includes(const QDate& day) const
+    {
+        // An invalid date lies before every other.
+        return day >= since && (!until.isValid() || day <= until);
+    }
+    bool includes(const QString& name) const { return station.isEmpty() || name == station; }
 };
 
 /// How often one control was not complete in the first attempt at a unit.
 struct ControlMisses {
+    int componentNum = 0;
     int units = 0;            ///< Units whose first attempt tried this control.
     int missed = 0;           ///< Of these, units that missed one of its bands or more.
     QVector<int> missedBands; ///< Of these, units that missed the band, by band.
@@ -44,13 +51,12 @@ struct AttemptsByNumber {
     int endedEarly = 0; ///< Neither passed nor failed.
 };
 
-/// Failed attempts that a second test at once took back: most likely failures of the test, not of
-/// the unit. Attempts that ended early are left out, as if they had not been.
+/// Failed attempts, and those of them whose unit passed when it was next tested, at the same
+/// station and at most an hour later: most likely failures of the test, not of the unit. Attempts
+/// that ended early are left out, as if they had not been.
 struct FalseFailures {
-    int failed = 0;   ///< Failed attempts.
-    int retested = 0; ///< Of these, those whose unit was next tested at the same station, at most
-                      ///< an hour later.
-    int passed = 0;   ///< Of these, those that then passed.
+    int failed = 0;
+    int passedNext = 0;
 };
 
 /// A unit, the ends of its attempts and their number.
@@ -60,32 +66,15 @@ struct TestedUnit {
     int attempts = 0;
 };
 
-/// The units first tested on one day.
-struct DayReport {
-    QDate day;
-    Tally tally;
-    Limits limits;
-};
-
-/// Stations side by side: the units first tested there.
+/// The units first tested at one station.
 struct StationReport {
     QString name;
     Tally tally;
-    Limits limits;
-    std::array<int, roster::componentCount> missed{}; ///< Units by control, as in ControlMisses.
-};
-
-/// How long ago a station's newest log was made.
-struct StationAge {
-    QString name;
-    QString newestAt;    ///< yyyy-MM-ddTHH:mm:ss; empty without a log.
-    qint64 seconds = -1; ///< By the wall clock, 0 or more; -1 without a log.
+    QVector<int> missed = QVector<int>(roster::componentCount); ///< As in ControlMisses.
 };
 
 struct Report {
-    ReportRequest request;
-    bool databaseIsEmpty = true; ///< No attempt at all.
-    QVector<StationAge> ages;    ///< Of the stations asked for, with units or without; by name.
+    ReportRequest request; ///< With the news of the stations asked for only.
     Tally total;
     int leftOut = 0; ///< Units that only --without keeps from the report.
 
@@ -94,22 +83,18 @@ struct Report {
     /// Units first tested before 2000 or more than a day after the report: a wrong clock. They
     /// count in the total and everywhere else.
     Tally offAxis;
-    /// Today so far, yesterday and the days before it, newest first, days without units too; of
-    /// these the days that were asked for.
-    QVector<DayReport> recentDays;
 
     /// First attempts first; the last of maxNumbers counts all later ones too.
     QVector<AttemptsByNumber> attemptsByNumber;
     FalseFailures falseFailures;
-    QVector<StationReport> stations; ///< By name; those with units only.
-    std::array<ControlMisses, roster::componentCount> controls;
+    QMap<QString, StationReport> stations; ///< By name; those with units only.
+    QVector<ControlMisses> controls;       ///< Of the components 0 to 43.
     /// Those whose last attempt is not complete, newest first, at most maxOpenUnits.
     QVector<TestedUnit> openUnits;
     /// Those with several attempts, most attempts first, at most maxRepeatedUnits.
     QVector<TestedUnit> repeatedUnits;
     int repeatedUnitCount = 0; ///< All of them.
 
-    static constexpr int recentDayCount = 8;
     static constexpr int maxNumbers = 10;
     /// A list that is longer than this is of no use on a page.
     static constexpr int maxOpenUnits = 5000;

@@ -7,7 +7,6 @@
 #include "yield/logs/attempt.h"
 #include "yield/logs/attemptrules.h"
 
-#include <QMap>
 #include <QRegularExpression>
 #include <QString>
 
@@ -36,27 +35,19 @@ public:
 private:
     /// The unit whose attempts are being added.
     struct Unit : TestedUnit {
-        QDate day; ///< Of its first attempt.
         bool isCounted = false;
-        attemptrules::Outcome firstOutcome;
-        attemptrules::Outcome lastOutcome;
+        Tally tally;
         /// The last attempt that did not end early, if it failed.
         std::optional<Attempt> failure;
     };
 
-    void beginUnit(const Attempt& first);
-    void countControls();
-    void countNumber();
-    void countFailure();
+    bool isCounted(const Attempt& first);
+    void countFirst(const attemptrules::Outcome& outcome);
+    void countNumber(const attemptrules::Outcome& outcome);
+    void countFailure(const attemptrules::Outcome& outcome);
     void finishUnit();
-    bool isAsked(const QDate& day) const;
-    bool isAsked(const QString& station) const;
-    void addRecentDays();
-    void addAges();
-    ControlMisses& controlOf(int componentNum);
 
     Report report;
     std::vector<QRegularExpression> without;
-    QMap<QString, StationReport> stations;
     Unit unit;
 };

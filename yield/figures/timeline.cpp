@@ -9,15 +9,9 @@ namespace
 {
 constexpr int mostPeriods = 70;
 constexpr int daysInWeek = 7;
-
-struct Words {
-    QString unit;
-    QString name; ///< Formats of a period's first day.
-    QString shortName;
-};
 } // namespace
 
-Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
+Timeline timelineOf(const QMap<QDate, Tally>& days)
 {
     Timeline timeline;
     if (days.isEmpty())
@@ -26,10 +20,9 @@ Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
     const QDate last = days.lastKey();
     const bool byDay = first.daysTo(last) < mostPeriods;
     const bool byWeek = !byDay && first.daysTo(last) < mostPeriods * daysInWeek;
-    const Words words = byDay    ? Words{"day", "dddd, d MMM yyyy", "d MMM"}
-                        : byWeek ? Words{"week", "'Week of' d MMM yyyy", "d MMM"}
-                                 : Words{"month", "MMMM yyyy", "MMM yy"};
-    timeline.unit = words.unit;
+    timeline.unit = byDay ? "day" : byWeek ? "week" : "month";
+    const QString name = byDay ? "dddd, d MMM yyyy" : byWeek ? "'Week of' d MMM yyyy" : "MMMM yyyy";
+    const QString shortName = byDay || byWeek ? "d MMM" : "MMM yy";
     const auto beginOf = [&](const QDate& day) {
         const int daysBefore = byDay ? 0 : byWeek ? day.dayOfWeek() - 1 : day.day() - 1;
         return day.addDays(-daysBefore);
@@ -39,18 +32,15 @@ Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all)
             return 12 * (day.year() - first.year()) + day.month() - first.month();
         return static_cast<int>(beginOf(first).daysTo(day)) / (byDay ? 1 : daysInWeek);
     };
-    const QLocale english(QLocale::English);
     for (auto day = days.cbegin(); day != days.cend(); ++day) {
         const int slot = slotOf(day.key());
         if (timeline.periods.isEmpty() || timeline.periods.last().slot != slot) {
             const QDate begin = beginOf(day.key());
-            timeline.periods.append({slot, english.toString(begin, words.name),
-                                     english.toString(begin, words.shortName), Tally(), Limits()});
+            timeline.periods.append({slot, QLocale::c().toString(begin, name),
+                                     QLocale::c().toString(begin, shortName), Tally()});
         }
         timeline.periods.last().tally += day.value();
     }
-    for (auto& period : timeline.periods)
-        period.limits = limitsOf(period.tally.units, all);
     timeline.length = timeline.periods.last().slot + 1;
     return timeline;
 }

@@ -18,7 +18,6 @@ struct Timeline {
         QString name; ///< "Monday, 9 Nov 2026", "Week of 9 Nov 2026", "November 2026".
         QString shortName; ///< "9 Nov", "Nov 26".
         Tally tally;
-        Limits limits;
     };
 
     QString unit; ///< "day", "week" or "month".
@@ -26,5 +25,4 @@ struct Timeline {
     int length = 0; ///< Places on the axis.
 };
 
-/// The limits of the periods lie around the first-pass yield of all units.
-Timeline timelineOf(const QMap<QDate, Tally>& days, const Tally& all);
+Timeline timelineOf(const QMap<QDate, Tally>& days);

@@ -5,17 +5,15 @@
 
 #include "yield/logs/controlnames.h"
 #include "yield/page/figuretext.h"
-#include "yield/page/svg.h"
+#include "yield/page/markup.h"
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace
 {
 constexpr double width = 1040;
 constexpr double left = 46;
-constexpr double cellWidth = 260;
 
 /// A linear scale: `lowest`, and what is lower, is drawn at `begin`, `highest` at `end`.
 struct Scale {
@@ -28,27 +26,13 @@ struct Scale {
     {
         return begin + (std::max(value, lowest) - lowest) / (highest - lowest) * (end - begin);
     }
+    double at(int part, int whole) const { return at(100.0 * part / whole); }
+    double at(const Tally& tally) const { return at(tally.passedFirst, tally.units); }
 };
-
-double percentOf(int part, int whole)
-{
-    return 100.0 * part / std::max(whole, 1);
-}
-
-double yieldOf(const Tally& tally)
-{
-    return percentOf(tally.passedFirst, tally.units);
-}
-
-/// A multiple of ten below all yields of an axis, in percent.
-double beginBelow(double lowestYield)
-{
-    return std::clamp(std::floor((lowestYield - 1) / 10) * 10, 0.0, 80.0);
-}
 
 QString percentAxis(const Scale& scale)
 {
-    const int step = scale.highest - scale.lowest > 50 ? 20 : 10;
+    constexpr int step = 10;
     QString axis;
     for (int percent = 100; percent >= scale.lowest; percent -= step) {
         const double y = scale.at(percent);
@@ -59,19 +43,30 @@ QString percentAxis(const Scale& scale)
 }
 
 /// A bar as high as its place, with room on either side.
-QString bar(const QRectF& place, const QString& hover)
+QString bar(const QRectF& place)
 {
     const double room = std::max(place.width() * 0.15, (place.width() - 84) / 2);
-    return svg::rect(place.adjusted(room, 0, -room, 0), "bar", hover);
+    return svg::rect(place.adjusted(room, 0, -room, 0), "bar");
+}
+
+/// A bar for so many units, its name below and the number above; ground: where it stands.
+QString namedBar(QRectF ground, int units, const Scale& scale, const QString& name)
+{
+    const double x = ground.center().x();
+    ground.setTop(scale.at(units));
+    return bar(ground) +
+           svg::text({x, ground.top() - 4}, figuretext::ifAny(units, figuretext::count),
+                     "value middle") +
+           svg::text({x, ground.bottom() + 15}, name, "label middle");
 }
 
 /// The yield of what lies outside its limits is a triangle that points away from them.
-QString yieldMark(QPointF centre, Verdict verdict, const QString& hover = {})
+QString yieldMark(QPointF centre, Verdict verdict)
 {
     if (verdict == Verdict::Within)
-        return svg::circle(centre, "dot", hover);
+        return svg::circle(centre, "dot");
     const bool isAbove = verdict == Verdict::Above;
-    return svg::triangle(centre, isAbove, isAbove ? "above" : "below", hover);
+    return svg::triangle(centre, isAbove, isAbove ? "above" : "below");
 }
 
 /// Where things are in the picture of a timeline.
@@ -81,63 +76,51 @@ struct Axes {
     Scale units;
 
     double begin(const Timeline::Period& period) const { return left + pitch * period.slot; }
+    QPointF mark(const Timeline::Period& period) const
+    {
+        return {begin(period) + pitch / 2, yields.at(period.tally)};
+    }
 };
 
 Axes axesOf(const Timeline& timeline, const Tally& all)
 {
-    // All yields are on the axis, and the limits of the period with most units.
-    double lowest = yieldOf(all);
-    Timeline::Period busiest = timeline.periods.first();
+    int most = 0;
+    double lowest = 100;
     for (const Timeline::Period& period : timeline.periods) {
-        lowest = std::min(lowest, yieldOf(period.tally));
-        if (period.tally.units > busiest.tally.units)
-            busiest = period;
+        most = std::max(most, period.tally.units);
+        lowest = std::min(lowest, 100.0 * period.tally.passedFirst / period.tally.units);
     }
-    const double most = busiest.tally.units;
-    lowest = std::min(lowest, percentOf(busiest.limits.low, busiest.tally.units));
-    return {
-        (width - left) / timeline.length, {beginBelow(lowest), 100, 196, 16}, {0, most, 290, 236}};
+    // All yields are on the axis, and the limits of the period with most units.
+    lowest = std::min(lowest, 100.0 * limitsOf(most, all).low / most);
+    const double begin = std::clamp(std::floor((lowest - 1) / 10) * 10, 0.0, 80.0);
+    return {(width - left) / timeline.length,
+            {begin, 100, 196, 16},
+            {0, static_cast<double>(most), 290, 236}};
 }
 
-/// The fields between the limits, and lines that end where a period has no units.
-QString limitsAndTrend(const Timeline& timeline, const Axes& axes)
+/// The field between the limits of a period.
+QString limitsField(const Timeline::Period& period, const Tally& all, const Axes& axes)
 {
-    QString picture;
-    QVector<QPointF> low;
-    QVector<QPointF> high;
-    QVector<QPointF> yields;
-    for (int i = 0; i < timeline.periods.size(); ++i) {
-        const Timeline::Period& period = timeline.periods.at(i);
-        const int units = period.tally.units;
-        const double begin = axes.begin(period);
-        const QRectF within(
-            {begin, axes.yields.at(percentOf(period.limits.high, units))},
-            QPointF(begin + axes.pitch, axes.yields.at(percentOf(period.limits.low, units))));
-        picture += svg::rect(within, "within");
-        low << within.bottomLeft() << within.bottomRight();
-        high << within.topLeft() << within.topRight();
-        yields << QPointF(within.center().x(), axes.yields.at(yieldOf(period.tally)));
-        const bool isLast = i + 1 == timeline.periods.size();
-        if (isLast || timeline.periods.at(i + 1).slot > period.slot + 1)
-            picture += svg::line(std::exchange(low, {}), "limit") +
-                       svg::line(std::exchange(high, {}), "limit") +
-                       svg::line(std::exchange(yields, {}), "trend");
-    }
-    return picture;
+    const int units = period.tally.units;
+    const Limits limits = limitsOf(units, all);
+    const QRectF field(QPointF(axes.begin(period), axes.yields.at(limits.high, units)),
+                       QPointF(axes.begin(period) + axes.pitch, axes.yields.at(limits.low, units)));
+    return svg::rect(field, "within") + svg::line({field.topLeft(), field.topRight()}, "limit") +
+           svg::line({field.bottomLeft(), field.bottomRight()}, "limit");
 }
 
 /// The number of units as a bar, and the yield as a mark.
-QString barAndMark(const Timeline::Period& period, const Axes& axes)
+QString barAndMark(const Timeline::Period& period, const Tally& all, const Axes& axes)
 {
     const Tally& tally = period.tally;
-    const Verdict verdict = verdictOn(tally, period.limits);
+    const Verdict verdict = verdictOn(tally, all);
     const QString hover = QString("%1: %2, first-pass yield %3")
                               .arg(period.name, figuretext::units(tally.units),
                                    figuretext::share(tally.passedFirst, tally.units));
     const double top = axes.units.at(tally.units);
     const QRectF place(axes.begin(period), top, axes.pitch, axes.units.begin - top);
-    const QPointF centre(place.center().x(), axes.yields.at(yieldOf(tally)));
-    QString picture = bar(place, hover) + yieldMark(centre, verdict, hover);
+    const QPointF centre = axes.mark(period);
+    QString picture = svg::titled(hover, bar(place) + yieldMark(centre, verdict));
     if (verdict != Verdict::Within)
         picture += svg::text(centre + QPointF(0, verdict == Verdict::Below ? 22 : -13),
                              figuretext::percent(tally.passedFirst, tally.units), "value middle");
@@ -151,119 +134,68 @@ QString chart::timeline(const Timeline& timeline, const Tally& all)
         return {};
     const Axes axes = axesOf(timeline, all);
     constexpr double labelWidth = 56;
-    const int labelStep = std::max(1, static_cast<int>(std::ceil(labelWidth / axes.pitch)));
+    const int labelStep = static_cast<int>(std::ceil(labelWidth / axes.pitch));
     const double bottom = axes.units.begin;
-    const double centre = axes.yields.at(yieldOf(all));
-    const QString mostUnits = figuretext::count(qRound(axes.units.highest));
+    const double centre = axes.yields.at(all);
 
-    QString picture =
-        percentAxis(axes.yields) + svg::line({{left, bottom}, {width, bottom}}, "axis") +
-        svg::text({left - 8, axes.units.end + 8}, mostUnits, "label end") +
-        svg::text({left - 8, bottom}, "units", "label end") + limitsAndTrend(timeline, axes) +
-        svg::line({{left, centre}, {width, centre}}, "centre");
+    QString fields;
+    QString marks = svg::line({{left, centre}, {width, centre}}, "centre");
+    const Timeline::Period* previous = nullptr;
     for (const Timeline::Period& period : timeline.periods) {
-        picture += barAndMark(period, axes);
+        fields += limitsField(period, all, axes);
+        // Not across periods without units.
+        if (previous && previous->slot + 1 == period.slot)
+            marks += svg::line({axes.mark(*previous), axes.mark(period)}, "trend");
+        marks += barAndMark(period, all, axes);
         if (period.slot % labelStep == 0)
-            picture += svg::text({axes.begin(period) + axes.pitch / 2, bottom + 18},
-                                 period.shortName, "label middle");
+            marks +=
+                svg::text({axes.mark(period).x(), bottom + 18}, period.shortName, "label middle");
+        previous = &period;
     }
     return svg::picture({width, bottom + 26}, "First-pass yield and units by " + timeline.unit,
-                        picture);
+                        percentAxis(axes.yields) +
+                            svg::line({{left, bottom}, {width, bottom}}, "axis") +
+                            svg::text({left - 8, axes.units.end + 8},
+                                      figuretext::count(qRound(axes.units.highest)), "label end") +
+                            svg::text({left - 8, bottom}, "units", "label end") + fields + marks);
 }
 
-double chart::axisBegin(const Report& report)
-{
-    double lowest = yieldOf(report.total);
-    for (const StationReport& station : report.stations)
-        lowest = std::min(lowest, yieldOf(station.tally));
-    return beginBelow(lowest);
-}
-
-QString chart::station(const StationReport& station, const Report& report)
-{
-    constexpr double height = 24;
-    constexpr double margin = 8;
-    const Scale yields{axisBegin(report), 100, margin, cellWidth - margin};
-    const Tally& tally = station.tally;
-    const double low = yields.at(percentOf(station.limits.low, tally.units));
-    const double high = yields.at(percentOf(station.limits.high, tally.units));
-    const double centre = yields.at(yieldOf(report.total));
-    const QPointF mark(yields.at(yieldOf(tally)), height / 2);
-    const QString label = QString("First-pass yield %1, limits %2")
-                              .arg(figuretext::share(tally.passedFirst, tally.units),
-                                   figuretext::limits(station.limits, tally.units));
-    return svg::picture({cellWidth, height}, label,
-                        svg::line({{yields.begin, height / 2}, {yields.end, height / 2}}, "grid") +
-                            svg::rect({low, 3, high - low, height - 6}, "within") +
-                            svg::line({{low, 3}, {low, height - 3}}, "limit") +
-                            svg::line({{high, 3}, {high, height - 3}}, "limit") +
-                            svg::line({{centre, 0}, {centre, height}}, "centre") +
-                            yieldMark(mark, verdictOn(tally, station.limits)));
-}
-
-QString chart::pareto(const Report& report, const QVector<int>& controls, int allMisses)
+QString chart::pareto(const QVector<ControlMisses>& controls, int allMisses)
 {
     if (controls.isEmpty())
         return {};
     // Both scales end at all misses, so that the line starts on the first bar.
     const Scale units{0, static_cast<double>(allMisses), 246, 14};
     const double pitch = std::min((width - left) / controls.size(), 120.0);
-    const QString hover = "%1: %2 of all misses";
-
     QString bars;
     QString dots;
     QVector<QPointF> sums;
     int sum = 0;
-    for (const int c : controls) {
-        const QString name = controlnames::control(c);
-        const int missed = report.controls.at(static_cast<std::size_t>(c)).missed;
-        const double top = units.at(missed);
-        const QRectF place(left + pitch * sums.size(), top, pitch, units.begin - top);
-        const double x = place.center().x();
-        sum += missed;
-        sums.append({x + pitch * 0.35, units.at(sum)});
-        bars += bar(place, hover.arg(name, figuretext::share(missed, allMisses))) +
-                svg::text({x, units.begin + 18}, name, "label middle") +
-                svg::text({x, units.begin + 34}, figuretext::count(missed), "value middle");
-        dots += svg::circle(sums.last(), "dot",
-                            hover.arg("Up to " + name, figuretext::share(sum, allMisses)));
+    for (const ControlMisses& control : controls) {
+        const QRectF place(left + pitch * sums.size(), units.begin, pitch, 0);
+        sum += control.missed;
+        sums.append({place.center().x() + pitch * 0.35, units.at(sum)});
+        bars += namedBar(place, control.missed, units, controlnames::control(control.componentNum));
+        dots += svg::circle(sums.last(), "dot");
     }
-    return svg::picture({width, 290}, "Units that missed each control, most missed first",
+    return svg::picture({width, 272}, "Units that missed each control, most missed first",
                         percentAxis({0, 100, units.begin, units.end}) +
                             svg::line({{left, units.begin}, {width, units.begin}}, "axis") + bars +
                             svg::line(sums, "trend") + dots);
 }
 
-QString chart::bands(int componentNum, const ControlMisses& control)
+QString chart::bands(const ControlMisses& control)
 {
-    const bool isButton = roster::kindOf(componentNum) == roster::Kind::Button;
     const auto& bands = control.missedBands;
-    const int most = std::max(1, *std::max_element(bands.cbegin(), bands.cend()));
+    const int most = *std::max_element(bands.cbegin(), bands.cend());
     const Scale units{0, static_cast<double>(most), 96, 18};
     constexpr double chartWidth = 330;
-    const double pitch = isButton ? 90 : chartWidth / bands.size();
+    const double pitch = chartWidth / bands.size();
 
-    QString picture = svg::line({{0, units.begin}, {pitch * bands.size(), units.begin}}, "axis");
-    for (int band = 0; band < bands.size(); ++band) {
-        const int missed = bands.at(band);
-        const double top = units.at(missed);
-        const QRectF place(pitch * band, top, pitch, units.begin - top);
-        const double x = place.center().x();
-        const QString name = controlnames::band(componentNum, band);
-        picture +=
-            bar(place, QString("%1: missed by %2").arg(name, figuretext::units(missed))) +
-            svg::text({x, top - 4}, figuretext::ifAny(missed, figuretext::count), "value middle") +
-            svg::text({x, units.begin + 15}, isButton ? name : name.section(QLatin1Char(' '), 0, 0),
-                      "label middle");
-    }
-    return svg::picture({chartWidth, 118}, "Missed bands of " + controlnames::control(componentNum),
-                        picture);
-}
-
-QString chart::share(int part, int whole)
-{
-    constexpr double height = 14;
-    return svg::picture({cellWidth, height}, figuretext::share(part, whole),
-                        svg::rect({0, 0, cellWidth * part / whole, height}, "bar") +
-                            svg::line({{0, 0}, {0, height}}, "axis"));
+    QString picture = svg::line({{0, units.begin}, {chartWidth, units.begin}}, "axis");
+    for (int band = 0; band < bands.size(); ++band)
+        picture += namedBar({pitch * band, units.begin, pitch, 0}, bands.at(band), units,
+                            controlnames::band(control.componentNum, band).section(' ', 0, 0));
+    return svg::picture({chartWidth, 118},
+                        "Missed bands of " + controlnames::control(control.componentNum), picture);
 }

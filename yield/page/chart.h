@@ -13,21 +13,14 @@ namespace chart
 /// centre, and the number of units as bars below. Empty without a period.
 QString timeline(const Timeline& timeline, const Tally& all);
 
-/// The same for one station of the report, in one line, on an axis from axisBegin to 100 percent.
-QString station(const StationReport& station, const Report& report);
-double axisBegin(const Report& report);
-
 /// A bar for the units that missed each of these controls, and a line that adds up their shares of
 /// all misses, those of other controls included. Empty without a control.
-QString pareto(const Report& report, const QVector<int>& controls, int allMisses);
+QString pareto(const QVector<ControlMisses>& controls, int allMisses);
 
 /// How many units missed each band of a control.
-QString bands(int componentNum, const ControlMisses& control);
-
-/// A part of a whole (above 0) as a bar.
-QString share(int part, int whole);
+QString bands(const ControlMisses& control);
 
 /// The control surface as the station's window lays it out, each control coloured by how often its
-/// first attempt missed a band.
-QString surface(const Report& report);
+/// first attempt missed a band, and what the colours mean.
+QString surface(const QVector<ControlMisses>& controls);
 } // namespace chart

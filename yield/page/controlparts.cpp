@@ -4,7 +4,7 @@
 #include "yield/logs/controlnames.h"
 #include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
-#include "yield/page/html.h"
+#include "yield/page/markup.h"
 #include "yield/page/parts.h"
 
 #include <algorithm>
@@ -18,100 +18,76 @@ namespace
 constexpr int mostParetoBars = 14;
 constexpr int worstCount = 3;
 
-const ControlMisses& missesOf(const Report& report, int componentNum)
+Cells controlCells(const ControlMisses& control)
 {
-    return report.controls.at(static_cast<std::size_t>(componentNum));
+    return {{figuretext::control(control)}, {figuretext::missed(control)}};
 }
 
-QString missedText(const Report& report, int componentNum)
+/// The controls that any unit missed, most missed first.
+QVector<ControlMisses> missedControls(const Report& report)
 {
-    const ControlMisses& control = missesOf(report, componentNum);
-    if (control.units > 0)
-        return share(control.missed, control.units);
-    return componentNum == roster::powerButton ? "never tested" : "not tested here";
-}
-
-QString controlRows(const Report& report)
-{
-    QString rows;
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        rows += html::row(
-            {{controlnames::control(c)}, {QString::number(c), "number"}, {missedText(report, c)}});
-    return rows;
+    QVector<ControlMisses> controls;
+    for (const ControlMisses& control : report.controls)
+        if (control.missed > 0)
+            controls.append(control);
+    std::stable_sort(controls.begin(), controls.end(),
+                     [](const auto& a, const auto& b) { return a.missed > b.missed; });
+    return controls;
 }
 
 QString endedRows(const Report& report)
 {
     const int all = report.total.endedFirst;
     QString rows;
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        if (const int units = missesOf(report, c).endedHere)
-            rows += html::row({{controlnames::control(c)},
-                               {QString::number(c), "number"},
-                               {share(units, all)},
-                               {{}, {}, chart::share(units, all)}});
+    for (const ControlMisses& control : report.controls)
+        if (control.endedHere > 0)
+            rows += html::row({{figuretext::control(control)}, {share(control.endedHere, all)}});
     return rows;
 }
 
-/// The controls that any unit missed, most missed first.
-QVector<int> missedControls(const Report& report)
+QString worstPicture(const ControlMisses& control)
 {
-    QVector<int> controls;
-    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
-        if (missesOf(report, c).missed > 0)
-            controls.append(c);
-    std::stable_sort(controls.begin(), controls.end(), [&](int a, int b) {
-        return missesOf(report, a).missed > missesOf(report, b).missed;
+    return html::element(
+        "div", html::element("h3", figuretext::control(control)) +
+                   html::element("p", "Missed by " + figuretext::missed(control), "quiet") +
+                   chart::bands(control));
+}
+
+QString bandRows(const ControlMisses& control)
+{
+    return html::rows(control.missedBands, [&, band = 0](int missed) mutable {
+        return Cells{{figuretext::control(control)},
+                     {controlnames::band(control.componentNum, band++)},
+                     {figuretext::count(missed), "number"}};
     });
-    return controls;
-}
-
-QString worstPictures(const Report& report, const QVector<int>& worst)
-{
-    QString boxes;
-    for (const int c : worst) {
-        const QString name = QString("%1 (component %2)").arg(controlnames::control(c)).arg(c);
-        const QString missed = "Missed by " + missedText(report, c);
-        boxes +=
-            html::element("div", html::element("h3", name) + html::element("p", missed, "quiet") +
-                                     chart::bands(c, missesOf(report, c)));
-    }
-    return boxes;
-}
-
-QString bandRows(const Report& report, const QVector<int>& worst)
-{
-    QString rows;
-    for (const int c : worst)
-        for (int band = 0; band < missesOf(report, c).missedBands.size(); ++band)
-            rows += html::row(
-                {{controlnames::control(c)},
-                 {controlnames::band(c, band)},
-                 {figuretext::count(missesOf(report, c).missedBands.at(band)), "number"}});
-    return rows;
 }
 } // namespace
 
 Parts controlParts(const Report& report)
 {
-    const QVector<int> missed = missedControls(report);
-    const QVector<int> worst = missed.mid(0, worstCount);
+    const QVector<ControlMisses> missed = missedControls(report);
     int all = 0;
-    for (const int c : missed)
-        all += missesOf(report, c).missed;
-    const auto missedCells = [&, sum = 0](int c) mutable {
-        sum += missesOf(report, c).missed;
-        return Cells{{controlnames::control(c)},
-                     {missedText(report, c)},
-                     {percent(missesOf(report, c).missed, all), "number"},
+    for (const ControlMisses& control : missed)
+        all += control.missed;
+    QString worst;
+    QString bands;
+    for (const ControlMisses& control : missed.mid(0, worstCount)) {
+        worst += worstPicture(control);
+        bands += bandRows(control);
+    }
+    const auto missedCells = [&, sum = 0](const ControlMisses& control) mutable {
+        sum += control.missed;
+        return Cells{{figuretext::control(control)},
+                     {figuretext::missed(control)},
+                     {percent(control.missed, all), "number"},
                      {percent(sum, all), "number"}};
     };
-    return {{"surface", chart::surface(report)},
-            {"controls", controlRows(report)},
+    return {{"surface", chart::surface(report.controls)},
+            {"controls", html::rows(report.controls, controlCells)},
             {"moreMissed", figuretext::ifAny(missed.size() - mostParetoBars, figuretext::count)},
-            {"pareto", chart::pareto(report, missed.mid(0, mostParetoBars), all)},
+            {"pareto", chart::pareto(missed.mid(0, mostParetoBars), all)},
             {"misses", html::rows(missed, missedCells)},
-            {"worst", worstPictures(report, worst)},
-            {"bands", bandRows(report, worst)},
+            {"worst", worst},
+            {"bands", bands},
             {"endedAt", endedRows(report)}};
 }

@@ -3,6 +3,8 @@
 
 #include "yield/page/figuretext.h"
 
+#include "yield/logs/controlnames.h"
+
 #include <QLocale>
 
 #include <algorithm>
@@ -40,7 +42,16 @@ QString figuretext::share(int part, int whole)
     return QString("%1 (%2 of %3)").arg(percent(part, whole), count(part), count(whole));
 }
 
-QString figuretext::limits(const Limits& limits, int units)
+QString figuretext::control(const ControlMisses& control)
 {
-    return QString("%1 to %2").arg(percent(limits.low, units), percent(limits.high, units));
+    return QString("%1 (component %2)")
+        .arg(controlnames::control(control.componentNum))
+        .arg(control.componentNum);
+}
+
+QString figuretext::missed(const ControlMisses& control)
+{
+    if (control.units > 0)
+        return share(control.missed, control.units);
+    return control.componentNum == roster::powerButton ? "never tested" : "not tested here";
 }

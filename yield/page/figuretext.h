@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "yield/figures/limits.h"
+#include "yield/figures/report.h"
 
 #include <QString>
 
@@ -25,6 +25,7 @@ QString percent(int part, int whole);
 /// "97.3 % (291 of 299)".
 QString share(int part, int whole);
 
-/// "90.0 % to 100 %", of so many units.
-QString limits(const Limits& limits, int units);
+/// "Fader 3 (component 3)", and by how many it was missed: "10.0 % (20 of 200)", "not tested here".
+QString control(const ControlMisses& control);
+QString missed(const ControlMisses& control);
 } // namespace figuretext

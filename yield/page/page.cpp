@@ -4,18 +4,19 @@
 #include "yield/page/page.h"
 
 #include "yield/page/figuretext.h"
-#include "yield/page/html.h"
+#include "yield/page/markup.h"
 #include "yield/page/parts.h"
 
 #include <QFile>
 #include <QRegularExpression>
 
-#include <algorithm>
-
-/// Here because the macro may not stand in a namespace.
-static void makeResourcesAvailable()
+/// Not in a namespace, where Q_INIT_RESOURCE may not stand.
+static QString resource(const QString& name)
 {
     Q_INIT_RESOURCE(page);
+    QFile file(":/yield/" + name);
+    file.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(file.readAll());
 }
 
 namespace
@@ -23,25 +24,12 @@ namespace
 using figuretext::count;
 using figuretext::percent;
 
-QString resource(const QString& name)
-{
-    makeResourcesAvailable();
-    QFile file(":/yield/" + name);
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll());
-}
-
-QRegularExpression expression(const QString& pattern)
-{
-    return QRegularExpression(pattern, QRegularExpression::DotMatchesEverythingOption);
-}
-
 /// The page without its figures: what a word means stands in it once and is shown where the mouse
 /// is over the word.
 QString pageTemplate()
 {
     QString page = resource("page.html");
-    auto terms = expression("<dt>(.*?)</dt>\\s*<dd>(.*?)</dd>").globalMatch(page);
+    auto terms = QRegularExpression("(?s)<dt>(.*?)</dt>\\s*<dd>(.*?)</dd>").globalMatch(page);
     while (terms.hasNext()) {
         const auto term = terms.next();
         page.replace(QString("title=\"%1\"").arg(term.captured(1)),
@@ -56,7 +44,6 @@ Parts textsOf(const Report& report)
     const ReportRequest& request = report.request;
     const Tally& total = report.total;
     const FalseFailures& failures = report.falseFailures;
-    const double perUnit = 1.0 * total.attempts / std::max(total.units, 1);
     return {
         {"style", resource("page.css")},
         {"since", request.since.toString(Qt::ISODate)},
@@ -65,20 +52,17 @@ Parts textsOf(const Report& report)
         {"without", html::text(request.without.join(", "))},
         {"leftOut", figuretext::units(report.leftOut)},
         {"madeAt", request.now.toString("yyyy-MM-dd HH:mm")},
-        {"anyAttempt", report.databaseIsEmpty ? "" : "yes"},
         {"units", figuretext::ifAny(total.units, count)},
         {"attempts", count(total.attempts)},
-        {"attemptsPerUnit", QString::number(perUnit, 'f', 2)},
         {"firstPass", percent(total.passedFirst, total.units)},
         {"passedFirst", count(total.passedFirst)},
         {"final", percent(total.passedLast, total.units)},
         {"passedLast", count(total.passedLast)},
         {"endedShare", percent(total.endedFirst, total.units)},
         {"endedFirst", count(total.endedFirst)},
-        {"falseShare", percent(failures.passed, failures.failed)},
-        {"passedAgain", count(failures.passed)},
+        {"falseShare", percent(failures.passedNext, failures.failed)},
+        {"passedAgain", count(failures.passedNext)},
         {"failed", count(failures.failed)},
-        {"retested", figuretext::share(failures.retested, failures.failed)},
     };
 }
 } // namespace
@@ -86,16 +70,17 @@ Parts textsOf(const Report& report)
 bool page::write(const Report& report, QIODevice& output)
 {
     Parts parts = textsOf(report);
-    for (const Parts& some : {yieldParts(report), controlParts(report), unitParts(report)})
+    for (const Parts& some : {yieldParts(report), controlParts(report)})
         parts.insert(some);
     QString page = pageTemplate();
     for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
         const QString absent = part->isEmpty() ? "if" : "unless";
-        page.remove(expression(QString("<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
+        page.remove(QRegularExpression(
+            QString("(?s)<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
     }
     for (auto part = parts.cbegin(); part != parts.cend(); ++part)
         page.replace("<!--" + part.key() + "-->", part.value());
-    page.remove(expression("<!--.*?-->"));
+    page.remove(QRegularExpression("(?s)<!--.*?-->"));
     const QByteArray bytes = page.toUtf8();
     return output.write(bytes) == bytes.size();
 }

@@ -11,9 +11,7 @@
 /// Texts, pictures and the rows of tables as markup, by the name of their place in page.html.
 using Parts = QMap<QString, QString>;
 
-/// Days, stations and attempts.
+/// Days, stations, attempts and units.
 Parts yieldParts(const Report& report);
 /// What was missed, and where runs ended early.
 Parts controlParts(const Report& report);
-/// Units one by one.
-Parts unitParts(const Report& report);

@@ -6,7 +6,7 @@
 #include "yield/logs/controlnames.h"
 #include "yield/page/chart.h"
 #include "yield/page/figuretext.h"
-#include "yield/page/html.h"
+#include "yield/page/markup.h"
 #include "yield/page/parts.h"
 
 #include <QLocale>
@@ -16,66 +16,78 @@
 
 using figuretext::count;
 using figuretext::ifAny;
+using figuretext::percent;
 using figuretext::share;
 using html::Cell;
 using html::Cells;
 
 namespace
 {
-/// "1 minute", "25 minutes", "3 hours", "4 days": whole ones, 2 days or 2 hours and more.
+/// "25 minutes", "3 hours", "4 days": whole ones, 2 hours or 2 days and more.
 QString duration(qint64 seconds)
 {
     constexpr qint64 hour = 3600;
-    const qint64 days = seconds / (24 * hour);
-    if (days >= 2)
-        return QString("%1 days").arg(days);
+    constexpr qint64 day = 24 * hour;
+    if (seconds >= 2 * day)
+        return QString("%1 days").arg(seconds / day);
     if (seconds >= 2 * hour)
         return QString("%1 hours").arg(seconds / hour);
-    const qint64 minutes = seconds / 60;
-    return QString(minutes == 1 ? "%1 minute" : "%1 minutes").arg(minutes);
+    return QString("%1 min").arg(seconds / 60);
 }
 
-Cells ageCells(const StationAge& age)
+Cells ageCells(const StationNews& news, const QDateTime& now)
 {
-    if (age.seconds < 0)
-        return {{age.name, "name"}, {"no log yet", "bad"}, {"–"}};
-    const QDate day = QDate::fromString(age.newestAt.left(10), Qt::ISODate);
-    const QString moment =
-        QLocale(QLocale::English).toString(day, QString("ddd d MMM ")) + age.newestAt.mid(11, 5);
+    if (news.newestAt.isEmpty())
+        return {{news.station, "name"}, {"no log yet", "bad"}, {"–"}};
+    const auto newest = QDateTime::fromString(news.newestAt + 'Z', Qt::ISODate);
+    const QString moment = QLocale::c().toString(newest, QString("ddd d MMM hh:mm"));
+    const qint64 age =
+        attemptrules::secondsBetween(news.newestAt, now.toString("yyyy-MM-ddTHH:mm:ss"));
     // So long a silence needs a person.
-    const bool isLong = age.seconds > 24 * 60 * 60;
-    return {{age.name, "name"},
-            {isLong ? "nothing since " + moment : moment, isLong ? "bad" : "line"},
-            {duration(age.seconds), "line"}};
+    const bool isLong = age > 24 * 60 * 60;
+    return {{news.station, "name"},
+            isLong ? Cell{"nothing since " + moment, "bad"} : Cell{moment, "line"},
+            {duration(age), "line"}};
 }
 
-/// The cells that tables of days, weeks and stations share.
-Cells yieldCells(const Tally& tally, const Limits& limits)
+/// The cells that tables of days, weeks and stations share; all: the units of the page.
+Cells yieldCells(const Tally& tally, const Tally& all)
 {
     if (tally.units == 0)
         return {{"–"}, {"–"}, {"–"}, {"–", "number"}};
-    const Verdict verdict = verdictOn(tally, limits);
+    const Limits limits = limitsOf(tally.units, all);
+    const Verdict verdict = verdictOn(tally, all);
     const QString place = verdict == Verdict::Below   ? "▼ below "
                           : verdict == Verdict::Above ? "▲ above "
                                                       : "within ";
     return {{share(tally.passedFirst, tally.units), "line"},
-            {place + figuretext::limits(limits, tally.units),
+            {place + percent(limits.low, tally.units) + " to " + percent(limits.high, tally.units),
              verdict == Verdict::Below ? "bad" : "line"},
             {share(tally.passedLast, tally.units), "line"},
             {count(tally.endedFirst), "number"}};
 }
 
-Cells periodCells(const QString& name, const Tally& tally, const Limits& limits)
+Cells periodCells(const Timeline::Period& period, const Tally& all)
 {
-    return Cells{{name, "line"}, {count(tally.units), "number"}} + yieldCells(tally, limits);
+    return Cells{{period.name, "line"}, {count(period.tally.units), "number"}} +
+           yieldCells(period.tally, all);
 }
 
-QString dayName(const QDate& day, const QDate& today)
+/// Today so far, yesterday and the days before it, days without units too, as far as they were
+/// asked for.
+QString recentDays(const Report& report)
 {
-    const QString name = QLocale(QLocale::English).toString(day, QString("ddd d MMM yyyy"));
-    if (day == today)
-        return "Today so far, " + name;
-    return day == today.addDays(-1) ? "Yesterday, " + name : name;
+    constexpr int mostDays = 8;
+    const QDate today = report.request.now.date();
+    QString rows;
+    for (int ago = 0; ago < mostDays; ++ago) {
+        const QDate day = today.addDays(-ago);
+        const QString prefix = ago == 0 ? "Today so far, " : ago == 1 ? "Yesterday, " : "";
+        const QString name = prefix + QLocale::c().toString(day, QString("ddd d MMM yyyy"));
+        if (report.request.includes(day))
+            rows += html::row(periodCells({ago, name, {}, report.days.value(day)}, report.total));
+    }
+    return rows;
 }
 
 /// The control that most units of a station missed, or a dash.
@@ -88,28 +100,35 @@ QString worstControl(const StationReport& station)
     return QString("%1, %2").arg(controlnames::control(componentNum), figuretext::units(*worst));
 }
 
-Cells stationCells(const StationReport& station, const Report& report)
+Cells stationCells(const StationReport& station, const Tally& all)
 {
     return Cells{{station.name, "name"},
                  {count(station.tally.units), "number"},
-                 {count(station.tally.attempts), "number"},
-                 {{}, {}, chart::station(station, report)}} +
-           yieldCells(station.tally, station.limits) + Cells{{worstControl(station), "line"}};
+                 {count(station.tally.attempts), "number"}} +
+           yieldCells(station.tally, all) + Cells{{worstControl(station), "line"}};
 }
 
-/// number: of the attempts, from 1.
-Cells numberCells(int number, const AttemptsByNumber& attempts)
+/// Stations as periods, with a gap after each: no line connects them.
+Timeline sideBySide(const QMap<QString, StationReport>& stations)
 {
-    const QString endings[] = {"st", "nd", "rd"};
-    const QString name = QString::number(number) + (number <= 3 ? endings[number - 1] : "th");
-    return {{number == Report::maxNumbers ? name + " and later" : name},
-            {count(attempts.attempts), "number"},
-            {share(attempts.passed, attempts.attempts), "line"},
-            {{}, {}, chart::share(attempts.passed, attempts.attempts)},
-            {count(attempts.endedEarly), "number"}};
+    Timeline timeline{"station", {}, 2 * stations.size()};
+    for (const StationReport& station : stations)
+        timeline.periods.append(
+            {2 * timeline.periods.size(), station.name, station.name, station.tally});
+    return timeline;
 }
-/// As many rows of a list go to paper; the style sheet leaves out the others.
-constexpr int rowsOnPaper = 60;
+
+QString numberRows(const QVector<AttemptsByNumber>& numbers)
+{
+    QString rows;
+    for (int i = 0; i < numbers.size(); ++i)
+        rows +=
+            html::row({{QString::number(i + 1) + (i + 1 == Report::maxNumbers ? " and later" : "")},
+                       {count(numbers.at(i).attempts), "number"},
+                       {share(numbers.at(i).passed, numbers.at(i).attempts), "line"},
+                       {count(numbers.at(i).endedEarly), "number"}});
+    return rows;
+}
 
 Cell serialCell(const QString& serial)
 {
@@ -162,42 +181,22 @@ Cells repeatedCells(const TestedUnit& unit)
 
 Parts yieldParts(const Report& report)
 {
-    const Timeline timeline = timelineOf(report.days, report.total);
-    const auto cellsOfDay = [&](const DayReport& recent) {
-        return periodCells(dayName(recent.day, report.request.now.date()), recent.tally,
-                           recent.limits);
-    };
-    const auto cellsOfPeriod = [](const Timeline::Period& period) {
-        return periodCells(period.name, period.tally, period.limits);
-    };
-    const auto cellsOfStation = [&](const StationReport& station) {
-        return stationCells(station, report);
-    };
-    const auto cellsOfAttempts = [number = 0](const AttemptsByNumber& attempts) mutable {
-        return numberCells(++number, attempts);
-    };
-    return {{"ages", html::rows(report.ages, ageCells)},
-            {"recentDays", html::rows(report.recentDays, cellsOfDay)},
+    const Timeline timeline = timelineOf(report.days);
+    const int open = report.total.units - report.total.passedLast;
+    const int repeated = report.repeatedUnitCount;
+    return {{"ages", html::rows(report.request.news, ageCells, report.request.now)},
+            {"recentDays", recentDays(report)},
             {"offAxis", ifAny(report.offAxis.units, figuretext::units)},
             {"period", timeline.unit},
             {"timeline", chart::timeline(timeline, report.total)},
-            {"periods", html::rows(timeline.periods, cellsOfPeriod)},
-            {"stationAxis", QString::number(chart::axisBegin(report))},
-            {"stations", html::rows(report.stations, cellsOfStation)},
-            {"numbers", html::rows(report.attemptsByNumber, cellsOfAttempts)}};
-}
-
-Parts unitParts(const Report& report)
-{
-    const int open = report.total.units - report.total.passedLast;
-    const int openRows = report.openUnits.size();
-    const int repeatedRows = report.repeatedUnits.size();
-    return {{"open", ifAny(open, figuretext::units)},
+            {"periods", html::rows(timeline.periods, periodCells, report.total)},
+            {"stationsPicture", chart::timeline(sideBySide(report.stations), report.total)},
+            {"stations", html::rows(report.stations, stationCells, report.total)},
+            {"numbers", numberRows(report.attemptsByNumber)},
+            {"open", ifAny(open, figuretext::units)},
             {"openRows", html::rows(report.openUnits, openCells)},
-            {"moreOpen", ifAny(open - openRows, count)},
-            {"longOpen", ifAny(openRows > rowsOnPaper ? openRows : 0, count)},
-            {"repeated", ifAny(report.repeatedUnitCount, figuretext::units)},
+            {"moreOpen", ifAny(open - report.openUnits.size(), count)},
+            {"repeated", ifAny(repeated, figuretext::units)},
             {"repeatedRows", html::rows(report.repeatedUnits, repeatedCells)},
-            {"moreRepeated", ifAny(report.repeatedUnitCount - repeatedRows, count)},
-            {"longRepeated", ifAny(repeatedRows > rowsOnPaper ? repeatedRows : 0, count)}};
+            {"moreRepeated", ifAny(repeated - report.repeatedUnits.size(), count)}};
 }
