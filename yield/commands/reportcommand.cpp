@@ -4,38 +4,20 @@
 #include "yield/commands/command.h"
 #include "yield/commands/reportfile.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/intake/progress.h"
+#include "yield/intake/messages.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
-
-#include <QTextStream>
 
 namespace
 {
 /// Invalid without the option.
 QDate readDate(const QCommandLineParser& parser, const QString& option)
 {
-    if (!parser.isSet(option))
-        return {};
     const QDate date = QDate::fromString(parser.value(option), "yyyy-MM-dd");
-    if (!date.isValid())
+    if (parser.isSet(option) && !date.isValid())
         command::fail(QString("--%1 takes a date such as 2026-11-21, not \"%2\"")
                           .arg(option, parser.value(option)));
     return date;
-}
-
-/// The first of the last days that end with this one.
-QDate readDays(const QCommandLineParser& parser, const QDate& last)
-{
-    constexpr int mostDays = 36500;
-    const QString text = parser.value("days");
-    const int days = text.toInt();
-    if (days < 1 || days > mostDays)
-        command::fail(
-            QString("--days takes a number from 1 to %1, not \"%2\"").arg(mostDays).arg(text));
-    if (parser.isSet("since"))
-        command::fail("--days and --since both say which day is the first");
-    return last.addDays(1 - days);
 }
 
 ReportRequest readRequest(const QCommandLineParser& parser)
@@ -44,9 +26,16 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     request.now = QDateTime::currentDateTime();
     request.since = readDate(parser, "since");
     request.until = readDate(parser, "until");
-    if (parser.isSet("days"))
-        request.since =
-            readDays(parser, request.until.isValid() ? request.until : request.now.date());
+    if (parser.isSet("days")) {
+        const int days = parser.value("days").toUShort();
+        if (days == 0)
+            command::fail(
+                QString("--days takes a number of days, not \"%1\"").arg(parser.value("days")));
+        if (request.since.isValid())
+            command::fail("--days and --since both say which day is the first");
+        const QDate last = request.until.isValid() ? request.until : request.now.date();
+        request.since = last.addDays(1 - days);
+    }
     if (request.since.isValid() && request.until.isValid() && request.until < request.since)
         command::fail("--until lies before --since");
     request.station = parser.value("station");
@@ -73,10 +62,10 @@ int report(const QCommandLineParser& parser)
     const ReportRequest request = readRequest(parser);
     const QString path = parser.value("output");
     Database database(parser.value("database"), Database::Access::Read);
-    command::writeFile(path,
-                       [&](QFileDevice& file) { return writeReport(database, request, file); });
+    command::writeFile(
+        path, [&](QFileDevice& file) { return page::write(readReport(database, request), file); });
     if (path != "-")
-        QTextStream(stdout) << "written: " << path << '\n';
+        messages::tell("written: " + path);
     return 0;
 }
 } // namespace
@@ -89,17 +78,12 @@ Report readReport(Database& database, const ReportRequest& request)
     dated.news = attemptreader::newestLogs(database, dated.now);
     checkStation(dated.station, dated.news);
     ReportCounter counter(dated);
-    Progress progress("attempts");
+    Progress progress{"attempts"};
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
         counter.add(attempt);
         progress.add(1);
     });
     return counter.finish();
-}
-
-bool writeReport(Database& database, const ReportRequest& request, QIODevice& output)
-{
-    return page::write(readReport(database, request), output);
 }
 
 Command reportCommand()
@@ -110,12 +94,11 @@ Command reportCommand()
         report,
         {{"since", "The first day, such as 2026-11-21.", "date"},
          {"until", "The last day.", "date"},
-         {"days", "The last days, today or the one of --until included, instead of --since.",
-          "number"},
+         {"days", "Instead of --since: so many days up to today or --until.", "number"},
          {"station", "One station only.", "name"},
          {"without",
-          "Leave out the serials that the pattern matches, such as a known-good unit's; may be "
-          "given several times. * stands for any characters, ? for one, [abc] for one of these.",
+          "Leave out these serials; may be given several times. * stands for any characters, ? for "
+          "one, [abc] for one of these.",
           "pattern"},
          {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
           "zorvi_yield.html"}}};

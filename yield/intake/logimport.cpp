@@ -3,7 +3,7 @@
 
 #include "yield/intake/logimport.h"
 
-#include "yield/intake/progress.h"
+#include "yield/intake/messages.h"
 #include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
@@ -44,16 +44,6 @@ void storeBatch(Database& database, const Station& station, const QStringList& f
     listener.stored(paths, counts);
 }
 
-QString summary(const StoreCounts& counts, int refused)
-{
-    return QString("%1 logs: %2 new, %3 already known, %4 without any mark, %5 refused")
-        .arg(counts.added + counts.known + counts.notAttempt + refused)
-        .arg(counts.added)
-        .arg(counts.known)
-        .arg(counts.notAttempt)
-        .arg(refused);
-}
-
 void warn(const StoreCounts& counts, QTextStream& errors)
 {
     if (counts.future > 0)
@@ -89,7 +79,7 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     Database database(request.database, Database::Access::Write);
     StoreCounts counts;
     int refused = 0;
-    Progress progress("logs");
+    Progress progress{"logs"};
     Listener listener;
     listener.refused = [&](const QString& path, const QString& reason) {
         // A log that its station replaces is gone for a moment; what the user named has to be
@@ -103,16 +93,22 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         counts += more;
         progress.add(paths.size());
     };
+    QString failure;
     try {
         store(database, request.station, request.paths, listener);
     } catch (const DatabaseError& error) {
-        out << summary(counts, refused) << Qt::endl;
-        errors << QString("the database failed: %1; what is in it stays, import again")
-                      .arg(error.text())
-               << Qt::endl;
-        return exitstatus::failed;
+        failure = error.text();
     }
-    out << summary(counts, refused) << Qt::endl;
+    out << QString("%1 logs: %2 new, %3 already known, %4 without any mark, %5 refused")
+               .arg(counts.added + counts.known + counts.notAttempt + refused)
+               .arg(counts.added)
+               .arg(counts.known)
+               .arg(counts.notAttempt)
+               .arg(refused)
+        << Qt::endl;
     warn(counts, errors);
-    return refused == 0 ? 0 : exitstatus::incomplete;
+    if (!failure.isEmpty())
+        errors << QString("the database failed: %1; what is in it stays, import again").arg(failure)
+               << Qt::endl;
+    return !failure.isEmpty() ? exitstatus::failed : refused == 0 ? 0 : exitstatus::incomplete;
 }
