@@ -20,6 +20,7 @@
 #include <functional>
 #include <memory>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -60,7 +61,8 @@ struct Watch : UnprivilegedProcess {
 
 /// What happens before the watch starts (0), before each of four tests of a unit and at the end
 /// (5).
-using Steps = QMap<int, std::function<void()>>;
+using Step = std::function<void()>;
+using Steps = QMap<int, Step>;
 Q_DECLARE_METATYPE(Steps)
 
 /// The real watch, under what goes wrong at a plant. Each test of a unit overwrites the log of the
@@ -72,6 +74,7 @@ class TestWatch : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+        umask(0); // the watch is another user
         const QString problem = server.create();
         QVERIFY2(problem.isEmpty(), qPrintable(problem));
     }
@@ -79,8 +82,8 @@ private Q_SLOTS:
     void init()
     {
         folder = std::make_unique<QTemporaryDir>();
-        for (const QString& path : {folder->path(), logs(), data()})
-            makeFolder(path);
+        QVERIFY(QFile::setPermissions(folder->path(), QFile::Permissions(0x7777)));
+        QVERIFY(QDir().mkdir(logs()) && QDir().mkdir(data()));
         database = data() + "/attempts.sqlite";
         station = QString("W") + QTest::currentDataTag();
         written = logs();
@@ -89,7 +92,6 @@ private Q_SLOTS:
     void cleanup()
     {
         watch.reset();
-        other = QSqlDatabase();
         QSqlDatabase::removeDatabase("other");
         for (const QString& path : mounted)
             QProcess::execute("umount", {"-l", path});
@@ -100,7 +102,6 @@ private Q_SLOTS:
     void everyTestIsKept_data()
     {
         QTest::addColumn<Steps>("steps");
-        QTest::newRow("a good day") << Steps();
         addDatabaseRows();
         addFolderRows();
         addLogRows();
@@ -149,7 +150,7 @@ private Q_SLOTS:
                 ++kills;
             }
         }
-        makeFolder(data() + "/later");
+        QVERIFY(QDir().mkdir(data() + "/later"));
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), tests + 1, patienceMs);
         figures::print("watches killed, the database away", kills, 0);
     }
@@ -159,12 +160,12 @@ private Q_SLOTS:
     void stopsWhileTheDatabaseIsLocked()
     {
         startWithOneTest();
-        ask({"BEGIN EXCLUSIVE"});
+        ask("BEGIN EXCLUSIVE");
         write(logs(), 2);
         QTRY_COMPARE_WITH_TIMEOUT(waiting().size(), 1, patienceMs);
         QVERIFY(watch->stops(SIGTERM));
         QCOMPARE(watch->says("wait in the spool: 1"), 1);
-        ask({"COMMIT"});
+        ask("COMMIT");
         QCOMPARE(status("1 wait since"), 0);
         QFile log(waiting().at(0));
         QVERIFY(log.open(QIODevice::Append) &&
@@ -196,7 +197,7 @@ private Q_SLOTS:
     void hopelessDatabase()
     {
         QCOMPARE(status(": nothing waits\n"), 1);
-        ask({"PRAGMA encoding = 'UTF-16'", "CREATE TABLE other (a)"});
+        ask("PRAGMA encoding = 'UTF-16'; CREATE TABLE other (a)");
         QVERIFY2(isRefused("encoding UTF8"), watch->said);
     }
 
@@ -205,11 +206,11 @@ private Q_SLOTS:
     {
         startWithOneTest();
         QCOMPARE(status(": 0 wait\n"), 0);
-        ask({"UPDATE attempts SET marks = x'00'", "BEGIN EXCLUSIVE"});
+        ask("UPDATE attempts SET marks = x'00'; BEGIN EXCLUSIVE");
         write(logs(), 2);
         unitlogs::write(logs(), "V", unitlogs::whole(), unitlogs::noon());
         QTRY_COMPARE_WITH_TIMEOUT(waiting().size(), 2, patienceMs);
-        ask({"COMMIT"});
+        ask("COMMIT");
         QTRY_COMPARE_WITH_TIMEOUT(stored(), QStringList({timeOf(1), timeOf(0)}), patienceMs);
         hear("was set aside as ");
         write(logs(), 2);
@@ -235,7 +236,7 @@ private Q_SLOTS:
         constexpr int logCount = 20;
         constexpr double mostMs = 10;
         const int oldLogs = figures::count(20000, 200000);
-        QVERIFY(QFile(logs() + "/-.txt").open(QIODevice::WriteOnly));
+        touch(logs() + "/-.txt");
         unitlogs::write(logs(), "V", unitlogs::whole(), unitlogs::noon().addSecs(-60));
         write(data(), 1);
         for (int i = 0; i < oldLogs; ++i)
@@ -272,18 +273,13 @@ private:
 
     void addDatabaseRows()
     {
-        const auto reads = [this] { ask({"BEGIN", "SELECT * FROM attempts"}); };
-        const auto ends = [this] { ask({"COMMIT"}); };
-        addRow("a browser reads the database", {{2, reads}, {5, ends}});
-        const auto update = [this] { ask({"UPDATE schema_version SET version = version + 1"}); };
-        const auto revert = [this] { ask({"UPDATE schema_version SET version = version - 1"}); };
-        addRow("the tables are newer", {{2, update}, {5, revert}});
-        addRow("the server is away", {{0, [this] { database = server.location(); }},
-                                      {2, [this] { server.stop(); }},
-                                      {5, [this] { QVERIFY(server.start()); }}});
-        const auto junk = [this] {
-            QVERIFY(QFile(logs() + "/junk.txt").open(QIODevice::WriteOnly));
-        };
+        addRow("a browser reads",
+               {{2, asks("BEGIN; SELECT * FROM attempts")}, {5, asks("COMMIT")}});
+        addRow("newer tables", {{2, asks("UPDATE schema_version SET version = version + 1")},
+                                {5, asks("UPDATE schema_version SET version = version - 1")}});
+        addRow("no server", {{0, [this] { database = server.location(); }},
+                             {2, [this] { server.stop(); }},
+                             {5, [this] { QVERIFY(server.start()); }}});
         const auto leave = [this] {
             hear("junk.txt: not imported: ");
             QVERIFY(QFile::rename(database, database + ".away"));
@@ -294,11 +290,12 @@ private:
             hear("database is back");
             QCOMPARE(watch->says("not imported"), 1); // the folder has been read once more
         };
-        addRow("the file is away", {{0, junk}, {2, leave}, {5, comeBack}});
+        addRow("no file",
+               {{0, [this] { touch(logs() + "/junk.txt"); }}, {2, leave}, {5, comeBack}});
         const auto restore = [this] {
             const QString backup = data() + "/backup";
-            ask({"DELETE FROM attempts WHERE tested_at = '" + timeOf(4) + "'",
-                 "DELETE FROM missed_bands", QString("VACUUM INTO '%1'").arg(backup)});
+            ask("DELETE FROM attempts WHERE tested_at = '" + timeOf(4) +
+                "'; DELETE FROM missed_bands; VACUUM INTO '" + backup + "'");
             QVERIFY(QFile::setPermissions(backup, QFile::Permissions(0x6666)));
             QVERIFY(rename(qPrintable(backup), qPrintable(database)) == 0);
             hear("another file now");
@@ -321,20 +318,16 @@ private:
         addRow("the folder is away, then another",
                {{2, leave}, {3, replace}, {5, [this] { hear("is watched", 3); }}});
         const auto makeNoise = [this] {
-            noise.start("sh", {"-c", "while :; do : >\"$0\"; sleep 0.05; rm \"$0\"; done",
-                               logs() + "/noise"});
+            const QString loop = "while :; do : >\"$0\"; sleep 0.05; rm \"$0\"; done";
+            noise.start("sh", {"-c", loop, logs() + "/noise"});
         };
-        const auto stopNoise = [this] {
-            noise.kill();
-            noise.waitForFinished(patienceMs);
-        };
-        addRow("a program makes files", {{0, makeNoise}, {5, stopNoise}});
+        addRow("a program makes files", {{0, makeNoise}, {5, [this] { noise.kill(); }}});
         const auto overflow = [this] {
             QFile most("/proc/sys/fs/inotify/max_queued_events");
             QVERIFY(most.open(QIODevice::ReadOnly));
             watch->send(SIGSTOP);
             for (int i = most.readAll().trimmed().toInt(); i >= 0; --i)
-                QFile(logs() + (i % 2 == 0 ? "/.a" : "/.b")).open(QIODevice::WriteOnly);
+                touch(logs() + (i % 2 == 0 ? "/.a" : "/.b"));
             write(logs(), 2);
             watch->send(SIGCONT);
             waitFor(2);
@@ -346,15 +339,12 @@ private:
         };
         addRow("a share of another computer", {{0, share}});
         const auto mountSpool = [this] {
-            makeFolder(spool());
+            QVERIFY(QDir().mkdir(spool()));
             mount("mount", {"-t", "tmpfs", "-o", "size=256k,mode=777", "tmpfs", spool()});
         };
         const auto fill = [this] {
             QTRY_COMPARE_WITH_TIMEOUT(waiting().size(), 0, patienceMs);
-            QFile filler(spool() + "/filler");
-            QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-            while (filler.write(QByteArray(4096, 'x')) > 0) {
-            }
+            QProcess::execute("sh", {"-c", "cat /dev/zero >\"$0\"/filler", spool()});
         };
         const auto empty = [this] {
             hear("No space left");
@@ -366,8 +356,7 @@ private:
 
     void addLogRows()
     {
-        addRow("the log is a link",
-               {{0, [this] { QVERIFY(QFile::link(logOf(data()), logOf(logs()))); }}});
+        addRow("the log is a link", {{0, [this] { QFile::link(logOf(data()), logOf(logs())); }}});
         const auto closed = [this] {
             write(data(), 2);
             QFile::setPermissions(logOf(data()), {});
@@ -393,7 +382,6 @@ private:
         addRow("the log is closed, then slow", {{2, closed}, {3, slow}});
     }
 
-private:
     QString logs() const { return folder->filePath("Logs"); }
     QString away() const { return folder->filePath("Logs-2026"); }
     QString data() const { return folder->filePath("data"); }
@@ -405,11 +393,7 @@ private:
         return unitlogs::noon().addSecs(60 * test).toString(Qt::ISODate);
     }
 
-    static void makeFolder(const QString& path)
-    {
-        QDir().mkpath(path);
-        QVERIFY(QFile::setPermissions(path, QFile::Permissions(0x7777)));
-    }
+    static void touch(const QString& path) { QFile(path).open(QIODevice::WriteOnly); }
 
     /// One of very many logs: the same file under another name.
     void addLink(const QString& path, int number) const
@@ -468,18 +452,23 @@ private:
     }
 
     /// Of the SQLite file, on another connection.
-    void ask(const QStringList& statements)
+    void ask(const QString& statements) const
     {
-        if (!other.isValid()) {
+        auto other = QSqlDatabase::database("other", false);
+        if (!other.isValid())
             other = QSqlDatabase::addDatabase("QSQLITE", "other");
-            other.setDatabaseName(database);
-            QVERIFY(other.open());
-        }
-        for (const QString& statement : statements) {
+        other.setDatabaseName(database);
+        QVERIFY(other.isOpen() || other.open());
+        for (const QString& statement : statements.split("; ")) {
             QSqlQuery query(other);
             QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
             query.next();
         }
+    }
+
+    Step asks(const QString& statements) const
+    {
+        return [=] { ask(statements); };
     }
 
     /// The times of the attempts that the database has; empty while it is away.
@@ -530,7 +519,6 @@ private:
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<Watch> watch;
     QProcess noise;
-    QSqlDatabase other;
     QString database;
     QString station;
     QString written; ///< Where the station writes.
