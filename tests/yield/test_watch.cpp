@@ -17,7 +17,6 @@
 #include <QTest>
 
 #include <csignal>
-#include <functional>
 #include <memory>
 
 #include <sys/stat.h>
@@ -27,7 +26,6 @@ namespace
 {
 constexpr int patienceMs = 60000;
 constexpr int stopMs = 2000;
-const QString yieldProgram = QStringLiteral(ZORVI_YIELD);
 
 /// A watch as it runs on a plant's computer: without root's rights.
 struct Watch : UnprivilegedProcess {
@@ -44,13 +42,11 @@ struct Watch : UnprivilegedProcess {
         return said.count(text);
     }
 
-    void send(int signal) const { ::kill(static_cast<pid_t>(processId()), signal); }
-
     bool stops(int signal)
     {
         QElapsedTimer time;
         time.start();
-        send(signal);
+        ::kill(static_cast<pid_t>(processId()), signal);
         return waitForFinished(patienceMs) && time.elapsed() < stopMs &&
                exitStatus() == NormalExit && exitCode() == 0;
     }
@@ -59,14 +55,8 @@ struct Watch : UnprivilegedProcess {
 };
 } // namespace
 
-/// What happens before the watch starts (0), before each of four tests of a unit and at the end
-/// (5).
-using Step = std::function<void()>;
-using Steps = QMap<int, Step>;
-Q_DECLARE_METATYPE(Steps)
-
 /// The real watch, under what goes wrong at a plant. Each test of a unit overwrites the log of the
-/// one before as soon as that one is on a disk.
+/// one before as soon as that one is on a disk. The working directory is each test's own.
 class TestWatch : public QObject
 {
     Q_OBJECT
@@ -75,6 +65,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         umask(0); // the watch is another user
+        qputenv("YIELD", ZORVI_YIELD);
         const QString problem = server.create();
         QVERIFY2(problem.isEmpty(), qPrintable(problem));
     }
@@ -83,47 +74,77 @@ private Q_SLOTS:
     {
         folder = std::make_unique<QTemporaryDir>();
         QVERIFY(QFile::setPermissions(folder->path(), QFile::Permissions(0x7777)));
-        QVERIFY(QDir().mkdir(logs()) && QDir().mkdir(data()));
-        database = data() + "/attempts.sqlite";
+        QVERIFY(QDir::setCurrent(folder->path()) && QDir().mkdir("Logs") && QDir().mkdir("data"));
+        database = "attempts.sqlite";
         station = QString("W") + QTest::currentDataTag();
-        written = logs();
+        written = "Logs";
     }
 
     void cleanup()
     {
         watch.reset();
         QSqlDatabase::removeDatabase("other");
-        for (const QString& path : mounted)
-            QProcess::execute("umount", {"-l", path});
-        mounted.clear();
+        sh("umount -l Logs spool 2>/dev/null; kill $(cat noise 2>/dev/null) 2>/dev/null");
         kept.clear();
     }
 
     void everyTestIsKept_data()
     {
-        QTest::addColumn<Steps>("steps");
-        addDatabaseRows();
-        addFolderRows();
-        addLogRows();
+        QTest::addColumn<QStringList>("steps");
+        const auto row = [](const char* name, const QStringList& steps) {
+            QTest::newRow(name) << steps;
+        };
+        row("a browser reads", {"2 sql BEGIN; SELECT * FROM attempts", "5 sql COMMIT"});
+        row("newer tables", {"2 sql UPDATE schema_version SET version = version + 1",
+                             "5 sql UPDATE schema_version SET version = version - 1"});
+        row("no server", {"0 server", "2 stop", "5 start"});
+        row("no file", {"0 sh : >Logs/junk.txt",
+                        "2 hear junk.txt: not imported: ", "2 sh mv attempts.sqlite away",
+                        "2 hear is gone", "5 sh mv away attempts.sqlite", "5 hear database is back",
+                        "5 hear not imported"}); // although the folder has been read once more
+        row("a backup",
+            {"5 sql DELETE FROM attempts WHERE tested_at = '" + timeOf(4) + "'",
+             "5 sql DELETE FROM missed_bands; VACUUM INTO 'backup'",
+             "5 sh chmod 666 backup; mv backup attempts.sqlite", "5 hear another file now"});
+        row("no folder, then another",
+            {"2 sh mv Logs away", "2 hear is not there", "2 write away", "2 sh mv away Logs",
+             "2 wait", "3 sh mv Logs away; mkdir Logs"});
+        row("a program makes files",
+            {"0 sh while :; do : >Logs/a; sleep 0.05; rm Logs/a; done & echo $! >noise"});
+        row("too many changes",
+            {"2 sh kill -STOP $WATCH",
+             "2 sh for i in $(seq $(cat /proc/sys/fs/inotify/max_queued_events)); do "
+             ": >Logs/.$((i % 2)); done",
+             "2 write Logs", "2 sh kill -CONT $WATCH", "2 wait"});
+        row("a share", {"0 sh bindfs data Logs", "0 folder data"});
+        row("a full disk",
+            {"0 sh mkdir spool && mount -t tmpfs -o size=256k,mode=777 tmpfs spool",
+             "3 sh while ls spool/v1/*/logs/*; do sleep 0.1; done >/dev/null 2>&1",
+             "3 sh cat /dev/zero >spool/filler 2>/dev/null || :", "5 hear No space left",
+             "5 sh rm spool/filler", "5 hear has room again"});
+        row("a link", {"0 sh ln -s ../data/ZORVI_U.txt Logs"});
+        row("a closed log", {"2 write data", "2 sh chmod 0 data/*; mv data/* Logs",
+                             "2 hear Permission denied", "2 sh chmod 644 Logs/*", "2 wait"});
+        row("a slow log, looked at meanwhile",
+            {"2 write data",
+             "2 sh : >Logs/ZORVI_U.txt; for i in 0 1 2 3 4 5 6 7; do dd status=none bs=1000 "
+             "count=1 skip=$i "
+             "if=data/ZORVI_U.txt >>Logs/ZORVI_U.txt; sleep 0.5; done",
+             "2 wait", "2 silence not imported"});
     }
 
     void everyTestIsKept()
     {
-        QFETCH(Steps, steps);
-        const auto step = [&](int test) {
-            if (steps.contains(test))
-                steps[test]();
-        };
-        step(0);
-        if (!skipReason.isEmpty())
-            QSKIP(qPrintable(std::exchange(skipReason, {})));
+        QFETCH(QStringList, steps);
+        if (!perform(steps, 0))
+            QSKIP("needs root and bindfs");
         start();
         for (int test = 1; test <= 4; ++test) {
-            step(test);
+            QVERIFY(perform(steps, test));
             write(written, test);
             waitFor(test);
         }
-        step(5);
+        QVERIFY(perform(steps, 5));
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 4, patienceMs);
         QVERIFY(watch->says("database is away") <= 1);
         hear("database is back", watch->says("database is away"));
@@ -135,14 +156,11 @@ private Q_SLOTS:
     void killedAtAnyMoment()
     {
         const int tests = figures::count(20, 100);
-        constexpr int oldLogs = 250;
-        database = data() + "/later/attempts.sqlite";
-        unitlogs::write(data(), "V", unitlogs::whole());
-        for (int i = 0; i < oldLogs; ++i)
-            addLink(unitlogs::path(data(), "V"), i);
+        database = "later/attempts.sqlite";
+        addOldLogs(250);
         int kills = -1;
         for (int test = 1; test <= tests; ++test) {
-            write(logs(), test);
+            write("Logs", test);
             while (!isKept(test)) {
                 if (watch && watch->waitForFinished(QRandomGenerator::global()->bounded(100)))
                     QFAIL(watch->readAllStandardError());
@@ -150,7 +168,7 @@ private Q_SLOTS:
                 ++kills;
             }
         }
-        QVERIFY(QDir().mkdir(data() + "/later"));
+        QVERIFY(QDir().mkdir("later"));
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), tests + 1, patienceMs);
         figures::print("watches killed, the database away", kills, 0);
     }
@@ -161,26 +179,20 @@ private Q_SLOTS:
     {
         startWithOneTest();
         ask("BEGIN EXCLUSIVE");
-        write(logs(), 2);
+        write("Logs", 2);
         QTRY_COMPARE_WITH_TIMEOUT(waiting().size(), 1, patienceMs);
         QVERIFY(watch->stops(SIGTERM));
         QCOMPARE(watch->says("wait in the spool: 1"), 1);
         ask("COMMIT");
         QCOMPARE(status("1 wait since"), 0);
-        QFile log(waiting().at(0));
-        QVERIFY(log.open(QIODevice::Append) &&
-                log.setFileTime(QDateTime::currentDateTime().addSecs(-3700),
-                                QFileDevice::FileModificationTime));
+        QCOMPARE(sh("touch -d '62 minutes ago' spool/v1/*/logs/*"), 0);
         QCOMPARE(status("1 wait since"), 1);
-        QProcess find;
-        find.start("find", {spool(), "-perm", "/077"});
-        QVERIFY(find.waitForFinished(patienceMs));
-        QCOMPARE(find.readAllStandardOutput(), QByteArray());
+        QVERIFY(sh("find spool -perm /077 | grep .") != 0);
 
-        const QString here = std::exchange(database, data() + "/other.sqlite");
+        database = "other.sqlite";
         QVERIFY2(isRefused("is that of the database"), watch->said);
         QVERIFY(!QFile::exists(database));
-        database = here;
+        database = "attempts.sqlite";
         station = "X";
         start();
         QTRY_COMPARE_WITH_TIMEOUT(stored(), QStringList{timeOf(2)}, patienceMs);
@@ -189,7 +201,7 @@ private Q_SLOTS:
         const auto first = std::move(watch);
         QVERIFY2(isRefused("in use by another watch"), watch->said);
         QVERIFY(first->stops(SIGTERM));
-        database = data() + "/other.sqlite"; // nothing waits any more
+        database = "other.sqlite"; // nothing waits any more
         start();
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
     }
@@ -207,23 +219,18 @@ private Q_SLOTS:
         startWithOneTest();
         QCOMPARE(status(": 0 wait\n"), 0);
         ask("UPDATE attempts SET marks = x'00'; BEGIN EXCLUSIVE");
-        write(logs(), 2);
-        unitlogs::write(logs(), "V", unitlogs::whole(), unitlogs::noon());
+        write("Logs", 2);
+        unitlogs::write("Logs", "V", unitlogs::whole());
         QTRY_COMPARE_WITH_TIMEOUT(waiting().size(), 2, patienceMs);
         ask("COMMIT");
         QTRY_COMPARE_WITH_TIMEOUT(stored(), QStringList({timeOf(1), timeOf(0)}), patienceMs);
         hear("was set aside as ");
-        write(logs(), 2);
-        unitlogs::write(logs(), "V", unitlogs::whole(), unitlogs::noon().addSecs(7200));
+        write("Logs", 2);
+        unitlogs::write("Logs", "V", unitlogs::whole(), unitlogs::noon().addSecs(7200));
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 3, patienceMs);
         QCOMPARE(watch->says("was set aside as "), 1);
-        QCOMPARE(status("    set aside: "), 1);
-        const QStringList aside = Spool::below(spool()).at(0).setAside();
-        QCOMPARE(aside.size(), 1);
-        QString reason;
-        QCOMPARE(logfiles::read(aside[0], reason)->testedAt, timeOf(2));
-        QVERIFY(!Spool::reasonFor(aside[0]).isEmpty());
-        QFile::remove(aside[0]);
+        QCOMPARE(status(": the marks of"), 1);
+        QCOMPARE(sh("grep -q 12:02:00 spool/v1/*/aside/*[!n] && rm spool/v1/*/aside/*"), 0);
         QCOMPARE(status("station \"W\": newest log 2026-11-21 14:00:00"), 0);
         QFile::remove(database);
         QCOMPARE(status("away: there is no database"), 1);
@@ -236,19 +243,15 @@ private Q_SLOTS:
         constexpr int logCount = 20;
         constexpr double mostMs = 10;
         const int oldLogs = figures::count(20000, 200000);
-        touch(logs() + "/-.txt");
-        unitlogs::write(logs(), "V", unitlogs::whole(), unitlogs::noon().addSecs(-60));
-        write(data(), 1);
-        for (int i = 0; i < oldLogs; ++i)
-            addLink(logOf(data()), i);
-        QProcess import;
-        import.start(yieldProgram, {"import", "--database", database, logs()});
-        QVERIFY(import.waitForFinished(patienceMs));
-        QCOMPARE(import.exitCode(), 1);
-        QVERIFY(import.readAllStandardOutput().endsWith(", 1 refused\n"));
-        QVERIFY(QFile::setPermissions(database, QFile::Permissions(0x6666)));
+        write("Logs", 0);
+        QCOMPARE(sh(": >Logs/-.txt"), 0);
+        addOldLogs(oldLogs);
+        QCOMPARE(sh("\"$YIELD\" import --database attempts.sqlite Logs >out; [ $? = 1 ] && "
+                    "grep -q ', 1 refused$' out && chmod 666 attempts.sqlite"),
+                 0);
         start();
-        hear("not imported");
+        hear("Logs/-.txt: not imported");
+        QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 2, patienceMs);
         const auto cpuMs = [this] {
             constexpr int userTime = 13; // in ticks of 10 ms, and the system's after it
             QFile file(QString("/proc/%1/stat").arg(watch->processId()));
@@ -256,10 +259,9 @@ private Q_SLOTS:
             const QList<QByteArray> fields = file.readAll().split(' ');
             return 10.0 * (fields.value(userTime).toInt() + fields.value(userTime + 1).toInt());
         };
-        QTRY_VERIFY_WITH_TIMEOUT(stored().contains(timeOf(-1)), patienceMs);
         const double before = cpuMs();
-        for (int test = 2; test < logCount + 2; ++test) {
-            write(logs(), test);
+        for (int test = 1; test <= logCount; ++test) {
+            write("Logs", test);
             QTRY_VERIFY_WITH_TIMEOUT(stored().contains(timeOf(test)), patienceMs);
         }
         const double eachMs = (cpuMs() - before) / logCount;
@@ -269,153 +271,77 @@ private Q_SLOTS:
     }
 
 private:
-    static void addRow(const char* name, const Steps& steps) { QTest::newRow(name) << steps; }
-
-    void addDatabaseRows()
+    /// Does the steps before that test: its number, what is done, and with what. False if a command
+    /// of the shell failed.
+    bool perform(const QStringList& steps, int test)
     {
-        addRow("a browser reads",
-               {{2, asks("BEGIN; SELECT * FROM attempts")}, {5, asks("COMMIT")}});
-        addRow("newer tables", {{2, asks("UPDATE schema_version SET version = version + 1")},
-                                {5, asks("UPDATE schema_version SET version = version - 1")}});
-        addRow("no server", {{0, [this] { database = server.location(); }},
-                             {2, [this] { server.stop(); }},
-                             {5, [this] { QVERIFY(server.start()); }}});
-        const auto leave = [this] {
-            hear("junk.txt: not imported: ");
-            QVERIFY(QFile::rename(database, database + ".away"));
-            hear("is gone");
-        };
-        const auto comeBack = [this] {
-            QVERIFY(QFile::rename(database + ".away", database));
-            hear("database is back");
-            QCOMPARE(watch->says("not imported"), 1); // the folder has been read once more
-        };
-        addRow("no file",
-               {{0, [this] { touch(logs() + "/junk.txt"); }}, {2, leave}, {5, comeBack}});
-        const auto restore = [this] {
-            const QString backup = data() + "/backup";
-            ask("DELETE FROM attempts WHERE tested_at = '" + timeOf(4) +
-                "'; DELETE FROM missed_bands; VACUUM INTO '" + backup + "'");
-            QVERIFY(QFile::setPermissions(backup, QFile::Permissions(0x6666)));
-            QVERIFY(rename(qPrintable(backup), qPrintable(database)) == 0);
-            hear("another file now");
-        };
-        addRow("a backup is restored", {{5, restore}});
+        for (const QString& step : steps.filter(QRegularExpression(QString("^%1 ").arg(test)))) {
+            const QString what = step.section(' ', 1, 1);
+            const QString with = step.section(' ', 2);
+            if (what == "sh" && sh(with) != 0)
+                return false;
+            if (what == "sql")
+                ask(with);
+            if (what == "hear" || what == "silence")
+                hear(with.toUtf8(), what == "hear" ? 1 : 0);
+            if (what == "folder")
+                written = with;
+            if (what == "write")
+                write(with, test);
+            if (what == "wait")
+                waitFor(test);
+            if (what == "server")
+                database = server.location();
+            if (what == "stop")
+                server.stop();
+            if (what == "start" && !server.start())
+                return false;
+        }
+        return true;
     }
 
-    void addFolderRows()
-    {
-        const auto leave = [this] {
-            QVERIFY(QFile::rename(logs(), away()));
-            hear("is not there");
-            write(away(), 2);
-            QVERIFY(QFile::rename(away(), logs()));
-            waitFor(2);
-        };
-        const auto replace = [this] {
-            QVERIFY(QFile::rename(logs(), away()) && QDir().mkdir(logs()));
-        };
-        addRow("the folder is away, then another",
-               {{2, leave}, {3, replace}, {5, [this] { hear("is watched", 3); }}});
-        const auto makeNoise = [this] {
-            const QString loop = "while :; do : >\"$0\"; sleep 0.05; rm \"$0\"; done";
-            noise.start("sh", {"-c", loop, logs() + "/noise"});
-        };
-        addRow("a program makes files", {{0, makeNoise}, {5, [this] { noise.kill(); }}});
-        const auto overflow = [this] {
-            QFile most("/proc/sys/fs/inotify/max_queued_events");
-            QVERIFY(most.open(QIODevice::ReadOnly));
-            watch->send(SIGSTOP);
-            for (int i = most.readAll().trimmed().toInt(); i >= 0; --i)
-                touch(logs() + (i % 2 == 0 ? "/.a" : "/.b"));
-            write(logs(), 2);
-            watch->send(SIGCONT);
-            waitFor(2);
-        };
-        addRow("too many changes at once", {{2, overflow}});
-        const auto share = [this] {
-            mount("bindfs", {data(), logs()});
-            written = data();
-        };
-        addRow("a share of another computer", {{0, share}});
-        const auto mountSpool = [this] {
-            QVERIFY(QDir().mkdir(spool()));
-            mount("mount", {"-t", "tmpfs", "-o", "size=256k,mode=777", "tmpfs", spool()});
-        };
-        const auto fill = [this] {
-            QTRY_COMPARE_WITH_TIMEOUT(waiting().size(), 0, patienceMs);
-            QProcess::execute("sh", {"-c", "cat /dev/zero >\"$0\"/filler", spool()});
-        };
-        const auto empty = [this] {
-            hear("No space left");
-            QVERIFY(QFile::remove(spool() + "/filler"));
-            hear("has room again");
-        };
-        addRow("the disk of the spool is full", {{0, mountSpool}, {3, fill}, {5, empty}});
-    }
+    static int sh(const QString& command) { return QProcess::execute("sh", {"-c", command}); }
 
-    void addLogRows()
-    {
-        addRow("the log is a link", {{0, [this] { QFile::link(logOf(data()), logOf(logs())); }}});
-        const auto closed = [this] {
-            write(data(), 2);
-            QFile::setPermissions(logOf(data()), {});
-            QVERIFY(rename(qPrintable(logOf(data())), qPrintable(logOf(logs()))) == 0);
-            hear("Permission denied");
-            QFile::setPermissions(logOf(logs()), QFile::Permissions(0x6444));
-            waitFor(2);
-        };
-        const auto slow = [this] {
-            write(data(), 3);
-            QFile source(logOf(data()));
-            QFile target(logOf(logs()));
-            QVERIFY(source.open(QIODevice::ReadOnly) && target.open(QIODevice::WriteOnly));
-            while (target.write(source.read(500)) > 0) {
-                target.close();
-                QTest::qWait(400); // so long that it is looked at meanwhile
-                QVERIFY(target.open(QIODevice::Append));
-            }
-            target.close();
-            waitFor(3);
-            QCOMPARE(watch->says("not imported"), 1);
-        };
-        addRow("the log is closed, then slow", {{2, closed}, {3, slow}});
-    }
-
-    QString logs() const { return folder->filePath("Logs"); }
-    QString away() const { return folder->filePath("Logs-2026"); }
-    QString data() const { return folder->filePath("data"); }
-    QString spool() const { return folder->filePath("spool"); }
-    static QString logOf(const QString& path) { return unitlogs::path(path, "U"); }
-
+    /// The time of a test of the unit.
     static QString timeOf(int test)
     {
         return unitlogs::noon().addSecs(60 * test).toString(Qt::ISODate);
     }
 
-    static void touch(const QString& path) { QFile(path).open(QIODevice::WriteOnly); }
+    /// As the station writes it.
+    static void write(const QString& path, int test)
+    {
+        testlog::write(
+            unitlogs::path(path, "U"),
+            unitlogs::lines("U", unitlogs::noon().addSecs(60 * test),
+                            unitlogs::allBut({{test % 9, test % 13}, {18, 0}, {18, 1}})));
+    }
 
-    /// One of very many logs: the same file under another name.
-    void addLink(const QString& path, int number) const
+    /// The same log under very many names.
+    static void addOldLogs(int count)
     {
         constexpr int mostLinks = 50000;
-        const QString source = path + QString::number(number / mostLinks);
-        if (number % mostLinks == 0)
-            QVERIFY(QFile::copy(path, source));
-        QVERIFY(link(qPrintable(source), qPrintable(logs() + QString("/%1.txt").arg(number))) == 0);
+        unitlogs::write("data", "V", unitlogs::whole(), unitlogs::noon().addSecs(-60));
+        for (int i = 0; i < count; ++i) {
+            const QString source = QString("data/%1").arg(i / mostLinks);
+            if (i % mostLinks == 0)
+                QVERIFY(QFile::copy(unitlogs::path("data", "V"), source));
+            QVERIFY(link(qPrintable(source), qPrintable(QString("Logs/%1").arg(i))) == 0);
+        }
     }
 
     void start()
     {
         watch = std::make_unique<Watch>();
-        watch->start(yieldProgram, {"import", "--watch", "--station", station, "--database",
-                                    database, "--spool", spool(), logs()});
+        watch->start(ZORVI_YIELD, {"import", "--watch", "--station", station, "--database",
+                                   database, "--spool", "spool", "Logs"});
+        qputenv("WATCH", QByteArray::number(watch->processId()));
     }
 
     void startWithOneTest()
     {
         start();
-        write(logs(), 1);
+        write("Logs", 1);
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 1, patienceMs);
     }
 
@@ -434,23 +360,6 @@ private:
 
     void waitFor(int test) { QTRY_VERIFY_WITH_TIMEOUT(isKept(test), patienceMs); }
 
-    /// As the station writes it.
-    static void write(const QString& path, int test)
-    {
-        testlog::write(
-            logOf(path),
-            unitlogs::lines("U", unitlogs::noon().addSecs(60 * test),
-                            unitlogs::allBut({{test % 9, test % 13}, {18, 0}, {18, 1}})));
-    }
-
-    void mount(const QString& program, const QStringList& arguments)
-    {
-        if (QProcess::execute(program, arguments) == 0)
-            mounted << arguments.constLast();
-        else
-            skipReason = QString("%1 needs root, or is missing").arg(program);
-    }
-
     /// Of the SQLite file, on another connection.
     void ask(const QString& statements) const
     {
@@ -464,11 +373,6 @@ private:
             QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
             query.next();
         }
-    }
-
-    Step asks(const QString& statements) const
-    {
-        return [=] { ask(statements); };
     }
 
     /// The times of the attempts that the database has; empty while it is away.
@@ -485,11 +389,11 @@ private:
     }
 
     /// The logs in the spool.
-    QStringList waiting() const
+    static QStringList waiting()
     {
         QStringList paths;
-        for (const Spool& place : Spool::below(spool()))
-            paths += place.waiting();
+        for (const Spool& spool : Spool::below("spool"))
+            paths += spool.waiting();
         return paths;
     }
 
@@ -509,7 +413,7 @@ private:
     int status(const QByteArray& text) const
     {
         QProcess process;
-        process.start(yieldProgram, {"status", "--database", database, "--spool", spool()});
+        process.start(ZORVI_YIELD, {"status", "--database", database, "--spool", "spool"});
         if (!process.waitForFinished(patienceMs) || !process.readAllStandardOutput().contains(text))
             return -1;
         return process.exitCode();
@@ -518,13 +422,10 @@ private:
     PostgresServer server;
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<Watch> watch;
-    QProcess noise;
     QString database;
     QString station;
     QString written; ///< Where the station writes.
     QStringList kept;
-    QStringList mounted;
-    QString skipReason;
 };
 
 QTEST_GUILESS_MAIN(TestWatch)
