@@ -4,7 +4,7 @@
 #include "demo/fortnight.h"
 
 #include "demo/panelrun.h"
-#include "yield/commands/reportfile.h"
+#include "yield/commands/command.h"
 #include "yield/intake/logimport.h"
 #include "yield/page/page.h"
 #include "yield/store/database.h"

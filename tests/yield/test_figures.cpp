@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/commands/reportfile.h"
+#include "yield/commands/command.h"
 #include "yield/figures/reportcounter.h"
 #include "yield/figures/timeline.h"
 #include "yield/logs/controlnames.h"

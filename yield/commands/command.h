@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "yield/figures/report.h"
 #include "yield/store/database.h"
 
 #include <QCommandLineOption>
@@ -31,6 +32,10 @@ Command reportCommand();
 Command stationCommand();
 Command statusCommand();
 Command unitCommand();
+
+/// Counts all attempts of a database, up to now if the request does not say otherwise. Throws
+/// std::runtime_error, also where the station is not known.
+Report readReport(Database& database, ReportRequest request);
 
 namespace command
 {

@@ -76,9 +76,8 @@ bool showSpool(const Spool& spool)
         text += oldest.toString("' since 'yyyy-MM-dd HH:mm:ss");
     messages::tell(text);
     const QStringList aside = spool.setAside();
-    for (const QString& path : aside)
-        messages::tell(
-            QString("    set aside: %1: %2").arg(path, printableText(Spool::reasonFor(path))));
+    for (const QString& line : aside)
+        messages::tell("    set aside: " + printableText(line));
     return aside.isEmpty() && oldest.secsTo(now) <= hourSeconds;
 }
 

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/commands/reportfile.h"
 #include "yield/figures/reportcounter.h"
 #include "yield/intake/messages.h"
 #include "yield/page/page.h"
@@ -47,16 +46,6 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     return request;
 }
 
-void checkStation(const QString& name, const std::vector<StationNews>& known)
-{
-    QStringList names;
-    for (const StationNews& news : known)
-        names << news.station;
-    if (!name.isEmpty() && !names.isEmpty() && !names.contains(name))
-        command::fail(
-            QString("no station is named \"%1\"; there are: %2").arg(name, names.join(", ")));
-}
-
 int report(const QCommandLineParser& parser)
 {
     const ReportRequest request = readRequest(parser);
@@ -70,14 +59,18 @@ int report(const QCommandLineParser& parser)
 }
 } // namespace
 
-Report readReport(Database& database, const ReportRequest& request)
+Report readReport(Database& database, ReportRequest request)
 {
-    ReportRequest dated = request;
-    if (!dated.now.isValid())
-        dated.now = QDateTime::currentDateTime();
-    dated.news = attemptreader::newestLogs(database, dated.now);
-    checkStation(dated.station, dated.news);
-    ReportCounter counter(dated);
+    if (!request.now.isValid())
+        request.now = QDateTime::currentDateTime();
+    request.news = attemptreader::newestLogs(database, request.now);
+    QStringList names;
+    for (const StationNews& news : request.news)
+        names << news.station;
+    if (!request.station.isEmpty() && !names.isEmpty() && !names.contains(request.station))
+        command::fail(QString("no station is named \"%1\"; there are: %2")
+                          .arg(request.station, names.join(", ")));
+    ReportCounter counter(request);
     Progress progress{"attempts"};
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
         counter.add(attempt);

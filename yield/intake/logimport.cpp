@@ -43,19 +43,6 @@ void storeBatch(Database& database, const Station& station, const QStringList& f
     }
     listener.stored(paths, counts);
 }
-
-void warn(const StoreCounts& counts, QTextStream& errors)
-{
-    if (counts.future > 0)
-        errors << QString("%1 logs have a date in the future: is the station's clock right?")
-                      .arg(counts.future)
-               << Qt::endl;
-    if (counts.elsewhere > 0)
-        errors << QString("%1 logs are known under another station too: was --station mistyped? "
-                          "\"station rename\" puts it right")
-                      .arg(counts.elsewhere)
-               << Qt::endl;
-}
 } // namespace
 
 void logimport::store(Database& database, const Station& station, const QStringList& paths,
@@ -99,16 +86,18 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     } catch (const DatabaseError& error) {
         failure = error.text();
     }
-    out << QString("%1 logs: %2 new, %3 already known, %4 without any mark, %5 refused")
-               .arg(counts.added + counts.known + counts.notAttempt + refused)
-               .arg(counts.added)
-               .arg(counts.known)
-               .arg(counts.notAttempt)
-               .arg(refused)
-        << Qt::endl;
-    warn(counts, errors);
+    out << counts.added + counts.known + counts.notAttempt + refused << " logs: " << counts.added
+        << " new, " << counts.known << " already known, " << counts.notAttempt
+        << " without any mark, " << refused << " refused" << Qt::endl;
+    const auto warn = [&errors](int logs, const char* what) {
+        if (logs > 0)
+            errors << logs << " logs " << what << Qt::endl;
+    };
+    warn(counts.future, "have a date in the future: is the station's clock right?");
+    warn(counts.elsewhere, "are known under another station too: was --station mistyped? "
+                           "\"station rename\" puts it right");
     if (!failure.isEmpty())
-        errors << QString("the database failed: %1; what is in it stays, import again").arg(failure)
+        errors << "the database failed: " << failure << "; what is in it stays, import again"
                << Qt::endl;
     return !failure.isEmpty() ? exitstatus::failed : refused == 0 ? 0 : exitstatus::incomplete;
 }

@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <cerrno>
@@ -157,11 +156,11 @@ QString Spool::moveAside(const QString& waitingPath, const QString& reason) cons
 
 QStringList Spool::setAside() const
 {
-    return logfiles::filesOf(path + asideFolder).filter(QRegularExpression("/[0-9a-f]{64}$"));
-}
-
-QString Spool::reasonFor(const QString& asidePath)
-{
-    QFile file(asidePath + reasonEnding);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    QStringList lines;
+    for (const QString& log : logfiles::filesOf(path + asideFolder)) {
+        QFile reason(log + reasonEnding);
+        if (reason.open(QIODevice::ReadOnly))
+            lines << log + ": " + QString::fromUtf8(reason.readAll());
+    }
+    return lines;
 }

@@ -33,7 +33,6 @@ struct Spool {
     /// Moves a log that cannot be stored, with the reason in a file beside it. It stays until a
     /// person removes it. Gives a line for people about what was done.
     QString moveAside(const QString& waitingPath, const QString& reason) const;
-    /// The paths of the logs that were moved aside.
+    /// The paths of the logs that were moved aside, each with its reason.
     QStringList setAside() const;
-    static QString reasonFor(const QString& asidePath);
 };
