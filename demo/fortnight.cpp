@@ -4,8 +4,9 @@
 #include "demo/fortnight.h"
 
 #include "demo/panelrun.h"
-#include "yield/commands/reportfile.h"
+#include "yield/commands/command.h"
 #include "yield/intake/logimport.h"
+#include "yield/page/page.h"
 #include "yield/store/database.h"
 
 #include <QDir>
@@ -213,7 +214,7 @@ private:
         request.without << fortnight::knownGood;
         Database attempts(database(), Database::Access::Read);
         QSaveFile page(folder + QStringLiteral("/yield.html"));
-        if (page.open(QIODevice::WriteOnly) && !writeReport(attempts, request, page))
+        if (page.open(QIODevice::WriteOnly) && !page::write(readReport(attempts, request), page))
             page.cancelWriting();
         if (!page.commit())
             problem = QStringLiteral("%1: %2").arg(page.fileName(), page.errorString());

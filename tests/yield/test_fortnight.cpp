@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "demo/fortnight.h"
-#include "yield/commands/reportfile.h"
+#include "yield/commands/command.h"
 #include "yield/store/database.h"
 
 #include <QDir>

@@ -3,7 +3,7 @@
 
 #include "yield/commands/command.h"
 #include "yield/intake/logimport.h"
-#include "yield/intake/progress.h"
+#include "yield/intake/messages.h"
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
 #include "yield/logs/printabletext.h"
@@ -12,8 +12,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTemporaryFile>
-#include <QTextStream>
 
 namespace
 {
@@ -33,7 +31,7 @@ QString line(const Attempt& attempt)
         words << "ended early at " + controlnames::control(*outcome.endedAt);
     if (!outcome.missed.empty())
         words << "missed " + controlnames::missed(outcome.missed).join("; ");
-    return QString("%1  %2  %3\n")
+    return QString("%1  %2  %3")
         .arg(QString(attempt.testedAt).replace('T', ' '), printableText(attempt.station),
              words.join(", "));
 }
@@ -94,48 +92,39 @@ int exportAttempts(const QCommandLineParser& parser)
     if (!isJson && format != "csv")
         command::fail(QString("--format takes csv or json, not \"%1\"").arg(format));
     Database database(parser.value("database"), Database::Access::Read);
-    // Kept until it is whole: a reader that takes its time must not keep others from importing.
-    QTemporaryFile records;
-    if (!records.open())
-        command::fail("no temporary file: " + records.errorString());
+    // Written when it is whole: a reader that takes its time must not keep others from importing.
+    QByteArray records =
+        isJson ? "[" : "station,serial,tested_at,complete,missed_bands,ended_at\r\n";
     QByteArray before = "\n";
-    records.write(isJson ? "[" : "station,serial,tested_at,complete,missed_bands,ended_at\r\n");
-    Progress progress("attempts");
+    Progress progress{"attempts"};
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
         progress.add(1);
-        records.write(isJson ? before + json(attempt) : csv(attempt));
+        records += isJson ? before + json(attempt) : csv(attempt);
         before = ",\n";
     });
     if (isJson)
-        records.write("\n]\n");
-    if (!records.flush() || records.error() != QFileDevice::NoError)
-        command::fail(QString("%1: %2").arg(records.fileName(), records.errorString()));
-    const auto* const bytes = reinterpret_cast<const char*>(records.map(0, records.size()));
-    command::writeFile("-", [&](QFileDevice& out) {
-        return bytes != nullptr && out.write(bytes, records.size()) == records.size();
-    });
+        records += "\n]\n";
+    command::writeFile("-", [&](QFileDevice& out) { return out.write(records) == records.size(); });
     return 0;
 }
 
 int showUnit(const QCommandLineParser& parser)
 {
-    if (command::arguments(parser).isEmpty())
-        command::fail("which serial?");
-    const QString serial = command::arguments(parser).constFirst();
+    if (parser.positionalArguments().size() != 1)
+        command::fail("which serial? One goes after the command");
+    const QString serial = parser.positionalArguments().constFirst();
     Database database(parser.value("database"), Database::Access::Read);
-    QTextStream out(stdout);
     bool isFound = false;
     bool isComplete = false;
     const auto show = [&](const Attempt& attempt) {
         isFound = true;
         isComplete = outcomeOf(attempt).isComplete();
-        out << line(attempt);
+        messages::tell(line(attempt));
     };
     attemptreader::forEachByUnit(database, show, serial);
     if (!isFound)
-        QTextStream(stderr)
-            << QString("no attempt at a unit with the serial \"%1\"").arg(printableText(serial))
-            << '\n';
+        messages::warn(
+            QString("no attempt at a unit with the serial \"%1\"").arg(printableText(serial)));
     return isComplete ? 0 : exitstatus::incomplete;
 }
 } // namespace
@@ -151,11 +140,9 @@ Command exportCommand()
 Command unitCommand()
 {
     return {"unit",
-            "Lists every attempt at a unit and what each missed. Exit status 1 if the last one is "
-            "not complete.",
+            "Lists every attempt at a unit and what each missed. A serial that begins with a dash "
+            "goes after \"--\". Exit status 1 if the last attempt is not complete.",
             showUnit,
             {},
-            "SERIAL",
-            "The serial as it was typed; after \"--\" if it begins with a dash.",
-            1};
+            "SERIAL"};
 }

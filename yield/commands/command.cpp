@@ -4,12 +4,12 @@
 #include "yield/commands/command.h"
 
 #include "yield/intake/logimport.h"
+#include "yield/intake/messages.h"
 #include "yield/intake/spool.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QTextStream>
 #include <QVector>
 
 #include <cstdio>
@@ -17,17 +17,15 @@
 
 namespace
 {
-/// What is to be replaced as a whole: a file, or nothing yet. Devices have links to files that are
-/// open, which no other file can replace.
+/// What is to be replaced as a whole: a file, or nothing yet. The devices' folders have links to
+/// open files, which no other file can replace.
 bool isFile(const QString& path)
 {
     const QFileInfo info(path);
-    const QString absolute = info.absoluteFilePath();
-    return path != "-" && !absolute.startsWith("/dev/") && !absolute.startsWith("/proc/") &&
+    return path != "-" && !path.startsWith("/dev/") && !path.startsWith("/proc/") &&
            (!info.exists() || info.isFile());
 }
 
-/// In the order of the help.
 QVector<Command> commands()
 {
     return {importCommand(), reportCommand(), unitCommand(),   exportCommand(),
@@ -41,7 +39,7 @@ QString overview()
                            "Commands (\"zorvi_yield COMMAND --help\" says more):\n");
     for (const Command& known : commands())
         text += QString("  %1 %2\n").arg(known.name, -8).arg(known.description);
-    return text + "\nOptions:\n  --help, --version\n";
+    return text + "\nOptions:\n  --help, --version";
 }
 
 /// What was refused is not repeated: there might be a password in it.
@@ -52,8 +50,9 @@ void refuseAddress(const QString& argument, bool isSerial)
         command::fail("a database's address goes after --database");
 }
 
-int runCommand(const Command& chosen, const QStringList& words)
+int runCommand(const Command& chosen, QStringList words)
 {
+    words.removeAt(1); // its name
     QCommandLineParser parser;
     parser.setApplicationDescription(chosen.description);
     const QCommandLineOption help = parser.addHelpOption();
@@ -63,50 +62,39 @@ int runCommand(const Command& chosen, const QStringList& words)
                               "is taken from ~/.pgpass or PGPASSWORD (default: %1).")
                           .arg(Database::defaultLocation()),
                       "database", Database::defaultLocation()});
-    parser.addPositionalArgument(chosen.name, QString());
-    if (!chosen.argument.isEmpty())
-        parser.addPositionalArgument(chosen.argument, chosen.argumentHelp);
+    parser.addPositionalArgument(chosen.name, QString(), chosen.name + ' ' + chosen.argument);
     if (!parser.parse(words))
         command::fail(parser.errorText());
     if (parser.isSet(help) || parser.isSet("help-all"))
         parser.showHelp();
-    const QStringList arguments = command::arguments(parser);
+    const QStringList arguments = parser.positionalArguments();
     for (const QString& argument : arguments)
         refuseAddress(argument, chosen.name == "unit");
-    if (arguments.size() > chosen.mostArguments)
-        command::fail(QString("unexpected argument \"%1\"").arg(arguments[chosen.mostArguments]));
+    if (chosen.argument.isEmpty() && !arguments.isEmpty())
+        command::fail(QString("unexpected argument \"%1\"").arg(arguments[0]));
     return chosen.run(parser);
-}
-
-int runWords(const QStringList& words)
-{
-    const QString name = words.value(1);
-    for (const Command& known : commands())
-        if (known.name == name)
-            return runCommand(known, words);
-    QTextStream out(stdout);
-    if (name == "--version" || name == "-v") {
-        out << QCoreApplication::applicationName() << ' ' << QCoreApplication::applicationVersion()
-            << '\n';
-    } else if (name == "--help" || name == "-h") {
-        out << overview();
-    } else {
-        refuseAddress(name, false);
-        command::fail(name.isEmpty() || name.startsWith('-')
-                          ? QString("which command? It comes first; see --help")
-                          : QString("there is no command \"%1\"; see --help").arg(name));
-    }
-    return 0;
 }
 } // namespace
 
-int command::run(const QStringList& arguments)
+int command::run(const QStringList& words)
 {
+    const QString name = words.value(1);
     try {
-        return runWords(arguments);
+        for (const Command& known : commands())
+            if (known.name == name)
+                return runCommand(known, words);
+        refuseAddress(name, false);
+        if (name == "--version" || name == "-v")
+            messages::tell("zorvi_yield " + QCoreApplication::applicationVersion());
+        else if (name == "--help" || name == "-h")
+            messages::tell(overview());
+        else
+            fail(name.isEmpty() || name.startsWith('-')
+                     ? QString("which command? It comes first; see --help")
+                     : QString("there is no command \"%1\"; see --help").arg(name));
+        return 0;
     } catch (const std::runtime_error& error) {
-        QTextStream(stderr) << QCoreApplication::applicationName() << ": "
-                            << QString::fromUtf8(error.what()) << Qt::endl;
+        messages::warn(QString("zorvi_yield: %1").arg(error.what()));
         return exitstatus::failed;
     }
 }
@@ -116,18 +104,11 @@ void command::fail(const QString& text)
     throw std::runtime_error(text.toStdString());
 }
 
-QStringList command::arguments(const QCommandLineParser& parser)
-{
-    return parser.positionalArguments().mid(1);
-}
-
 QCommandLineOption command::spoolOption()
 {
-    return {
-        "spool",
-        QString("The folder where \"import --watch\" keeps logs for the database (default: %1).")
-            .arg(Spool::defaultRoot()),
-        "folder"};
+    const QString standard = Spool::defaultRoot();
+    const QString help = "The folder where \"import --watch\" keeps logs (default: %1).";
+    return {"spool", help.arg(standard), "folder", standard};
 }
 
 void command::writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "yield/figures/report.h"
 #include "yield/store/database.h"
 
 #include <QCommandLineOption>
@@ -21,8 +22,6 @@ struct Command {
     int (*run)(const QCommandLineParser& parser) = nullptr;
     QList<QCommandLineOption> options = {}; ///< Beside --database and --help, which all have.
     QString argument = {};                  ///< Empty for a command that takes none.
-    QString argumentHelp = {};
-    int mostArguments = 0;
 };
 
 // In alphabetical order.
@@ -34,25 +33,24 @@ Command stationCommand();
 Command statusCommand();
 Command unitCommand();
 
-/// What the commands share.
+/// Counts all attempts of a database, up to now if the request does not say otherwise. Throws
+/// std::runtime_error, also where the station is not known.
+Report readReport(Database& database, ReportRequest request);
+
 namespace command
 {
-/// Runs the command that the arguments name (the program's name is the first); needs a
-/// QCoreApplication. The status for the shell: 0; 1 if a log was refused or a unit is not complete;
-/// 2 if the command line makes no sense, the database failed or a file could not be written.
-int run(const QStringList& arguments);
+/// Runs the command that the words name, after the program's name; needs a QCoreApplication. The
+/// status for the shell: 0; 1 if a log was refused or a unit is not complete; 2 if the command line
+/// makes no sense, the database failed or a file could not be written.
+int run(const QStringList& words);
 
 /// Ends the command: it cannot do what it is for, because of this.
 [[noreturn]] void fail(const QString& text);
-
-/// The arguments after the command's name.
-QStringList arguments(const QCommandLineParser& parser);
 
 /// The folder of the watch.
 QCommandLineOption spoolOption();
 
 /// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is
-/// written through instead, and "-" is standard output. write gives false if not all of it arrived.
-/// Fails if the file cannot be written.
+/// written through instead, and "-" is standard output. write gives false if not all arrived.
 void writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write);
 } // namespace command

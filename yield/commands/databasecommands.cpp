@@ -3,12 +3,12 @@
 
 #include "yield/commands/command.h"
 #include "yield/intake/logimport.h"
+#include "yield/intake/messages.h"
 #include "yield/intake/spool.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/attemptreader.h"
 
 #include <QFileInfo>
-#include <QTextStream>
 
 #include <algorithm>
 
@@ -17,68 +17,67 @@ namespace
 int check(const QCommandLineParser& parser)
 {
     Database database(parser.value("database"), Database::Access::Read);
-    QTextStream out(stdout);
-    const int differences =
-        attemptstore::check(database, [&](const QString& line) { out << line << '\n'; });
-    if (differences == 0)
-        out << "all attempts are as their marks say" << '\n';
-    return differences == 0 ? 0 : exitstatus::incomplete;
+    if (attemptstore::check(database, [](const QString& line) { messages::tell(line); }) > 0)
+        return exitstatus::incomplete;
+    messages::tell("all attempts are as their marks say");
+    return 0;
 }
 
 int renameStation(const QCommandLineParser& parser)
 {
-    const QStringList words = command::arguments(parser);
+    const QStringList words = parser.positionalArguments();
     if (words.size() != 3 || words[0] != "rename")
         command::fail("station takes the words: rename OLD NEW");
     if (words[2].isEmpty())
         command::fail("a station needs a name");
     Database database(parser.value("database"), Database::Access::Read);
     attemptstore::renameStation(database, words[1], words[2]);
-    QTextStream(stdout) << QString("\"%1\" is \"%2\" now; a watch that still runs as \"%1\" makes "
-                                   "it again")
-                               .arg(printableText(words[1]), printableText(words[2]))
-                        << '\n';
+    messages::tell(QString("\"%1\" is \"%2\" now; a watch that still runs as \"%1\" makes it again")
+                       .arg(printableText(words[1]), printableText(words[2])));
     return 0;
 }
-constexpr int hourSeconds = 3600;
 
 /// False if a person is needed.
-bool showDatabase(const QString& location, QTextStream& out)
+bool showDatabase(const QString& location)
 {
     try {
         Database database(location, Database::Access::Read);
         const auto stations = attemptreader::newestLogs(database, QDateTime::currentDateTime());
-        out << "database " << location << ": there\n";
+        messages::tell(QString("database %1: there").arg(location));
         for (const StationNews& news : stations)
-            out << "  station \"" << printableText(news.station) << "\": newest log "
-                << (news.newestAt.isEmpty() ? "none" : QString(news.newestAt).replace('T', ' '))
-                << '\n';
+            messages::tell(QString("  station \"%1\": newest log %2")
+                               .arg(printableText(news.station),
+                                    news.newestAt.isEmpty()
+                                        ? "none"
+                                        : QString(news.newestAt).replace('T', ' ')));
+        return true;
     } catch (const DatabaseError& error) {
-        out << "database " << location << ": away: " << error.text() << '\n';
+        messages::tell(QString("database %1: away: %2").arg(location, error.text()));
         return false;
     }
-    return true;
 }
 
 /// False if a person is needed.
-bool showSpool(const Spool& folder, QTextStream& out)
+bool showSpool(const Spool& spool)
 {
-    QDateTime oldest = QDateTime::currentDateTime();
-    const QDateTime now = oldest;
-    const QStringList waiting = folder.waiting();
+    constexpr int hourSeconds = 3600;
+    const QDateTime now = QDateTime::currentDateTime();
+    const QStringList waiting = spool.waiting();
+    QDateTime oldest = now;
     for (const QString& path : waiting) {
         const QDateTime keptAt = QFileInfo(path).lastModified();
         if (keptAt.isValid()) // the watch may just have stored it
             oldest = std::min(oldest, keptAt);
     }
-    out << "  station \"" << printableText(folder.station.name) << "\", database "
-        << folder.database << ": " << waiting.size() << " wait";
+    QString text = QString("  station \"%1\", database %2: %3 wait")
+                       .arg(printableText(spool.station.name), spool.database)
+                       .arg(waiting.size());
     if (!waiting.isEmpty())
-        out << " since " << oldest.toString("yyyy-MM-dd HH:mm:ss");
-    out << '\n';
-    const QStringList aside = folder.setAside();
-    for (const QString& path : aside)
-        out << "    set aside: " << path << ": " << printableText(Spool::reasonFor(path)) << '\n';
+        text += oldest.toString("' since 'yyyy-MM-dd HH:mm:ss");
+    messages::tell(text);
+    const QStringList aside = spool.setAside();
+    for (const QString& line : aside)
+        messages::tell("    set aside: " + printableText(line));
     return aside.isEmpty() && oldest.secsTo(now) <= hourSeconds;
 }
 
@@ -86,14 +85,14 @@ int showStatus(const QCommandLineParser& parser)
 {
     const QString location = parser.value("database");
     Database::check(location);
-    QTextStream out(stdout);
-    bool isFine = showDatabase(location, out);
-    const QString root = parser.isSet("spool") ? parser.value("spool") : Spool::defaultRoot();
+    bool isFine = showDatabase(location);
+    const QString root = parser.value("spool");
     if (const QFileInfo info(root); info.exists() && !info.isReadable())
         command::fail(QString("the spool %1 cannot be read").arg(root));
-    out << "spool " << root << ":\n";
-    for (const Spool& folder : Spool::below(root))
-        isFine = showSpool(folder, out) && isFine;
+    const auto spools = Spool::below(root);
+    messages::tell(QString("spool %1:%2").arg(root, spools.empty() ? " nothing waits" : ""));
+    for (const Spool& spool : spools)
+        isFine = showSpool(spool) && isFine;
     return isFine ? 0 : exitstatus::incomplete;
 }
 } // namespace
@@ -113,18 +112,16 @@ Command stationCommand()
             "already, it gets the attempts of both, each log once.",
             renameStation,
             {},
-            "rename OLD NEW",
-            "The two names.",
-            3};
+            "rename OLD NEW"};
 }
 
 Command statusCommand()
 {
     return {
         "status",
-        "Says whether the database is there, each station's newest log, how many logs wait in "
-        "the spool of \"import --watch\" and which were set aside. Exit status 1 if a person is "
-        "needed: the database is away, a log was set aside, or logs have waited for an hour.",
+        "Says whether the database is there, each station's newest log, and what waits or was set "
+        "aside in the spool of \"import --watch\". Exit status 1 if a person is needed: the "
+        "database is away, a log was set aside, or logs have waited for an hour.",
         showStatus,
         {command::spoolOption()}};
 }

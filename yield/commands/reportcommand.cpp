@@ -2,40 +2,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/commands/reportfile.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/intake/progress.h"
+#include "yield/intake/messages.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
-
-#include <QTextStream>
 
 namespace
 {
 /// Invalid without the option.
 QDate readDate(const QCommandLineParser& parser, const QString& option)
 {
-    if (!parser.isSet(option))
-        return {};
     const QDate date = QDate::fromString(parser.value(option), "yyyy-MM-dd");
-    if (!date.isValid())
+    if (parser.isSet(option) && !date.isValid())
         command::fail(QString("--%1 takes a date such as 2026-11-21, not \"%2\"")
                           .arg(option, parser.value(option)));
     return date;
-}
-
-/// The first of the last days that end with this one.
-QDate readDays(const QCommandLineParser& parser, const QDate& last)
-{
-    constexpr int mostDays = 36500;
-    const QString text = parser.value("days");
-    const int days = text.toInt();
-    if (days < 1 || days > mostDays)
-        command::fail(
-            QString("--days takes a number from 1 to %1, not \"%2\"").arg(mostDays).arg(text));
-    if (parser.isSet("since"))
-        command::fail("--days and --since both say which day is the first");
-    return last.addDays(1 - days);
 }
 
 ReportRequest readRequest(const QCommandLineParser& parser)
@@ -44,9 +25,16 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     request.now = QDateTime::currentDateTime();
     request.since = readDate(parser, "since");
     request.until = readDate(parser, "until");
-    if (parser.isSet("days"))
-        request.since =
-            readDays(parser, request.until.isValid() ? request.until : request.now.date());
+    if (parser.isSet("days")) {
+        const int days = parser.value("days").toUShort();
+        if (days == 0)
+            command::fail(
+                QString("--days takes a number of days, not \"%1\"").arg(parser.value("days")));
+        if (request.since.isValid())
+            command::fail("--days and --since both say which day is the first");
+        const QDate last = request.until.isValid() ? request.until : request.now.date();
+        request.since = last.addDays(1 - days);
+    }
     if (request.since.isValid() && request.until.isValid() && request.until < request.since)
         command::fail("--until lies before --since");
     request.station = parser.value("station");
@@ -58,48 +46,37 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     return request;
 }
 
-void checkStation(const QString& name, const std::vector<StationNews>& known)
-{
-    QStringList names;
-    for (const StationNews& news : known)
-        names << news.station;
-    if (!name.isEmpty() && !names.isEmpty() && !names.contains(name))
-        command::fail(
-            QString("no station is named \"%1\"; there are: %2").arg(name, names.join(", ")));
-}
-
 int report(const QCommandLineParser& parser)
 {
     const ReportRequest request = readRequest(parser);
     const QString path = parser.value("output");
     Database database(parser.value("database"), Database::Access::Read);
-    command::writeFile(path,
-                       [&](QFileDevice& file) { return writeReport(database, request, file); });
+    command::writeFile(
+        path, [&](QFileDevice& file) { return page::write(readReport(database, request), file); });
     if (path != "-")
-        QTextStream(stdout) << "written: " << path << '\n';
+        messages::tell("written: " + path);
     return 0;
 }
 } // namespace
 
-Report readReport(Database& database, const ReportRequest& request)
+Report readReport(Database& database, ReportRequest request)
 {
-    ReportRequest dated = request;
-    if (!dated.now.isValid())
-        dated.now = QDateTime::currentDateTime();
-    dated.news = attemptreader::newestLogs(database, dated.now);
-    checkStation(dated.station, dated.news);
-    ReportCounter counter(dated);
-    Progress progress("attempts");
+    if (!request.now.isValid())
+        request.now = QDateTime::currentDateTime();
+    request.news = attemptreader::newestLogs(database, request.now);
+    QStringList names;
+    for (const StationNews& news : request.news)
+        names << news.station;
+    if (!request.station.isEmpty() && !names.isEmpty() && !names.contains(request.station))
+        command::fail(QString("no station is named \"%1\"; there are: %2")
+                          .arg(request.station, names.join(", ")));
+    ReportCounter counter(request);
+    Progress progress{"attempts"};
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
         counter.add(attempt);
         progress.add(1);
     });
     return counter.finish();
-}
-
-bool writeReport(Database& database, const ReportRequest& request, QIODevice& output)
-{
-    return page::write(readReport(database, request), output);
 }
 
 Command reportCommand()
@@ -110,12 +87,11 @@ Command reportCommand()
         report,
         {{"since", "The first day, such as 2026-11-21.", "date"},
          {"until", "The last day.", "date"},
-         {"days", "The last days, today or the one of --until included, instead of --since.",
-          "number"},
+         {"days", "Instead of --since: so many days up to today or --until.", "number"},
          {"station", "One station only.", "name"},
          {"without",
-          "Leave out the serials that the pattern matches, such as a known-good unit's; may be "
-          "given several times. * stands for any characters, ? for one, [abc] for one of these.",
+          "Leave out these serials; may be given several times. * stands for any characters, ? for "
+          "one, [abc] for one of these.",
           "pattern"},
          {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
           "zorvi_yield.html"}}};

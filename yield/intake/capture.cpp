@@ -10,10 +10,11 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
+#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include <linux/magic.h>
@@ -27,11 +28,10 @@ namespace
 constexpr qint64 secondMs = 1000;
 /// While a folder is away: logs come as soon as it is back.
 constexpr qint64 absentMs = 100;
-constexpr qint64 longestTickMs = 30000;
-/// A file that has not changed for so long is as its writer wants it.
+/// A file that has not changed for so long is as its writer wants it. Before, it may be half
+/// written, and another change may have the same time.
 constexpr qint64 settledMs = 2000;
-constexpr qint64 nsInMs = 1000000;
-constexpr std::array<qint64, 3> noFile{};
+constexpr std::array<quint64, 2> nothing{};
 /// The worker reads all logs at the start; so many are safe even if the database is away.
 constexpr int mostInFirstLook = 200;
 /// Logs that are read between two looks at the kernel's events.
@@ -41,11 +41,9 @@ constexpr int readsBetweenEvents = 16;
 /// known is taken for a share.
 bool isOfThisComputer(const QByteArray& folder)
 {
-    constexpr std::array<unsigned long, 11> disks = {
-        EXT4_SUPER_MAGIC,         XFS_SUPER_MAGIC,   BTRFS_SUPER_MAGIC,
-        F2FS_SUPER_MAGIC,         TMPFS_MAGIC,       RAMFS_MAGIC,
-        OVERLAYFS_SUPER_MAGIC,    MSDOS_SUPER_MAGIC, EXFAT_SUPER_MAGIC,
-        0x7366746EUL /* ntfs3 */, 0x2FC12FC1UL /* zfs */};
+    constexpr std::array<unsigned long, 7> disks = {
+        EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC,
+        TMPFS_MAGIC,      OVERLAYFS_SUPER_MAGIC, 0x2FC12FC1UL /* zfs */};
     struct statfs found = {};
     return statfs(folder.constData(), &found) == 0 &&
            std::count(disks.begin(), disks.end(), static_cast<unsigned long>(found.f_type)) > 0;
@@ -59,16 +57,10 @@ Capture::Capture(const QStringList& paths, const Spool& usedSpool, StoreWorker& 
 {
     for (const QString& path : paths)
         places.push_back({QDir::cleanPath(path)});
-    tick();
+    lookAround();
     std::sort(toRead.begin(), toRead.end(),
               [&](const QString& a, const QString& b) { return seen.value(a) > seen.value(b); });
     toRead = toRead.mid(0, mostInFirstLook);
-    sinceTick.start();
-}
-
-Capture::~Capture()
-{
-    close(kernel);
 }
 
 void Capture::readEvents()
@@ -80,15 +72,12 @@ void Capture::readEvents()
             const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
             const QString name = event->len > 0 ? QFile::decodeName(event->name) : QString();
             at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            isLookDue = isLookDue || (event->mask & IN_Q_OVERFLOW) != 0;
-            for (const Place& place : places) {
-                if (event->wd != place.watch)
-                    continue;
-                if (name.isEmpty()) // the folder itself was moved, removed or unmounted
-                    isLookDue = true;
-                else if (!name.startsWith('.') && (event->mask & IN_ISDIR) == 0)
-                    readLog(place.path + '/' + name);
-            }
+            if (name.isEmpty()) // too many changes, or the folder was moved, removed, unmounted
+                isLookDue = true;
+            else if (!name.startsWith('.') && (event->mask & IN_ISDIR) == 0)
+                for (const Place& place : places)
+                    if (event->wd == place.watch)
+                        readLog(place.path + '/' + name);
         }
 }
 
@@ -96,29 +85,29 @@ int Capture::work()
 {
     for (int i = 0; i < readsBetweenEvents && !toRead.isEmpty(); ++i)
         readLog(toRead.takeFirst());
-    if (isLookDue || sinceTick.hasExpired(tickMs)) {
-        sinceTick.start();
-        tick();
-        const bool isAllThere = std::all_of(places.begin(), places.end(),
-                                            [](const Place& place) { return place.isThere; });
-        // A look at very many files on a share takes at most a quarter of the time.
-        tickMs =
-            std::clamp(4 * sinceTick.elapsed(), isAllThere ? secondMs : absentMs, longestTickMs);
-    }
-    return toRead.isEmpty() ? static_cast<int>(std::max<qint64>(0, tickMs - sinceTick.elapsed()))
-                            : 0;
+    if (isLookDue || nextLook.hasExpired())
+        lookAround();
+    return toRead.isEmpty() ? static_cast<int>(nextLook.remainingTime()) : 0;
 }
 
-void Capture::tick()
+void Capture::lookAround()
 {
-    for (Place& place : places)
+    QElapsedTimer duration;
+    duration.start();
+    qint64 pauseMs = secondMs;
+    for (Place& place : places) {
         look(place);
+        if (place.identity == nothing)
+            pauseMs = absentMs;
+    }
     isLookDue = false;
     for (const QString& link : links.values())
         lookAt(link);
     for (const QString& path : unread.keys())
         if (!unread[path].isNamed || !unread[path].isReadable)
             readLog(path);
+    // A look at very many files on a share takes a fifth of the time at most.
+    nextLook.setRemainingTime(std::max(pauseMs, 4 * duration.elapsed()));
 }
 
 /// Finds another folder at the path, and the changed files where the kernel does not name them.
@@ -128,38 +117,34 @@ void Capture::look(Place& place)
         IN_CLOSE_WRITE | IN_MOVED_TO | IN_CREATE | IN_MOVE_SELF | IN_DELETE_SELF | IN_ONLYDIR;
     const QByteArray path = QFile::encodeName(place.path);
     struct stat status = {};
-    const bool isThere = stat(path.constData(), &status) == 0;
-    decltype(place.identity) identity{};
-    if (S_ISDIR(status.st_mode))
-        identity = {status.st_dev, status.st_ino};
-    const bool isAnother = identity != place.identity;
+    stat(path.constData(), &status);
+    const std::array<quint64, 2> found{status.st_dev, status.st_ino};
+    const bool isAnother = found != place.identity;
     if (!isLookDue && !isAnother && place.isTold)
         return;
-    if (isAnother && place.watch >= 0)
-        inotify_rm_watch(kernel, place.watch);
+    place.identity = found;
     place.watch = inotify_add_watch(kernel, path.constData(), mask);
     place.isTold = place.watch >= 0 && isOfThisComputer(path);
     if (isAnother && S_ISDIR(status.st_mode))
         messages::tell(QString("the folder %1 is watched").arg(place.path));
-    else if (place.isThere && !isThere)
+    else if (isAnother && found == nothing)
         messages::warn(QString("%1 is not there").arg(place.path));
-    place.identity = identity;
-    place.isThere = isThere;
     for (const QString& file : logfiles::filesOf(place.path))
         lookAt(file);
 }
 
 void Capture::lookAt(const QString& path)
 {
-    const Stamp stamp = stampOf(path);
-    if (stamp == noFile || seen.value(path) == stamp)
+    const qint64 changedAt = changeOf(path);
+    if (changedAt == 0 || changedAt == seen.value(path))
         return;
-    seen.insert(path, stamp);
+    seen.insert(path, changedAt);
     toRead << path;
 }
 
-/// Of the file that a link points to; the link is remembered.
-Capture::Stamp Capture::stampOf(const QString& path)
+/// When a file changed in any way, in milliseconds since 1970; 0 without a file. A link is
+/// remembered, and stands for its target.
+qint64 Capture::changeOf(const QString& path)
 {
     const QByteArray name = QFile::encodeName(path);
     struct stat status = {};
@@ -168,21 +153,19 @@ Capture::Stamp Capture::stampOf(const QString& path)
         status = {};
         stat(name.constData(), &status);
     }
-    if (status.st_ino == 0 || S_ISDIR(status.st_mode))
-        return {};
-    return {status.st_ctim.tv_sec * secondMs * nsInMs + status.st_ctim.tv_nsec, status.st_size,
-            static_cast<qint64>(status.st_ino)};
+    constexpr qint64 nsInMs = 1000000;
+    const timespec& change = status.st_ctim;
+    return S_ISDIR(status.st_mode) ? 0 : change.tv_sec * secondMs + change.tv_nsec / nsInMs;
 }
 
 void Capture::readLog(const QString& path)
 {
-    const Stamp stamp = stampOf(path);
-    // Two changes within one tick of the file system's clock look the same.
-    const qint64 ageMs = QDateTime::currentMSecsSinceEpoch() - stamp[0] / nsInMs;
-    if (stamp == noFile || std::abs(ageMs) < settledMs)
-        seen.remove(path);
+    const qint64 changedAt = changeOf(path);
+    const bool isSettled = std::abs(QDateTime::currentMSecsSinceEpoch() - changedAt) >= settledMs;
+    if (isSettled && changedAt != 0)
+        seen.insert(path, changedAt);
     else
-        seen.insert(path, stamp);
+        seen.remove(path);
     QString reason;
     const auto bytes = logfiles::bytesOf(path, reason);
     const bool isLog = bytes && stationlog::read(*bytes, reason);
@@ -193,14 +176,13 @@ void Capture::readLog(const QString& path)
         return;
     }
     Unread& file = unread[path];
-    if (file.stamp != stamp || !file.age.isValid()) {
-        file = {stamp, bytes.has_value(), false, {}};
-        file.age.start();
+    if (file.changedAt != changedAt) {
+        file = {changedAt, bytes.has_value(), false};
         if (isLog)
             worker.wake(true);
-    } else if (!isLog && !file.isNamed && file.age.hasExpired(settledMs)) {
-        messages::warn(logimport::refusal(path, reason));
+    } else if (!isLog && isSettled && !file.isNamed) {
         file.isNamed = true;
+        messages::warn(logimport::refusal(path, reason));
     }
 }
 
@@ -209,7 +191,7 @@ bool Capture::keep(const QByteArray& log)
 {
     try {
         spool.keep(log);
-    } catch (const SpoolError& error) {
+    } catch (const std::runtime_error& error) {
         if (!std::exchange(isFull, true))
             messages::warn(
                 QString("%1; until it has room, the folder is read instead").arg(error.what()));

@@ -5,12 +5,12 @@
 
 #include "yield/intake/spool.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QSet>
-#include <QStringList>
 
 #include <array>
+#include <optional>
 
 class StoreWorker;
 
@@ -22,9 +22,6 @@ public:
     /// paths: folders and files; they need not be there yet. Also spools the logs that changed
     /// last: the watch may have been dead at that time, and the database may be away now.
     Capture(const QStringList& paths, const Spool& usedSpool, StoreWorker& usedWorker);
-    ~Capture();
-    Capture(const Capture&) = delete;
-    Capture& operator=(const Capture&) = delete;
 
     /// Readable when files changed; -1 where the kernel cannot tell.
     int descriptor() const { return kernel; }
@@ -37,40 +34,35 @@ public:
     void readLog(const QString& path);
 
 private:
-    /// When a file changed in any way (nanoseconds since 1970), its size and its number; zeros
-    /// without a file.
-    using Stamp = std::array<qint64, 3>;
-    /// What the user named.
     struct Place {
-        QString path;
-        std::array<quint64, 2> identity{}; ///< The folder's device and number; zeros without one.
-        int watch = -1;                    ///< The kernel's number.
-        bool isTold = false;               ///< The kernel names every change.
-        bool isThere = true;
+        QString path; ///< As the user named it.
+        /// Device and number of what is there, zeros without anything.
+        std::optional<std::array<quint64, 2>> identity{};
+        int watch = -1;      ///< The kernel's number.
+        bool isTold = false; ///< The kernel names every change.
     };
+    /// A file that is not in the spool.
     struct Unread {
-        Stamp stamp{};
+        qint64 changedAt = 0;
         bool isReadable = false;
         bool isNamed = false;
-        QElapsedTimer age; ///< Since its last change.
     };
 
+    void lookAround();
     void look(Place& place);
     void lookAt(const QString& path);
-    Stamp stampOf(const QString& path);
+    qint64 changeOf(const QString& path);
     bool keep(const QByteArray& log);
-    void tick();
 
     const Spool spool;
     StoreWorker& worker;
-    const int kernel;
+    const int kernel; ///< Open until the end of the process.
     std::vector<Place> places;
     QSet<QString> links; ///< Looked at each second: the kernel does not name what they point to.
-    QHash<QString, Stamp> seen;    ///< Files as they were when last looked at.
-    QHash<QString, Unread> unread; ///< Files that are not in the spool.
-    QStringList toRead;            ///< What a look found.
-    bool isLookDue = true;         ///< The kernel may have left out changes.
-    bool isFull = false;           ///< The disk of the spool.
-    QElapsedTimer sinceTick;
-    qint64 tickMs = 1000;
+    QHash<QString, qint64> seen; ///< When files had changed as they were looked at last.
+    QHash<QString, Unread> unread;
+    QStringList toRead;    ///< What a look found.
+    bool isLookDue = true; ///< The kernel may have left out changes.
+    bool isFull = false;   ///< The disk of the spool.
+    QDeadlineTimer nextLook;
 };

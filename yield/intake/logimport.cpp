@@ -3,7 +3,7 @@
 
 #include "yield/intake/logimport.h"
 
-#include "yield/intake/progress.h"
+#include "yield/intake/messages.h"
 #include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
@@ -43,29 +43,6 @@ void storeBatch(Database& database, const Station& station, const QStringList& f
     }
     listener.stored(paths, counts);
 }
-
-QString summary(const StoreCounts& counts, int refused)
-{
-    return QString("%1 logs: %2 new, %3 already known, %4 without any mark, %5 refused")
-        .arg(counts.added + counts.known + counts.notAttempt + refused)
-        .arg(counts.added)
-        .arg(counts.known)
-        .arg(counts.notAttempt)
-        .arg(refused);
-}
-
-void warn(const StoreCounts& counts, QTextStream& errors)
-{
-    if (counts.future > 0)
-        errors << QString("%1 logs have a date in the future: is the station's clock right?")
-                      .arg(counts.future)
-               << Qt::endl;
-    if (counts.elsewhere > 0)
-        errors << QString("%1 logs are known under another station too: was --station mistyped? "
-                          "\"station rename\" puts it right")
-                      .arg(counts.elsewhere)
-               << Qt::endl;
-}
 } // namespace
 
 void logimport::store(Database& database, const Station& station, const QStringList& paths,
@@ -89,7 +66,7 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     Database database(request.database, Database::Access::Write);
     StoreCounts counts;
     int refused = 0;
-    Progress progress("logs");
+    Progress progress{"logs"};
     Listener listener;
     listener.refused = [&](const QString& path, const QString& reason) {
         // A log that its station replaces is gone for a moment; what the user named has to be
@@ -103,16 +80,24 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
         counts += more;
         progress.add(paths.size());
     };
+    QString failure;
     try {
         store(database, request.station, request.paths, listener);
     } catch (const DatabaseError& error) {
-        out << summary(counts, refused) << Qt::endl;
-        errors << QString("the database failed: %1; what is in it stays, import again")
-                      .arg(error.text())
-               << Qt::endl;
-        return exitstatus::failed;
+        failure = error.text();
     }
-    out << summary(counts, refused) << Qt::endl;
-    warn(counts, errors);
-    return refused == 0 ? 0 : exitstatus::incomplete;
+    out << counts.added + counts.known + counts.notAttempt + refused << " logs: " << counts.added
+        << " new, " << counts.known << " already known, " << counts.notAttempt
+        << " without any mark, " << refused << " refused" << Qt::endl;
+    const auto warn = [&errors](int logs, const char* what) {
+        if (logs > 0)
+            errors << logs << " logs " << what << Qt::endl;
+    };
+    warn(counts.future, "have a date in the future: is the station's clock right?");
+    warn(counts.elsewhere, "are known under another station too: was --station mistyped? "
+                           "\"station rename\" puts it right");
+    if (!failure.isEmpty())
+        errors << "the database failed: " << failure << "; what is in it stays, import again"
+               << Qt::endl;
+    return !failure.isEmpty() ? exitstatus::failed : refused == 0 ? 0 : exitstatus::incomplete;
 }

@@ -11,11 +11,11 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -26,16 +26,22 @@ namespace
 {
 // Below a folder of the version, so that every later program knows how to read what waits.
 const QString versionFolder = "/v1/";
+const QString lockFile = "/lock";
 const QString logsFolder = "/logs/";
 const QString asideFolder = "/aside/";
 const QString aboutFile = "/about.json";
 const QString reasonEnding = ".reason";
 
+[[noreturn]] void fail(const QString& text)
+{
+    throw std::runtime_error(("the spool " + text).toStdString());
+}
+
+/// To be called before anything else sets errno.
 void check(bool isDone, const QString& path)
 {
     if (!isDone)
-        throw SpoolError(
-            QString("the spool %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
+        fail(path + ": " + QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 QString hashOf(const QByteArray& bytes)
@@ -63,12 +69,10 @@ void writeFlushed(const QString& path, const QByteArray& bytes)
 {
     // One name for all that is unfinished: a kill leaves one file, and the next log overwrites it.
     QFile file(QFileInfo(path).path() + "/.unfinished");
-    const bool isWhole = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
-                         file.write(bytes) == bytes.size() && fsync(file.handle()) == 0;
-    if (!isWhole && file.error() != QFileDevice::NoError)
-        throw SpoolError(QString("the spool %1: %2").arg(path, file.errorString()));
-    check(isWhole, path);
+    check(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+              file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+              file.write(bytes) == bytes.size() && fsync(file.handle()) == 0,
+          path);
     moveFlushed(file.fileName(), path);
 }
 } // namespace
@@ -88,11 +92,20 @@ Spool Spool::locked(const QString& root, const QString& database, const Station&
         if (isMade)
             flushFolder(folder + "/..");
     }
+    // Open until the end of the process. For writing, as a lock on a share's file needs it.
+    const int lock =
+        open(QFile::encodeName(root + lockFile).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const bool isLocked = flock(lock, LOCK_EX | LOCK_NB) == 0;
+    if (!isLocked && errno == EWOULDBLOCK)
+        fail(root + " is in use by another watch; give --spool another folder");
+    check(isLocked, root + lockFile);
+    for (const Spool& other : below(root))
+        if (other.database != database && !other.waiting().isEmpty())
+            fail(QString("%1 is that of the database %2, for which logs wait; give --spool another "
+                         "folder")
+                     .arg(root, other.database));
     if (!QFile::exists(path + aboutFile))
         writeFlushed(path + aboutFile, about);
-    const int lock = open(QFile::encodeName(path + aboutFile).constData(), O_RDONLY | O_CLOEXEC);
-    const bool isLocked = lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) == 0;
-    check(isLocked, path + (errno == EWOULDBLOCK ? " is in use by another watch" : ""));
     return {path, database, station};
 }
 
@@ -135,7 +148,7 @@ QString Spool::moveAside(const QString& waitingPath, const QString& reason) cons
     try {
         writeFlushed(aside + reasonEnding, reason.toUtf8());
         moveFlushed(waitingPath, aside);
-    } catch (const SpoolError& error) {
+    } catch (const std::runtime_error& error) {
         return QString("a log cannot be stored (%1) nor set aside: %2").arg(reason, error.what());
     }
     return QString("a log cannot be stored and was set aside as %1: %2").arg(aside, reason);
@@ -143,11 +156,11 @@ QString Spool::moveAside(const QString& waitingPath, const QString& reason) cons
 
 QStringList Spool::setAside() const
 {
-    return logfiles::filesOf(path + asideFolder).filter(QRegularExpression("/[0-9a-f]{64}$"));
-}
-
-QString Spool::reasonFor(const QString& asidePath)
-{
-    QFile file(asidePath + reasonEnding);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    QStringList lines;
+    for (const QString& log : logfiles::filesOf(path + asideFolder)) {
+        QFile reason(log + reasonEnding);
+        if (reason.open(QIODevice::ReadOnly))
+            lines << log + ": " + QString::fromUtf8(reason.readAll());
+    }
+    return lines;
 }

@@ -7,18 +7,7 @@
 
 #include <QStringList>
 
-#include <stdexcept>
 #include <vector>
-
-/// The spool cannot be used or written. In one line for people.
-class SpoolError : public std::runtime_error
-{
-public:
-    explicit SpoolError(const QString& text)
-        : std::runtime_error(text.toStdString())
-    {
-    }
-};
 
 /// A folder of logs that wait for one database, as one station's. Each file holds the bytes of a
 /// log, and its name is their SHA-256: equal logs wait once.
@@ -28,7 +17,8 @@ struct Spool {
     Station station;
 
     /// The spool below a --spool folder that this process alone fills, until it ends. Makes what is
-    /// missing. Throws SpoolError, also if another watch fills it.
+    /// missing. Throws std::runtime_error, also if another watch uses the folder, or if logs wait
+    /// there for another database.
     static Spool locked(const QString& root, const QString& database, const Station& station);
     /// Those below a --spool folder.
     static std::vector<Spool> below(const QString& root);
@@ -36,14 +26,13 @@ struct Spool {
     static QString defaultRoot();
 
     /// The log is on the disk when this returns. One that waits already or was set aside is not
-    /// kept again. Throws SpoolError.
+    /// kept again. Throws std::runtime_error.
     void keep(const QByteArray& log) const;
     /// The paths of the logs that wait.
     QStringList waiting() const;
     /// Moves a log that cannot be stored, with the reason in a file beside it. It stays until a
     /// person removes it. Gives a line for people about what was done.
     QString moveAside(const QString& waitingPath, const QString& reason) const;
-    /// The paths of the logs that were moved aside.
+    /// The paths of the logs that were moved aside, each with its reason.
     QStringList setAside() const;
-    static QString reasonFor(const QString& asidePath);
 };

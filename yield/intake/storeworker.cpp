@@ -15,7 +15,7 @@
 
 namespace
 {
-constexpr std::chrono::seconds retryTime{2};
+constexpr int retryMs = 2000;
 constexpr int hourMs = 3600000;
 
 /// 0 if it is not there.
@@ -27,23 +27,18 @@ ino_t numberOf(const QString& path)
 }
 } // namespace
 
-StoreWorker::StoreWorker(const ImportRequest& whatToStore, const QString& spoolRoot)
+StoreWorker::StoreWorker(const ImportRequest& whatToStore, const std::vector<Spool>& storedSpools)
     : request(whatToStore)
-    , spoolLocation(spoolRoot)
+    , spools(storedSpools)
+    , thread(std::async(std::launch::async, &StoreWorker::run, this))
 {
-}
-
-void StoreWorker::start()
-{
-    thread = std::async(std::launch::async, &StoreWorker::run, this);
 }
 
 void StoreWorker::wake(bool areFoldersMeant)
 {
-    const std::lock_guard<std::mutex> guard(mutex);
-    isDue = true;
-    areFoldersDue = areFoldersDue || areFoldersMeant;
-    change.notify_all();
+    if (areFoldersMeant)
+        areFoldersDue = true;
+    news.release();
 }
 
 QStringList StoreWorker::takeRefused()
@@ -54,9 +49,8 @@ QStringList StoreWorker::takeRefused()
 
 void StoreWorker::stop()
 {
-    const std::lock_guard<std::mutex> guard(mutex);
     isStopping = true;
-    change.notify_all();
+    news.release();
 }
 
 bool StoreWorker::isOver(std::chrono::milliseconds patience) const
@@ -66,13 +60,11 @@ bool StoreWorker::isOver(std::chrono::milliseconds patience) const
 
 void StoreWorker::run()
 {
-    for (bool goesOn = true; goesOn && tryToStore();) {
-        std::unique_lock<std::mutex> guard(mutex);
-        change.wait_for(guard, retryTime, [this] { return isStopping || (isDue && !isAway); });
-        goesOn = !isStopping;
-        isDue = false;
+    while (!isStopping && tryToStore()) {
+        news.tryAcquire(1, retryMs);
+        news.tryAcquire(news.available()); // one try for all of them
     }
-    database.reset();
+    database.reset(); // on the thread that opened it
 }
 
 /// False if another try is of no use.
@@ -81,9 +73,8 @@ bool StoreWorker::tryToStore()
     try {
         openDatabase();
         // The spool first: its logs may be nowhere else.
-        for (const Spool& spool : Spool::below(spoolLocation))
-            if (spool.database == request.database)
-                storeSpool(spool);
+        for (const Spool& spool : spools)
+            storeSpool(spool);
         storeFolders();
     } catch (const DatabaseError& error) {
         database.reset();
@@ -91,21 +82,18 @@ bool StoreWorker::tryToStore()
             messages::warn(error.text());
             return false;
         }
-        lose(error.text());
+        noteAway(error.text());
     }
     return true;
 }
 
 void StoreWorker::openDatabase()
 {
-    const bool isFile = !Database::isAddress(request.database);
-    const auto away = [&](const QString& what) {
-        return DatabaseError(DatabaseError::Kind::Away, request.database + what);
-    };
-    if (isFile && wasOpen && numberOf(request.database) == 0)
-        throw away(" is gone"); // with a share, for instance
-    if (isFile && database && numberOf(request.database) != fileNumber)
-        throw away(" is another file now"); // a backup in its place
+    const ino_t number = numberOf(request.database);
+    const bool isGone = fileNumber != 0 && number == 0; // with a share, for instance
+    if (isGone || (database && number != fileNumber))   // or a backup is in its place
+        throw DatabaseError(DatabaseError::Kind::Away,
+                            request.database + (isGone ? " is gone" : " is another file now"));
     if (database)
         return;
     database = std::make_unique<Database>(request.database, Database::Access::Write);
@@ -133,10 +121,7 @@ void StoreWorker::storeSpool(const Spool& spool)
 
 void StoreWorker::storeFolders()
 {
-    std::unique_lock<std::mutex> guard(mutex);
-    const bool isWanted = std::exchange(areFoldersDue, false);
-    guard.unlock();
-    if (!isWanted)
+    if (!areFoldersDue.exchange(false))
         return;
     logimport::Listener listener;
     listener.stored = [&](const QStringList&, const StoreCounts& counts) { noteStored(counts); };
@@ -150,18 +135,18 @@ void StoreWorker::storeFolders()
 
 void StoreWorker::noteStored(const StoreCounts& counts)
 {
-    if (std::exchange(isAway, false))
+    if (sinceAway.isValid())
         messages::tell("the database is back");
+    sinceAway.invalidate();
     if (counts.added > 0)
         messages::tell(QString("new: %1").arg(counts.added));
 }
 
-void StoreWorker::lose(const QString& reason)
+void StoreWorker::noteAway(const QString& reason)
 {
-    if (!isAway || sinceSaid.hasExpired(hourMs)) {
-        messages::warn(QString("the database is away: %1").arg(reason));
-        sinceSaid.start();
-    }
-    isAway = true;
-    wake(true); // it may come back as it was some time ago
+    areFoldersDue = true; // it may come back as it was some time ago
+    if (sinceAway.isValid() && !sinceAway.hasExpired(hourMs))
+        return;
+    messages::warn(QString("the database is away: %1").arg(reason));
+    sinceAway.start();
 }

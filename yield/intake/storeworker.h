@@ -7,9 +7,10 @@
 #include "yield/intake/spool.h"
 
 #include <QElapsedTimer>
+#include <QSemaphore>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -20,10 +21,9 @@
 class StoreWorker
 {
 public:
-    /// spoolRoot: all that waits below it for this database is stored, as whatever station.
-    StoreWorker(const ImportRequest& whatToStore, const QString& spoolRoot);
+    /// Begins at once. storedSpools: what waits in them is stored, as whatever station.
+    StoreWorker(const ImportRequest& whatToStore, const std::vector<Spool>& storedSpools);
 
-    void start();
     /// A log is in the spool, or, if the spool cannot take it, in its folder.
     void wake(bool areFoldersMeant = false);
     /// Files that could not be read as logs.
@@ -40,24 +40,22 @@ private:
     void storeSpool(const Spool& spool);
     void storeFolders();
     void noteStored(const StoreCounts& counts);
-    void lose(const QString& reason);
+    void noteAway(const QString& reason);
 
     const ImportRequest request;
-    const QString spoolLocation;
+    const std::vector<Spool> spools;
 
-    std::mutex mutex; ///< For the next five.
-    std::condition_variable change;
-    bool isDue = false;
-    bool areFoldersDue = true;
-    bool isStopping = false;
+    QSemaphore news; ///< Something is to be stored, or the end.
+    std::atomic<bool> areFoldersDue{true};
+    std::atomic<bool> isStopping{false};
+    std::mutex mutex; ///< For the next one.
     QStringList refused;
 
     // The thread's own.
     std::unique_ptr<Database> database;
-    ino_t fileNumber = 0; ///< Of SQLite's file.
+    ino_t fileNumber = 0; ///< Of SQLite's file; 0 for a server, and before it was open.
     bool wasOpen = false;
-    bool isAway = false;
-    QElapsedTimer sinceSaid;
+    QElapsedTimer sinceAway; ///< Since it was said last; invalid while the database is there.
 
     std::future<void> thread; ///< The last member: its end is waited for before the others go.
 };
