@@ -385,6 +385,13 @@ def expected_periods(parts, units, lowest):
     yield max(100 * results(units, 0) / len(units), lowest)
 
 
+def short_name(period):
+    """Of a day or a week "9 Nov", of a month "Nov 26"; a station's is its own."""
+    day = re.fullmatch(r".*?(\d+ [A-Z][a-z]{2}) \d{4}", period)
+    month = re.fullmatch(r"([A-Z][a-z]{2})[a-z]* \d\d(\d\d)", period)
+    return day[1] if day else " ".join(month.groups()) if month else period
+
+
 def pictures(page, units, parts, missed):
     """What is seen, and what has to be."""
     labels = {picture.get("aria-label"): picture for picture in page.iter("svg")}
@@ -394,6 +401,9 @@ def pictures(page, units, parts, missed):
         if some:
             lowest = percent_scale(picture)[1]
             yield list(seen_periods(picture)), list(expected_periods(some, units, lowest))
+            seen = texts(shapes(picture, "label middle"))
+            expected = [short_name(period) for _, period, _ in some]
+            yield [seen[:1], set(seen) - set(expected)], [expected[:1], set()]
     worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
     counts = [len(row[2]) for row in worst]
     if worst:
@@ -403,10 +413,13 @@ def pictures(page, units, parts, missed):
         seen += [at(y) for _, y in points(shapes(picture, "trend")[0])]
         expected = counts[:14] + list(itertools.accumulate(counts[:14]))
         yield seen, [100 * count / sum(counts) for count in expected]
+        yield texts(shapes(picture, "label middle")), [name(row[0]) for row in worst[:14]]
     for c, _, each in worst[:3]:
-        bars = shapes(picture_of[f"Missed bands of {name(c)}"], "bar")
-        heights = [float(bar.get("height")) for bar in bars]
+        picture = picture_of[f"Missed bands of {name(c)}"]
+        heights = [float(bar.get("height")) for bar in shapes(picture, "bar")]
         bands = [sum(band in bands for bands in each) for band in range(BANDS[c])]
+        words = [band_name(c, band).split()[0] for band in range(BANDS[c])]
+        yield texts(shapes(picture, "label middle")), words
         yield [h / max(heights) for h in heights], [count / max(bands) for count in bands]
     controls_seen, expected = [], []
     for group in next(p for label, p in labels.items() if "surface" in label).iter("g"):
