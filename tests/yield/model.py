@@ -3,7 +3,7 @@
 
 """A second opinion on the page of the yield, written from the words of docs/quality-guide.md and
 docs/log-format.md: makes up the logs of lines, has PROGRAM import them and write pages, and names
-each table and picture that is not as it has to be. Chromium looks at the first page;
+each table and picture that is not as it has to be. Chromium looks at the last page;
 with ZORVI_AXE, a copy of axe.min.js, axe-core does too.
 
 model.py PROGRAM SEED COUNT"""
@@ -27,6 +27,7 @@ from scipy import stats
 BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
 HIDDEN = "[\t\x01\u202e\ufffe\uffff]"
+SELECTIONS = ["since", "until", "station"]
 COLOURS = [0, 1, 2, 5, 10]
 SECOND = datetime.timedelta(seconds=1)
 TODAY = datetime.date.today()
@@ -101,7 +102,8 @@ def units_of(logs, tests_18):
         for run in runs:
             first = next(log for log in run if log.marks == run[-1].marks)
             missed, ended = outcome(first.marks, tests_18[first.station])
-            result = "ended early" if ended is not None else "not complete" if missed else "complete"
+            result = "not complete" if missed else "complete"
+            result = result if ended is None else "ended early"
             units[first.serial].append(Attempt(*first, missed, ended, result))
     return [sorted(unit, key=order_of) for unit in units.values()]
 
@@ -403,6 +405,9 @@ def pictures(page, units, parts, missed):
             yield list(seen_periods(picture)), list(expected_periods(some, units, lowest))
             seen = texts(shapes(picture, "label middle"))
             expected = [short_name(period) for _, period, _ in some]
+            cells = [yields(part, units) for _, _, part in some]
+            outside = [cell[0].split(" (")[0] for cell in cells if cell[1][0] in "▼▲"]
+            yield texts(shapes(picture, "value middle")), outside
             yield [seen[:1], set(seen) - set(expected)], [expected[:1], set()]
     worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
     counts = [len(row[2]) for row in worst]
@@ -581,20 +586,18 @@ def wrong_in_browser(page):
     for scheme in "01":
         option = f"--blink-settings=preferredColorScheme={scheme}"
         said = browse(frames, *options, option)
-        yield from (line for line in said.splitlines() if re.search("WRONG|Uncaught", line))
-        if said.count("CHECKED") != looks:
-            yield said
+        if re.search("WRONG|Uncaught", said) or said.count("CHECKED") != looks:
+            yield re.findall(".*(?:WRONG|Uncaught|CHECKED).*", said)
     row = re.search('(?s)id="open".*?<tbody>(.*?</tr>)', text)[1]
     page.write_text(text.replace(row, row * 5000))
     pdf = page.with_suffix(".pdf")
     browse(page, f"--print-to-pdf={pdf}")
     pages = pdf.read_bytes().count(b"/Type /Page\n")
     if not 6 < pages < 20:
-        yield f"{pages} sheets of paper"
+        yield pages, "sheets of paper"
 
 
-def check(program, folder, is_first):
-    """Prints what is wrong with a plant's pages, and says whether anything is."""
+def wrongs_of_plant(program, folder, is_last):
     logs, tests_18, requests = plant()
     database = ["--database", folder / "a.sqlite"]
     for part, station in itertools.product(range(2), tests_18):
@@ -608,28 +611,24 @@ def check(program, folder, is_first):
         is_declared = tests_18[station] and (not is_told or random.random() < 0.3)
         options = ["--station", station] + ["--tests-18"] * is_declared
         subprocess.run([program, "import", *database, *options, path], check=True)
-    is_wrong = False
     for request in requests:
-        options = [f"--{key}={request[key]}" for key in request if request[key] and key != "without"]
+        options = [f"--{key}={request[key]}" for key in SELECTIONS if request[key]]
         options += [f"--without={wild}" for wild in request["without"]]
         page = folder / "page.html"
         subprocess.run([program, "report", *database, *options, "--output", page], check=True)
-        found = list(wrongs(ElementTree.parse(page), logs, tests_18, request))
-        if is_first and request == requests[0]:
-            found += [[wrong] for wrong in wrong_in_browser(page)]
-        for wrong in found:
-            print(request, *wrong, sep="\n  ")
-        is_wrong |= found != []
-    return is_wrong
+        for wrong in wrongs(ElementTree.parse(page), logs, tests_18, request):
+            yield request, *wrong
+        if is_last and request == requests[0]:
+            yield from wrong_in_browser(page)
 
 
 def main():
     random.seed(int(sys.argv[2]))
-    is_wrong = False
-    for number in range(int(sys.argv[3])):
+    plants = int(sys.argv[3])
+    for number in range(1, plants + 1):
         with tempfile.TemporaryDirectory() as folder:
-            is_wrong |= check(sys.argv[1], pathlib.Path(folder), number == 0)
-    sys.exit(is_wrong)
+            for wrong in wrongs_of_plant(sys.argv[1], pathlib.Path(folder), number == plants):
+                sys.exit("\n  ".join(map(str, wrong)))
 
 
 if __name__ == "__main__":
