@@ -31,19 +31,6 @@ SELECTIONS = ["since", "until", "station"]
 COLOURS = [0, 1, 2, 5, 10]
 SECOND = datetime.timedelta(seconds=1)
 TODAY = datetime.date.today()
-YIELDS = "|First-pass yield|Limits|Final yield so far|Ended early"
-AXE = """axe.run().then(found => { found.violations.forEach(each =>
-    console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)); console.log('CHECKED by axe'); });"""
-HEADS = {
-    "The last days": "First tested|Units" + YIELDS,
-    "Yield by time": "First tested|Units" + YIELDS,
-    "Yield by station": "Station|Units|Attempts" + YIELDS + "|Most missed",
-    "Units not complete": "Serial number|Last tested|Station|Attempts",
-    "What was missed": "Control|Missed by|Of all misses|Added up",
-    "Attempts by number": "Attempt|Attempts|Complete|Ended early",
-    "Units tested more than once": "Serial number|Attempts|First attempt|First station|"
-    "First result|Last attempt|Last station|Last result",
-}
 
 # marks: for each of the 44 components a text with 0 or 1 for each band.
 Log = collections.namedtuple("Log", "station serial time marks")
@@ -453,9 +440,7 @@ def wrongs(page, logs, tests_18, request):
     seen_tables = page_tables(page)
     for label, rows in tables.items():
         seen = seen_tables.get(label, [])
-        head = [HEADS[label].split("|")] if label in HEADS else seen[: label != "tiles"]
-        if label == "Units not complete":  # without what the last attempt missed
-            seen = [row[:4] for row in seen]
+        head = seen[: label != "tiles"]
         if seen != head + rows:
             yield label, seen, head + rows
     for cell in page.iter("td"):
