@@ -440,6 +440,8 @@ def wrongs(page, logs, tests_18, request):
     seen_tables = page_tables(page)
     for label, rows in tables.items():
         seen = seen_tables.get(label, [])
+        if label == "Units not complete":  # without what the last attempt missed
+            seen = [row[:4] for row in seen]
         head = seen[: label != "tiles"]
         if seen != head + rows:
             yield label, seen, head + rows
