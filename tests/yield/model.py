@@ -32,6 +32,10 @@ COLOURS = [0, 1, 2, 5, 10]
 SECOND = datetime.timedelta(seconds=1)
 TODAY = datetime.date.today()
 
+AXE = """axe.run().then(found => {
+    found.violations.forEach(each => console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html));
+    console.log('CHECKED by axe'); });"""
+
 # marks: for each of the 44 components a text with 0 or 1 for each band.
 Log = collections.namedtuple("Log", "station serial time marks")
 Attempt = collections.namedtuple("Attempt", "station serial time marks missed ended result")
