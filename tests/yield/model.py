@@ -28,7 +28,7 @@ BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
 HIDDEN = "[\t\x01\u202e\ufffe\uffff]"
 SELECTIONS = ["since", "until", "station"]
-COLOURS = [0, 1, 2, 5, 10]
+COLOURS = [0, 1, 2, 5, 10, 100]
 SECOND = datetime.timedelta(seconds=1)
 TODAY = datetime.date.today()
 
@@ -417,14 +417,24 @@ def pictures(page, units, parts, missed):
         words = [band_name(c, band).split()[0] for band in range(BANDS[c])]
         yield texts(shapes(picture, "label middle")), words
         yield [h / max(heights) for h in heights], [count / max(bands) for count in bands]
-    controls_seen, expected = [], []
-    for group in next(p for label, p in labels.items() if "surface" in label).iter("g"):
-        controls_seen.append([texts(group)[0], group.find("rect").get("class")])
+    surface = next(labels[label] for label in labels if "surface" in label)
+    classes = [shape.get("class") or shape.find("rect").get("class") for shape in surface]
+    words = map(str.strip, texts(surface))
+    yield list(zip(classes, words)), list(expected_surface(missed))
+
+
+def expected_surface(missed):
+    """Classes and texts: the legend, and of each control what hovers, its number and its share."""
+    yield "ground", ""
+    for step, most in enumerate(COLOURS):
+        yield f"control miss{step}", ""
+        yield "label", f"up to {most} %" if most else "none"
     for c, tried, each in missed[:39] + missed[40:]:
-        colour = f"miss{sum(100 * len(each) > most * tried for most in COLOURS)}"
-        words = f"{title(c)}: {missed_by(c, tried, each)}"
-        expected.append([words, "control " + (colour if tried else "untested")])
-    yield controls_seen, expected
+        step = sum(100 * len(each) > most * tried for most in COLOURS)
+        colour = f"miss{step}" if tried else "untested"
+        yield "control " + colour, f"{title(c)}: {missed_by(c, tried, each)}"
+        yield f"number on-{colour} middle", str(c)
+        yield f"rate on-{colour} middle", percent(len(each), tried) if tried else ""
 
 
 def is_close(seen, expected):
