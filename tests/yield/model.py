@@ -3,7 +3,7 @@
 
 """A second opinion on the page of the yield, written from the words of docs/quality-guide.md and
 docs/log-format.md: makes up the logs of lines, has PROGRAM import them and write pages, and names
-each table and picture that is not as it has to be. Chromium looks at the first page;
+each table and picture that is not as it has to be. Chromium looks at the last page;
 with ZORVI_AXE, a copy of axe.min.js, axe-core does too.
 
 model.py PROGRAM SEED COUNT"""
@@ -27,22 +27,14 @@ from scipy import stats
 BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
 HIDDEN = "[\t\x01\u202e\ufffe\uffff]"
-COLOURS = [0, 1, 2, 5, 10]
+SELECTIONS = ["since", "until", "station"]
+COLOURS = [0, 1, 2, 5, 10, 100]
 SECOND = datetime.timedelta(seconds=1)
 TODAY = datetime.date.today()
-YIELDS = "|First-pass yield|Limits|Final yield so far|Ended early"
-AXE = """axe.run().then(found => { found.violations.forEach(each =>
-    console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html)); console.log('CHECKED by axe'); });"""
-HEADS = {
-    "The last days": "First tested|Units" + YIELDS,
-    "Yield by time": "First tested|Units" + YIELDS,
-    "Yield by station": "Station|Units|Attempts" + YIELDS + "|Most missed",
-    "Units not complete": "Serial number|Last tested|Station|Attempts",
-    "What was missed": "Control|Missed by|Of all misses|Added up",
-    "Attempts by number": "Attempt|Attempts|Complete|Ended early",
-    "Units tested more than once": "Serial number|Attempts|First attempt|First station|"
-    "First result|Last attempt|Last station|Last result",
-}
+
+AXE = """axe.run().then(found => {
+    found.violations.forEach(each => console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html));
+    console.log('CHECKED by axe'); });"""
 
 # marks: for each of the 44 components a text with 0 or 1 for each band.
 Log = collections.namedtuple("Log", "station serial time marks")
@@ -101,7 +93,8 @@ def units_of(logs, tests_18):
         for run in runs:
             first = next(log for log in run if log.marks == run[-1].marks)
             missed, ended = outcome(first.marks, tests_18[first.station])
-            result = "ended early" if ended is not None else "not complete" if missed else "complete"
+            result = "not complete" if missed else "complete"
+            result = result if ended is None else "ended early"
             units[first.serial].append(Attempt(*first, missed, ended, result))
     return [sorted(unit, key=order_of) for unit in units.values()]
 
@@ -385,6 +378,13 @@ def expected_periods(parts, units, lowest):
     yield max(100 * results(units, 0) / len(units), lowest)
 
 
+def short_name(period):
+    """Of a day or a week "9 Nov", of a month "Nov 26"; a station's is its own."""
+    day = re.fullmatch(r".*?(\d+ [A-Z][a-z]{2}) \d{4}", period)
+    month = re.fullmatch(r"([A-Z][a-z]{2})[a-z]* \d\d(\d\d)", period)
+    return day[1] if day else " ".join(month.groups()) if month else period
+
+
 def pictures(page, units, parts, missed):
     """What is seen, and what has to be."""
     labels = {picture.get("aria-label"): picture for picture in page.iter("svg")}
@@ -394,6 +394,12 @@ def pictures(page, units, parts, missed):
         if some:
             lowest = percent_scale(picture)[1]
             yield list(seen_periods(picture)), list(expected_periods(some, units, lowest))
+            seen = texts(shapes(picture, "label middle"))
+            expected = [short_name(period) for _, period, _ in some]
+            cells = [yields(part, units) for _, _, part in some]
+            outside = [cell[0].split(" (")[0] for cell in cells if cell[1][0] in "▼▲"]
+            yield texts(shapes(picture, "value middle")), outside
+            yield [seen[:1], set(seen) - set(expected)], [expected[:1], set()]
     worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
     counts = [len(row[2]) for row in worst]
     if worst:
@@ -403,19 +409,32 @@ def pictures(page, units, parts, missed):
         seen += [at(y) for _, y in points(shapes(picture, "trend")[0])]
         expected = counts[:14] + list(itertools.accumulate(counts[:14]))
         yield seen, [100 * count / sum(counts) for count in expected]
+        yield texts(shapes(picture, "label middle")), [name(row[0]) for row in worst[:14]]
     for c, _, each in worst[:3]:
-        bars = shapes(picture_of[f"Missed bands of {name(c)}"], "bar")
-        heights = [float(bar.get("height")) for bar in bars]
+        picture = picture_of[f"Missed bands of {name(c)}"]
+        heights = [float(bar.get("height")) for bar in shapes(picture, "bar")]
         bands = [sum(band in bands for bands in each) for band in range(BANDS[c])]
+        words = [band_name(c, band).split()[0] for band in range(BANDS[c])]
+        yield texts(shapes(picture, "label middle")), words
         yield [h / max(heights) for h in heights], [count / max(bands) for count in bands]
-    controls_seen, expected = [], []
-    for group in next(p for label, p in labels.items() if "surface" in label).iter("g"):
-        controls_seen.append([texts(group)[0], group.find("rect").get("class")])
+    surface = next(labels[label] for label in labels if "surface" in label)
+    classes = [shape.get("class") or shape.find("rect").get("class") for shape in surface]
+    words = map(str.strip, texts(surface))
+    yield list(zip(classes, words)), list(expected_surface(missed))
+
+
+def expected_surface(missed):
+    """Classes and texts: the legend, and of each control what hovers, its number and its share."""
+    yield "ground", ""
+    for step, most in enumerate(COLOURS):
+        yield f"control miss{step}", ""
+        yield "label", f"up to {most} %" if most else "none"
     for c, tried, each in missed[:39] + missed[40:]:
-        colour = f"miss{sum(100 * len(each) > most * tried for most in COLOURS)}"
-        words = f"{title(c)}: {missed_by(c, tried, each)}"
-        expected.append([words, "control " + (colour if tried else "untested")])
-    yield controls_seen, expected
+        step = sum(100 * len(each) > most * tried for most in COLOURS)
+        colour = f"miss{step}" if tried else "untested"
+        yield "control " + colour, f"{title(c)}: {missed_by(c, tried, each)}"
+        yield f"number on-{colour} middle", str(c)
+        yield f"rate on-{colour} middle", percent(len(each), tried) if tried else ""
 
 
 def is_close(seen, expected):
@@ -435,9 +454,9 @@ def wrongs(page, logs, tests_18, request):
     seen_tables = page_tables(page)
     for label, rows in tables.items():
         seen = seen_tables.get(label, [])
-        head = [HEADS[label].split("|")] if label in HEADS else seen[: label != "tiles"]
         if label == "Units not complete":  # without what the last attempt missed
             seen = [row[:4] for row in seen]
+        head = seen[: label != "tiles"]
         if seen != head + rows:
             yield label, seen, head + rows
     for cell in page.iter("td"):
@@ -568,55 +587,46 @@ def wrong_in_browser(page):
     for scheme in "01":
         option = f"--blink-settings=preferredColorScheme={scheme}"
         said = browse(frames, *options, option)
-        yield from (line for line in said.splitlines() if re.search("WRONG|Uncaught", line))
-        if said.count("CHECKED") != looks:
-            yield said
+        if re.search("WRONG|Uncaught", said) or said.count("CHECKED") != looks:
+            yield re.findall(".*(?:WRONG|Uncaught|CHECKED).*", said)
     row = re.search('(?s)id="open".*?<tbody>(.*?</tr>)', text)[1]
     page.write_text(text.replace(row, row * 5000))
     pdf = page.with_suffix(".pdf")
     browse(page, f"--print-to-pdf={pdf}")
     pages = pdf.read_bytes().count(b"/Type /Page\n")
     if not 6 < pages < 20:
-        yield f"{pages} sheets of paper"
+        yield pages, "sheets of paper"
 
 
-def check(program, folder, is_first):
-    """Prints what is wrong with a plant's pages, and says whether anything is."""
+def wrongs_of_plant(program, folder, is_last):
     logs, tests_18, requests = plant()
     database = ["--database", folder / "a.sqlite"]
-    for part, station in itertools.product(range(2), tests_18):
-        path = folder / f"{part} {station}"
+    for number, station in enumerate(tests_18):
+        path = folder / str(number)
         path.mkdir()
-        for number, log in enumerate(logs[part::2]):
+        for i, log in enumerate(logs):
             if log.station == station:
-                (path / f"{number}.txt").write_bytes(log_bytes(log))
-        # Whether a station tests component 18 is declared, or told by a mark in any log.
-        is_told = any("1" in log.marks[18] for log in logs if log.station == station)
-        is_declared = tests_18[station] and (not is_told or random.random() < 0.3)
-        options = ["--station", station] + ["--tests-18"] * is_declared
+                (path / f"{i}.txt").write_bytes(log_bytes(log))
+        options = ["--station", station] + ["--tests-18"] * tests_18[station]
         subprocess.run([program, "import", *database, *options, path], check=True)
-    is_wrong = False
     for request in requests:
-        options = [f"--{key}={request[key]}" for key in request if request[key] and key != "without"]
+        options = [f"--{key}={request[key]}" for key in SELECTIONS if request[key]]
         options += [f"--without={wild}" for wild in request["without"]]
         page = folder / "page.html"
         subprocess.run([program, "report", *database, *options, "--output", page], check=True)
-        found = list(wrongs(ElementTree.parse(page), logs, tests_18, request))
-        if is_first and request == requests[0]:
-            found += [[wrong] for wrong in wrong_in_browser(page)]
-        for wrong in found:
-            print(request, *wrong, sep="\n  ")
-        is_wrong |= found != []
-    return is_wrong
+        for wrong in wrongs(ElementTree.parse(page), logs, tests_18, request):
+            yield request, *wrong
+        if is_last and request == requests[0]:
+            yield from wrong_in_browser(page)
 
 
 def main():
     random.seed(int(sys.argv[2]))
-    is_wrong = False
-    for number in range(int(sys.argv[3])):
+    plants = int(sys.argv[3])
+    for number in range(1, plants + 1):
         with tempfile.TemporaryDirectory() as folder:
-            is_wrong |= check(sys.argv[1], pathlib.Path(folder), number == 0)
-    sys.exit(is_wrong)
+            for wrong in wrongs_of_plant(sys.argv[1], pathlib.Path(folder), number == plants):
+                sys.exit("\n  ".join(map(str, wrong)))
 
 
 if __name__ == "__main__":

@@ -42,6 +42,13 @@
         need(4.5, style(text).fill, step ? fill(step.slice(3)) : ground(text.closest('div')),
              text.textContent);
     }
+    for (const shape of all('svg *')) {
+        const box = shape.getBBox ? shape.getBBox() : {x: 0, y: 0, width: 0, height: 0};
+        const view = shape.ownerSVGElement.viewBox.baseVal;
+        if (Math.min(box.x, box.y, view.width - box.x - box.width,
+                     view.height - box.y - box.height) < -1)
+            say('outside its picture: ' + shape.outerHTML);
+    }
     const paper = ground(document.body);
     for (const mark of ['bar', 'dot', 'below', 'above'])
         for (const behind of mark === 'bar' ? [paper] : [paper, fill('within')])
@@ -57,12 +64,6 @@
     for (const area of all('div').filter(div => div.scrollWidth > div.clientWidth + 1))
         if (area.tabIndex !== 0 || !area.getAttribute('aria-label'))
             say('the keyboard does not reach ' + area.outerHTML.slice(0, 80));
-    for (const table of all('details table'))
-        if (table.checkVisibility({contentVisibilityAuto: true}) && table.offsetHeight > 0)
-            say('details are open');
-    for (const list of all('.long'))
-        if (list.offsetHeight > innerHeight)
-            say('a list is higher than the window');
     for (const link of all('nav a'))
         if (!document.querySelector(link.getAttribute('href')))
             say('a link leads nowhere: ' + link.textContent);

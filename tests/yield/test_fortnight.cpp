@@ -68,7 +68,6 @@ void TestFortnight::rates()
         QCOMPARE(report.stations[line.at(s).name].tally.endedFirst, brokenOff);
     }
     missed[0] += failedFalsely;
-    QVERIFY(failedFalsely > 3 && truth.endedFirst > 3);
     QCOMPARE(report.total.units, truth.units);
     QCOMPARE(report.total.passedFirst, truth.passedFirst);
     QCOMPARE(report.total.endedFirst, truth.endedFirst);

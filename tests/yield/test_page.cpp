@@ -39,6 +39,7 @@ private Q_SLOTS:
             attempt.marks.reset(bandmarks::markIndex(band.componentNum, band.band));
         report.openUnits = {{attempt, attempt, 1234}};
         report.repeatedUnits = {{attempt, attempt, 5678}};
+        report.repeatedUnits.first().last.serial = "again";
         report.repeatedUnitCount = 2200;
         QBuffer buffer;
         QVERIFY(buffer.open(QIODevice::WriteOnly) && page::write(report, buffer));
@@ -47,7 +48,18 @@ private Q_SLOTS:
                                  .replace(QRegularExpression("\\s*<[^>]*>[\\s|]*"), "|")
                                  .replace(QRegularExpression("\\|+"), "|")
                                  .simplified();
+        const QString yields = "|Units|First-pass yield|Limits|Final yield so far|Ended early|";
         const QStringList parts = {
+            "|First tested" + yields + "Today so far, Wed 18 Nov 2026|0|–|–|–|–|Yesterday, Tue",
+            "|Serial number|Last tested|Station|Attempts|What the last attempt missed|open|",
+            "|First tested" + yields + "Stations",
+            "|Station|Units|Attempts" + yields.mid(6) + "Most missed|The",
+            "|Control|Missed by|Of all misses|Added up|",
+            "|Control|Band|Missed by|",
+            "|Ended at|First attempts|",
+            "|Attempt|Attempts|Complete|Ended early|",
+            "|First attempt|First station|First result|Last attempt|Last station|Last "
+            "result|again|",
             "|One|Tue 17 Nov 08:00|24 hours|",
             "|Two|nothing since Tue 17 Nov 07:59|24 hours|",
             "|Three|Wed 18 Nov 06:00|2 hours|",

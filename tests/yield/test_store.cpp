@@ -136,8 +136,13 @@ private Q_SLOTS:
 
     void init()
     {
-        const QString name = QString("store%1").arg(++databases);
-        location = isServer() ? newDatabase(name) : folder.filePath(name);
+        location =
+            isServer() ? server.location() : folder.filePath(QString("store%1").arg(++databases));
+        if (isServer()) {
+            Database old(location, Database::Access::Write);
+            QCOMPARE(run(old, "SQL DROP SCHEMA public CASCADE; SQL CREATE SCHEMA public"),
+                     QString());
+        }
     }
 
     void steps_data()
@@ -274,8 +279,11 @@ private Q_SLOTS:
     void otherEncoding()
     {
         if (isServer()) {
-            location = newDatabase("latin", "ENCODING LATIN1 LOCALE_PROVIDER libc LOCALE 'C' "
-                                            "TEMPLATE template0");
+            Database utf8(location, Database::Access::Write);
+            QCOMPARE(run(utf8, "SQL CREATE DATABASE latin ENCODING LATIN1 LOCALE_PROVIDER libc "
+                               "LOCALE 'C' TEMPLATE template0"),
+                     QString());
+            location.replace("/postgres", "/latin");
         } else {
             const QString script =
                 "import sqlite3, sys; sqlite3.connect(sys.argv[1])."
@@ -303,7 +311,9 @@ private Q_SLOTS:
         QCOMPARE(unitlogs::rows(database.connection(), "S"), rows);
         // A program of version 1 that still runs fails.
         QVERIFY(run(database, old).contains("other_saves"));
-        const QString newer = run(database, "SQL UPDATE schema_version SET version = 3; list; S");
+        const QString newer =
+            run(database, "SQL UPDATE schema_version SET version = 3; list; S; SQL "
+                          "UPDATE schema_version SET version = 2");
         QCOMPARE(newer.count("a newer"), 2);
     }
 
@@ -366,14 +376,6 @@ private:
         return isServer;
     }
     static QString kind() { return isServer() ? "PostgreSQL" : "SQLite"; }
-
-    /// On the server.
-    QString newDatabase(const QString& name, const QString& options = {}) const
-    {
-        Database postgres(server.location(), Database::Access::Write);
-        Statement(postgres, QString("CREATE DATABASE %1 %2").arg(name, options)).run();
-        return server.location().section('/', 0, -2) + '/' + name;
-    }
 
     void import(const QString& database, const QString& station = "S") const
     {

@@ -14,6 +14,7 @@ namespace
 {
 constexpr double width = 1040;
 constexpr double left = 46;
+constexpr double right = 24; // half a label, beyond the width
 
 /// A linear scale: `lowest`, and what is lower, is drawn at `begin`, `highest` at `end`.
 struct Scale {
@@ -152,12 +153,12 @@ QString chart::timeline(const Timeline& timeline, const Tally& all)
                 svg::text({axes.mark(period).x(), bottom + 18}, period.shortName, "label middle");
         previous = &period;
     }
-    return svg::picture({width, bottom + 26}, "First-pass yield and units by " + timeline.unit,
-                        percentAxis(axes.yields) +
-                            svg::line({{left, bottom}, {width, bottom}}, "axis") +
-                            svg::text({left - 8, axes.units.end + 8},
-                                      figuretext::count(qRound(axes.units.highest)), "label end") +
-                            svg::text({left - 8, bottom}, "units", "label end") + fields + marks);
+    return svg::picture(
+        {width + right, bottom + 26}, "First-pass yield and units by " + timeline.unit,
+        percentAxis(axes.yields) + svg::line({{left, bottom}, {width, bottom}}, "axis") +
+            svg::text({left - 8, axes.units.end + 8}, figuretext::count(qRound(axes.units.highest)),
+                      "label end") +
+            svg::text({left - 8, bottom}, "units", "label end") + fields + marks);
 }
 
 QString chart::pareto(const QVector<ControlMisses>& controls, int allMisses)

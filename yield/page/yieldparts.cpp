@@ -108,10 +108,10 @@ Cells stationCells(const StationReport& station, const Tally& all)
            yieldCells(station.tally, all) + Cells{{worstControl(station), "line"}};
 }
 
-/// Stations as periods, with a gap after each: no line connects them.
+/// Stations as periods, with gaps between them: no line connects them.
 Timeline sideBySide(const QMap<QString, StationReport>& stations)
 {
-    Timeline timeline{"station", {}, 2 * stations.size()};
+    Timeline timeline{"station", {}, 2 * stations.size() - 1};
     for (const StationReport& station : stations)
         timeline.periods.append(
             {2 * timeline.periods.size(), station.name, station.name, station.tally});
