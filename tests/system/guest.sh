@@ -39,7 +39,7 @@ stty -F /dev/ttyS1 -opost
 export DISPLAY=:1
 Xvfb :1 -screen 0 1280x800x24 -nolisten tcp > /run/output/xvfb.log 2>&1 &
 until xdotool getmouselocation > /dev/null 2>&1; do sleep 0.2; done
-for number in ${1:-1 2 3 4 5 6}; do
+for number in ${1:-1 2 3 4 5 6 7}; do
     group=$(echo "$here/$number"-*.sh)
     name=$(basename "$group" .sh)
     echo "# $name, $(cut -d' ' -f1 /proc/uptime) s after the start" >&3

@@ -11,7 +11,7 @@ set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 project=$(readlink -f "$here/../..")
 system=$project/build/system
-longest=1200 # seconds, for a busy machine; it takes less than half of that
+longest=1800 # seconds, for a busy machine; it takes less than half of that
 
 fail() {
     echo "system: $*" >&2
@@ -44,7 +44,7 @@ mkdir -p "$output" "$system/initramfs/modules"
 qemu=''
 cleanup() {
     [ -z "$qemu" ] || kill "$qemu" 2>/dev/null || true
-    rm -rf "$system/initramfs" "$system/initramfs.img"
+    rm -rf "$system/initramfs" "$system/initramfs.img" "${disks:-}"
 }
 trap cleanup EXIT
 trap 'exit 130' INT
@@ -69,6 +69,21 @@ cp "$here/init" /bin/busybox "$system/initramfs/"
 printf '%s\n' "$project" "$group" "$tree" > "$system/initramfs/project"
 (cd "$system/initramfs" && find . | busybox cpio -o -H newc 2>/dev/null | gzip -1) > "$system/initramfs.img"
 
+# Disks for the power cuts, as QEMU records their writes. powercut.py also needs each as it is now.
+disks=$output/disks drives=()
+mkdir "$disks"
+for name in {ext4,xfs}{,-unflushed}; do
+    image=$disks/$name.image
+    truncate -s 300M "$image"
+    "/sbin/mkfs.${name%-*}" -q "$image"
+    truncate -s +1M "$image" # the marks' place
+    cp --sparse=always "$image" "$disks/$name.base"
+    : > "$disks/$name.writes"
+    files=file.driver=file,file.filename=$image,log.driver=file,log.filename=$disks/$name.writes
+    drives+=(-blockdev "driver=blklogwrites,node-name=$name,${files}")
+    drives+=(-device "virtio-blk-pci,drive=$name,serial=$name")
+done
+
 echo "system: booting Linux $(cat "$linux/release"), ${processor[1]}"
 # The first serial port is the console, the second what guest.sh prints.
 timeout "$longest" qemu-system-x86_64 "${processor[@]}" -m 2G \
@@ -77,7 +92,7 @@ timeout "$longest" qemu-system-x86_64 "${processor[@]}" -m 2G \
     -append "console=ttyS0 quiet panic=-1" \
     -serial "file:$system/console.log" -serial stdio \
     -virtfs "local,path=/,mount_tag=root,security_model=none,readonly=on,multidevs=remap" \
-    -virtfs "local,path=$output,mount_tag=output,security_model=none" \
+    -virtfs "local,path=$output,mount_tag=output,security_model=none" "${drives[@]}" \
     < /dev/null > >(tee "$system/results.txt") &
 qemu=$!
 status=0

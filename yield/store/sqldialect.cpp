@@ -9,7 +9,9 @@ const SqlDialect& SqlDialect::sqlite()
         "QSQLITE",
         "libqt5sql5-sqlite",
         "QSQLITE_BUSY_TIMEOUT=60000",
-        {"PRAGMA foreign_keys = ON"},
+        {"PRAGMA foreign_keys = ON",
+         // Otherwise a power cut undoes a commit whose journal's removal is not on the disk yet.
+         "PRAGMA synchronous = EXTRA"},
         {"BEGIN IMMEDIATE"},
         {"BEGIN"},
         "PRAGMA encoding",
