@@ -73,6 +73,7 @@ void TestFortnight::rates()
     QCOMPARE(report.total.endedFirst, truth.endedFirst);
     // Repairs take days, so that whatever passed within the hour had failed falsely.
     QCOMPARE(report.falseFailures.passedNext, failedFalsely);
+    QVERIFY(report.total.passedLast > truth.passedFirst + truth.endedFirst + failedFalsely);
     QVector<int> found;
     for (const ControlMisses& control : report.controls)
         found << control.missed;
@@ -91,7 +92,7 @@ void TestFortnight::rates()
     QCOMPARE(goldenOnes.total.attempts, 10 * line.size());
     QCOMPARE(goldenOnes.total.passedFirst, line.size());
     QCOMPARE(goldenOnes.repeatedUnits.at(0).first.testedAt, QString("2026-11-09T06:15:00"));
-    QVERIFY(pageIn(folder).contains("Made on 2026-11-21 07:00."));
+    QVERIFY(pageIn(folder).contains("3 units left out.\nMade on 2026-11-21 07:00."));
 }
 
 /// Nothing of an earlier one is left, and nothing else has changed.

@@ -34,8 +34,7 @@ private Q_SLOTS:
                                  {9, 1},
                                  {10, 0},
                                  {10, 1},
-                                 {11, 0},
-                                 {12, 0}})
+                                 {11, 0}})
             attempt.marks.reset(bandmarks::markIndex(band.componentNum, band.band));
         report.openUnits = {{attempt, attempt, 1234}};
         report.repeatedUnits = {{attempt, attempt, 5678}};
@@ -68,7 +67,7 @@ private Q_SLOTS:
             "|Six|no log yet|–|",
             "|5,100 units whose last attempt is not complete, newest first",
             "|open|2026-11-18 07:15|One|1,234|ended early at Rotary 2; Fader 3: 0 to 19, 50 to 59, "
-            "110 to 127; Button 0: pressed; Button 1: all; and 2 more|And 5,099 more;",
+            "110 to 127; Button 0: pressed; Button 1: all; and 1 more|And 5,099 more;",
             "|2,200 units, most attempts first.|",
             "|And 2,199 more;",
         };
