@@ -25,7 +25,6 @@ struct Cell {
 };
 using Cells = QVector<Cell>;
 
-/// Of a table.
 QString row(const Cells& cells);
 
 /// A row for each item; cellsOf gives its cells, and gets the arguments too.
