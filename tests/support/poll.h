@@ -9,10 +9,12 @@
 
 namespace station
 {
-/// Whether JUCE lists the ports that can send. JUCE 9 takes in on its own thread which came and
-/// went.
+/// Whether JUCE lists the ports that can send. JUCE 7 and 8 ask the sequencer at each listing, JUCE
+/// 9 takes in on its own thread which came and went.
 inline bool everyPortIsListed()
 {
+    if (JUCE_MAJOR_VERSION < 9)
+        return true;
     auto& table = memorysequencer::portTable();
     QSet<QString> there;
     for (auto client = table.clientAfter(0); client; client = table.clientAfter(client->first))
