@@ -275,8 +275,8 @@ private Q_SLOTS:
         std::sort(serials.begin(), serials.end());
         QCOMPARE(found, serials);
         // What the tables refuse is the log's fault: the next one may be stored.
-        const QString twice = "SQL INSERT INTO stations (name) SELECT name FROM stations";
-        QVERIFY(run(database, twice).startsWith("data: "));
+        const QString nameless = "SQL INSERT INTO stations (name) VALUES (NULL)";
+        QVERIFY(run(database, nameless).startsWith("data: "));
     }
 
     void otherEncoding()
