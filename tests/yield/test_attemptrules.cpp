@@ -35,6 +35,7 @@ private Q_SLOTS:
         row("saved in mid-run, then a miss", "to2", "whole-3.5", 300, true);
         row("fewer marks", "whole", "to20", 30, false);
         row("other marks", "whole-3.5", "whole-43.12", 30, false);
+        row("as many marks in one second", "whole-0.0", "whole-0.1", 0, false);
         row("repaired and tested again", "whole-3.5", "whole", 30, false);
         row("skipped, then saved in mid-run", "to20-3.5", "whole-3.5", 300, true);
         row("begun again after a miss", "to20-3.5", "whole", 300, false);
@@ -50,6 +51,7 @@ private Q_SLOTS:
         QFETCH(bool, isSavedAgain);
         const auto attempts = attemptrules::attemptsOf({log(0, latest), log(seconds, later)});
         QCOMPARE(attempts.size(), isSavedAgain ? 1U : 2U);
+        QVERIFY(attemptrules::attemptsOf({log(seconds, later), log(0, latest)}) == attempts);
     }
 
     /// The half hour counts from the latest log, an equal one too, and the date is that of the

@@ -31,9 +31,7 @@ QStringList logfiles::filesOf(const QString& path)
          entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
         const bool isHidden = entry->path().filename().string().front() == '.';
         // A link to nothing counts: its file may come.
-        const bool isFile =
-            entry->is_regular_file(noFile) || (entry->is_symlink(noFile) && !entry->exists(noFile));
-        if (!isHidden && isFile)
+        if (!isHidden && !entry->is_directory(noFile))
             files << QFile::decodeName(entry->path().c_str());
     }
     if (problem) // the path is no folder, or its reading says so

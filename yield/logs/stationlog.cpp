@@ -70,7 +70,7 @@ QString whatIsWrong(const QByteArray& bytes)
 {
     if (bytes.size() > stationlog::longestLog)
         return "it is too long for a log";
-    for (const char* byteOrderMark : {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF"})
+    for (const char* byteOrderMark : {"\xFF\xFE", "\xEF\xBB\xBF"})
         if (bytes.startsWith(byteOrderMark))
             return "it has a foreign encoding: it begins with a byte order mark";
     if (headBegin.startsWith(bytes))
