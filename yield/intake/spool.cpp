@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStandardPaths>
 
 #include <cerrno>
 #include <cstring>
@@ -123,11 +122,6 @@ std::vector<Spool> Spool::below(const QString& root)
                           {said["station"].toString(), said["tests_18"].toBool()}});
     }
     return spools;
-}
-
-QString Spool::defaultRoot()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
 }
 
 void Spool::keep(const QByteArray& log) const

@@ -9,12 +9,14 @@
 
 #include <QFile>
 
+#include <chrono>
 #include <utility>
 
 #include <sys/stat.h>
 
 namespace
 {
+constexpr std::chrono::milliseconds stopTime{500};
 constexpr int retryMs = 2000;
 constexpr int hourMs = 3600000;
 
@@ -47,15 +49,16 @@ QStringList StoreWorker::takeRefused()
     return std::exchange(refused, {});
 }
 
-void StoreWorker::stop()
+bool StoreWorker::isOver() const
+{
+    return thread.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+bool StoreWorker::stop()
 {
     isStopping = true;
     news.release();
-}
-
-bool StoreWorker::isOver(std::chrono::milliseconds patience) const
-{
-    return thread.wait_for(patience) == std::future_status::ready;
+    return thread.wait_for(stopTime) == std::future_status::ready;
 }
 
 void StoreWorker::run()
