@@ -97,8 +97,8 @@ int showStatus(const QCommandLineParser& parser)
 Command checkCommand()
 {
     return {"check",
-            "Works out anew what the marks of all logs come to, and names what the database has "
-            "otherwise. Changes nothing. Exit status 1 if anything differs.",
+            "Names where the database differs from what the marks of all logs come to. Exit "
+            "status 1 if it does.",
             check};
 }
 
