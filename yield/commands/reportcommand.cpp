@@ -28,8 +28,7 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     if (parser.isSet("days")) {
         const int days = parser.value("days").toUShort();
         if (days == 0)
-            command::fail(
-                QString("--days takes a number of days, not \"%1\"").arg(parser.value("days")));
+            command::fail("--days takes a number of days, 1 or more");
         if (request.since.isValid())
             command::fail("--days and --since both say which day is the first");
         const QDate last = request.until.isValid() ? request.until : request.now.date();

@@ -77,7 +77,8 @@ bool StoreWorker::tryToStore()
         openDatabase();
         // The spool first: its logs may be nowhere else.
         for (const Spool& spool : spools)
-            storeSpool(spool);
+            if (!spool.waiting().isEmpty())
+                storeSpool(spool);
         storeFolders();
     } catch (const DatabaseError& error) {
         database.reset();
@@ -106,9 +107,6 @@ void StoreWorker::openDatabase()
 
 void StoreWorker::storeSpool(const Spool& spool)
 {
-    const QStringList waiting = spool.waiting();
-    if (waiting.isEmpty())
-        return;
     logimport::Listener listener;
     listener.stored = [&](const QStringList& paths, const StoreCounts& counts) {
         noteStored(counts);
@@ -119,7 +117,7 @@ void StoreWorker::storeSpool(const Spool& spool)
         if (!logfiles::isGone(path))
             messages::warn(spool.moveAside(path, reason));
     };
-    logimport::store(*database, spool.station, waiting, listener);
+    logimport::store(*database, spool.station, spool.waiting(), listener);
 }
 
 void StoreWorker::storeFolders()
