@@ -85,6 +85,10 @@ private Q_SLOTS:
             "{\"band\":6,\"component\":3},{\"band\":1,\"component\":10}],"
             "\"serial\":\"a\\\"b,\\t<b>\\u001b[31m\\r\\n\u00FC\",\"station\":\"+Line\","
             "\"tested_at\":\"2026-11-21T12:00:00\"}\n]\n");
+        row("import --station Quiet --tests-18 logs/formula.txt", 0, "1 logs: 1 new");
+        row("unit -- =cmd|'/C'!A0", 1, "  Quiet  missed Button 9: all\n");
+        row("import --station Silent data", 0, "0 logs: 0 new");
+        row("status", 0, "  station \"Silent\": newest log none\n");
         row("", 2, "which command?");
         row("exprot", 2, "no command \"exprot\"");
         row("--help", 0, "  import   Reads logs");
@@ -99,7 +103,7 @@ private Q_SLOTS:
         row("export", 2, "--format takes");
         row("report --since yesterday", 2, "--since takes a date");
         row("report --since 2026-02-02 --until 2026-02-01", 2, "before");
-        row("report --station two", 2, "no station is named \"two\"; there are: +Line");
+        row("report --station two", 2, "no station is named \"two\"; there are: +Line, Quiet");
         row("report --days 0", 2, "--days takes a number");
         row("report --days 7 --since 2026-11-01", 2, "both say");
         row("report --without KG-* --without KG-[", 2, "not \"KG-[\"");
@@ -116,11 +120,12 @@ private Q_SLOTS:
         row("postgresql://u:secret@h/x", 2, "after --database");
         row("station rename a", 2, "rename OLD NEW");
         row("station rename a b", 2, "\"a\"");
-        row("station rename +Line ", 2, "needs a name");
+        row("station rename +Line ", 2, "rename OLD NEW");
         row("import logs --station ", 2, "needs a name");
         row("report --output page.html", 0, "written: page.html\n");
         row("report --output none/page.html", 2, "none/page.html: ");
-        row("report --output -", 0, "</html>");
+        row("report --days 7 --until 2026-11-21 --output -", 0, "from 2026-11-15 to\n2026-11-21");
+        row("report --without =* --without KG-* --output -", 0, "=*, KG-*: 1 unit left out");
         row("report --output /dev/stdout", 0, "</html>");
         row("report --output /dev/null", 0, "written");
         row("report --output /dev/full", 2, "No space left");
@@ -154,14 +159,15 @@ private Q_SLOTS:
             unitlogs::write(folder.path(), name, marks, when);
             return run("import --station S " + unitlogs::path(".", name)).errors;
         };
-        QCOMPARE(import("u", unitlogs::noon()), QByteArray());
-        QCOMPARE(import("u", unitlogs::noon().addSecs(3600), unitlogs::upTo(12)), QByteArray());
-        const Outcome unit = run("unit u");
+        QCOMPARE(import("@u", unitlogs::noon()), QByteArray());
+        QCOMPARE(import("@u", unitlogs::noon().addSecs(3600), unitlogs::upTo(12)), QByteArray());
+        const Outcome unit = run("unit @u");
         QCOMPARE(unit.status, 1);
         QVERIFY(unit.out.endsWith("13:00:00  S  ended early at Button 3\n"));
-        QVERIFY(run("export --format csv").out.endsWith("\"u\",2026-11-21T13:00:00,0,\"\",12\r\n"));
+        QVERIFY(
+            run("export --format csv").out.contains("\"'@u\",2026-11-21T13:00:00,0,\"\",12\r\n"));
         // Each is told once, and clocks that differ by a little not at all.
-        const QString again = "import --station T " + unitlogs::path(".", "u");
+        const QString again = "import --station T " + unitlogs::path(".", "@u");
         QVERIFY(run(again).errors.startsWith("1 logs are known under another station"));
         QCOMPARE(run(again).errors, QByteArray());
         const QDateTime now = QDateTime::currentDateTime();

@@ -39,8 +39,7 @@ QString line(const Attempt& attempt)
 /// A text that a spreadsheet would run as a formula gets an apostrophe before it.
 QByteArray csvText(QString text)
 {
-    static const QString beginsFormula = "=+-@\t\r\n";
-    if (!text.isEmpty() && beginsFormula.contains(text[0]))
+    if (!text.isEmpty() && QString("=+-@\t\r\n").contains(text[0]))
         text.prepend('\'');
     return '"' + text.replace('"', "\"\"").toUtf8() + '"';
 }
@@ -48,16 +47,14 @@ QByteArray csvText(QString text)
 /// "3: 0 1; 18: 0": each component that missed bands with the bands.
 QString csvBands(const std::vector<bandmarks::Band>& bands)
 {
-    QString text;
-    int componentNum = -1;
+    QStringList controls;
     for (const auto& missed : bands) {
-        if (missed.componentNum != componentNum) {
-            componentNum = missed.componentNum;
-            text += (text.isEmpty() ? "" : "; ") + QString::number(componentNum) + ':';
-        }
-        text += ' ' + QString::number(missed.band);
+        const QString control = QString::number(missed.componentNum) + ':';
+        if (controls.isEmpty() || !controls.constLast().startsWith(control))
+            controls << control;
+        controls.last() += ' ' + QString::number(missed.band);
     }
-    return text;
+    return controls.join("; ");
 }
 
 QByteArray csv(const Attempt& attempt)

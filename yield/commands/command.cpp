@@ -5,11 +5,11 @@
 
 #include "yield/intake/logimport.h"
 #include "yield/intake/messages.h"
-#include "yield/intake/spool.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QStandardPaths>
 #include <QVector>
 
 #include <cstdio>
@@ -106,7 +106,8 @@ void command::fail(const QString& text)
 
 QCommandLineOption command::spoolOption()
 {
-    const QString standard = Spool::defaultRoot();
+    const QString standard =
+        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
     const QString help = "The folder where \"import --watch\" keeps logs (default: %1).";
     return {"spool", help.arg(standard), "folder", standard};
 }
@@ -119,9 +120,6 @@ void command::writeFile(const QString& path, const std::function<bool(QFileDevic
     QFileDevice& file = isReplaced ? static_cast<QFileDevice&>(replacing) : through;
     const bool isOpen =
         path == "-" ? through.open(stdout, QIODevice::WriteOnly) : file.open(QIODevice::WriteOnly);
-    const bool isWritten = isOpen && write(file) && file.flush() &&
-                           file.error() == QFileDevice::NoError &&
-                           (!isReplaced || replacing.commit());
-    if (!isWritten)
+    if (!isOpen || !write(file) || !file.flush() || (isReplaced && !replacing.commit()))
         fail(QString("%1: %2").arg(path == "-" ? "standard output" : path, file.errorString()));
 }

@@ -26,10 +26,8 @@ int check(const QCommandLineParser& parser)
 int renameStation(const QCommandLineParser& parser)
 {
     const QStringList words = parser.positionalArguments();
-    if (words.size() != 3 || words[0] != "rename")
+    if (words.size() != 3 || words[0] != "rename" || words[2].isEmpty())
         command::fail("station takes the words: rename OLD NEW");
-    if (words[2].isEmpty())
-        command::fail("a station needs a name");
     Database database(parser.value("database"), Database::Access::Read);
     attemptstore::renameStation(database, words[1], words[2]);
     messages::tell(QString("\"%1\" is \"%2\" now; a watch that still runs as \"%1\" makes it again")
@@ -69,12 +67,11 @@ bool showSpool(const Spool& spool)
         if (keptAt.isValid()) // the watch may just have stored it
             oldest = std::min(oldest, keptAt);
     }
-    QString text = QString("  station \"%1\", database %2: %3 wait")
-                       .arg(printableText(spool.station.name), spool.database)
-                       .arg(waiting.size());
-    if (!waiting.isEmpty())
-        text += oldest.toString("' since 'yyyy-MM-dd HH:mm:ss");
-    messages::tell(text);
+    const QString since =
+        waiting.isEmpty() ? QString() : oldest.toString("' since 'yyyy-MM-dd HH:mm:ss");
+    messages::tell(QString("  station \"%1\", database %2: %3 wait%4")
+                       .arg(printableText(spool.station.name), spool.database,
+                            QString::number(waiting.size()), since));
     const QStringList aside = spool.setAside();
     for (const QString& line : aside)
         messages::tell("    set aside: " + printableText(line));
@@ -100,8 +97,8 @@ int showStatus(const QCommandLineParser& parser)
 Command checkCommand()
 {
     return {"check",
-            "Works out anew what the marks of all logs come to, and names what the database has "
-            "otherwise. Changes nothing. Exit status 1 if anything differs.",
+            "Names where the database differs from what the marks of all logs come to. Exit "
+            "status 1 if it does.",
             check};
 }
 

@@ -28,8 +28,7 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     if (parser.isSet("days")) {
         const int days = parser.value("days").toUShort();
         if (days == 0)
-            command::fail(
-                QString("--days takes a number of days, not \"%1\"").arg(parser.value("days")));
+            command::fail("--days takes a number of days, 1 or more");
         if (request.since.isValid())
             command::fail("--days and --since both say which day is the first");
         const QDate last = request.until.isValid() ? request.until : request.now.date();
@@ -81,18 +80,16 @@ Report readReport(Database& database, ReportRequest request)
 
 Command reportCommand()
 {
-    return {
-        "report",
-        "Writes an HTML page about the yield of many units.",
-        report,
-        {{"since", "The first day, such as 2026-11-21.", "date"},
-         {"until", "The last day.", "date"},
-         {"days", "Instead of --since: so many days up to today or --until.", "number"},
-         {"station", "One station only.", "name"},
-         {"without",
-          "Leave out these serials; may be given several times. * stands for any characters, ? for "
-          "one, [abc] for one of these.",
-          "pattern"},
-         {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
-          "zorvi_yield.html"}}};
+    return {"report",
+            "Writes an HTML page about the yield of many units.",
+            report,
+            {{"since", "The first day, such as 2026-11-21.", "date"},
+             {"until", "The last day.", "date"},
+             {"days", "Instead of --since: so many days up to today or --until.", "number"},
+             {"station", "One station only.", "name"},
+             {"without",
+              "Leave out these serials; may be given again. * is for any characters, ? for one.",
+              "pattern"},
+             {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
+              "zorvi_yield.html"}}};
 }

@@ -95,11 +95,9 @@ void Capture::lookAround()
     QElapsedTimer duration;
     duration.start();
     qint64 pauseMs = secondMs;
-    for (Place& place : places) {
-        look(place);
-        if (place.identity == nothing)
+    for (Place& place : places)
+        if (!look(place))
             pauseMs = absentMs;
-    }
     isLookDue = false;
     for (const QString& link : links.values())
         lookAt(link);
@@ -111,7 +109,8 @@ void Capture::lookAround()
 }
 
 /// Finds another folder at the path, and the changed files where the kernel does not name them.
-void Capture::look(Place& place)
+/// False if there is nothing.
+bool Capture::look(Place& place)
 {
     constexpr quint32 mask =
         IN_CLOSE_WRITE | IN_MOVED_TO | IN_CREATE | IN_MOVE_SELF | IN_DELETE_SELF | IN_ONLYDIR;
@@ -121,7 +120,7 @@ void Capture::look(Place& place)
     const std::array<quint64, 2> found{status.st_dev, status.st_ino};
     const bool isAnother = found != place.identity;
     if (!isLookDue && !isAnother && place.isTold)
-        return;
+        return true;
     place.identity = found;
     place.watch = inotify_add_watch(kernel, path.constData(), mask);
     place.isTold = place.watch >= 0 && isOfThisComputer(path);
@@ -131,6 +130,7 @@ void Capture::look(Place& place)
         messages::warn(QString("%1 is not there").arg(place.path));
     for (const QString& file : logfiles::filesOf(place.path))
         lookAt(file);
+    return found != nothing;
 }
 
 void Capture::lookAt(const QString& path)

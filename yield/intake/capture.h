@@ -49,7 +49,7 @@ private:
     };
 
     void lookAround();
-    void look(Place& place);
+    bool look(Place& place);
     void lookAt(const QString& path);
     qint64 changeOf(const QString& path);
     bool keep(const QByteArray& log);

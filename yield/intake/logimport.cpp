@@ -10,8 +10,7 @@
 
 namespace
 {
-/// So many logs are stored in one transaction: enough to keep its cost small, few enough that
-/// others wait for a moment only.
+/// So many logs are stored in one transaction: few enough that others wait for a moment only.
 constexpr int batchSize = 1000;
 
 /// A log that cannot be stored is found by halves, so that it stops no other.
@@ -69,8 +68,7 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     Progress progress{"logs"};
     Listener listener;
     listener.refused = [&](const QString& path, const QString& reason) {
-        // A log that its station replaces is gone for a moment; what the user named has to be
-        // there.
+        // A log that its station replaces is gone for a moment.
         if (logfiles::isGone(path) && !request.paths.contains(path))
             return;
         errors << refusal(path, reason) << Qt::endl;

@@ -50,7 +50,6 @@ int run(const ImportRequest& request, QTextStream& out, QTextStream& errors);
 
 /// Imports logs as they appear, until SIGTERM or SIGINT. Gives the status for the shell, or ends
 /// the process with it where the database still holds a thread. To be called before any other
-/// thread is started. Throws std::runtime_error for a location that can be no database's and for a
-/// spool that cannot be used.
+/// thread is started. Throws std::runtime_error for an address or a spool that cannot be used.
 int watch(ImportRequest request, const QString& spoolFolder);
 } // namespace logimport

@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStandardPaths>
 
 #include <cerrno>
 #include <cstring>
@@ -95,10 +94,9 @@ Spool Spool::locked(const QString& root, const QString& database, const Station&
     // Open until the end of the process. For writing, as a lock on a share's file needs it.
     const int lock =
         open(QFile::encodeName(root + lockFile).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    const bool isLocked = flock(lock, LOCK_EX | LOCK_NB) == 0;
-    if (!isLocked && errno == EWOULDBLOCK)
-        fail(root + " is in use by another watch; give --spool another folder");
-    check(isLocked, root + lockFile);
+    check(lock >= 0, root + lockFile);
+    check(flock(lock, LOCK_EX | LOCK_NB) == 0,
+          root + " is in use by another watch; give --spool another folder");
     for (const Spool& other : below(root))
         if (other.database != database && !other.waiting().isEmpty())
             fail(QString("%1 is that of the database %2, for which logs wait; give --spool another "
@@ -123,11 +121,6 @@ std::vector<Spool> Spool::below(const QString& root)
                           {said["station"].toString(), said["tests_18"].toBool()}});
     }
     return spools;
-}
-
-QString Spool::defaultRoot()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
 }
 
 void Spool::keep(const QByteArray& log) const

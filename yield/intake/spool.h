@@ -22,8 +22,6 @@ struct Spool {
     static Spool locked(const QString& root, const QString& database, const Station& station);
     /// Those below a --spool folder.
     static std::vector<Spool> below(const QString& root);
-    /// The --spool folder in the user's data folder.
-    static QString defaultRoot();
 
     /// The log is on the disk when this returns. One that waits already or was set aside is not
     /// kept again. Throws std::runtime_error.

@@ -9,12 +9,14 @@
 
 #include <QFile>
 
+#include <chrono>
 #include <utility>
 
 #include <sys/stat.h>
 
 namespace
 {
+constexpr std::chrono::milliseconds stopTime{500};
 constexpr int retryMs = 2000;
 constexpr int hourMs = 3600000;
 
@@ -47,15 +49,16 @@ QStringList StoreWorker::takeRefused()
     return std::exchange(refused, {});
 }
 
-void StoreWorker::stop()
+bool StoreWorker::isOver() const
+{
+    return thread.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+bool StoreWorker::stop()
 {
     isStopping = true;
     news.release();
-}
-
-bool StoreWorker::isOver(std::chrono::milliseconds patience) const
-{
-    return thread.wait_for(patience) == std::future_status::ready;
+    return thread.wait_for(stopTime) == std::future_status::ready;
 }
 
 void StoreWorker::run()
@@ -74,7 +77,8 @@ bool StoreWorker::tryToStore()
         openDatabase();
         // The spool first: its logs may be nowhere else.
         for (const Spool& spool : spools)
-            storeSpool(spool);
+            if (!spool.waiting().isEmpty())
+                storeSpool(spool);
         storeFolders();
     } catch (const DatabaseError& error) {
         database.reset();
@@ -103,9 +107,6 @@ void StoreWorker::openDatabase()
 
 void StoreWorker::storeSpool(const Spool& spool)
 {
-    const QStringList waiting = spool.waiting();
-    if (waiting.isEmpty())
-        return;
     logimport::Listener listener;
     listener.stored = [&](const QStringList& paths, const StoreCounts& counts) {
         noteStored(counts);
@@ -116,7 +117,7 @@ void StoreWorker::storeSpool(const Spool& spool)
         if (!logfiles::isGone(path))
             messages::warn(spool.moveAside(path, reason));
     };
-    logimport::store(*database, spool.station, waiting, listener);
+    logimport::store(*database, spool.station, spool.waiting(), listener);
 }
 
 void StoreWorker::storeFolders()

@@ -10,7 +10,6 @@
 #include <QSemaphore>
 
 #include <atomic>
-#include <chrono>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -28,10 +27,10 @@ public:
     void wake(bool areFoldersMeant = false);
     /// Files that could not be read as logs.
     QStringList takeRefused();
-    void stop();
-    /// Whether the thread ends within that time: when it was stopped, or when the database will
-    /// never do and the reason has been written.
-    bool isOver(std::chrono::milliseconds patience = {}) const;
+    /// Whether the thread has ended, because the database will never do; it has said why.
+    bool isOver() const;
+    /// False if the database still holds the thread.
+    bool stop();
 
 private:
     void run();

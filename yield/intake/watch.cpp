@@ -32,7 +32,6 @@ int stopDescriptor()
 
 int logimport::watch(ImportRequest request, const QString& spoolFolder)
 {
-    constexpr std::chrono::milliseconds stopTime{500};
     Database::check(request.database);
     if (!Database::isAddress(request.database))
         request.database = QFileInfo(request.database).absoluteFilePath();
@@ -48,10 +47,9 @@ int logimport::watch(ImportRequest request, const QString& spoolFolder)
         capture.readEvents();
     }
     const int status = all[0].revents != 0 ? 0 : exitstatus::failed;
-    worker.stop();
-    const bool isOver = worker.isOver(stopTime);
+    const bool isStopped = worker.stop();
     messages::tell(QString("logs that wait in the spool: %1").arg(spool.waiting().size()));
-    if (!isOver)
+    if (!isStopped)
         std::_Exit(status); // what the spool holds is on the disk
     return status;
 }
