@@ -46,7 +46,6 @@ int run(const QStringList& words);
 /// Ends the command: it cannot do what it is for, because of this.
 [[noreturn]] void fail(const QString& text);
 
-/// The folder of the watch.
 QCommandLineOption spoolOption();
 
 /// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is

@@ -41,9 +41,8 @@ constexpr int readsBetweenEvents = 16;
 /// known is taken for a share.
 bool isOfThisComputer(const QByteArray& folder)
 {
-    constexpr std::array<unsigned long, 7> disks = {
-        EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC,
-        TMPFS_MAGIC,      OVERLAYFS_SUPER_MAGIC, 0x2FC12FC1UL /* zfs */};
+    constexpr std::array<unsigned long, 5> disks = {
+        EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, TMPFS_MAGIC, OVERLAYFS_SUPER_MAGIC};
     struct statfs found = {};
     return statfs(folder.constData(), &found) == 0 &&
            std::count(disks.begin(), disks.end(), static_cast<unsigned long>(found.f_type)) > 0;
