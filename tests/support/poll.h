@@ -9,8 +9,9 @@
 
 namespace station
 {
-/// Whether JUCE lists the ports that can send. JUCE 7 and 8 ask the sequencer at each listing, JUCE
-/// 9 takes in on its own thread which came and went.
+/// Whether JUCE lists the ports that there are. JUCE 7 and 8 ask the sequencer at each listing,
+/// JUCE 9 takes in on its own thread which came and went, and has seen all that went when no event
+/// waits.
 inline bool everyPortIsListed()
 {
     if (JUCE_MAJOR_VERSION < 9)
@@ -20,13 +21,16 @@ inline bool everyPortIsListed()
     for (auto client = table.clientAfter(0); client; client = table.clientAfter(client->first))
         for (auto port = table.portAfter({client->first, -1}); port;
              port = table.portAfter({client->first, port->first}))
-            if ((port->second.capability & SND_SEQ_PORT_CAP_SUBS_READ) != 0)
+            if ((port->second.capability &
+                 (SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_SUBS_WRITE)) != 0)
                 there << QString("%1-%2").arg(client->first).arg(port->first);
     QSet<QString> listed;
     unitlink::takeInAnnouncements();
-    for (const auto& device : juce::MidiInput::getAvailableDevices())
+    auto devices = juce::MidiInput::getAvailableDevices();
+    devices.addArray(juce::MidiOutput::getAvailableDevices());
+    for (const auto& device : devices)
         listed << device.identifier.toRawUTF8();
-    return listed == there;
+    return listed == there && table.waitingEvents() == 0;
 }
 
 /// JUCE 9 has to see the last port of that number go first, or it takes the new one for gone.
