@@ -49,6 +49,7 @@ mount_root() {
     mount -t proc proc "$root/proc"
     mount -t tmpfs tmpfs "$root/dev/shm"
     mount --bind "$root.packages" "$root/var/cache/apt/archives"
+    mknod -m 666 "$root/dev/fuse" c 10 229 # for bindfs
 }
 
 inside() {
