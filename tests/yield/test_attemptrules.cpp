@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <iterator>
 
 /// Marks are as unitlogs::marks has them.
 class TestAttemptRules : public QObject
@@ -63,8 +64,8 @@ private Q_SLOTS:
         std::array<std::size_t, 5> order = {0, 1, 2, 3, 4};
         do {
             std::vector<StationLog> shuffled;
-            for (const std::size_t i : order)
-                shuffled.push_back(logs[i]);
+            std::transform(order.begin(), order.end(), std::back_inserter(shuffled),
+                           [&](std::size_t i) { return logs[i]; });
             QVERIFY(attemptrules::attemptsOf(shuffled) == std::vector({logs[2], logs[4]}));
         } while (std::next_permutation(order.begin(), order.end()));
     }

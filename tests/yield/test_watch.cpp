@@ -113,8 +113,8 @@ private Q_SLOTS:
             {"0 sh while :; do : >Logs/a; sleep 0.05; rm Logs/a; done & echo $! >noise"});
         row("too many changes",
             {"2 hear new: 1", "2 sh kill -STOP $WATCH",
-             "2 sh for i in $(seq $(cat /proc/sys/fs/inotify/max_queued_events)); do "
-             ": >Logs/.$((i % 2)); done",
+             ("2 sh for i in $(seq $(cat /proc/sys/fs/inotify/max_queued_events)); do "
+              ": >Logs/.$((i % 2)); done"),
              "2 write Logs", "2 sh kill -CONT $WATCH", "2 wait"});
         row("a share", {"0 sh command -v bindfs", "1 hear is watched", "1 sh bindfs data Logs",
                         "1 folder data"});
