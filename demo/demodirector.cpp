@@ -24,7 +24,7 @@ namespace
 constexpr int watchIntervalMs = 50;
 /// Longer than the station's poll interval and than the end of a run.
 constexpr int standstillMs = 15000;
-/// How long the last messages of a control may take to its panel on a busy machine.
+/// How long a message of a control may take to its panel on a busy machine.
 constexpr int patienceMs = 2000;
 
 constexpr int handMs = 300;
@@ -170,6 +170,8 @@ void DemoDirector::slot_BandCovered()
     // Some panels have passed by now and some are untested.
     constexpr int fewPassed = 3;
     constexpr int halfway = 7;
+    if (skipTimer.isActive())
+        skipTimer.start(); // messages still come to the panels
     const auto* panel = qobject_cast<const ComponentPanel*>(sender());
     if (middleTaken || panel->getComponentNum() < fewPassed || coveredBands(*panel) != halfway)
         return;
