@@ -57,8 +57,8 @@ private Q_SLOTS:
             "|Control|Band|Missed by|",
             "|Ended at|First attempts|",
             "|Attempt|Attempts|Complete|Ended early|",
-            "|First attempt|First station|First result|Last attempt|Last station|Last "
-            "result|again|",
+            ("|First attempt|First station|First result|Last attempt|Last station|Last "
+             "result|again|"),
             "|One|Tue 17 Nov 08:00|24 hours|",
             "|Two|nothing since Tue 17 Nov 07:59|24 hours|",
             "|Three|Wed 18 Nov 06:00|2 hours|",
@@ -66,8 +66,8 @@ private Q_SLOTS:
             "|Five|nothing since Mon 16 Nov 08:00|2 days|",
             "|Six|no log yet|–|",
             "|5,100 units whose last attempt is not complete, newest first",
-            "|open|2026-11-18 07:15|One|1,234|ended early at Rotary 2; Fader 3: 0 to 19, 50 to 59, "
-            "110 to 127; Button 0: pressed; Button 1: all; and 1 more|And 5,099 more;",
+            ("|open|2026-11-18 07:15|One|1,234|ended early at Rotary 2; Fader 3: 0 to 19, 50 to "
+             "59, 110 to 127; Button 0: pressed; Button 1: all; and 1 more|And 5,099 more;"),
             "|2,200 units, most attempts first.|",
             "|And 2,199 more;",
         };
