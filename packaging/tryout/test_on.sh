@@ -29,6 +29,8 @@ case "$command" in
     demo | build) groups=build ;;
     *) fail "which command? test, lint, package, try-package, demo or build" ;;
 esac
+[ "$suite $command" != 'forky try-package' ] ||
+    fail "version 1.1.0, which try-package upgrades, does not compile with JUCE 9"
 root=build/debian/$suite
 # shellcheck source=packaging/tryout/debian_root.sh
 . packaging/tryout/debian_root.sh

@@ -26,6 +26,7 @@ Report reportIn(const QTemporaryDir& folder, const QStringList& without)
     Database database(folder.filePath("fortnight/attempts.sqlite"), Database::Access::Read);
     ReportRequest request;
     request.without = without;
+    request.now = QDateTime::currentDateTime();
     return readReport(database, request);
 }
 } // namespace

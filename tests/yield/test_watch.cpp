@@ -200,6 +200,7 @@ private Q_SLOTS:
         station = "X";
         start();
         QTRY_COMPARE_WITH_TIMEOUT(stored(), QStringList{timeOf(2)}, patienceMs);
+        hear("known under another station");
         station = "W";
         QTRY_COMPARE_WITH_TIMEOUT(stored().size(), 2, patienceMs);
         const auto first = std::move(watch);
@@ -212,7 +213,7 @@ private Q_SLOTS:
 
     void hopelessDatabase()
     {
-        QCOMPARE(status(": nothing waits"), 1);
+        QCOMPARE(status(": it is not there"), 1);
         ask("PRAGMA encoding = 'UTF-16'; CREATE TABLE other (a)");
         QVERIFY2(isRefused("encoding UTF8"), watch->said);
     }

@@ -32,8 +32,7 @@ Command stationCommand();
 Command statusCommand();
 Command unitCommand();
 
-/// Counts all attempts of a database, up to now if the request does not say otherwise. Throws
-/// std::runtime_error, also where the station is not known.
+/// Counts all attempts of a database. Throws std::runtime_error, also for an unknown station.
 Report readReport(Database& database, ReportRequest request);
 
 namespace command

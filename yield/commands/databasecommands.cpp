@@ -84,10 +84,9 @@ int showStatus(const QCommandLineParser& parser)
     Database::check(location);
     bool isFine = showDatabase(location);
     const QString root = parser.value("spool");
-    if (const QFileInfo info(root); info.exists() && !info.isReadable())
-        command::fail(QString("the spool %1 cannot be read").arg(root));
     const auto spools = Spool::below(root);
-    messages::tell(QString("spool %1:%2").arg(root, spools.empty() ? " nothing waits" : ""));
+    const QString about = QFileInfo::exists(root) ? " nothing waits" : " it is not there";
+    messages::tell(QString("spool %1:%2").arg(root, spools.empty() ? about : ""));
     for (const Spool& spool : spools)
         isFine = showSpool(spool) && isFine;
     return isFine ? 0 : exitstatus::incomplete;

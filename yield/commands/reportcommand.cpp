@@ -60,8 +60,6 @@ int report(const QCommandLineParser& parser)
 
 Report readReport(Database& database, ReportRequest request)
 {
-    if (!request.now.isValid())
-        request.now = QDateTime::currentDateTime();
     request.news = attemptreader::newestLogs(database, request.now);
     QStringList names;
     for (const StationNews& news : request.news)

@@ -7,7 +7,6 @@
 #include "yield/figures/limits.h"
 #include "yield/logs/attempt.h"
 
-#include <QDate>
 #include <QDateTime>
 #include <QMap>
 #include <QString>

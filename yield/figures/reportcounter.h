@@ -4,11 +4,9 @@
 #pragma once
 
 #include "yield/figures/report.h"
-#include "yield/logs/attempt.h"
 #include "yield/logs/attemptrules.h"
 
 #include <QRegularExpression>
-#include <QString>
 
 #include <optional>
 #include <vector>

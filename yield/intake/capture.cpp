@@ -28,6 +28,7 @@ namespace
 constexpr qint64 secondMs = 1000;
 /// While a folder is away: logs come as soon as it is back.
 constexpr qint64 absentMs = 100;
+constexpr qint64 longestPauseMs = 30000;
 /// A file that has not changed for so long is as its writer wants it. Before, it may be half
 /// written, and another change may have the same time.
 constexpr qint64 settledMs = 2000;
@@ -41,8 +42,9 @@ constexpr int readsBetweenEvents = 16;
 /// known is taken for a share.
 bool isOfThisComputer(const QByteArray& folder)
 {
-    constexpr std::array<unsigned long, 5> disks = {
-        EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, TMPFS_MAGIC, OVERLAYFS_SUPER_MAGIC};
+    constexpr std::array<unsigned long, 7> disks = {
+        EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC,
+        TMPFS_MAGIC,      OVERLAYFS_SUPER_MAGIC, 0x2FC12FC1UL /* zfs */};
     struct statfs found = {};
     return statfs(folder.constData(), &found) == 0 &&
            std::count(disks.begin(), disks.end(), static_cast<unsigned long>(found.f_type)) > 0;
@@ -104,7 +106,7 @@ void Capture::lookAround()
         if (!unread[path].isNamed || !unread[path].isReadable)
             readLog(path);
     // A look at very many files on a share takes a fifth of the time at most.
-    nextLook.setRemainingTime(std::max(pauseMs, 4 * duration.elapsed()));
+    nextLook.setRemainingTime(std::clamp(4 * duration.elapsed(), pauseMs, longestPauseMs));
 }
 
 /// Finds another folder at the path, and the changed files where the kernel does not name them.

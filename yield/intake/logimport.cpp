@@ -55,6 +55,19 @@ void logimport::store(Database& database, const Station& station, const QStringL
         storeBatch(database, station, files.mid(begin, batchSize), listener);
 }
 
+QStringList logimport::doubtsAbout(const StoreCounts& counts)
+{
+    QStringList doubts;
+    if (counts.future > 0)
+        doubts << QString("%1 logs have a date in the future: is the station's clock right?")
+                      .arg(counts.future);
+    if (counts.elsewhere > 0)
+        doubts << QString("%1 logs are known under another station too: was --station mistyped? "
+                          "\"station rename\" puts it right")
+                      .arg(counts.elsewhere);
+    return doubts;
+}
+
 QString logimport::refusal(const QString& path, const QString& reason)
 {
     return QString("%1: not imported: %2").arg(printableText(path), printableText(reason));
@@ -87,13 +100,8 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     out << counts.added + counts.known + counts.notAttempt + refused << " logs: " << counts.added
         << " new, " << counts.known << " already known, " << counts.notAttempt
         << " without any mark, " << refused << " refused" << Qt::endl;
-    const auto warn = [&errors](int logs, const char* what) {
-        if (logs > 0)
-            errors << logs << " logs " << what << Qt::endl;
-    };
-    warn(counts.future, "have a date in the future: is the station's clock right?");
-    warn(counts.elsewhere, "are known under another station too: was --station mistyped? "
-                           "\"station rename\" puts it right");
+    for (const QString& doubt : doubtsAbout(counts))
+        errors << doubt << Qt::endl;
     if (!failure.isEmpty())
         errors << "the database failed: " << failure << "; what is in it stays, import again"
                << Qt::endl;

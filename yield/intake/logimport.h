@@ -42,6 +42,9 @@ struct Listener {
 void store(Database& database, const Station& station, const QStringList& paths,
            const Listener& listener);
 
+/// What a person should look into, of logs that were added; a line each.
+QStringList doubtsAbout(const StoreCounts& counts);
+
 /// How a log that was refused is named.
 QString refusal(const QString& path, const QString& reason);
 

@@ -8,7 +8,6 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -95,8 +94,10 @@ Spool Spool::locked(const QString& root, const QString& database, const Station&
     const int lock =
         open(QFile::encodeName(root + lockFile).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     check(lock >= 0, root + lockFile);
-    check(flock(lock, LOCK_EX | LOCK_NB) == 0,
-          root + " is in use by another watch; give --spool another folder");
+    const bool isLocked = flock(lock, LOCK_EX | LOCK_NB) == 0;
+    if (!isLocked && errno == EWOULDBLOCK)
+        fail(root + " is in use by another watch; give --spool another folder");
+    check(isLocked, root + lockFile);
     for (const Spool& other : below(root))
         if (other.database != database && !other.waiting().isEmpty())
             fail(QString("%1 is that of the database %2, for which logs wait; give --spool another "
@@ -111,6 +112,9 @@ std::vector<Spool> Spool::below(const QString& root)
 {
     std::vector<Spool> spools;
     const QDir all(root + versionFolder);
+    for (const QFileInfo& folder : {QFileInfo(root), QFileInfo(all.path())})
+        if (folder.exists() && !folder.isReadable())
+            fail(root + " cannot be read");
     for (const QString& name : all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
         QFile about(all.filePath(name) + aboutFile);
         if (!about.open(QIODevice::ReadOnly))

@@ -9,7 +9,6 @@
 
 #include <QFile>
 
-#include <chrono>
 #include <utility>
 
 #include <sys/stat.h>
@@ -141,6 +140,8 @@ void StoreWorker::noteStored(const StoreCounts& counts)
     sinceAway.invalidate();
     if (counts.added > 0)
         messages::tell(QString("new: %1").arg(counts.added));
+    for (const QString& doubt : logimport::doubtsAbout(counts))
+        messages::warn(doubt);
 }
 
 void StoreWorker::noteAway(const QString& reason)

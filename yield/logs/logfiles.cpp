@@ -11,11 +11,8 @@
 
 namespace
 {
-/// Qt reads what is not in the system's encoding as this character.
-bool hasForeignName(const QString& path)
-{
-    return path.contains(QChar(QChar::ReplacementCharacter));
-}
+/// What Qt reads where a name is not in the system's encoding.
+const QChar foreign(QChar::ReplacementCharacter);
 } // namespace
 
 QStringList logfiles::filesOf(const QString& path)
@@ -42,7 +39,7 @@ QStringList logfiles::filesOf(const QString& path)
 
 bool logfiles::isGone(const QString& path)
 {
-    return !hasForeignName(path) && !QFileInfo::exists(path);
+    return !path.contains(foreign) && !QFileInfo::exists(path);
 }
 
 std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason)
@@ -58,7 +55,8 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
         bytes = file.read(stationlog::longestLog + 1);
     if (file.error() == QFileDevice::NoError)
         return bytes;
-    reason = hasForeignName(path) ? QString("its name has a foreign encoding") : file.errorString();
+    reason =
+        path.contains(foreign) ? QString("its name has a foreign encoding") : file.errorString();
     return std::nullopt;
 }
 

@@ -68,11 +68,11 @@ std::optional<BandMarks> marksIn(const QByteArray& components, QString& reason)
 /// What is wrong with the beginning of a log; empty if nothing is.
 QString whatIsWrong(const QByteArray& bytes)
 {
-    if (bytes.size() > stationlog::longestLog)
-        return "it is too long for a log";
     for (const char* byteOrderMark : {"\xFF\xFE", "\xEF\xBB\xBF"})
         if (bytes.startsWith(byteOrderMark))
             return "it has a foreign encoding: it begins with a byte order mark";
+    if (bytes.size() > stationlog::longestLog)
+        return "it is too long for a log";
     if (headBegin.startsWith(bytes))
         return "it is half a log: it ends before the serial";
     if (!bytes.startsWith(maker))

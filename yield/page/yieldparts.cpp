@@ -10,7 +10,6 @@
 #include "yield/page/parts.h"
 
 #include <QLocale>
-#include <QStringList>
 
 #include <algorithm>
 
@@ -108,26 +107,30 @@ Cells stationCells(const StationReport& station, const Tally& all)
            yieldCells(station.tally, all) + Cells{{worstControl(station), "line"}};
 }
 
-/// Stations as periods, with gaps between them: no line connects them.
+/// Stations as periods, with gaps between them: no line connects them. Names too long for their
+/// places keep their ends, which tell them apart.
 Timeline sideBySide(const QMap<QString, StationReport>& stations)
 {
+    constexpr int lettersOfAll = 120;
+    const int letters = std::max(2, lettersOfAll / std::max(1, stations.size()));
     Timeline timeline{"station", {}, 2 * stations.size() - 1};
-    for (const StationReport& station : stations)
-        timeline.periods.append(
-            {2 * timeline.periods.size(), station.name, station.name, station.tally});
+    for (const StationReport& station : stations) {
+        const QString& name = station.name;
+        const QString label = name.size() <= letters ? name : "…" + name.right(letters - 1);
+        timeline.periods.append({2 * timeline.periods.size(), name, label, station.tally});
+    }
     return timeline;
 }
 
 QString numberRows(const QVector<AttemptsByNumber>& numbers)
 {
-    QString rows;
-    for (int i = 0; i < numbers.size(); ++i)
-        rows +=
-            html::row({{QString::number(i + 1) + (i + 1 == Report::maxNumbers ? " and later" : "")},
-                       {count(numbers.at(i).attempts), "number"},
-                       {share(numbers.at(i).passed, numbers.at(i).attempts), "line"},
-                       {count(numbers.at(i).endedEarly), "number"}});
-    return rows;
+    return html::rows(numbers, [i = 0](const AttemptsByNumber& each) mutable {
+        ++i;
+        return Cells{{QString::number(i) + (i == Report::maxNumbers ? " and later" : "")},
+                     {count(each.attempts), "number"},
+                     {share(each.passed, each.attempts), "line"},
+                     {count(each.endedEarly), "number"}};
+    });
 }
 
 Cell serialCell(const QString& serial)

@@ -3,13 +3,11 @@
 
 #include "yield/store/attemptstore.h"
 
-#include "yield/logs/attemptrules.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 #include "yield/store/stationrows.h"
 
 #include <QDateTime>
-#include <QStringList>
 
 #include <algorithm>
 

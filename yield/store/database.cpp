@@ -13,7 +13,6 @@
 #include <QRegularExpression>
 #include <QSqlError>
 #include <QStandardPaths>
-#include <QStringList>
 #include <QUrl>
 #include <QUuid>
 
@@ -144,15 +143,10 @@ DatabaseError Database::errorOf(const QSqlError& error) const
 {
     const QString text = error.databaseText().trimmed();
     QString line = (text.isEmpty() ? error.driverText() : text).section('\n', 0, 0).trimmed();
-    QString code = error.nativeErrorCode();
-    if (isFile) {
-        constexpr int primaryCode = 0xFF; // of SQLite's extended codes
-        code = QString::number(code.toInt() & primaryCode);
-        if (link.database.isOpen() && !QFileInfo::exists(place))
-            line += " (the file was deleted or moved)";
-    }
+    if (isFile && link.database.isOpen() && !QFileInfo::exists(place))
+        line += " (the file was deleted or moved)";
     for (const QString& begin : dialect.dataErrors)
-        if (code.startsWith(begin))
+        if (error.nativeErrorCode().startsWith(begin))
             return {DatabaseError::Kind::Data, place + ": " + line};
     return {DatabaseError::Kind::Away, place + ": " + line};
 }
