@@ -29,10 +29,8 @@ private Q_SLOTS:
         };
         row("nothing changed", "whole", "whole", 60, true);
         row("good once more", "whole", "whole", 61, false);
-        row("broken off, saved twice", "to20", "to20", 1800, true);
         row("dead tail twice", "to20", "to20", 1801, false);
         row("saved in mid-run", "to20", "whole", 1800, true);
-        row("tail repaired", "to20", "whole", 1801, false);
         row("saved in mid-control", "to21-20.1", "whole", 300, true);
         row("saved in mid-run, then a miss", "to2", "whole-3.5", 300, true);
         row("fewer marks", "whole", "to20", 30, false);
