@@ -5,7 +5,6 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,6 +20,7 @@ class TestCommands : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(folder.filePath("data")));
         QVERIFY(QDir(folder.path()).mkpath("logs/of last year"));
         const QString logs = folder.filePath("logs/");
         unitlogs::write(logs + "formula.txt", "=cmd|'/C'!A0", "whole");
@@ -183,9 +183,6 @@ private:
     {
         QProcess process;
         process.setWorkingDirectory(folder.path());
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("XDG_DATA_HOME", folder.filePath("data"));
-        process.setProcessEnvironment(environment);
         process.start(ZORVI_YIELD, words.isEmpty() ? QStringList() : words.split(' '));
         process.waitForFinished(60000);
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,

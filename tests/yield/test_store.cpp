@@ -34,8 +34,7 @@ void begin(QProcess& importer, const QString& database, const QString& station,
 
 int finish(QProcess& importer)
 {
-    constexpr int patienceMs = 60000;
-    return importer.waitForFinished(patienceMs) ? importer.exitCode() : -1;
+    return importer.waitForFinished(60000) ? importer.exitCode() : -1;
 }
 
 /// Stores "SERIAL/MINUTE/MARKS ..." and gives the counts.
@@ -114,8 +113,7 @@ private Q_SLOTS:
 
     void initTestCase()
     {
-        const QString problem = server.create();
-        QVERIFY2(problem.isEmpty(), qPrintable(problem));
+        QCOMPARE(server.create(), QString());
         logPaths << folder.filePath("many") << folder.filePath("retests");
         QVERIFY(QDir().mkpath(logPaths[0]) && QDir().mkpath(logPaths[1]));
         for (int unit = 0; unit < unitCount; ++unit) {
@@ -249,7 +247,6 @@ private Q_SLOTS:
                              "missed %1 12:34:00 3 5, save %1 12:00:00 0 0")
                          .arg(tried));
         } while (std::next_permutation(logs.begin(), logs.end()));
-        QCOMPARE(tried, 24);
         QCOMPARE(run(database, "check"), QString());
     }
 
@@ -358,8 +355,7 @@ private Q_SLOTS:
         QProcess importer;
         begin(importer, location, "S", logPaths, "117");
         QCOMPARE(finish(importer), 2);
-        const QByteArray errors = importer.readAllStandardError();
-        QVERIFY2(errors.contains("the database failed: " + location.toUtf8()), errors.constData());
+        QVERIFY(importer.readAllStandardError().contains("database failed: " + location.toUtf8()));
         // Nothing of a transaction that failed is said to be stored.
         QVERIFY(importer.readAllStandardOutput().startsWith("0 logs: 0 new,"));
         import(location);

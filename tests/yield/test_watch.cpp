@@ -66,8 +66,7 @@ private Q_SLOTS:
     {
         umask(0); // the watch is another user
         qputenv("YIELD", ZORVI_YIELD);
-        const QString problem = server.create();
-        QVERIFY2(problem.isEmpty(), qPrintable(problem));
+        QCOMPARE(server.create(), QString());
     }
 
     void init()
@@ -331,11 +330,10 @@ private:
     static void addOldLogs(int count)
     {
         constexpr int mostLinks = 50000;
-        unitlogs::write("data/V", "V", "whole", unitlogs::noon().addSecs(-60));
         for (int i = 0; i < count; ++i) {
             const QString source = QString("data/%1").arg(i / mostLinks);
             if (i % mostLinks == 0)
-                QVERIFY(QFile::copy("data/V", source));
+                unitlogs::write(source, "V", "whole", unitlogs::noon().addSecs(-60));
             QVERIFY(link(qPrintable(source), qPrintable(QString("Logs/%1").arg(i))) == 0);
         }
     }
