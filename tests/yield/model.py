@@ -27,10 +27,8 @@ from scipy import stats
 BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
 HIDDEN = "[\t\x01\u202e\ufffe\uffff]"
-SELECTIONS = ["since", "until", "station"]
 COLOURS = [0, 1, 2, 5, 10, 100]
 SECOND = datetime.timedelta(seconds=1)
-TODAY = datetime.date.today()
 
 AXE = """axe.run().then(found => {
     found.violations.forEach(each => console.log('WRONG: ' + each.id + ' ' + each.nodes[0].html));
@@ -67,12 +65,10 @@ def continues(attempt, log):
 def outcome(marks, tests_18):
     """The missed bands by component, and where the run ended early."""
     tried = tested(tests_18)
-    untouched = 0
-    while untouched < len(tried) and "1" not in marks[tried[-1 - untouched]]:
-        untouched += 1
-    ended = tried[-untouched] if untouched >= 2 else None
+    worked = max((i + 1 for i, c in enumerate(tried) if "1" in marks[c]), default=0)
+    ended = tried[worked] if worked <= len(tried) - 2 else None
     if ended is not None:
-        tried = tried[:-untouched]
+        tried = tried[:worked]
     missed = {c: [b for b, mark in enumerate(marks[c]) if mark == "0"] for c in tried}
     return {c: bands for c, bands in missed.items() if bands}, ended
 
@@ -129,12 +125,8 @@ def limits(part, units):
     return low, of - sum(stats.binom.sf(range(-1, of), of, share_of_all) < TAIL)
 
 
-def is_on_axis(unit, today):
-    return day_of(unit).year >= 2000 and (day_of(unit) - today).days <= 1
-
-
 def periods(units):
-    """Of days, weeks or months the place on the axis, the name and the units."""
+    """Of days, weeks or months the place on the axis, the names and the units."""
     if not units:
         return []
     units = sorted(units, key=day_of)
@@ -144,18 +136,20 @@ def periods(units):
     def period(unit):
         day = day_of(unit)
         if (end - begin).days < 70:
-            return (day - begin).days, date(day, "%A, ")
+            return (day - begin).days, date(day, "%A, "), f"{day.day} {day:%b}"
         if (end - begin).days < 490:
             week = (day - monday).days // 7
-            return week, date(monday + datetime.timedelta(days=7 * week), "Week of ")
-        return (day.year - begin.year) * 12 + day.month - begin.month, f"{day:%B %Y}"
+            day = monday + datetime.timedelta(days=7 * week)
+            return week, date(day, "Week of "), f"{day.day} {day:%b}"
+        months = (day.year - begin.year) * 12 + day.month - begin.month
+        return months, f"{day:%B %Y}", f"{day:%b %y}"
 
     return [(*key, list(part)) for key, part in itertools.groupby(units, period)]
 
 
 def by_station(units):
     names = sorted({unit[0].station for unit in units})
-    return [(2 * i, n, [u for u in units if u[0].station == n]) for i, n in enumerate(names)]
+    return [(2 * i, n, n, [u for u in units if u[0].station == n]) for i, n in enumerate(names)]
 
 
 def false_failures(units):
@@ -287,10 +281,10 @@ def tables_of(units, parts, missed):
             ["False failures", percent(*false), "%d of %d failures" % false],
         ],
         "Units not complete": [[c[0], c[5], c[6], c[1]] for c in still_open],
-        "Yield by time": [[n, str(len(p))] + yields(p, units) for _, n, p in parts],
+        "Yield by time": [[n, str(len(p))] + yields(p, units) for _, n, _, p in parts],
         "Yield by station": [
             [n, f"{len(p):,}", f"{sum(map(len, p)):,}"] + yields(p, units) + [most_missed(p)]
-            for _, n, p in by_station(units)
+            for _, n, _, p in by_station(units)
         ],
         "All controls": [[title(row[0]), missed_by(*row)] for row in missed],
         "What was missed": [
@@ -317,11 +311,10 @@ def texts(elements):
     return ["".join(element.itertext()).replace("\xa0", " ") for element in elements]
 
 
-def page_tables(page):
-    areas = page.iter("div")
-    tables = {area.get("aria-label"): area.findall("table/*/tr") for area in areas}
-    rows = {label: [texts(row) for row in table] for label, table in tables.items() if table}
-    return {**rows, "tiles": [texts(tile) for tile in page.iterfind(".//*[@class='tile']")]}
+def rows_of(page, label):
+    rows = f".//div[@aria-label='{label}']/table/tbody/tr"
+    found = page.iterfind(".//*[@class='tile']" if label == "tiles" else rows)
+    return [texts(row) for row in found]
 
 
 def shapes(picture, *kinds):
@@ -351,23 +344,21 @@ def seen_periods(picture):
     """Of each period its mark, whether a line leads to it, its yield, limits, bar and place."""
     at, _ = percent_scale(picture)
     heights = [float(bar.get("height")) for bar in shapes(picture, "bar")]
-    fields = [
-        [float(field.get(key)) for key in ("x", "y", "width", "height")]
-        for field in shapes(picture, "within")
-    ]
+    fields = shapes(picture, "within")
     ends = [points(line)[1] for line in shapes(picture, "trend")]
     marks = shapes(picture, "dot", "below", "above")
-    for mark, bar, (left, top, width, height) in zip(marks, heights, fields):
+    for mark, bar, field in zip(marks, heights, fields):
         x, y = centre_of(mark)
-        place = (x - width / 2 - fields[0][0]) / width
+        top, width, height = (float(field.get(key)) for key in ("y", "width", "height"))
+        place = (x - width / 2 - float(fields[0].get("x"))) / width
         row = [at(y), at(top), at(top + height), bar / max(heights), place]
         yield [mark.get("class"), (x, y) in ends] + row
     yield at(points(shapes(picture, "centre")[0])[0][1])
 
 
 def expected_periods(parts, units, lowest):
-    most, before = max(len(part) for _, _, part in parts), None
-    for place, _, part in parts:
+    most, before = max(len(part) for *_, part in parts), None
+    for place, _, _, part in parts:
         passed, of = results(part, 0), len(part)
         low, high = limits(part, units)
         kind = "below" if passed < low else "above" if passed > high else "dot"
@@ -376,13 +367,6 @@ def expected_periods(parts, units, lowest):
         yield [kind, before == place - 1] + row
         before = place
     yield max(100 * results(units, 0) / len(units), lowest)
-
-
-def short_name(period):
-    """Of a day or a week "9 Nov", of a month "Nov 26"; a station's is its own."""
-    day = re.fullmatch(r".*?(\d+ [A-Z][a-z]{2}) \d{4}", period)
-    month = re.fullmatch(r"([A-Z][a-z]{2})[a-z]* \d\d(\d\d)", period)
-    return day[1] if day else " ".join(month.groups()) if month else period
 
 
 def pictures(page, units, parts, missed):
@@ -395,8 +379,8 @@ def pictures(page, units, parts, missed):
             lowest = percent_scale(picture)[1]
             yield list(seen_periods(picture)), list(expected_periods(some, units, lowest))
             seen = texts(shapes(picture, "label middle"))
-            expected = [short_name(period) for _, period, _ in some]
-            cells = [yields(part, units) for _, _, part in some]
+            expected = [short for _, _, short, _ in some]
+            cells = [yields(part, units) for *_, part in some]
             outside = [cell[0].split(" (")[0] for cell in cells if cell[1][0] in "▼▲"]
             yield texts(shapes(picture, "value middle")), outside
             yield [seen[:1], set(seen) - set(expected)], [expected[:1], set()]
@@ -447,18 +431,16 @@ def wrongs(page, logs, tests_18, request):
     text = " ".join(" ".join(texts(page.iter("p"))).split())
     today = datetime.date.fromisoformat(re.search("Made on (.{10})", text)[1])
     units, left_out = selected(units_of(logs, tests_18), request)
-    on_axis = [unit for unit in units if is_on_axis(unit, today)]
+    on_axis = [u for u in units if day_of(u).year >= 2000 and (day_of(u) - today).days <= 1]
     parts, missed = periods(on_axis), list(controls(units, tests_18))
     tables = {"The last days": list(recent_days(units, request, today))}
     tables.update(tables_of(units, parts, missed) if units else {"tiles": []})
-    seen_tables = page_tables(page)
     for label, rows in tables.items():
-        seen = seen_tables.get(label, [])
+        seen = rows_of(page, label)
         if label == "Units not complete":  # without what the last attempt missed
             seen = [row[:4] for row in seen]
-        head = seen[: label != "tiles"]
-        if seen != head + rows:
-            yield label, seen, head + rows
+        if seen != rows:
+            yield label, seen, rows
     for cell in page.iter("td"):
         is_bad = re.match("nothing since|no log|▼|(not complete|ended early)$", cell.text or "")
         if bool(is_bad) != (cell.get("class") == "bad"):
@@ -533,7 +515,7 @@ def plant():
     serials += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
     serials += ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
     long = random.choice([3, 12, 40, 80])
-    days = [TODAY + datetime.timedelta(days=ahead) for ahead in range(-long, 3)]
+    days = [datetime.date.today() + datetime.timedelta(days=ahead) for ahead in range(-long, 3)]
     days += [datetime.date(1999, 12, 31), datetime.date(2000, 1, 1)]
     patterns = [[], ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]]
     logs = [log for s in serials for log in unit_logs(s, tests_18, random.choice(days))]
@@ -575,18 +557,17 @@ def browse(page, *options):
 def wrong_in_browser(page):
     """Dark and light, a phone's width and a wide one; and on paper with long lists."""
     text = page.read_text()
-    script, looks = pathlib.Path(__file__).with_name("pagecheck.js").read_text(), 2
+    script = pathlib.Path(__file__).with_name("pagecheck.js").read_text()
     if "ZORVI_AXE" in os.environ:
         script += pathlib.Path(os.environ["ZORVI_AXE"]).read_text() + AXE
-        looks = 4
+    looks = 2 * script.count("'CHECKED")
     page.write_text(text + f"<script>{script}</script>")
     frames = page.with_name("frames.html")
     frame = "<iframe src='page.html' width='{}' height='800'></iframe>"
     frames.write_text(frame.format(400) + frame.format(1600))
     options = ["--enable-logging=stderr", "--virtual-time-budget=20000", "--dump-dom"]
     for scheme in "01":
-        option = f"--blink-settings=preferredColorScheme={scheme}"
-        said = browse(frames, *options, option)
+        said = browse(frames, *options, f"--blink-settings=preferredColorScheme={scheme}")
         if re.search("WRONG|Uncaught", said) or said.count("CHECKED") != looks:
             yield re.findall(".*(?:WRONG|Uncaught|CHECKED).*", said)
     row = re.search('(?s)id="open".*?<tbody>(.*?</tr>)', text)[1]
@@ -610,7 +591,7 @@ def wrongs_of_plant(program, folder, is_last):
         options = ["--station", station] + ["--tests-18"] * tests_18[station]
         subprocess.run([program, "import", *database, *options, path], check=True)
     for request in requests:
-        options = [f"--{key}={request[key]}" for key in SELECTIONS if request[key]]
+        options = [f"--{key}={each}" for key, each in request.items() if each and key != "without"]
         options += [f"--without={wild}" for wild in request["without"]]
         page = folder / "page.html"
         subprocess.run([program, "report", *database, *options, "--output", page], check=True)

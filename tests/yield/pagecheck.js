@@ -31,10 +31,9 @@
     const fill = kind => probe(kind).fill;
 
     const texts = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
-    let count = 0;
     while (texts.nextNode()) {
         const parent = texts.currentNode.parentElement;
-        if (texts.currentNode.data.trim() && !parent.closest('svg, script') && ++count)
+        if (texts.currentNode.data.trim() && !parent.closest('svg, script'))
             need(4.5, style(parent).color, ground(parent), texts.currentNode.data);
     }
     for (const text of all('svg text')) {
@@ -67,8 +66,5 @@
     for (const link of all('nav a'))
         if (!document.querySelector(link.getAttribute('href')))
             say('a link leads nowhere: ' + link.textContent);
-    for (const term of all('[title]'))
-        if (term.title.length < 30)
-            say('a word has no meaning: ' + term.title);
-    console.log('CHECKED ' + count + ' texts');
+    console.log('CHECKED');
 })();

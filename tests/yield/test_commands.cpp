@@ -5,21 +5,11 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-namespace
-{
-struct Outcome {
-    int status = -1;
-    QByteArray out;
-    QByteArray errors;
-};
-} // namespace
 
 /// The real program on its command line, with the default database, in a folder that is not there
 /// yet. The tests go on from one another.
@@ -30,22 +20,17 @@ class TestCommands : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(folder.filePath("data")));
         QVERIFY(QDir(folder.path()).mkpath("logs/of last year"));
-        const auto write = [this](const QString& name, const QString& serial,
-                                  const BandMarks& marks, int size = 9999) {
-            QFile file(folder.filePath("logs/" + name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            const QStringList lines = unitlogs::lines(serial, unitlogs::noon(), marks);
-            file.write((lines.join('\n').toUtf8() + '\n').left(size));
-        };
-        write("formula.txt", "=cmd|'/C'!A0", unitlogs::whole());
-        write("awkward.txt", QString::fromUtf8("a\"b,\t<b>\x1B[31m\r\nü"),
-              unitlogs::allBut({{3, 5}, {3, 6}, {10, 1}, {18, 0}, {18, 1}}));
-        write("blank.txt", "blank", {});
-        write("half.txt", "half", unitlogs::whole(), 3000);
-        write("of last year/whole.txt", "last year", unitlogs::whole());
-        foreign = QFile::encodeName(folder.filePath("logs/Gr")) + "\xF6\xDF"
-                                                                  "e.txt";
+        const QString logs = folder.filePath("logs/");
+        unitlogs::write(logs + "formula.txt", "=cmd|'/C'!A0", "whole");
+        unitlogs::write(logs + "awkward.txt", QString::fromUtf8("a\"b,\t<b>\x1B[31m\r\nü"),
+                        "whole-3.5-3.6-10.1");
+        unitlogs::write(logs + "blank.txt", "blank", "to0");
+        unitlogs::write(logs + "of last year/whole.txt", "last year", "whole");
+        unitlogs::write(logs + "half.txt", "half", "whole");
+        QVERIFY(QFile::resize(logs + "half.txt", 3000));
+        foreign = QFile::encodeName(logs + "Gr") + "\xF6\xDF.txt";
         QVERIFY(mknod(foreign.constData(), S_IFREG | 0600, 0) == 0);
         QVERIFY(mkfifo(QFile::encodeName(folder.filePath("pipe")).constData(), 0600) == 0);
     }
@@ -64,7 +49,7 @@ private Q_SLOTS:
         };
         row("import --station +Line logs pipe nowhere", 1,
             "7 logs: 2 new, 0 already known, 1 without any mark, 4 refused\n"
-            "logs/Gr\uFFFD\uFFFDe.txt: not imported: its name has a foreign encoding\n"
+            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name has a foreign encoding\n"
             "logs/half.txt: not imported: it is half a log: it ends in component 20\n"
             "pipe: not imported: it is no file\n"
             "nowhere: not imported: No such file or directory\n");
@@ -145,29 +130,27 @@ private Q_SLOTS:
     void outputs()
     {
         QCOMPARE(QDir(folder.path()).entryList({"*.html"}), QStringList{"page.html"});
-        for (const char* device : {"/dev/null", "/dev/full"}) {
-            struct stat found = {};
-            QVERIFY(stat(device, &found) == 0 && S_ISCHR(found.st_mode));
-        }
+        for (const char* device : {"/dev/null", "/dev/full"})
+            QVERIFY(QFileInfo::exists(device) && !QFileInfo(device).isFile());
     }
 
     /// The last attempt decides; one that ended early is not complete, and named.
     void unitsOneAfterTheOther()
     {
         const auto import = [&](const QString& name, const QDateTime& when,
-                                const BandMarks& marks = unitlogs::whole()) {
-            unitlogs::write(folder.path(), name, marks, when);
-            return run("import --station S " + unitlogs::path(".", name)).errors;
+                                const QString& marks = "whole") {
+            unitlogs::write(folder.filePath(name), name, marks, when);
+            return run("import --station S " + name).errors;
         };
         QCOMPARE(import("@u", unitlogs::noon()), QByteArray());
-        QCOMPARE(import("@u", unitlogs::noon().addSecs(3600), unitlogs::upTo(12)), QByteArray());
+        QCOMPARE(import("@u", unitlogs::noon().addSecs(3600), "to12"), QByteArray());
         const Outcome unit = run("unit @u");
         QCOMPARE(unit.status, 1);
         QVERIFY(unit.out.endsWith("13:00:00  S  ended early at Button 3\n"));
         QVERIFY(
             run("export --format csv").out.contains("\"'@u\",2026-11-21T13:00:00,0,\"\",12\r\n"));
         // Each is told once, and clocks that differ by a little not at all.
-        const QString again = "import --station T " + unitlogs::path(".", "@u");
+        const QString again = "import --station T @u";
         QVERIFY(run(again).errors.startsWith("1 logs are known under another station"));
         QCOMPARE(run(again).errors, QByteArray());
         const QDateTime now = QDateTime::currentDateTime();
@@ -189,14 +172,17 @@ private Q_SLOTS:
     }
 
 private:
+    struct Outcome {
+        int status = -1;
+        QByteArray out;
+        QByteArray errors;
+    };
+
     /// The words have one blank between them.
     Outcome run(const QString& words) const
     {
         QProcess process;
         process.setWorkingDirectory(folder.path());
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("XDG_DATA_HOME", folder.filePath("data"));
-        process.setProcessEnvironment(environment);
         process.start(ZORVI_YIELD, words.isEmpty() ? QStringList() : words.split(' '));
         process.waitForFinished(60000);
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,

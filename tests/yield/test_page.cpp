@@ -6,7 +6,6 @@
 #include "yield/page/page.h"
 
 #include <QBuffer>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -26,15 +25,9 @@ private Q_SLOTS:
         report.total = {12000, 14000, 10800, 6900, 120};
         report.controls.fill({}, 44);
         Attempt attempt{"One", true, "open", "2026-11-18T07:15:59", ~BandMarks() >> 26};
-        for (const auto& band : {bandmarks::Band{3, 0},
-                                 {3, 1},
-                                 {3, 5},
-                                 {3, 11},
-                                 {3, 12},
-                                 {9, 1},
-                                 {10, 0},
-                                 {10, 1},
-                                 {11, 0}})
+        const QVector<bandmarks::Band> missed{{3, 0}, {3, 1},  {3, 5},  {3, 11}, {3, 12},
+                                              {9, 1}, {10, 0}, {10, 1}, {11, 0}};
+        for (const auto& band : missed)
             attempt.marks.reset(bandmarks::markIndex(band.componentNum, band.band));
         report.openUnits = {{attempt, attempt, 1234}};
         report.repeatedUnits = {{attempt, attempt, 5678}};
@@ -73,9 +66,6 @@ private Q_SLOTS:
         };
         for (const QString& part : parts)
             QVERIFY2(text.contains(part), qPrintable(part + " in " + text));
-        QFile full("/dev/full");
-        QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        QVERIFY(!page::write(report, full));
     }
 
     /// Only all are 100 %, and only none 0 %.

@@ -34,8 +34,7 @@ void begin(QProcess& importer, const QString& database, const QString& station,
 
 int finish(QProcess& importer)
 {
-    constexpr int patienceMs = 60000;
-    return importer.waitForFinished(patienceMs) ? importer.exitCode() : -1;
+    return importer.waitForFinished(60000) ? importer.exitCode() : -1;
 }
 
 /// Stores "SERIAL/MINUTE/MARKS ..." and gives the counts.
@@ -44,7 +43,7 @@ QString store(Database& database, const Station& station, const QStringList& wor
     std::vector<StationLog> logs;
     for (const QString& word : words) {
         const QStringList parts = word.split('/');
-        logs.push_back(unitlogs::log(parts[0], parts[1].toInt(), unitlogs::marks(parts[2])));
+        logs.push_back(unitlogs::log(parts[0], 60 * parts[1].toInt(), parts[2]));
     }
     const StoreCounts counts = attemptstore::store(database, station, logs);
     QString text;
@@ -114,16 +113,16 @@ private Q_SLOTS:
 
     void initTestCase()
     {
-        const QString problem = server.create();
-        QVERIFY2(problem.isEmpty(), qPrintable(problem));
+        QCOMPARE(server.create(), QString());
         logPaths << folder.filePath("many") << folder.filePath("retests");
         QVERIFY(QDir().mkpath(logPaths[0]) && QDir().mkpath(logPaths[1]));
         for (int unit = 0; unit < unitCount; ++unit) {
-            const QString serial = QString::number(unit);
-            unitlogs::write(logPaths[0], serial,
-                            unit % 20 == 0 ? unitlogs::upTo(unit % 43 + 1) : unitlogs::whole());
+            const QString serial = QString("/%1").arg(unit);
+            unitlogs::write(logPaths[0] + serial, serial,
+                            unit % 20 == 0 ? QString("to%1").arg(unit % 43 + 1) : "whole");
             if (unit % 10 == 0)
-                unitlogs::write(logPaths[1], serial, unitlogs::allBut({{unit % 9, unit % 13}}),
+                unitlogs::write(logPaths[1] + serial, serial,
+                                QString("all-%1.%2").arg(unit % 9).arg(unit % 13),
                                 unitlogs::noon().addSecs(unit % 20 == 0 ? 3600 : -3600));
         }
         QElapsedTimer time;
@@ -159,9 +158,9 @@ private Q_SLOTS:
         const QString two = "attempt early @ 0 19, attempt whole @ 1";
         const QString twoWith18 = "attempt early @ 0 18, attempt whole @ 0, "
                                   "missed whole @ 18 0, missed whole @ 18 1";
-        row("what a log can be", "X a/0/whole; S a/0/whole a/0/whole b/0/none; S a/0/whole",
+        row("what a log can be", "X a/0/whole; S a/0/whole a/0/whole b/0/to0; S a/0/whole",
             "10000; 11110; 01000", "attempt a @ 1");
-        row("clock of the future", "S a/9999999/none a/9999999/whole-3.5", "10101",
+        row("clock of the future", "S a/9999999/to0 a/9999999/whole-3.5", "10101",
             "attempt a 2045-11-25T22:39:00 0, missed a 2045-11-25T22:39:00 3 5");
         row("18 never", "S whole/0/whole early/0/to18", "20000", two);
         row("18 told later", "S whole/0/whole early/0/to18; S+; S", "20000; 00000; 00000",
@@ -248,7 +247,6 @@ private Q_SLOTS:
                              "missed %1 12:34:00 3 5, save %1 12:00:00 0 0")
                          .arg(tried));
         } while (std::next_permutation(logs.begin(), logs.end()));
-        QCOMPARE(tried, 24);
         QCOMPARE(run(database, "check"), QString());
     }
 
@@ -262,18 +260,16 @@ private Q_SLOTS:
             serials += {QString(odd), QString(odd) + "A", QString("A") + odd, QString(2, odd)};
         std::vector<StationLog> logs;
         for (const QString& serial : serials)
-            logs.push_back(unitlogs::log(serial, 0, unitlogs::whole()));
+            logs.push_back(unitlogs::log(serial, 0, "whole"));
         Database database(location, Database::Access::Write);
         const QString station = QString::fromUtf8("\uFEFFodd \uFFFF");
         QCOMPARE(attemptstore::store(database, {station, false}, logs).added, serials.size());
         QCOMPARE(attemptstore::store(database, {station, false}, logs).known, serials.size());
-        QStringList found;
+        QSet<QString> found;
         attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
             found << (attempt.station == station ? attempt.serial : "at another station");
         });
-        std::sort(found.begin(), found.end());
-        std::sort(serials.begin(), serials.end());
-        QCOMPARE(found, serials);
+        QCOMPARE(found, QSet<QString>(serials.begin(), serials.end()));
         // What the tables refuse is the log's fault: the next one may be stored.
         const QString nameless = "SQL INSERT INTO stations (name) VALUES (NULL)";
         QVERIFY(run(database, nameless).startsWith("data: "));
@@ -281,18 +277,13 @@ private Q_SLOTS:
 
     void otherEncoding()
     {
-        if (isServer()) {
-            Database utf8(location, Database::Access::Write);
-            QCOMPARE(run(utf8, "SQL CREATE DATABASE latin ENCODING LATIN1 LOCALE_PROVIDER libc "
-                               "LOCALE 'C' TEMPLATE template0"),
-                     QString());
-            location.replace("/postgres", "/latin");
-        } else {
-            const QString script =
-                "import sqlite3, sys; sqlite3.connect(sys.argv[1])."
-                "executescript('PRAGMA encoding = \"UTF-16\"; CREATE TABLE a (b)')";
-            QCOMPARE(QProcess::execute("python3", {"-c", script, location}), 0);
-        }
+        if (!isServer())
+            return;
+        Database utf8(location, Database::Access::Write);
+        QCOMPARE(run(utf8, "SQL CREATE DATABASE latin ENCODING LATIN1 LOCALE_PROVIDER libc "
+                           "LOCALE 'C' TEMPLATE template0"),
+                 QString());
+        location.replace("/postgres", "/latin");
         QVERIFY_EXCEPTION_THROWN(Database(location, Database::Access::Write), DatabaseError);
     }
 
@@ -364,8 +355,7 @@ private Q_SLOTS:
         QProcess importer;
         begin(importer, location, "S", logPaths, "117");
         QCOMPARE(finish(importer), 2);
-        const QByteArray errors = importer.readAllStandardError();
-        QVERIFY2(errors.contains("the database failed: " + location.toUtf8()), errors.constData());
+        QVERIFY(importer.readAllStandardError().contains("database failed: " + location.toUtf8()));
         // Nothing of a transaction that failed is said to be stored.
         QVERIFY(importer.readAllStandardOutput().startsWith("0 logs: 0 new,"));
         import(location);

@@ -7,7 +7,6 @@
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/stationlog.h"
 
-#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
@@ -15,46 +14,20 @@
 /// Logs as the station itself writes them, and what a database made of them.
 namespace unitlogs
 {
-/// Every mark but those of the given bands.
-inline BandMarks allBut(const std::vector<bandmarks::Band>& missed)
-{
-    BandMarks marks = ~BandMarks();
-    for (const auto& band : missed)
-        marks.reset(bandmarks::markIndex(band.componentNum, band.band));
-    return marks;
-}
-
-/// A whole run at a station without component 18.
-inline BandMarks whole()
-{
-    return allBut({{18, 0}, {18, 1}});
-}
-
-/// The marks of a run that got as far as that component, which it did not work.
-inline BandMarks upTo(int componentNum)
-{
-    BandMarks marks = whole();
-    for (auto mark = bandmarks::markIndex(componentNum, 0); mark < marks.size(); ++mark)
-        marks.reset(mark);
-    return marks;
-}
-
-/// "whole", "all" (with component 18), "18" (alone), "none", or "to20" (as far as 20); without what
+/// "whole" (without component 18), "all", "18" (alone), or "to20" (as far as 20); without what
 /// follows: "whole-3.5-40" lacks band 5 of component 3, and component 40.
 inline BandMarks marks(const QString& words)
 {
-    const QStringList parts = words.split('-');
-    BandMarks marks = parts[0] == "18"           ? ~whole()
-                      : parts[0] == "none"       ? BandMarks()
-                      : parts[0] == "all"        ? ~BandMarks()
-                      : parts[0].startsWith("t") ? upTo(parts[0].mid(2).toInt())
-                                                 : whole();
-    for (const QString& part : parts.mid(1)) {
-        const QStringList numbers = part.split('.');
-        for (int band = 0; band < bandmarks::bandCount(numbers[0].toInt()); ++band)
-            if (numbers.size() == 1 || numbers[1].toInt() == band)
-                marks.reset(bandmarks::markIndex(numbers[0].toInt(), band));
-    }
+    const QStringList missed = words.split('-').mid(1);
+    const QString run = words.section('-', 0, 0);
+    const int end = run.startsWith("to") ? run.mid(2).toInt() : roster::componentCount;
+    BandMarks marks;
+    for (int c = 0; c < end; ++c)
+        for (int band = 0; band < bandmarks::bandCount(c); ++band)
+            marks[bandmarks::markIndex(c, band)] =
+                (run == "all" || (run == "18") == (c == 18)) &&
+                !missed.contains(QString::number(c)) &&
+                !missed.contains(QString("%1.%2").arg(c).arg(band));
     return marks;
 }
 
@@ -73,22 +46,15 @@ inline QDateTime noon()
     return {QDate(2026, 11, 21), QTime(12, 0)};
 }
 
-inline QString path(const QString& folder, const QString& serial)
-{
-    return folder + QString("/ZORVI_%1.txt").arg(serial);
-}
-
-inline void write(const QString& folder, const QString& serial, const BandMarks& marks,
+inline void write(const QString& path, const QString& serial, const QString& words,
                   const QDateTime& when = noon())
 {
-    QFile file(path(folder, serial));
-    if (file.open(QIODevice::WriteOnly))
-        file.write(lines(serial, when, marks).join('\n').toUtf8() + '\n');
+    testlog::write(path, lines(serial, when, marks(words)));
 }
 
-inline StationLog log(const QString& serial, int minutesAfterNoon, const BandMarks& marks)
+inline StationLog log(const QString& serial, int secondsAfterNoon, const QString& words)
 {
-    return {serial, noon().addSecs(60 * minutesAfterNoon).toString(Qt::ISODate), marks};
+    return {serial, noon().addSecs(secondsAfterNoon).toString(Qt::ISODate), marks(words)};
 }
 
 /// All that the database has of a station, without the numbers of the rows; sorted.
