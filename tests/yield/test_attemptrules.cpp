@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <iterator>
 
 using unitlogs::log;
 
@@ -64,8 +65,8 @@ private Q_SLOTS:
             {0, "to9"}, {1500, "to9"}, {3000, "to20"}, {4500, "to20"}, {6400, "whole"}};
         do {
             std::vector<StationLog> logs;
-            for (const auto& [seconds, marks] : saves)
-                logs.push_back(log("", seconds, marks));
+            std::transform(saves.begin(), saves.end(), std::back_inserter(logs),
+                           [](const auto& save) { return log("", save.first, save.second); });
             QVERIFY(attemptrules::attemptsOf(logs) ==
                     std::vector({log("", 3000, "to20"), log("", 6400, "whole")}));
         } while (std::next_permutation(saves.begin(), saves.end()));
