@@ -34,7 +34,8 @@ void importLogs(benchmark::State& state)
 {
     const QTemporaryDir logs;
     for (int unit = 0; unit < logCount; ++unit)
-        unitlogs::write(logs.path(), QString::number(unit), marksOf(unit), begin.addSecs(unit));
+        testlog::write(logs.filePath(QString("%1.txt").arg(unit)),
+                       unitlogs::lines(QString::number(unit), begin.addSecs(unit), marksOf(unit)));
     QString text;
     QTextStream stream(&text);
     while (state.KeepRunning()) {
@@ -83,11 +84,10 @@ void report(benchmark::State& state, int attempts, bool withMemory)
         if (QProcess::execute(ZORVI_YIELD, {"report", "--database", database, "--output",
                                             database + ".html"}) != 0)
             state.SkipWithError("no report");
-    if (!withMemory)
-        return;
     rusage used{};
     getrusage(RUSAGE_CHILDREN, &used);
-    state.counters["resident"] = 1024.0 * static_cast<double>(used.ru_maxrss);
+    if (withMemory)
+        state.counters["resident"] = 1024.0 * static_cast<double>(used.ru_maxrss);
 }
 } // namespace
 
