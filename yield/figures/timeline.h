@@ -22,7 +22,8 @@ struct Timeline {
 
     QString unit; ///< "day", "week" or "month".
     QVector<Period> periods;
-    int length = 0; ///< Places on the axis.
+    int length = 0;  ///< Places on the axis.
+    int letters = 7; ///< Of a short name, with room after it.
 };
 
 Timeline timelineOf(const QMap<QDate, Tally>& days);

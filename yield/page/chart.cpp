@@ -134,9 +134,8 @@ QString chart::timeline(const Timeline& timeline, const Tally& all)
     if (timeline.periods.isEmpty())
         return {};
     const Axes axes = axesOf(timeline, all);
-    // A station's name is made to fit into its place.
-    const double labelWidth = timeline.unit == "station" ? axes.pitch : 56;
-    const int labelStep = static_cast<int>(std::ceil(labelWidth / axes.pitch));
+    constexpr double letterWidth = 8;
+    const int labelStep = static_cast<int>(std::ceil(letterWidth * timeline.letters / axes.pitch));
     const double bottom = axes.units.begin;
     const double centre = axes.yields.at(all);
 

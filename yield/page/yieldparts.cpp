@@ -113,7 +113,7 @@ Timeline sideBySide(const QMap<QString, StationReport>& stations)
 {
     constexpr int lettersOfAll = 120;
     const int letters = std::max(2, lettersOfAll / std::max(1, stations.size()));
-    Timeline timeline{"station", {}, 2 * stations.size() - 1};
+    Timeline timeline{"station", {}, 2 * stations.size() - 1, letters};
     for (const StationReport& station : stations) {
         const QString& name = station.name;
         const QString label = name.size() <= letters ? name : "…" + name.right(letters - 1);
