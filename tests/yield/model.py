@@ -149,7 +149,10 @@ def periods(units):
 
 def by_station(units):
     names = sorted({unit[0].station for unit in units})
-    return [(2 * i, n, n, [u for u in units if u[0].station == n]) for i, n in enumerate(names)]
+    letters = 120 // max(1, len(names))
+    short = [n if len(n) <= letters else "\u2026" + n[1 - letters :] for n in names]
+    parts = [[unit for unit in units if unit[0].station == n] for n in names]
+    return list(zip(range(0, 2 * len(names), 2), names, short, parts))
 
 
 def false_failures(units):
@@ -383,7 +386,7 @@ def pictures(page, units, parts, missed):
             cells = [yields(part, units) for *_, part in some]
             outside = [cell[0].split(" (")[0] for cell in cells if cell[1][0] in "▼▲"]
             yield texts(shapes(picture, "value middle")), outside
-            yield [seen[:1], set(seen) - set(expected)], [expected[:1], set()]
+            yield seen, [s for s in expected if unit == "station" or s in seen or s == expected[0]]
     worst = sorted((c for c in missed if c[2]), key=lambda c: -len(c[2]))
     counts = [len(row[2]) for row in worst]
     if worst:
@@ -509,7 +512,8 @@ def unit_logs(serial, stations, day):
 
 def plant():
     """Logs, whether each station tests component 18, and requests."""
-    names = ["Station 1", "Station 2", "line <\u00e4>", "\u4e00"][: random.choice([1, 3, 4])]
+    names = ["Station 1", "Assembly line 2 of hall 7, station 2", "line <\u00e4>", "\u4e00"]
+    names = names[: random.choice([1, 3, 4])]
     tests_18 = {name: random.random() < 0.4 for name in names}
     serials = ["", " ", "KG-/4", "\u00e4\u00df", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
     serials += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
