@@ -105,10 +105,10 @@ private Q_SLOTS:
         QStringList words;
         for (const auto& band : found.missed)
             words << QString("%1.%2").arg(band.componentNum).arg(band.band);
-        if (found.endedAt)
-            words << QString("ended at %1").arg(*found.endedAt);
+        if (found.abortedAt)
+            words << QString("ended at %1").arg(*found.abortedAt);
         QCOMPARE(words.join(' '), outcome);
-        QCOMPARE(found.isComplete(), outcome.isEmpty());
+        QCOMPARE(found.hasPassed(), outcome.isEmpty());
     }
 
     void clocksGoForward()

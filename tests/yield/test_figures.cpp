@@ -32,7 +32,7 @@ private Q_SLOTS:
         ReportRequest request;
         request.now = QDateTime({2026, 11, 21}, {15, 0});
         request.station = "one";
-        request.news = {{"one", {}}, {"two", {}}};
+        request.lastLogs = {{"one", {}}, {"two", {}}};
         ReportCounter counter(request);
         const BandMarks marks = ~BandMarks() >> 1; // misses the last band
         for (int i = 0; i < units; ++i)
@@ -42,7 +42,7 @@ private Q_SLOTS:
                     {"one", true, QString::number(units + i), time.toString(Qt::ISODate), marks});
             }
         const Report report = counter.finish();
-        QCOMPARE(report.request.news.size(), std::size_t{1});
+        QCOMPARE(report.request.lastLogs.size(), std::size_t{1});
         QCOMPARE(report.total.attempts, 2 * units);
         QCOMPARE(report.openUnits.size(), Report::maxOpenUnits);
         QCOMPARE(report.openUnits.first().last.serial, QString("32999"));

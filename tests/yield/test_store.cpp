@@ -74,9 +74,9 @@ QString run(Database& database, const QString& steps)
                                     bandmarks::packed(attempt.marks).left(1).toHex();
                 });
             else if (words[0] == "news")
-                for (const auto& news : attemptreader::newestLogs(
+                for (const auto& news : attemptreader::lastLogs(
                          database, unitlogs::noon().addSecs(60 * words[1].toInt())))
-                    outcomes << news.station + ' ' + news.newestAt;
+                    outcomes << news.station + ' ' + news.testedAt;
             else if (words[0] == "rename")
                 attemptstore::renameStation(database, words[1], words[2]);
             else

@@ -25,10 +25,10 @@ QString line(const Attempt& attempt)
 {
     const auto outcome = outcomeOf(attempt);
     QStringList words;
-    if (outcome.isComplete())
+    if (outcome.hasPassed())
         words << "complete";
-    if (outcome.endedAt)
-        words << "ended early at " + controlnames::control(*outcome.endedAt);
+    if (outcome.abortedAt)
+        words << "ended early at " + controlnames::control(*outcome.abortedAt);
     if (!outcome.missed.empty())
         words << "missed " + controlnames::missed(outcome.missed).join("; ");
     return QString("%1  %2  %3")
@@ -61,9 +61,9 @@ QByteArray csv(const Attempt& attempt)
 {
     const auto outcome = outcomeOf(attempt);
     return csvText(attempt.station) + ',' + csvText(attempt.serial) + ',' +
-           attempt.testedAt.toLatin1() + ',' + (outcome.isComplete() ? '1' : '0') + ',' +
+           attempt.testedAt.toLatin1() + ',' + (outcome.hasPassed() ? '1' : '0') + ',' +
            csvText(csvBands(outcome.missed)) + ',' +
-           (outcome.endedAt ? QByteArray::number(*outcome.endedAt) : "") + "\r\n";
+           (outcome.abortedAt ? QByteArray::number(*outcome.abortedAt) : "") + "\r\n";
 }
 
 QByteArray json(const Attempt& attempt)
@@ -76,9 +76,9 @@ QByteArray json(const Attempt& attempt)
         {"station", attempt.station},
         {"serial", attempt.serial},
         {"tested_at", attempt.testedAt},
-        {"complete", outcome.isComplete()},
+        {"complete", outcome.hasPassed()},
         {"missed_bands", missed},
-        {"ended_at", outcome.endedAt ? QJsonValue(*outcome.endedAt) : QJsonValue()}};
+        {"ended_at", outcome.abortedAt ? QJsonValue(*outcome.abortedAt) : QJsonValue()}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
@@ -115,7 +115,7 @@ int showUnit(const QCommandLineParser& parser)
     bool isComplete = false;
     const auto show = [&](const Attempt& attempt) {
         isFound = true;
-        isComplete = outcomeOf(attempt).isComplete();
+        isComplete = outcomeOf(attempt).hasPassed();
         messages::tell(line(attempt));
     };
     attemptreader::forEachByUnit(database, show, serial);

@@ -40,14 +40,14 @@ bool showDatabase(const QString& location)
 {
     try {
         Database database(location, Database::Access::Read);
-        const auto stations = attemptreader::newestLogs(database, QDateTime::currentDateTime());
+        const auto stations = attemptreader::lastLogs(database, QDateTime::currentDateTime());
         messages::tell(QString("database %1: there").arg(location));
-        for (const StationNews& news : stations)
+        for (const LastLog& news : stations)
             messages::tell(QString("  station \"%1\": newest log %2")
                                .arg(printableText(news.station),
-                                    news.newestAt.isEmpty()
+                                    news.testedAt.isEmpty()
                                         ? "none"
-                                        : QString(news.newestAt).replace('T', ' ')));
+                                        : QString(news.testedAt).replace('T', ' ')));
         return true;
     } catch (const DatabaseError& error) {
         messages::tell(QString("database %1: away: %2").arg(location, error.text()));

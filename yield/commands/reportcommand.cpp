@@ -60,9 +60,9 @@ int report(const QCommandLineParser& parser)
 
 Report readReport(Database& database, ReportRequest request)
 {
-    request.news = attemptreader::newestLogs(database, request.now);
+    request.lastLogs = attemptreader::lastLogs(database, request.now);
     QStringList names;
-    for (const StationNews& news : request.news)
+    for (const LastLog& news : request.lastLogs)
         names << news.station;
     if (!request.station.isEmpty() && !names.isEmpty() && !names.contains(request.station))
         command::fail(QString("no station is named \"%1\"; there are: %2")

@@ -24,7 +24,7 @@ struct ReportRequest {
     QString station;                 ///< Empty for all stations.
     QStringList without;             ///< Shell-style wildcards for whole serials, valid ones.
     QDateTime now;                   ///< When the report is made, local.
-    std::vector<StationNews> news{}; ///< Of every station that the database knows, by name.
+    std::vector<LastLog> lastLogs{}; ///< Of every station that the database knows, by name.
 
     bool includes(const QDate& day) const
     {

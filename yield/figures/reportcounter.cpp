@@ -56,8 +56,8 @@ QRegularExpression serialPattern(const QString& wildcard)
 ReportCounter::ReportCounter(const ReportRequest& request)
 {
     report.request = request;
-    auto& news = report.request.news;
-    const auto isOther = [&](const StationNews& each) { return !request.includes(each.station); };
+    auto& news = report.request.lastLogs;
+    const auto isOther = [&](const LastLog& each) { return !request.includes(each.station); };
     news.erase(std::remove_if(news.begin(), news.end(), isOther), news.end());
     for (const QString& pattern : request.without)
         without.push_back(serialPattern(pattern));
@@ -81,7 +81,7 @@ void ReportCounter::add(const Attempt& attempt)
     if (unit.attempts == 1)
         countFirst(outcome);
     unit.tally.attempts = unit.attempts;
-    unit.tally.passedLast = outcome.isComplete() ? 1 : 0;
+    unit.tally.passedLast = outcome.hasPassed() ? 1 : 0;
     countNumber(outcome);
     countFailure(outcome);
 }
@@ -109,15 +109,15 @@ bool ReportCounter::isCounted(const Attempt& first)
 void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
 {
     unit.tally.units = 1;
-    unit.tally.passedFirst = outcome.isComplete() ? 1 : 0;
-    unit.tally.endedFirst = outcome.endedAt ? 1 : 0;
+    unit.tally.passedFirst = outcome.hasPassed() ? 1 : 0;
+    unit.tally.endedFirst = outcome.abortedAt ? 1 : 0;
     StationReport& station = report.stations[unit.first.station];
     station.name = unit.first.station;
-    const int end = outcome.endedAt.value_or(report.controls.size());
+    const int end = outcome.abortedAt.value_or(report.controls.size());
     for (int c = roster::firstComponent; c < end; ++c)
         if (attemptrules::isTested(c, unit.first.tests18))
             ++report.controls[c].units;
-    if (outcome.endedAt)
+    if (outcome.abortedAt)
         ++report.controls[end].endedHere;
     std::set<int> missed;
     for (const auto& band : outcome.missed) {
@@ -137,16 +137,16 @@ void ReportCounter::countNumber(const attemptrules::Outcome& outcome)
         report.attemptsByNumber.append(AttemptsByNumber());
     AttemptsByNumber& number = report.attemptsByNumber[index];
     ++number.attempts;
-    number.passed += outcome.isComplete() ? 1 : 0;
-    number.endedEarly += outcome.endedAt ? 1 : 0;
+    number.passed += outcome.hasPassed() ? 1 : 0;
+    number.endedEarly += outcome.abortedAt ? 1 : 0;
 }
 
 void ReportCounter::countFailure(const attemptrules::Outcome& outcome)
 {
-    if (outcome.endedAt)
+    if (outcome.abortedAt)
         return;
     FalseFailures& failures = report.falseFailures;
-    const bool passed = outcome.isComplete();
+    const bool passed = outcome.hasPassed();
     if (passed && unit.failure && unit.failure->station == unit.last.station &&
         attemptrules::secondsBetween(unit.failure->testedAt, unit.last.testedAt) <=
             falseFailureSeconds)

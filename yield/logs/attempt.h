@@ -7,17 +7,18 @@
 
 #include <QString>
 
-/// One attempt at a unit: what its logs say of it. attemptrules says what that comes to.
+/// One attempt of a unit, as its log has it; attemptrules derives the result.
 struct Attempt {
     QString station;
-    bool tests18 = false; ///< Whether that station tests component 18.
+    bool tests18 = false; ///< Whether component 18 was tested.
     QString serial;
     QString testedAt; ///< yyyy-MM-ddTHH:mm:ss, the station's wall clock.
     BandMarks marks;
+    QString startedAt = {}; ///< yyyy-MM-ddTHH:mm:ss.zzz; empty for an imported log.
 };
 
-/// A station that the database knows, and when it last sent a log.
-struct StationNews {
+/// A station that the database knows, and the time of its last log.
+struct LastLog {
     QString station;
-    QString newestAt; ///< As testedAt; empty without a log, or with logs of the future only.
+    QString testedAt; ///< Empty without a log, or with logs of the future only.
 };

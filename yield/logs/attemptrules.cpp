@@ -98,8 +98,8 @@ attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests
         ++end;
     // The last control alone was tried: it may be dead.
     if (end < roster::lastComponent)
-        outcome.endedAt = end;
-    const auto tried = outcome.endedAt ? bandmarks::markIndex(end, 0) : marks.size();
+        outcome.abortedAt = end;
+    const auto tried = outcome.abortedAt ? bandmarks::markIndex(end, 0) : marks.size();
     for (std::size_t mark = 0; mark < tried; ++mark)
         if (!counted[mark])
             outcome.missed.push_back(bandmarks::bandOf(mark));

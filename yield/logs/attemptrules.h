@@ -31,9 +31,9 @@ struct Outcome {
     std::vector<bandmarks::Band> missed; ///< In the order of the marks, of tested controls only.
     /// The control where the run ended early: it and all tested ones after it, at least two
     /// altogether, have no mark. They were not tried, so none of their bands is missed.
-    std::optional<int> endedAt;
+    std::optional<int> abortedAt;
 
-    bool isComplete() const { return missed.empty() && !endedAt; }
+    bool hasPassed() const { return missed.empty() && !endedAt; }
 };
 
 Outcome outcomeOf(const BandMarks& marks, bool tests18);

@@ -34,14 +34,14 @@ QString duration(qint64 seconds)
     return QString("%1 min").arg(seconds / 60);
 }
 
-Cells ageCells(const StationNews& news, const QDateTime& now)
+Cells ageCells(const LastLog& news, const QDateTime& now)
 {
-    if (news.newestAt.isEmpty())
+    if (news.testedAt.isEmpty())
         return {{news.station, "name"}, {"no log yet", "bad"}, {"–"}};
-    const auto newest = QDateTime::fromString(news.newestAt + 'Z', Qt::ISODate);
+    const auto newest = QDateTime::fromString(news.testedAt + 'Z', Qt::ISODate);
     const QString moment = QLocale::c().toString(newest, QString("ddd d MMM hh:mm"));
     const qint64 age =
-        attemptrules::secondsBetween(news.newestAt, now.toString("yyyy-MM-ddTHH:mm:ss"));
+        attemptrules::secondsBetween(news.testedAt, now.toString("yyyy-MM-ddTHH:mm:ss"));
     // So long a silence needs a person.
     const bool isLong = age > 24 * 60 * 60;
     return {{news.station, "name"},
@@ -152,8 +152,8 @@ QString missedText(const Attempt& attempt)
     const int more = parts.size() - mostControls;
     if (more > 0)
         parts = parts.mid(0, mostControls) << QString("and %1 more").arg(more);
-    if (outcome.endedAt)
-        parts.prepend("ended early at " + controlnames::control(*outcome.endedAt));
+    if (outcome.abortedAt)
+        parts.prepend("ended early at " + controlnames::control(*outcome.abortedAt));
     return parts.join("; ");
 }
 
@@ -169,10 +169,10 @@ Cells openCells(const TestedUnit& unit)
 Cells attemptCells(const Attempt& attempt)
 {
     const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
-    const Cell bad{outcome.endedAt ? "ended early" : "not complete", "bad"};
+    const Cell bad{outcome.abortedAt ? "ended early" : "not complete", "bad"};
     return {timeCell(attempt.testedAt),
             {attempt.station, "name"},
-            outcome.isComplete() ? Cell{"complete", "good"} : bad};
+            outcome.hasPassed() ? Cell{"complete", "good"} : bad};
 }
 
 Cells repeatedCells(const TestedUnit& unit)
@@ -187,7 +187,7 @@ Parts yieldParts(const Report& report)
     const Timeline timeline = timelineOf(report.days);
     const int open = report.total.units - report.total.passedLast;
     const int repeated = report.repeatedUnitCount;
-    return {{"ages", html::rows(report.request.news, ageCells, report.request.now)},
+    return {{"ages", html::rows(report.request.lastLogs, ageCells, report.request.now)},
             {"recentDays", recentDays(report)},
             {"offAxis", ifAny(report.offAxis.units, figuretext::units)},
             {"period", timeline.unit},

@@ -43,7 +43,7 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
     finishSecond();
 }
 
-std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDateTime& now)
+std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime& now)
 {
     const Transaction transaction(database, Database::Access::Read);
     Statement select(database, R"(
@@ -57,7 +57,7 @@ std::vector<StationNews> attemptreader::newestLogs(Database& database, const QDa
              GROUP BY station_id) AS newest_logs ON station_id = id
         ORDER BY name {bytewise})");
     select.run({now.toString(Qt::ISODate)});
-    std::vector<StationNews> news;
+    std::vector<LastLog> news;
     while (select.next())
         news.push_back({select.text(0), select.value(1).toString()});
     return news;

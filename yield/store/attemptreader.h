@@ -26,5 +26,5 @@ void forEachByUnit(Database& database, const Visit& visit,
 
 /// The newest log of each station that is not later than now (this computer's wall clock), by the
 /// stations' names; saves that are no attempt of their own count too.
-std::vector<StationNews> newestLogs(Database& database, const QDateTime& now);
+std::vector<LastLog> lastLogs(Database& database, const QDateTime& now);
 } // namespace attemptreader

@@ -87,8 +87,8 @@ QStringList wantedAttempts(const UnitLogs& logs, bool tests18)
     QStringList texts;
     for (const StationLog& attempt : attemptrules::attemptsOf(logs.here)) {
         const auto outcome = attemptrules::outcomeOf(attempt.marks, tests18);
-        texts << attemptForm.arg(attempt.testedAt, outcome.isComplete() ? "1" : "0",
-                                 outcome.endedAt ? QString::number(*outcome.endedAt) : "");
+        texts << attemptForm.arg(attempt.testedAt, outcome.hasPassed() ? "1" : "0",
+                                 outcome.abortedAt ? QString::number(*outcome.abortedAt) : "");
         for (const auto& missed : outcome.missed)
             texts.last() += bandForm.arg(missed.componentNum).arg(missed.band);
     }

@@ -71,9 +71,10 @@ void StationRows::write(const std::vector<StationLog>& logs)
     const auto attempts = attemptrules::attemptsOf(logs);
     for (const StationLog& log : attempts) {
         const auto outcome = attemptrules::outcomeOf(log.marks, station.tests18);
-        insertAttempt.run({station.id, log.serial.toUtf8(), log.testedAt,
-                           bandmarks::packed(log.marks), outcome.isComplete() ? 1 : 0,
-                           outcome.endedAt ? QVariant(*outcome.endedAt) : QVariant(QVariant::Int)});
+        insertAttempt.run(
+            {station.id, log.serial.toUtf8(), log.testedAt, bandmarks::packed(log.marks),
+             outcome.hasPassed() ? 1 : 0,
+             outcome.abortedAt ? QVariant(*outcome.abortedAt) : QVariant(QVariant::Int)});
         const QVariant id = outcome.missed.empty() ? QVariant() : insertAttempt.insertedId();
         for (const auto& missed : outcome.missed)
             insertMissedBand.run({id, missed.componentNum, missed.band});
