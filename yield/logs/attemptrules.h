@@ -33,7 +33,7 @@ struct Outcome {
     /// altogether, have no mark. They were not tried, so none of their bands is missed.
     std::optional<int> abortedAt;
 
-    bool hasPassed() const { return missed.empty() && !endedAt; }
+    bool hasPassed() const { return missed.empty() && !abortedAt; }
 };
 
 Outcome outcomeOf(const BandMarks& marks, bool tests18);
