@@ -5,6 +5,7 @@
 
 #include "yield/logs/attemptrules.h"
 #include "yield/store/database.h"
+#include "yield/store/schema.h"
 #include "yield/store/stationrows.h"
 
 #include <QHash>
@@ -15,6 +16,7 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
                                   const std::optional<QString>& serial)
 {
     const Transaction transaction(database, Database::Access::Read);
+    schema::requireCurrent(database);
     QHash<int, StationRow> stations;
     for (const StationRow& row : StationRows::stations(database))
         stations.insert(row.id.toInt(), row);
@@ -46,6 +48,7 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
 std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime& now)
 {
     const Transaction transaction(database, Database::Access::Read);
+    schema::requireCurrent(database);
     Statement select(database, R"(
         SELECT {bytes name}, newest
         FROM stations LEFT JOIN

@@ -3,8 +3,10 @@
 
 #include "yield/store/attemptstore.h"
 
+#include "yield/logs/attemptrules.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
+#include "yield/store/schema.h"
 #include "yield/store/stationrows.h"
 
 #include <QDateTime>
@@ -49,12 +51,12 @@ StoreCounts add(StationRows& rows, const std::vector<StationLog>& logs)
     for (const StationLog& log : logs) {
         UnitLogs unit = rows.find(log.serial);
         if (log.marks.none()) {
-            ++counts.notAttempt;
+            ++counts.empty;
         } else if (contains(unit.here, log)) {
-            ++counts.known;
+            ++counts.duplicates;
         } else {
             ++counts.added;
-            counts.elsewhere += contains(unit.elsewhere, log) ? 1 : 0;
+            counts.otherStations += contains(unit.elsewhere, log) ? 1 : 0;
             counts.future += log.testedAt > future ? 1 : 0;
             if (!unit.here.empty())
                 rows.remove(log.serial);
@@ -76,55 +78,26 @@ void merge(Database& database, const StationRow& from, const StationRow& to)
     });
     Statement(database, "DELETE FROM stations WHERE id = ?").run({from.id});
 }
-
-// How check names the rows of an attempt.
-const QString attemptForm = "%1 complete %2, ended_at %3, missed_bands";
-const QString bandForm = " %1:%2";
-
-/// What the marks of a unit's logs come to.
-QStringList wantedAttempts(const UnitLogs& logs, bool tests18)
-{
-    QStringList texts;
-    for (const StationLog& attempt : attemptrules::attemptsOf(logs.here)) {
-        const auto outcome = attemptrules::outcomeOf(attempt.marks, tests18);
-        texts << attemptForm.arg(attempt.testedAt, outcome.hasPassed() ? "1" : "0",
-                                 outcome.abortedAt ? QString::number(*outcome.abortedAt) : "");
-        for (const auto& missed : outcome.missed)
-            texts.last() += bandForm.arg(missed.componentNum).arg(missed.band);
-    }
-    return texts;
-}
-
-/// What the database has of a unit; select: its attempts, a row for each missed band.
-QStringList presentAttempts(Statement& select)
-{
-    QMap<int, QString> texts; // by id
-    while (select.next()) {
-        QString& text = texts[select.number(0)];
-        if (text.isEmpty())
-            text = attemptForm.arg(select.value(1).toString(), select.value(2).toString(),
-                                   select.value(3).toString());
-        if (!select.value(4).isNull())
-            text += bandForm.arg(select.number(4)).arg(select.number(5));
-    }
-    return texts.values();
-}
 } // namespace
 
 StoreCounts& StoreCounts::operator+=(const StoreCounts& other)
 {
     added += other.added;
-    known += other.known;
-    notAttempt += other.notAttempt;
-    elsewhere += other.elsewhere;
+    duplicates += other.duplicates;
+    empty += other.empty;
+    otherStations += other.otherStations;
     future += other.future;
     return *this;
 }
 
 StoreCounts attemptstore::store(Database& database, const Station& station,
-                                const std::vector<StationLog>& logs)
+                                const std::vector<LogFile>& files)
 {
+    std::vector<StationLog> logs;
+    for (const LogFile& file : files)
+        logs.push_back(file.log);
     Transaction transaction(database, Database::Access::Write);
+    schema::requireCurrent(database);
     StationRows rows(database, updatedStation(database, station, logs));
     const StoreCounts counts = add(rows, logs);
     transaction.commit();
@@ -134,6 +107,7 @@ StoreCounts attemptstore::store(Database& database, const Station& station,
 void attemptstore::renameStation(Database& database, const QString& oldName, const QString& newName)
 {
     Transaction transaction(database, Database::Access::Write);
+    schema::requireCurrent(database);
     const auto stations = StationRows::stations(database);
     if (!stations.contains(oldName))
         throw DatabaseError(DatabaseError::Kind::Unusable,
@@ -145,29 +119,4 @@ void attemptstore::renameStation(Database& database, const QString& oldName, con
     else if (newName != oldName)
         merge(database, from, updatedStation(database, {newName, from.tests18}, {}));
     transaction.commit();
-}
-
-int attemptstore::check(Database& database, const std::function<void(const QString&)>& say)
-{
-    const Transaction transaction(database, Database::Access::Read);
-    Statement select(database, R"(
-        SELECT id, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), component, band
-        FROM attempts LEFT JOIN missed_bands ON attempt_id = id
-        WHERE station_id = ? AND serial = {text ?}
-        ORDER BY component, band)");
-    int differences = 0;
-    for (const StationRow& station : StationRows::stations(database))
-        StationRows(database, station)
-            .forEachUnit([&](const QString& serial, const UnitLogs& logs) {
-                select.run({station.id, serial.toUtf8()});
-                const QString present = presentAttempts(select).join(" | ");
-                const QString wanted = wantedAttempts(logs, station.tests18).join(" | ");
-                if (present == wanted)
-                    return;
-                ++differences;
-                say(QString("station \"%1\", serial \"%2\": its rows say \"%3\", "
-                            "its marks \"%4\"")
-                        .arg(printableText(station.name), printableText(serial), present, wanted));
-            });
-    return differences;
 }

@@ -3,12 +3,11 @@
 
 #include "yield/store/database.h"
 
+#include "yield/store/schema.h"
 #include "yield/store/sqldialect.h"
 #include "yield/store/statement.h"
-#include "yield/store/stationrows.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSqlError>
@@ -18,55 +17,10 @@
 
 namespace
 {
-constexpr int newestSchema = 2;
-
 /// A person has to change something first.
 DatabaseError unusable(const QString& text)
 {
     return {DatabaseError::Kind::Unusable, text};
-}
-
-/// 0 without tables.
-int findVersion(Database& database)
-{
-    Statement find(database, database.sqlDialect().findSchema);
-    find.run();
-    if (!find.next())
-        return 0;
-    Statement select(database, "SELECT version FROM schema_version");
-    select.run();
-    return select.next() ? select.number(0) : 0;
-}
-
-void run(Database& database, const char* resource)
-{
-    QFile file(resource);
-    file.open(QIODevice::ReadOnly);
-    const QString statements = QString::fromUtf8(file.readAll());
-    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
-        Statement(database, statement).run();
-}
-
-void checkTables(Database& database, Database::Access access)
-{
-    const int version = findVersion(database);
-    if (version > newestSchema)
-        throw DatabaseError(
-            DatabaseError::Kind::NewerSchema,
-            QString("the database was made by a newer zorvi_yield, its tables have version %1; "
-                    "install the newer one")
-                .arg(version));
-    if (version == newestSchema)
-        return;
-    if (access == Database::Access::Read)
-        throw unusable(version == 0
-                           ? "the database holds no attempts yet; \"import\" puts them there"
-                           : "the database was made by an older zorvi_yield; \"import\" "
-                             "carries it over, after that every command reads it");
-    run(database, version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
-    if (version != 0) // version 1 grouped by other rules
-        for (const StationRow& station : StationRows::stations(database))
-            StationRows(database, station).writeAgain();
 }
 } // namespace
 
@@ -94,7 +48,8 @@ Database::Database(const QString& location, Access access)
         if (encoding.value(0).toString().remove('-') != "UTF8")
             throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
                                    "every serial; create it anew");
-    Transaction(*this, access).commit(); // makes the tables, or sees that they are there
+    if (access == Access::Read)
+        schema::requireCurrent(*this);
 }
 
 void Database::open(const QString& location, Access access)
@@ -148,7 +103,7 @@ DatabaseError Database::errorOf(const QSqlError& error) const
     for (const QString& begin : dialect.dataErrors)
         if (error.nativeErrorCode().startsWith(begin))
             return {DatabaseError::Kind::Data, place + ": " + line};
-    return {DatabaseError::Kind::Away, place + ": " + line};
+    return {DatabaseError::Kind::Unavailable, place + ": " + line};
 }
 
 bool Database::isAddress(const QString& location)
@@ -170,7 +125,6 @@ Transaction::Transaction(Database& usedDatabase, Database::Access access)
         const bool isReading = access == Database::Access::Read;
         for (const QString& begin : isReading ? dialect.beginReading : dialect.beginWriting)
             Statement(database, begin).run();
-        checkTables(database, access);
     } catch (const DatabaseError&) {
         QSqlQuery(database.connection()).exec("ROLLBACK");
         throw;

@@ -19,7 +19,7 @@ public:
     enum class Kind {
         Unusable,    ///< A person must change the command line or the installation.
         NewerSchema, ///< Made by a newer program.
-        Away,        ///< Another try may succeed.
+        Unavailable, ///< Another try may succeed.
         Data         ///< This log, or the rows of this unit, cannot be stored or read.
     };
 
@@ -42,12 +42,12 @@ class Database
 {
 public:
     enum class Access {
-        Read, ///< Nothing is created or written.
-        Write ///< Missing tables are created, and so is the file of SQLite.
+        Read, ///< The database and its tables must exist.
+        Write ///< The file of SQLite is created where it is missing.
     };
 
-    /// location: the path of an SQLite file, or postgresql://user@host:port/name. Throws
-    /// DatabaseError.
+    /// location: the path of an SQLite file, or postgresql://user@host:port/name. Changes no row.
+    /// Throws DatabaseError.
     Database(const QString& location, Access access);
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -88,9 +88,8 @@ private:
 class Transaction
 {
 public:
-    /// Read: sees the same rows from its beginning to its end; tables of version 1 are refused.
-    /// Write: has no other writer beside it, waits for the one before, at most a minute, makes
-    /// missing tables, and carries over those of version 1.
+    /// Read: sees the same rows from its beginning to its end. Write: has no other writer beside it
+    /// and waits for the one before, at most a minute.
     Transaction(Database& usedDatabase, Database::Access access);
     ~Transaction();
     Transaction(const Transaction&) = delete;
