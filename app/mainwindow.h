@@ -119,5 +119,5 @@ private:
     int currentComponent = -1;
     int tarvekStation = -1;
     std::unique_ptr<Ui::MainWindow> form;
-    Outbox outbox;
+    OutboxWriter outbox;
 };

@@ -56,13 +56,13 @@ bool writeFlushed(const QString& folder, const QString& name, const QByteArray& 
 }
 } // namespace
 
-void Outbox::startRun()
+void OutboxWriter::startRun()
 {
     name = {{}, 0, false};
     wasFound = isFolder(folder);
 }
 
-void Outbox::add(const QStringList& lines, const QDateTime& firstBandAt, bool isTarvekStation)
+void OutboxWriter::add(const QStringList& lines, const QDateTime& firstBandAt, bool isTarvekStation)
 {
     if (firstBandAt.isNull())
         return;

@@ -10,11 +10,11 @@
 
 /// The folder Logs/Outbox of a station. Where it exists, and is not a link, each log goes there
 /// too, under a name that is never used again. The station does not create it. On the GUI thread.
-class Outbox
+class OutboxWriter
 {
 public:
-    explicit Outbox(const QString& logs)
-        : folder(logs + "/Outbox")
+    explicit OutboxWriter(const QString& logsFolder)
+        : folder(logsFolder + "/Outbox")
     {
     }
 

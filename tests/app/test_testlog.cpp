@@ -77,7 +77,7 @@ void writeLog(const QString& path, const QString& serial)
 
 void addToOutbox(const QDir& logs, const QString& serial)
 {
-    Outbox outbox(logs.path());
+    OutboxWriter outbox(logs.path());
     outbox.startRun();
     outbox.add(linesOf(serial), QDateTime::currentDateTime(), false);
 }
