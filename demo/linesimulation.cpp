@@ -13,8 +13,10 @@
 #include <QDir>
 
 #include <algorithm>
+#include <memory>
 #include <random>
 #include <utility>
+#include <vector>
 
 namespace
 {
@@ -54,15 +56,20 @@ void abortAt(int componentNum, testlog::Coverage& coverage)
 class Line
 {
 public:
+    /// The collectors make the outboxes.
     explicit Line(const QString& outputFolder)
         : folder(outputFolder + QStringLiteral("/line"))
     {
         QDir(folder).removeRecursively();
         for (int station = 0; station < stations.size(); ++station) {
-            const QString outbox = logsOf(station) + QStringLiteral("/Outbox");
-            if (!QDir().mkpath(outbox))
-                command::fail(QStringLiteral("the folder %1 cannot be made").arg(outbox));
+            const auto& [name, isTarvekStation, faults, aborted, falseFailures] =
+                stations.at(station);
+            if (!QDir().mkpath(logsOf(station)))
+                command::fail(QStringLiteral("the folder %1 cannot be made").arg(logsOf(station)));
+            collectors.push_back(std::make_unique<Collector>(
+                CollectRequest{database(), {name, isTarvekStation}, logsOf(station), {}}));
         }
+        collectLogs();
     }
 
     void testUnits(int units, const QDate& lastDay)
@@ -73,15 +80,11 @@ public:
             testUnitsOf(days.at(day), repairedUnits() + newUnits(days.size() - day));
     }
 
-    void collectLogs() const
+    void collectLogs()
     {
-        for (int station = 0; station < stations.size(); ++station) {
-            const auto& [name, isTarvekStation, faults, aborted, falseFailures] =
-                stations.at(station);
-            const CollectRequest request{database(), {name, isTarvekStation}, logsOf(station), {}};
-            if (Collector(request).pass() != Collector::Result::Done)
-                command::fail(QStringLiteral("the logs of %1 cannot be stored").arg(name));
-        }
+        for (const auto& collector : collectors)
+            if (collector->pass() != Collector::Result::Done)
+                command::fail(QStringLiteral("the logs in %1 cannot be collected").arg(folder));
     }
 
     QString database() const { return folder + QStringLiteral("/attempts.sqlite"); }
@@ -198,6 +201,7 @@ private:
 
     const QString folder;
     const QVector<linesimulation::LineStation> stations = linesimulation::stations();
+    std::vector<std::unique_ptr<Collector>> collectors; ///< By station.
     PanelRun panels;
     std::mt19937 random{908};           // seeded: the same attempts each time
     QVector<QVector<Test>> undelivered; ///< By station.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "demo/fortnight.h"
+#include "demo/linesimulation.h"
 #include "yield/commands/command.h"
 #include "yield/store/database.h"
 
@@ -23,7 +23,7 @@ QByteArray pageIn(const QTemporaryDir& folder)
 
 Report reportIn(const QTemporaryDir& folder, const QStringList& without)
 {
-    Database database(folder.filePath("fortnight/attempts.sqlite"), Database::Access::Read);
+    Database database(folder.filePath("line/attempts.sqlite"), Database::Access::Read);
     ReportRequest request;
     request.without = without;
     request.now = QDateTime::currentDateTime();
@@ -32,7 +32,7 @@ Report reportIn(const QTemporaryDir& folder, const QStringList& without)
 } // namespace
 
 /// The rates that the demo's line is made with come out of the report.
-class TestFortnight : public QObject
+class TestLineSimulation : public QObject
 {
     Q_OBJECT
 
@@ -42,18 +42,17 @@ private Q_SLOTS:
     void problems();
 };
 
-void TestFortnight::rates()
+void TestLineSimulation::rates()
 {
     const QTemporaryDir folder;
-    QString problem;
-    QVERIFY2(fortnight::make(folder.path(), units, lastDay, problem), qPrintable(problem));
-    const Report report = reportIn(folder, {fortnight::knownGood});
+    linesimulation::run(folder.path(), units, lastDay);
+    const Report report = reportIn(folder, {linesimulation::knownGood});
     Tally truth; // without attempts and passedLast
     int failedFalsely = 0;
     QVector<int> missed(report.controls.size());
-    const auto line = fortnight::line();
+    const auto line = linesimulation::stations();
     for (int s = 0; s < line.size(); ++s) {
-        const int here = fortnight::unitsAt(s, units);
+        const int here = linesimulation::unitsAt(s, units);
         int faulty = 0;
         for (const auto& [unit, rate] : line.at(s).faults) {
             const int with = qRound(rate * here);
@@ -63,10 +62,10 @@ void TestFortnight::rates()
                 missed[unit.componentNum + 1] += with;
         }
         const int falselyHere = qRound(line.at(s).falseFailures * here);
-        const int brokenOff = qRound(line.at(s).brokenOff * here);
+        const int aborted = qRound(line.at(s).aborted * here);
         failedFalsely += falselyHere;
-        truth += {here, 0, here - faulty - falselyHere - brokenOff, 0, brokenOff};
-        QCOMPARE(report.stations[line.at(s).name].tally.endedFirst, brokenOff);
+        truth += {here, 0, here - faulty - falselyHere - aborted, 0, aborted};
+        QCOMPARE(report.stations[line.at(s).name].tally.endedFirst, aborted);
     }
     missed[0] += failedFalsely;
     QCOMPARE(report.total.units, truth.units);
@@ -82,8 +81,8 @@ void TestFortnight::rates()
     // Fader 3 never reaches its upper end, fader 6 never its lower one.
     QCOMPARE(report.controls.at(3).missedBands.last(), missed.at(3));
     QCOMPARE(report.controls.at(6).missedBands.first(), missed.at(6));
-    QCOMPARE(report.controls.at(roster::channelButton).units, fortnight::unitsAt(2, units));
-    QCOMPARE(report.controls.at(fortnight::brokenOffAt).endedHere, truth.endedFirst);
+    QCOMPARE(report.controls.at(roster::channelButton).units, linesimulation::unitsAt(2, units));
+    QCOMPARE(report.controls.at(linesimulation::abortedAt).endedHere, truth.endedFirst);
     // Working days only. Each station tests its known-good unit every morning.
     QCOMPARE(report.days.size(), 10);
     QCOMPARE(report.days.lastKey(), lastDay);
@@ -97,29 +96,25 @@ void TestFortnight::rates()
 }
 
 /// Nothing of an earlier one is left, and nothing else has changed.
-void TestFortnight::sameEachTime()
+void TestLineSimulation::sameEachTime()
 {
     const QTemporaryDir folder;
-    QString problem;
-    QVERIFY(fortnight::make(folder.path(), 60, lastDay, problem));
+    linesimulation::run(folder.path(), 60, lastDay);
     const QByteArray first = pageIn(folder);
-    QVERIFY(fortnight::make(folder.path(), 3, lastDay, problem));
-    QVERIFY(fortnight::make(folder.path(), 60, lastDay, problem));
+    linesimulation::run(folder.path(), 3, lastDay);
+    linesimulation::run(folder.path(), 60, lastDay);
     QCOMPARE(pageIn(folder), first);
 }
 
-void TestFortnight::problems()
+void TestLineSimulation::problems()
 {
     const QTemporaryDir folder;
-    QString problem;
     QVERIFY(QDir(folder.path()).mkpath("yield.html/x"));
-    QVERIFY(!fortnight::make(folder.path(), 3, lastDay, problem));
-    QVERIFY2(problem.contains("yield.html: "), qPrintable(problem));
-    const QString file = folder.filePath("file");
-    QVERIFY(QFile(file).open(QIODevice::WriteOnly));
-    QVERIFY(!fortnight::make(file, 3, lastDay, problem));
-    QVERIFY2(problem.contains("cannot be made"), qPrintable(problem));
+    QVERIFY_EXCEPTION_THROWN(linesimulation::run(folder.path(), 3, lastDay), std::runtime_error);
+    QFile file(folder.filePath("file"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY_EXCEPTION_THROWN(linesimulation::run(file.fileName(), 3, lastDay), std::runtime_error);
 }
 
-QTEST_MAIN(TestFortnight)
-#include "test_fortnight.moc"
+QTEST_MAIN(TestLineSimulation)
+#include "test_linesimulation.moc"
