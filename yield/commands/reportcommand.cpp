@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
+#include "yield/commands/progress.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/intake/messages.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
 
@@ -45,7 +45,7 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     return request;
 }
 
-int report(const QCommandLineParser& parser)
+ExitStatus report(const QCommandLineParser& parser)
 {
     const ReportRequest request = readRequest(parser);
     const QString path = parser.value("output");
@@ -53,8 +53,8 @@ int report(const QCommandLineParser& parser)
     command::writeFile(
         path, [&](QFileDevice& file) { return page::write(readReport(database, request), file); });
     if (path != "-")
-        messages::tell("written: " + path);
-    return 0;
+        messages::print("written: " + path);
+    return ExitStatus::Success;
 }
 } // namespace
 
