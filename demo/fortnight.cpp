@@ -211,11 +211,11 @@ private:
     {
         ReportRequest request;
         request.now = QDateTime(lastDay.addDays(1), QTime(7, 0));
-        request.without << fortnight::knownGood;
+        request.exclude << fortnight::knownGood;
         Database attempts(database(), Database::Access::Read);
         QSaveFile page(folder + QStringLiteral("/yield.html"));
-        if (page.open(QIODevice::WriteOnly) && !page::write(readReport(attempts, request), page))
-            page.cancelWriting();
+        if (page.open(QIODevice::WriteOnly))
+            page.write(reportPage(readReport(attempts, request)));
         if (!page.commit())
             problem = QStringLiteral("%1: %2").arg(page.fileName(), page.errorString());
         return problem.isEmpty();
