@@ -5,6 +5,7 @@
 #include "tests/yield/unitlogs.h"
 #include "yield/intake/logimport.h"
 #include "yield/store/database.h"
+#include "yield/store/schema.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -54,11 +55,12 @@ void fill(Database& database, int attempts)
     constexpr int batch = 10000;
     std::mt19937 random{908};
     for (int first = 0; first < attempts; first += batch) {
-        std::vector<StationLog> logs;
+        std::vector<LogFile> logs;
         for (int i = first; i < first + batch; ++i)
-            logs.push_back({QString("0908-%1").arg(random() % 10 == 0 ? i / 20 * 20 : i, 8, 10),
-                            begin.addSecs(qint64{yearSeconds} * i / attempts).toString(Qt::ISODate),
-                            marksOf(i)});
+            logs.push_back(
+                {{QString("0908-%1").arg(random() % 10 == 0 ? i / 20 * 20 : i, 8, 10),
+                  begin.addSecs(qint64{yearSeconds} * i / attempts).toString(Qt::ISODate),
+                  marksOf(i)}});
         const auto station = static_cast<int>(random() % 3);
         attemptstore::store(database, {QString("Line %1").arg(station), true}, logs);
     }
@@ -71,6 +73,7 @@ QString databaseOf(int attempts)
     QString path = folder.filePath(QString::number(attempts));
     if (!QFile::exists(path)) {
         Database database(path, Database::Access::Write);
+        schema::migrate(database);
         fill(database, attempts);
     }
     return path;

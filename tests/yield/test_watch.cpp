@@ -406,7 +406,7 @@ private:
         QString reason;
         for (const QString& path : waiting())
             if (const auto log = logfiles::read(path, reason))
-                kept << log->testedAt;
+                kept << log->log.testedAt;
         if (!kept.contains(timeOf(test)))
             kept += stored();
         return kept.contains(timeOf(test));

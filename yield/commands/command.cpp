@@ -28,8 +28,8 @@ bool isFile(const QString& path)
 
 QVector<Command> commands()
 {
-    return {importCommand(), reportCommand(), unitCommand(),   exportCommand(),
-            checkCommand(),  statusCommand(), stationCommand()};
+    return {importCommand(), reportCommand(), unitCommand(),
+            exportCommand(), statusCommand(), stationCommand()};
 }
 
 QString overview()

@@ -24,7 +24,6 @@ struct Command {
     QString argument = {};                  ///< Empty for a command that takes none.
 };
 
-Command checkCommand();
 Command exportCommand();
 Command importCommand();
 Command reportCommand();

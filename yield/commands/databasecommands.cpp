@@ -14,15 +14,6 @@
 
 namespace
 {
-int check(const QCommandLineParser& parser)
-{
-    Database database(parser.value("database"), Database::Access::Read);
-    if (attemptstore::check(database, [](const QString& line) { messages::tell(line); }) > 0)
-        return exitstatus::incomplete;
-    messages::tell("all attempts are as their marks say");
-    return 0;
-}
-
 int renameStation(const QCommandLineParser& parser)
 {
     const QStringList words = parser.positionalArguments();
@@ -92,14 +83,6 @@ int showStatus(const QCommandLineParser& parser)
     return isFine ? 0 : exitstatus::incomplete;
 }
 } // namespace
-
-Command checkCommand()
-{
-    return {"check",
-            "Names where the database differs from what the marks of all logs come to. Exit "
-            "status 1 if it does.",
-            check};
-}
 
 Command stationCommand()
 {

@@ -7,6 +7,7 @@
 #include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
+#include "yield/store/schema.h"
 
 namespace
 {
@@ -18,7 +19,7 @@ void storeBatch(Database& database, const Station& station, const QStringList& f
                 const logimport::Listener& listener)
 {
     QStringList paths;
-    std::vector<StationLog> logs;
+    std::vector<LogFile> logs;
     for (const QString& file : files) {
         QString reason;
         if (auto log = logfiles::read(file, reason)) {
@@ -61,10 +62,10 @@ QStringList logimport::doubtsAbout(const StoreCounts& counts)
     if (counts.future > 0)
         doubts << QString("%1 logs have a date in the future: is the station's clock right?")
                       .arg(counts.future);
-    if (counts.elsewhere > 0)
+    if (counts.otherStations > 0)
         doubts << QString("%1 logs are known under another station too: was --station mistyped? "
                           "\"station rename\" puts it right")
-                      .arg(counts.elsewhere);
+                      .arg(counts.otherStations);
     return doubts;
 }
 
@@ -76,6 +77,7 @@ QString logimport::refusal(const QString& path, const QString& reason)
 int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& errors)
 {
     Database database(request.database, Database::Access::Write);
+    schema::migrate(database);
     StoreCounts counts;
     int refused = 0;
     Progress progress{"logs"};
@@ -97,8 +99,8 @@ int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& 
     } catch (const DatabaseError& error) {
         failure = error.text();
     }
-    out << counts.added + counts.known + counts.notAttempt + refused << " logs: " << counts.added
-        << " new, " << counts.known << " already known, " << counts.notAttempt
+    out << counts.added + counts.duplicates + counts.empty + refused << " logs: " << counts.added
+        << " new, " << counts.duplicates << " already known, " << counts.empty
         << " without any mark, " << refused << " refused" << Qt::endl;
     for (const QString& doubt : doubtsAbout(counts))
         errors << doubt << Qt::endl;

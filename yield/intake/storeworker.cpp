@@ -6,6 +6,7 @@
 #include "yield/intake/messages.h"
 #include "yield/logs/logfiles.h"
 #include "yield/store/database.h"
+#include "yield/store/schema.h"
 
 #include <QFile>
 
@@ -95,11 +96,12 @@ void StoreWorker::openDatabase()
     const ino_t number = numberOf(request.database);
     const bool isGone = fileNumber != 0 && number == 0; // with a share, for instance
     if (isGone || (database && number != fileNumber))   // or a backup is in its place
-        throw DatabaseError(DatabaseError::Kind::Away,
+        throw DatabaseError(DatabaseError::Kind::Unavailable,
                             request.database + (isGone ? " is gone" : " is another file now"));
     if (database)
         return;
     database = std::make_unique<Database>(request.database, Database::Access::Write);
+    schema::migrate(*database);
     fileNumber = numberOf(request.database);
     wasOpen = true;
 }
