@@ -212,10 +212,11 @@ void makeReport(const QString& path, const QString& location, const QDate& lastD
 {
     ReportRequest request;
     request.now = QDateTime(lastDay.addDays(1), QTime(7, 0));
-    request.without << linesimulation::knownGood;
+    request.exclude << linesimulation::knownGood;
     Database database(location, Database::Access::Read);
-    const Report report = readReport(database, request);
-    command::writeFile(path, [&](QFileDevice& file) { return page::write(report, file); });
+    const QByteArray page = reportPage(readReport(database, request));
+    command::writeFile(path,
+                       [&page](QFileDevice& file) { return file.write(page) == page.size(); });
 }
 } // namespace
 

@@ -74,9 +74,10 @@ struct PostgresDatabase : TestDatabase {
 
 /// A small disk for the outbox, where root may mount one.
 struct SmallDisk {
-    explicit SmallDisk(const QString& folder)
+    SmallDisk(const QString& folder, int kilobytes)
         : path(QFile::encodeName(folder))
-        , isMounted(mount("none", path, "tmpfs", 0, "size=160k") == 0)
+        , isMounted(mount("none", path, "tmpfs", 0,
+                          QByteArray("size=" + QByteArray::number(kilobytes) + 'k').data()) == 0)
     {
     }
     ~SmallDisk()
@@ -134,18 +135,19 @@ private Q_SLOTS:
         QVERIFY(!QTest::currentTestFailed());
         QDir(logs).removeRecursively();
         QVERIFY(outbox.mkpath("."));
-        const SmallDisk disk(outbox.path());
-
-        const int runs = figures::count(40, 1000);
+        const SmallDisk disk(outbox.path(), figures::count(64, 400));
+        const int runs = figures::count(9, 1000);
         MainWindow window;
         SimulatedUnit unit;
         QVERIFY(station::plug(unit));
         QCOMPARE(station::labelAfterPoll(window), QString("Device: CONNECTED"));
         for (auto& collector : collectors)
             startCollector(collector);
+        testUnit(window, unit, "0"); // from the second one on nothing is imported from Logs/
+        QVERIFY(QTest::qWaitFor([this] { return pending().isEmpty(); }, patienceMs));
         for (int run = 1; run <= runs && !QTest::currentTestFailed(); ++run) {
             testUnit(window, unit, QString::number(run));
-            disturb();
+            disturb(run);
         }
         collectAll();
         QVERIFY(!QTest::currentTestFailed());
@@ -217,8 +219,16 @@ private:
             ++fullDisks;
             setAvailable(true);
             QVERIFY(QTest::qWaitFor([this] { return pending().isEmpty(); }, patienceMs));
-            QVERIFY(QDir(outbox.filePath("Stored")).removeRecursively());
+            deleteStored();
         }
+    }
+
+    /// As tmpfiles.d does it.
+    void deleteStored() const
+    {
+        QDirIterator stored(outbox.filePath("Stored"), QDir::Files, QDirIterator::Subdirectories);
+        while (stored.hasNext())
+            QVERIFY(QFile::remove(stored.next()));
     }
 
     QFileInfoList pending() const { return outbox.entryInfoList({"*.txt"}, QDir::Files); }
@@ -244,18 +254,18 @@ private:
         QVERIFY(database->setAvailable(available));
     }
 
-    /// At random a collector is killed and started again, and the database goes or comes back.
-    void disturb()
+    /// A collector is killed and started again, and the database goes or comes back.
+    void disturb(int run)
     {
-        if (random.bounded(4) == 0) {
+        if (run % 3 == 0) {
             auto& collector = collectors.at(random.bounded(2U));
             collector->kill();
             collector->waitForFinished();
             ++kills;
             startCollector(collector);
         }
-        if (random.bounded(isAvailable ? 30 : 10) == 0)
-            setAvailable(!isAvailable);
+        if (run % 12 == 0 || run % 12 == 8)
+            setAvailable(run % 12 == 0);
     }
 
     /// What was killed before it was moved is collected too.
