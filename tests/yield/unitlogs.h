@@ -62,7 +62,7 @@ inline QStringList rows(const QSqlDatabase& database, const QString& station)
 {
     QStringList found;
     for (const QString select :
-         {"'attempt', serial, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), marks "
+         {"'attempt', serial, tested_at, passed, coalesce(CAST(aborted_component AS TEXT), ''), marks "
           "FROM attempts",
           "'missed', serial, tested_at, component, band, '' "
           "FROM missed_bands JOIN attempts ON attempts.id = attempt_id",

@@ -77,26 +77,10 @@ private:
     };
 
     void open(const QString& location, Access access);
+    void prepareSession();
 
     const SqlDialect& dialect;
-    QString place; ///< The file, or the server without user and password.
+    QString displayName; ///< The file, or the server without user and password.
     bool isFile = false;
     Link link;
-};
-
-/// A transaction, undone unless it is committed. Everything throws DatabaseError.
-class Transaction
-{
-public:
-    /// Read: sees the same rows from its beginning to its end. Write: has no other writer beside it
-    /// and waits for the one before, at most a minute.
-    Transaction(Database& usedDatabase, Database::Access access);
-    ~Transaction();
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-
-    void commit();
-
-private:
-    Database& database;
 };

@@ -3,16 +3,17 @@
 
 #include "yield/store/schema.h"
 
+#include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
 #include "yield/store/statement.h"
-#include "yield/store/stationrows.h"
+#include "yield/store/transaction.h"
 
 #include <QFile>
 
 namespace
 {
-constexpr int newestSchema = 2;
+constexpr int newestSchema = 3;
 
 /// 0 without tables.
 int findVersion(Database& database)
@@ -26,11 +27,16 @@ int findVersion(Database& database)
     return select.next() ? select.number(0) : 0;
 }
 
-void run(Database& database, const char* resource)
+/// Runs a script of the resources.
+void run(Database& database, const QString& script)
 {
-    QFile file(resource);
+    QFile file(":/store/" + script);
     file.open(QIODevice::ReadOnly);
-    const QString statements = QString::fromUtf8(file.readAll());
+    const SqlDialect& dialect = database.sqlDialect();
+    const QString statements = QString::fromUtf8(file.readAll())
+                                   .replace("{id}", dialect.idType)
+                                   .replace("{bytes}", dialect.bytesType)
+                                   .replace("{bytewise}", dialect.bytewise);
     for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
         Statement(database, statement).run();
 }
@@ -55,10 +61,15 @@ void schema::migrate(Database& database)
     const int version = knownVersion(database);
     if (version == newestSchema)
         return;
-    run(database, version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
-    if (version != 0) // version 1 grouped by other rules
-        for (const StationRow& station : StationRows::stations(database))
-            StationRows(database, station).writeAgain();
+    if (version == 0)
+        run(database, "schema.sql");
+    if (version == 1)
+        run(database, "migrate1to2.sql");
+    if (version == 1 || version == 2)
+        run(database, "migrate2to3.sql");
+    run(database, "indexes.sql");
+    if (version == 1) // which did not know aborted runs
+        AttemptRows(database).deriveResults("passed = 0");
     transaction.commit();
 }
 
