@@ -36,16 +36,20 @@ void setTests18(Database& database, int stationId)
 }
 
 /// The row of a station, inserted or changed if need be.
-StationRow updatedStation(Database& database, const QString& name, bool tests18)
+StationRow updatedStation(Database& database, const Station& station, bool showsTests18)
 {
-    if (!AttemptRows::stations(database).contains(name))
+    const auto stations = AttemptRows::stations(database);
+    StationRow row = stations.value(station.name);
+    if (!stations.contains(station.name)) {
         Statement(database, QString("INSERT INTO stations (name) VALUES (%1)")
                                 .arg(database.sqlDialect().textParameter))
-            .run({name.toUtf8()});
-    StationRow row = AttemptRows::stations(database)[name];
-    if (tests18 && !row.tests18)
+            .run({station.name.toUtf8()});
+        row = AttemptRows::stations(database)[station.name];
+    }
+    if ((station.tests18 || showsTests18) && !row.tests18) {
         setTests18(database, row.id);
-    row.tests18 = row.tests18 || tests18;
+        row.tests18 = true;
+    }
     return row;
 }
 
@@ -86,6 +90,7 @@ private:
 
     Found addImported(const StationLog& log);
     Found addSave(LogRow save);
+    QVariant onlyAttempt(const QVariant& one, const QVariant& other);
     void writeRun(LogRow attempt, const std::optional<LogRow>& former);
 
     const StationRow station;
@@ -154,15 +159,23 @@ LogStore::Found LogStore::addSave(LogRow save)
             displaced = rows.takeRepeated(same.save->run);
         if (same.attemptId.isNull())
             rows.removeRepeated(same);
-        else if (save.attemptId.isNull())
-            save.attemptId = same.attemptId; // an imported attempt gains its run
-        else if (save.attemptId != same.attemptId)
-            rows.removeAttempt(same.attemptId);
+        else
+            save.attemptId = onlyAttempt(save.attemptId, same.attemptId);
     }
     writeRun(save, former);
     for (const LogRow& other : displaced)
         addSave(other);
     return found;
+}
+
+/// Of two attempts that turn out to be one, the older row stays. One of them may be null.
+QVariant LogStore::onlyAttempt(const QVariant& one, const QVariant& other)
+{
+    if (one.isNull() || one == other)
+        return other;
+    const bool isOlder = one.toLongLong() < other.toLongLong();
+    rows.removeAttempt(isOlder ? other : one);
+    return isOlder ? one : other;
 }
 
 /// Writes a save beside the attempt that its run had before.
@@ -181,7 +194,8 @@ void LogStore::writeRun(LogRow attempt, const std::optional<LogRow>& former)
         }
         rows.insertRepeated(repeated);
     }
-    const bool isSame = former->log == attempt.log && former->save->save == attempt.save->save &&
+    const bool isSame = former->attemptId == attempt.attemptId && former->log == attempt.log &&
+                        former->save->save == attempt.save->save &&
                         former->stationId == attempt.stationId &&
                         former->tests18 == attempt.tests18;
     if (!isSame)
@@ -228,8 +242,8 @@ StoreCounts attemptstore::store(Database& database, const Station& station,
 {
     Transaction transaction(database, Database::Access::Write);
     schema::requireCurrent(database);
-    const bool tests18 = station.tests18 || std::any_of(files.begin(), files.end(), showsTest18);
-    LogStore logs(database, updatedStation(database, station.name, tests18));
+    const bool showsTests18 = std::any_of(files.begin(), files.end(), showsTest18);
+    LogStore logs(database, updatedStation(database, station, showsTests18));
     for (const LogFile& file : files)
         logs.add(file);
     transaction.commit();
