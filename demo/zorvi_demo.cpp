@@ -91,13 +91,12 @@ int main(int argc, char* argv[])
     station.show();
     DemoDirector director(station, *options);
 
-    int status = options->once ? 1 : 0; // a window closed early is no whole run
-    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [&](int result) {
-        status = result;
-        if (options->once || result != 0)
+    const bool once = options->once;
+    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [once](int result) {
+        if (once || result != 0)
             QCoreApplication::exit(result);
     });
     QTimer::singleShot(0, &director, [&director] { director.start(); });
-    QApplication::exec();
-    return status;
+    const int status = QApplication::exec();
+    return once && !director.isOver() ? 1 : status; // a window closed early is no whole run
 }
