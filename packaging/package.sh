@@ -19,15 +19,6 @@ fail() {
 
 say() { echo "package: $*"; }
 
-check_versions() {
-    local in_cmake in_metainfo
-    in_cmake=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
-    in_metainfo=$(sed -n '/<release version/{s/.*version="\([^"]*\)".*/\1/p;q}' packaging/*.metainfo.xml.in)
-    [ "$version $version" = "$in_cmake $in_metainfo" ] ||
-        fail "version $version in debian/changelog, $in_cmake in CMakeLists.txt," \
-            "$in_metainfo in the metainfo"
-}
-
 # The version gets the release that it is for: 1.3.0~deb12.
 export_source() { # into this folder
     mkdir -p "$1"
@@ -106,7 +97,6 @@ case ${1:-} in
         ;;
     *) fail "unexpected argument \"$1\"; usage: ./dev package [--reproducible]" ;;
 esac
-check_versions
 rm -rf "$output"
 say "building $version, the log is build/package/source.log"
 export_source "$output/source"

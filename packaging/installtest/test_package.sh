@@ -12,10 +12,9 @@ suite=$1 previous=$2 package=$3
 cd "$(dirname "$(readlink -f "$0")")/../.."
 # shellcheck source=packaging/installtest/chroot.sh
 . packaging/installtest/chroot.sh
-root=build/debian/package
+root=build/debian/package test=build/debian/package/installtest
 
 make_chroot "$suite" "$root"
-test=$root/installtest
 mkdir "$test"
 git ls-files -z debian packaging tests sequencer panels unit | tar -c --null -T - | tar -x -C "$test"
 cp "$previous" "$test/previous.deb"
@@ -25,18 +24,8 @@ needs=$(sed -n 's/^Depends: @, //p' debian/tests/control | paste -s -d ,)
 in_chroot "$root" sh -c "apt-get update -q && apt-get satisfy -q -y --no-install-recommends \
     '$needs, $(dpkg-deb -f "$package" Depends), $(dpkg-deb -f "$package" Recommends), \
     autopkgtest, dbus, dpkg-dev, sqlite3, systemd-sysv' &&
-    apt-get install -q -y --no-install-recommends /installtest/previous.deb"
-
-cat > "$root/etc/systemd/system/installtest.service" <<'UNIT'
-[Service]
-Type=exec
-WorkingDirectory=/installtest
-ExecStart=/installtest/packaging/installtest/in_container.sh
-StandardOutput=file:/installtest/output
-StandardError=inherit
-ExecStopPost=systemctl exit $EXIT_STATUS
-UNIT
-ln -s ../installtest.service "$root/etc/systemd/system/multi-user.target.wants/"
+    apt-get install -q -y --no-install-recommends /installtest/previous.deb &&
+    systemctl enable /installtest/packaging/installtest/installtest.service"
 status=0
 timeout 900 systemd-nspawn --quiet --directory="$root" --machine=zorvi-installtest \
     --private-network --register=no --keep-unit --boot < /dev/null > "$test/console" 2>&1 || status=$?
