@@ -4,6 +4,7 @@
 #include "benchmarks/row.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/intake/logimport.h"
+#include "yield/logs/logfiles.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
 
@@ -37,12 +38,14 @@ void importLogs(benchmark::State& state)
     for (int unit = 0; unit < logCount; ++unit)
         testlog::write(logs.filePath(QString("%1.txt").arg(unit)),
                        unitlogs::lines(QString::number(unit), begin.addSecs(unit), marksOf(unit)));
-    QString text;
-    QTextStream stream(&text);
     while (state.KeepRunning()) {
         const QTemporaryDir folder;
-        if (logimport::run({folder.filePath("a"), {"Line 1", false}, {logs.path()}}, stream,
-                           stream) != 0)
+        Database database(folder.filePath("a"), Database::Access::Write);
+        schema::migrate(database);
+        int added = 0;
+        logimport::store(database, {"Line 1"}, logfiles::filesOf(logs.path()),
+                         [&added](const logimport::Batch& batch) { added += batch.counts.added; });
+        if (added != logCount)
             return state.SkipWithError("the logs were not imported");
     }
     setPerIteration(state, logCount);

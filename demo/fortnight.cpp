@@ -6,12 +6,13 @@
 #include "demo/panelrun.h"
 #include "yield/commands/command.h"
 #include "yield/intake/logimport.h"
+#include "yield/logs/logfiles.h"
 #include "yield/page/page.h"
 #include "yield/store/database.h"
+#include "yield/store/schema.h"
 
 #include <QDir>
 #include <QSaveFile>
-#include <QTextStream>
 
 #include <algorithm>
 #include <random>
@@ -194,17 +195,16 @@ private:
 
     bool importLogs()
     {
-        for (int station = 0; station < stations.size(); ++station) {
-            QString out;
-            QTextStream outStream(&out);
-            QTextStream problemStream(&problem);
-            if (logimport::run({database(),
-                                {stations.at(station).name, stations.at(station).tests18},
-                                {folderOf(station) + QStringLiteral("/Logs")}},
-                               outStream, problemStream) != 0)
-                return false;
-        }
-        return true;
+        Database attempts(database(), Database::Access::Write);
+        schema::migrate(attempts);
+        int problems = 0;
+        for (int station = 0; station < stations.size(); ++station)
+            logimport::store(attempts, {stations.at(station).name, stations.at(station).tests18},
+                             logfiles::filesOf(folderOf(station) + QStringLiteral("/Logs")),
+                             [&problems](const logimport::Batch& batch) {
+                                 problems += logimport::printProblems(batch);
+                             });
+        return problems == 0;
     }
 
     bool makePage(const QDate& lastDay)

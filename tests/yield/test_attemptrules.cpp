@@ -18,60 +18,6 @@ class TestAttemptRules : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void savedAgain_data()
-    {
-        QTest::addColumn<QString>("latest");
-        QTest::addColumn<QString>("later");
-        QTest::addColumn<int>("seconds"); // between them
-        QTest::addColumn<bool>("isSavedAgain");
-        const auto row = [](const char* name, const char* latest, const char* later, int seconds,
-                            bool isSavedAgain) {
-            QTest::newRow(name) << latest << later << seconds << isSavedAgain;
-        };
-        row("nothing changed", "whole", "whole", 60, true);
-        row("good once more", "whole", "whole", 61, false);
-        row("dead tail twice", "to20", "to20", 1801, false);
-        row("saved in mid-run", "to20", "whole", 1800, true);
-        row("saved in mid-control", "to21-20.1", "whole", 300, true);
-        row("saved in mid-run, then a miss", "to2", "whole-3.5", 300, true);
-        row("fewer marks", "whole", "to20", 30, false);
-        row("other marks", "whole-3.5", "whole-43.12", 30, false);
-        row("as many marks in one second", "whole-0.0", "whole-0.1", 0, false);
-        row("repaired and tested again", "whole-3.5", "whole", 30, false);
-        row("skipped, then saved in mid-run", "to20-3.5", "whole-3.5", 300, true);
-        row("begun again after a miss", "to20-3.5", "whole", 300, false);
-        row("last control repaired", "whole-43.12", "whole", 61, false);
-        row("saved in the last control", "whole-43.12", "whole", 60, true);
-    }
-
-    void savedAgain()
-    {
-        QFETCH(QString, latest);
-        QFETCH(QString, later);
-        QFETCH(int, seconds);
-        QFETCH(bool, isSavedAgain);
-        const auto attempts =
-            attemptrules::attemptsOf({log("", 0, latest), log("", seconds, later)});
-        QCOMPARE(attempts.size(), isSavedAgain ? 1U : 2U);
-        QVERIFY(attemptrules::attemptsOf({log("", seconds, later), log("", 0, latest)}) ==
-                attempts);
-    }
-
-    /// The half hour counts from the latest log, an equal one too, and the date is that of the
-    /// first log with all the marks. Whatever the order of the logs.
-    void longRun()
-    {
-        std::vector<std::pair<int, QString>> saves{
-            {0, "to9"}, {1500, "to9"}, {3000, "to20"}, {4500, "to20"}, {6400, "whole"}};
-        do {
-            std::vector<StationLog> logs;
-            std::transform(saves.begin(), saves.end(), std::back_inserter(logs),
-                           [](const auto& save) { return log("", save.first, save.second); });
-            QVERIFY(attemptrules::attemptsOf(logs) ==
-                    std::vector({log("", 3000, "to20"), log("", 6400, "whole")}));
-        } while (std::next_permutation(saves.begin(), saves.end()));
-    }
-
     void outcome_data()
     {
         QTest::addColumn<QString>("marks");

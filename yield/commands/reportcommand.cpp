@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
+#include "yield/commands/progress.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/intake/messages.h"
 #include "yield/page/page.h"
 #include "yield/page/reportjson.h"
 #include "yield/store/attemptreader.h"
@@ -51,7 +51,7 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     return request;
 }
 
-int report(const QCommandLineParser& parser)
+ExitStatus report(const QCommandLineParser& parser)
 {
     const ReportRequest request = readRequest(parser);
     const QString format = parser.value("format");
@@ -67,8 +67,8 @@ int report(const QCommandLineParser& parser)
         return file.write(bytes) == bytes.size();
     });
     if (path != "-")
-        messages::tell("written: " + path);
-    return 0;
+        messages::print("written: " + path);
+    return ExitStatus::Success;
 }
 
 QCommandLineOption hiddenOption(const QString& name)

@@ -157,9 +157,12 @@ void AttemptRows::removeRepeated(const LogRow& row)
 
 std::vector<LogRow> AttemptRows::takeRepeated(const QString& run)
 {
-    Statement select(database, QString("SELECT station_id, %1, tested_at, marks, run, save_number "
-                                       "FROM repeated_saves WHERE run = ?")
-                                   .arg(database.sqlDialect().utf8Of("serial")));
+    Statement select(database, QString(R"(
+        SELECT repeated.station_id, %1, repeated.tested_at, repeated.marks, repeated.run,
+               repeated.save_number, attempts.tests_18
+        FROM repeated_saves AS repeated JOIN attempts ON attempts.run = repeated.run
+        WHERE repeated.run = ?)")
+                                   .arg(database.sqlDialect().utf8Of("repeated.serial")));
     select.run({run});
     std::vector<LogRow> rows;
     while (select.next()) {
@@ -167,7 +170,8 @@ std::vector<LogRow> AttemptRows::takeRepeated(const QString& run)
         rows.push_back({{},
                         select.number(0),
                         {serial, select.value(2).toString(), select.marks(3, serial)},
-                        saveOf(select, 4)});
+                        saveOf(select, 4),
+                        select.number(6) != 0});
     }
     Statement(database, "DELETE FROM repeated_saves WHERE run = ?").run({run});
     return rows;

@@ -86,6 +86,7 @@ private:
 
     Found addImported(const StationLog& log);
     Found addSave(LogRow save);
+    QVariant onlyAttempt(const QVariant& one, const QVariant& other);
     void writeRun(LogRow attempt, const std::optional<LogRow>& former);
 
     const StationRow station;
@@ -154,15 +155,23 @@ LogStore::Found LogStore::addSave(LogRow save)
             displaced = rows.takeRepeated(same.save->run);
         if (same.attemptId.isNull())
             rows.removeRepeated(same);
-        else if (save.attemptId.isNull())
-            save.attemptId = same.attemptId; // an imported attempt gains its run
-        else if (save.attemptId != same.attemptId)
-            rows.removeAttempt(same.attemptId);
+        else
+            save.attemptId = onlyAttempt(save.attemptId, same.attemptId);
     }
     writeRun(save, former);
     for (const LogRow& other : displaced)
         addSave(other);
     return found;
+}
+
+/// Of two attempts that turn out to be one, the older row stays. One of them may be null.
+QVariant LogStore::onlyAttempt(const QVariant& one, const QVariant& other)
+{
+    if (one.isNull() || one == other)
+        return other;
+    const bool isOlder = one.toLongLong() < other.toLongLong();
+    rows.removeAttempt(isOlder ? other : one);
+    return isOlder ? one : other;
 }
 
 /// Writes a save beside the attempt that its run had before.
@@ -181,7 +190,8 @@ void LogStore::writeRun(LogRow attempt, const std::optional<LogRow>& former)
         }
         rows.insertRepeated(repeated);
     }
-    const bool isSame = former->log == attempt.log && former->save->save == attempt.save->save &&
+    const bool isSame = former->attemptId == attempt.attemptId && former->log == attempt.log &&
+                        former->save->save == attempt.save->save &&
                         former->stationId == attempt.stationId &&
                         former->tests18 == attempt.tests18;
     if (!isSame)
