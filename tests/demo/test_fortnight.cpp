@@ -25,7 +25,7 @@ Report reportIn(const QTemporaryDir& folder, const QStringList& without)
 {
     Database database(folder.filePath("fortnight/attempts.sqlite"), Database::Access::Read);
     ReportRequest request;
-    request.without = without;
+    request.exclude = without;
     request.now = QDateTime::currentDateTime();
     return readReport(database, request);
 }
@@ -66,24 +66,24 @@ void TestFortnight::rates()
         const int brokenOff = qRound(line.at(s).brokenOff * here);
         failedFalsely += falselyHere;
         truth += {here, 0, here - faulty - falselyHere - brokenOff, 0, brokenOff};
-        QCOMPARE(report.stations[line.at(s).name].tally.endedFirst, brokenOff);
+        QCOMPARE(report.stations[line.at(s).name].tally.abortedFirst, brokenOff);
     }
     missed[0] += failedFalsely;
     QCOMPARE(report.total.units, truth.units);
     QCOMPARE(report.total.passedFirst, truth.passedFirst);
-    QCOMPARE(report.total.endedFirst, truth.endedFirst);
+    QCOMPARE(report.total.abortedFirst, truth.abortedFirst);
     // Repairs take days, so that whatever passed within the hour had failed falsely.
     QCOMPARE(report.falseFailures.passedNext, failedFalsely);
-    QVERIFY(report.total.passedLast > truth.passedFirst + truth.endedFirst + failedFalsely);
+    QVERIFY(report.total.passedLast > truth.passedFirst + truth.abortedFirst + failedFalsely);
     QVector<int> found;
-    for (const ControlMisses& control : report.controls)
-        found << control.missed;
+    for (const ControlFailures& control : report.controls)
+        found << control.failed;
     QCOMPARE(found, missed);
     // Fader 3 never reaches its upper end, fader 6 never its lower one.
     QCOMPARE(report.controls.at(3).missedBands.last(), missed.at(3));
     QCOMPARE(report.controls.at(6).missedBands.first(), missed.at(6));
     QCOMPARE(report.controls.at(roster::channelButton).units, fortnight::unitsAt(2, units));
-    QCOMPARE(report.controls.at(fortnight::brokenOffAt).endedHere, truth.endedFirst);
+    QCOMPARE(report.controls.at(fortnight::brokenOffAt).aborted, truth.abortedFirst);
     // Working days only. Each station tests its known-good unit every morning.
     QCOMPARE(report.days.size(), 10);
     QCOMPARE(report.days.lastKey(), lastDay);
@@ -92,8 +92,8 @@ void TestFortnight::rates()
     const Report goldenOnes = reportIn(folder, {"0908*"});
     QCOMPARE(goldenOnes.total.attempts, 10 * line.size());
     QCOMPARE(goldenOnes.total.passedFirst, line.size());
-    QCOMPARE(goldenOnes.repeatedUnits.at(0).first.testedAt, QString("2026-11-09T06:15:00"));
-    QVERIFY(pageIn(folder).contains("3 units left out.\nMade on 2026-11-21 07:00."));
+    QCOMPARE(goldenOnes.retestedUnits.at(0).first.testedAt, QString("2026-11-09T06:15:00"));
+    QVERIFY(pageIn(folder).contains("3 units excluded. Made on 2026-11-21 07:00."));
 }
 
 /// Nothing of an earlier one is left, and nothing else has changed.
