@@ -19,9 +19,10 @@ private Q_SLOTS:
     {
         Report report;
         report.request.now = QDateTime({2026, 11, 18}, {8, 0});
-        report.request.lastLogs = {{"One", "2026-11-17T08:00:00"},   {"Two", "2026-11-17T07:59:59"},
-                               {"Three", "2026-11-18T06:00:00"}, {"Four", "2026-11-18T06:00:01"},
-                               {"Five", "2026-11-16T08:00:00"},  {"Six", {}}};
+        report.request.lastLogs = {
+            {"One", "2026-11-17T08:00:00"},   {"Two", "2026-11-17T07:59:59"},
+            {"Three", "2026-11-18T06:00:00"}, {"Four", "2026-11-18T06:00:01"},
+            {"Five", "2026-11-16T08:00:00"},  {"Six", {}}};
         report.total = {12000, 14000, 10800, 6900, 120};
         report.controls.fill({}, 44);
         Attempt attempt{"One", true, "open", "2026-11-18T07:15:59", ~BandMarks() >> 26};
