@@ -1,18 +1,27 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/logs/attemptrules.h"
-
 #include "tests/yield/unitlogs.h"
+#include "yield/logs/attemptrules.h"
 
 #include <QTest>
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
-using unitlogs::log;
+namespace
+{
+using Bands = QVector<std::pair<int, int>>;
 
-/// Marks are as unitlogs::marks has them.
+Bands allBands(std::initializer_list<int> controls)
+{
+    Bands bands;
+    for (const int componentNum : controls)
+        for (int band = 0; band < bandmarks::bandCount(componentNum); ++band)
+            bands.append({componentNum, band});
+    return bands;
+}
+} // namespace
+
 class TestAttemptRules : public QObject
 {
     Q_OBJECT
@@ -20,41 +29,47 @@ class TestAttemptRules : public QObject
 private Q_SLOTS:
     void outcome_data()
     {
-        QTest::addColumn<QString>("marks");
+        QTest::addColumn<BandMarks>("marks");
         QTest::addColumn<bool>("tests18");
-        QTest::addColumn<QString>("outcome");
-        const auto row = [](const char* name, const char* marks, bool tests18,
-                            const char* outcome) {
-            QTest::newRow(name) << marks << tests18 << outcome;
+        QTest::addColumn<Bands>("missed");
+        QTest::addColumn<int>("abortedAt"); // -1: not aborted
+        using namespace unitlogs;
+        const BandMarks all = passedWith18();
+        const auto row = [](const char* name, const BandMarks& marks, bool tests18,
+                            const Bands& missed, int abortedAt = -1) {
+            QTest::newRow(name) << marks << tests18 << missed << abortedAt;
         };
-        row("whole", "whole", false, "");
-        row("18 missed", "whole", true, "18.0 18.1");
-        row("bands", "all-8.12-40.0", true, "8.12 40.0");
-        row("last half worked", "all-43.1-43.12", true, "43.1 43.12");
-        row("last dead", "all-43", true,
-            "43.0 43.1 43.2 43.3 43.4 43.5 43.6 43.7 43.8 43.9 43.10 43.11 43.12");
-        row("two at the end", "all-42-43", true, "ended at 42");
-        row("a board of rotaries", "all-40-41-42-43", true, "ended at 40");
-        row("from 18, tested", "to18", true, "ended at 18");
-        row("from 18, not tested", "to18", false, "ended at 19");
-        row("begun, then ended", "to12-3.4-11.1", false, "3.4 11.1 ended at 12");
-        row("two dead, not at the end", "all-30-31", true, "30.0 30.1 31.0 31.1");
-        row("18 alone, which is not tested", "18", false, "ended at 0");
+        row("passed", passed(), false, {});
+        row("passed with 18", all, true, {});
+        row("18 missed", passed(), true, {{18, 0}, {18, 1}});
+        row("two bands", without(without(all, 8, 12), 40, 0), true, {{8, 12}, {40, 0}});
+        row("last control begun", without(all, 43, 12), true, {{43, 12}});
+        row("last control dead", without(all, 43), true, allBands({43}));
+        row("last two controls", without(without(all, 42), 43), true, {}, 42);
+        row("no rotary board", abortedAt(40), false, {}, 40);
+        row("aborted at 18", abortedAt(18), true, {}, 18);
+        row("aborted behind the untested 18", abortedAt(18), false, {}, 19);
+        row("aborted behind the power button", abortedAt(39), false, {}, 40);
+        row("missed, then aborted", without(without(abortedAt(12), 3, 4), 11, 1), false,
+            {{3, 4}, {11, 1}}, 12);
+        row("two dead controls, not the last", without(without(all, 30), 31), true,
+            allBands({30, 31}));
+        row("marks of the untested 18 alone", all & ~passed(), false, {}, 0);
     }
 
     void outcome()
     {
-        QFETCH(QString, marks);
+        QFETCH(BandMarks, marks);
         QFETCH(bool, tests18);
-        QFETCH(QString, outcome);
-        const auto found = attemptrules::outcomeOf(unitlogs::marks(marks), tests18);
-        QStringList words;
+        QFETCH(Bands, missed);
+        QFETCH(int, abortedAt);
+        const auto found = attemptrules::outcomeOf(marks, tests18);
+        Bands foundBands;
         for (const auto& band : found.missed)
-            words << QString("%1.%2").arg(band.componentNum).arg(band.band);
-        if (found.abortedAt)
-            words << QString("ended at %1").arg(*found.abortedAt);
-        QCOMPARE(words.join(' '), outcome);
-        QCOMPARE(found.hasPassed(), outcome.isEmpty());
+            foundBands.append({band.componentNum, band.band});
+        QCOMPARE(foundBands, missed);
+        QCOMPARE(found.abortedAt.value_or(-1), abortedAt);
+        QCOMPARE(found.hasPassed(), missed.isEmpty() && abortedAt < 0);
     }
 
     void clocksGoForward()

@@ -23,12 +23,14 @@ private Q_SLOTS:
         qputenv("XDG_DATA_HOME", QFile::encodeName(folder.filePath("data")));
         QVERIFY(QDir(folder.path()).mkpath("logs/of last year"));
         const QString logs = folder.filePath("logs/");
-        unitlogs::write(logs + "formula.txt", "=cmd|'/C'!A0", "whole");
-        unitlogs::write(logs + "awkward.txt", QString::fromUtf8("a\"b,\t<b>\x1B[31m\r\nü"),
-                        "whole-3.5-3.6-10.1");
-        unitlogs::write(logs + "blank.txt", "blank", "to0");
-        unitlogs::write(logs + "of last year/whole.txt", "last year", "whole");
-        unitlogs::write(logs + "half.txt", "half", "whole");
+        unitlogs::write(logs + "formula.txt", "=cmd|'/C'!A0", unitlogs::passed());
+        unitlogs::write(
+            logs + "awkward.txt", QString::fromUtf8("a\"b,\t<b>\x1B[31m\r\nü"),
+            unitlogs::without(unitlogs::without(unitlogs::without(unitlogs::passed(), 3, 5), 3, 6),
+                              10, 1));
+        unitlogs::write(logs + "blank.txt", "blank", BandMarks());
+        unitlogs::write(logs + "of last year/whole.txt", "last year", unitlogs::passed());
+        unitlogs::write(logs + "half.txt", "half", unitlogs::passed());
         QVERIFY(QFile::resize(logs + "half.txt", 3000));
         foreign = QFile::encodeName(logs + "Gr") + "\xF6\xDF.txt";
         QVERIFY(mknod(foreign.constData(), S_IFREG | 0600, 0) == 0);
@@ -138,12 +140,13 @@ private Q_SLOTS:
     void unitsOneAfterTheOther()
     {
         const auto import = [&](const QString& name, const QDateTime& when,
-                                const QString& marks = "whole") {
+                                const BandMarks& marks = unitlogs::passed()) {
             unitlogs::write(folder.filePath(name), name, marks, when);
             return run("import --station S " + name).errors;
         };
         QCOMPARE(import("@u", unitlogs::noon()), QByteArray());
-        QCOMPARE(import("@u", unitlogs::noon().addSecs(3600), "to12"), QByteArray());
+        QCOMPARE(import("@u", unitlogs::noon().addSecs(3600), unitlogs::abortedAt(12)),
+                 QByteArray());
         const Outcome unit = run("unit @u");
         QCOMPARE(unit.status, 1);
         QVERIFY(unit.out.endsWith("13:00:00  S  ended early at Button 3\n"));

@@ -36,16 +36,20 @@ void setTests18(Database& database, int stationId)
 }
 
 /// The row of a station, inserted or changed if need be.
-StationRow updatedStation(Database& database, const QString& name, bool tests18)
+StationRow updatedStation(Database& database, const Station& station, bool showsTests18)
 {
-    if (!AttemptRows::stations(database).contains(name))
+    const auto stations = AttemptRows::stations(database);
+    StationRow row = stations.value(station.name);
+    if (!stations.contains(station.name)) {
         Statement(database, QString("INSERT INTO stations (name) VALUES (%1)")
                                 .arg(database.sqlDialect().textParameter))
-            .run({name.toUtf8()});
-    StationRow row = AttemptRows::stations(database)[name];
-    if (tests18 && !row.tests18)
+            .run({station.name.toUtf8()});
+        row = AttemptRows::stations(database)[station.name];
+    }
+    if ((station.tests18 || showsTests18) && !row.tests18) {
         setTests18(database, row.id);
-    row.tests18 = row.tests18 || tests18;
+        row.tests18 = true;
+    }
     return row;
 }
 
@@ -238,8 +242,8 @@ StoreCounts attemptstore::store(Database& database, const Station& station,
 {
     Transaction transaction(database, Database::Access::Write);
     schema::requireCurrent(database);
-    const bool tests18 = station.tests18 || std::any_of(files.begin(), files.end(), showsTest18);
-    LogStore logs(database, updatedStation(database, station.name, tests18));
+    const bool showsTests18 = std::any_of(files.begin(), files.end(), showsTest18);
+    LogStore logs(database, updatedStation(database, station, showsTests18));
     for (const LogFile& file : files)
         logs.add(file);
     transaction.commit();
