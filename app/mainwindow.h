@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "app/outbox.h"
 #include "audio/audioengine.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_monitor.h"
 #include "unit/componentroster.h"
@@ -98,6 +99,8 @@ private:
     void disconnectUnit();
     void closeUnitInput();
     void finishRun();
+    /// By component number.
+    std::array<const ComponentPanel*, roster::componentCount> panels() const;
 
     Quillon_Zorvi_0908_AssemblyTester_Monitor monitor{nullptr};
     QThread* parserThread = nullptr;
@@ -116,4 +119,5 @@ private:
     int currentComponent = -1;
     int tarvekStation = -1;
     std::unique_ptr<Ui::MainWindow> form;
+    OutboxWriter outbox;
 };

@@ -47,8 +47,8 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
     parser.addOption({QStringLiteral("serial"),
                       QStringLiteral("Serial number to type in (default: DEMO)."),
                       QStringLiteral("text"), QStringLiteral("DEMO")});
-    parser.addOption({QStringLiteral("tarvek"),
-                      QStringLiteral("A station with the marker: tests component 18 too.")});
+    parser.addOption(
+        {QStringLiteral("tarvek"), QStringLiteral("A TARVEK station: tests component 18 too.")});
     parser.process(application);
 
     const auto unit = unitoptions::readFrom(parser, error);
@@ -83,7 +83,7 @@ int main(int argc, char* argv[])
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return fail(problem);
-    if (options->withChannelButton)
+    if (options->isTarvekStation)
         QApplication::setApplicationName(QStringLiteral("zorvi_demo_TARVEK"));
 
     const juce::ScopedJuceInitialiser_GUI juceLibrary;

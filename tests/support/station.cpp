@@ -104,6 +104,17 @@ QMessageBox* station::openNotice()
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
 }
 
+station::NoticeCloser::NoticeCloser()
+{
+    callOnTimeout([this] {
+        if (auto* notice = openNotice()) {
+            texts << notice->text();
+            notice->accept();
+        }
+    });
+    start(10);
+}
+
 station::Hearing::Hearing(const MainWindow& window)
 {
     connect(&window, &MainWindow::signal_DistributeMIDI, this,

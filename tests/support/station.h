@@ -43,6 +43,12 @@ void compareLog(const QString& serial, const std::function<bool(int)>& covered);
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 
+/// Closes each notice that opens while it lives, and keeps the texts.
+struct NoticeCloser : QTimer {
+    NoticeCloser();
+    QStringList texts;
+};
+
 /// Keeps what the panels hear, on their thread: the bytes of each message.
 struct Hearing : QObject {
     explicit Hearing(const MainWindow& window);
