@@ -109,12 +109,27 @@ void Collector::makeOutbox()
         isImportDue = !outbox.hasStored();
 }
 
+/// False while nothing came. A folder that once held very many files takes milliseconds to list
+/// for ever after.
+bool Collector::isScanDue()
+{
+    const qint64 previousChange = std::exchange(outboxChangedAt, outbox.changedAt());
+    passesSinceChange = outboxChangedAt == previousChange ? passesSinceChange + 1 : 0;
+    // Once more after a change, as another file may have come in the same tick of the clock; and
+    // now and then, for a file system that does not note changes.
+    return hasPending || passesSinceChange < 2 || passesSinceChange % 10 == 0;
+}
+
 /// The pending logs but those that are tried again later.
 QStringList Collector::dueLogs()
 {
+    if (!isScanDue())
+        return {};
+    const QStringList names = outbox.pending();
+    hasPending = !names.isEmpty();
     QStringList due;
     QHash<QString, Retry> pendingRetries;
-    for (const QString& name : outbox.pending()) {
+    for (const QString& name : names) {
         const auto retry = retries.constFind(name);
         if (retry != retries.constEnd())
             pendingRetries.insert(name, *retry);

@@ -50,6 +50,7 @@ private:
     };
 
     void makeOutbox();
+    bool isScanDue();
     QStringList dueLogs();
     std::unique_ptr<Database> openDatabase();
     void importLogs(Database& database);
@@ -69,6 +70,9 @@ private:
     QDeadlineTimer makeOutboxAt{0};
     std::optional<QString> outboxProblem; ///< As printed last; empty while there is none.
     bool isImportDue = false;             ///< Of the logs in LOGS.
+    bool hasPending = true;               ///< At the last scan.
+    qint64 outboxChangedAt = 0;
+    int passesSinceChange = 0;
 
     bool isMigrated = false;        ///< The database.
     bool isAvailable = false;       ///< The database.

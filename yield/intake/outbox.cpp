@@ -142,6 +142,13 @@ Outbox::FolderId Outbox::id() const
     return idOf(folder);
 }
 
+qint64 Outbox::changedAt() const
+{
+    constexpr qint64 nsPerSecond = 1000000000;
+    const timespec time = statusOf(folder).st_mtim;
+    return time.tv_sec * nsPerSecond + time.tv_nsec;
+}
+
 void Outbox::make() const
 {
     const mode_t mode = folderMode(logsFolder);

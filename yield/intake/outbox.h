@@ -46,6 +46,8 @@ public:
     /// Throws while LOGS is missing.
     FolderId logsId() const;
     FolderId id() const;
+    /// When a file came into the outbox or left it, in nanoseconds since 1970.
+    qint64 changedAt() const;
 
     /// Makes the folders that are missing, as open as LOGS and writable for its group.
     void make() const;

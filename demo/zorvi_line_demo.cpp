@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "demo/fortnight.h"
+#include "demo/linesimulation.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -9,11 +9,13 @@
 #include <QLoggingCategory>
 #include <QTextStream>
 
+#include <stdexcept>
+
 namespace
 {
 int fail(const QString& problem)
 {
-    QTextStream(stderr) << "zorvi_fortnight: " << problem << Qt::endl;
+    QTextStream(stderr) << "zorvi_line_demo: " << problem << Qt::endl;
     return 1;
 }
 } // namespace
@@ -29,32 +31,34 @@ int main(int argc, char* argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Two weeks of a line with three stations: tests simulated units, imports "
-                       "their logs and makes the page about their yield."));
+        QStringLiteral("Two weeks of a line with three stations: tests simulated units, collects "
+                       "their logs and makes the report on their yield."));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption({QStringLiteral("units"), QStringLiteral("How many units (default: 300)."),
                       QStringLiteral("number"), QStringLiteral("300")});
     parser.addOption({QStringLiteral("output"),
                       QStringLiteral("Folder for yield.html and, in place of an earlier one, the "
-                                     "folder fortnight with logs and database (default: the "
+                                     "folder line with logs and database (default: the "
                                      "current one)."),
                       QStringLiteral("folder"), QStringLiteral(".")});
     parser.process(application);
 
-    constexpr int mostUnits = 100000;
+    constexpr int maxUnits = 100000;
     bool isNumber = false;
     const int units = parser.value(QStringLiteral("units")).toInt(&isNumber);
-    if (!isNumber || units < 1 || units > mostUnits)
-        return fail(QStringLiteral("--units takes a number from 1 to %1").arg(mostUnits));
+    if (!isNumber || units < 1 || units > maxUnits)
+        return fail(QStringLiteral("--units takes a number from 1 to %1").arg(maxUnits));
     const QString folder = parser.value(QStringLiteral("output"));
     if (!QDir().mkpath(folder))
         return fail(QStringLiteral("the folder %1 cannot be made").arg(folder));
 
-    QString problem;
-    if (!fortnight::make(folder, units, QDate::currentDate().addDays(-1), problem))
-        return fail(problem);
-    QTextStream(stdout) << "The page about " << units
+    try {
+        linesimulation::run(folder, units, QDate::currentDate().addDays(-1));
+    } catch (const std::runtime_error& error) {
+        return fail(QString::fromUtf8(error.what()));
+    }
+    QTextStream(stdout) << "Report on " << units
                         << " units: " << QDir(folder).absoluteFilePath(QStringLiteral("yield.html"))
                         << Qt::endl;
     return 0;
