@@ -25,6 +25,6 @@ convert "$runs/good/end.png" -crop 60x270+210+200 +repage -strip docs/pictures/f
 # The page of the simulated line.
 build/release/bin/zorvi_line_demo --output "$runs" >/dev/null
 chromium --headless --no-sandbox --disable-gpu --no-first-run --hide-scrollbars \
-    --user-data-dir="$runs/profile" --window-size=1230,1650 --screenshot="$runs/yield.png" \
+    --user-data-dir="$runs/profile" --window-size=1230,1690 --screenshot="$runs/yield.png" \
     "file://$runs/yield.html" 2>/dev/null
 convert "$runs/yield.png" -strip +dither -colors 200 docs/pictures/yield.png
