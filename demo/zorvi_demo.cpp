@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/appearance.h"
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
@@ -79,7 +80,7 @@ int main(int argc, char* argv[])
 
     fitCaptionsToLayout();
     const QApplication application(argc, argv);
-    setCaptionFont();
+    setAppearance();
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return fail(problem);
