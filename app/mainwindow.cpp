@@ -9,6 +9,7 @@
 #include "app/testlog.h"
 #include "app/unitinput.h"
 #include "app/unitlink.h"
+#include "audio/soundserver.h"
 #include "panels/makepanel.h"
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
@@ -84,7 +85,8 @@ MainWindow::MainWindow(QWidget* parent)
     slot_Init();
 
     // After the run is armed. The result is ignored: the station works without sound.
-    deviceManager.initialise(2, 2, nullptr, true, {}, preferredSetup());
+    if (soundserver::isRunning())
+        deviceManager->initialise(2, 2, nullptr, true, {}, preferredSetup());
     connect(&pollTimer, SIGNAL(timeout()), this, SLOT(slot_PollDevices()));
     pollTimer.start(pollIntervalMs);
 }
@@ -94,8 +96,13 @@ MainWindow::~MainWindow()
     // First what calls the window from other threads: the MIDI input, then the sound.
     closeUnitInput();
     deviceConnected = false; // for the next window of this process
+    const bool canClose =
+        deviceManager->getCurrentAudioDevice() == nullptr || audioEngine->waitForBlock();
     audioSourcePlayer.setSource(nullptr);
-    deviceManager.removeAudioCallback(&audioSourcePlayer);
+    deviceManager->removeAudioCallback(&audioSourcePlayer);
+    // A sound server that has stopped blocks whoever closes a device: the process's end closes it.
+    if (!canClose)
+        static_cast<void>(deviceManager.release());
     // The processor uses the monitor, a member of the window. The parser does not, and its thread
     // runs until the process ends.
     processorThread->quit();
@@ -125,7 +132,7 @@ void MainWindow::createSound()
 {
     audioEngine = std::make_unique<AudioEngine>();
     audioSourcePlayer.setSource(audioEngine.get());
-    deviceManager.addAudioCallback(&audioSourcePlayer);
+    deviceManager->addAudioCallback(&audioSourcePlayer);
 
     connect(this, SIGNAL(signal_Beep()), audioEngine.get(), SLOT(slot_Beep()));
     connect(this, SIGNAL(signal_Click()), audioEngine.get(), SLOT(slot_Click()));
@@ -182,7 +189,7 @@ void MainWindow::slot_PollDevices()
 {
     unitlink::takeInAnnouncements();
     const auto inputs = juce::MidiInput::getAvailableDevices();
-    followSequencer(deviceManager, !inputs.isEmpty());
+    followSequencer(*deviceManager, !inputs.isEmpty());
     const auto unit = unitlink::identifierIn(inputs);
     if (unit.isNotEmpty() && !deviceConnected)
         connectUnit();
