@@ -11,8 +11,10 @@ rm -f "${tree:-}/etc/alsa/conf.d/99-pulse.conf" # of PulseAudio
 SYSTEMD_IGNORE_CHROOT=1 /lib/systemd/systemd-udevd --daemon
 modprobe snd-aloop index=0 pcm_substreams=1
 SYSTEMD_IGNORE_CHROOT=1 udevadm trigger && udevadm settle
-export XDG_RUNTIME_DIR=/run/user/0 PIPEWIRE_RUNTIME_DIR=/run/user/0
-mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+# What WirePlumber needs of a session.
+export XDG_RUNTIME_DIR=/run/user/0 DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/0/bus
+mkdir -p "$XDG_RUNTIME_DIR" /run/systemd/{seats,sessions,users,machines} && chmod 700 "$XDG_RUNTIME_DIR"
+${tree:+chroot "$tree"} dbus-daemon --session --address="$DBUS_SESSION_BUS_ADDRESS" --fork
 
 # serve SERVER...: starts these, each known by its name.
 declare -A servers

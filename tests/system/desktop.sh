@@ -19,7 +19,7 @@ apt=(-qq -y -o "Dir=$root" -o "Dir::State::lists=$work/lists" -o "Dir::Cache::ar
 echo 'desktop.sh: fetching PipeWire and WirePlumber'
 apt-get "${apt[@]}" update
 apt-get "${apt[@]}" install --no-install-recommends --download-only \
-    pipewire pipewire-alsa pipewire-pulse wireplumber udev
+    dbus-daemon pipewire pipewire-alsa pipewire-pulse udev wireplumber
 for package in "$work"/archives/*.deb; do
     dpkg-deb --fsys-tarfile "$package" | tar -x -C "$work/files"
 done
