@@ -5,6 +5,7 @@
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
+#include "audio/soundserver.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -34,6 +35,7 @@ int refuseToStart(const QString& reason)
 
 int main(int argc, char* argv[])
 {
+    soundserver::startTest(); // while the process has one thread
     fitCaptionsToLayout();
     QApplication application(argc, argv);
     setAppearance();
