@@ -25,6 +25,8 @@
 #include <QMessageBox>
 #include <QThread>
 
+#include <algorithm>
+
 namespace
 {
 constexpr int pollIntervalMs = 1000;
@@ -45,6 +47,7 @@ QThread* startedThread()
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
     , form(std::make_unique<Ui::MainWindow>())
+    , outbox(testlog::folder(QCoreApplication::applicationDirPath()))
     , unitLink(std::make_unique<UnitLink>(*deviceManager))
 {
     tarvekStation =
@@ -238,6 +241,7 @@ void MainWindow::handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMes
 void MainWindow::slot_Init()
 {
     Q_EMIT signal_Init();
+    outbox.startRun();
     currentComponent = roster::firstComponent;
     Q_EMIT signal_QueueComponent(currentComponent);
 }
@@ -297,16 +301,28 @@ void MainWindow::slot_TestComplete()
         slot_Init();
 }
 
+std::array<const ComponentPanel*, roster::componentCount> MainWindow::panels() const
+{
+    std::array<const ComponentPanel*, roster::componentCount> all{};
+    std::copy(faderPanels.begin(), faderPanels.end(), &all.at(roster::firstFader));
+    std::copy(buttonPanels.begin(), buttonPanels.end(), &all.at(roster::firstButton));
+    std::copy(rotaryPanels.begin(), rotaryPanels.end(), &all.at(roster::firstRotary));
+    return all;
+}
+
 void MainWindow::slot_OutputLog()
 {
     testlog::Coverage coverage;
-    for (std::size_t i = 0; i < faderPanels.size(); ++i)
-        coverage.at(roster::firstFader + i) = faderPanels[i]->coverage();
-    for (std::size_t i = 0; i < buttonPanels.size(); ++i)
-        coverage.at(roster::firstButton + i) = buttonPanels[i]->coverage();
-    for (std::size_t i = 0; i < rotaryPanels.size(); ++i)
-        coverage.at(roster::firstRotary + i) = rotaryPanels[i]->coverage();
+    QDateTime firstBandAt;
+    for (const ComponentPanel* panel : panels()) {
+        coverage.at(static_cast<std::size_t>(panel->getComponentNum())) = panel->coverage();
+        const QDateTime& time = panel->firstBandAt();
+        if (!time.isNull() && (firstBandAt.isNull() || time < firstBandAt))
+            firstBandAt = time;
+    }
     const QString serial = form->serialNumber->text();
     logLines = testlog::lines(serial, QDateTime::currentDateTime(), coverage);
+    // First: the log in Logs/ can be written again, an outbox that misses one cannot be completed.
+    outbox.add(logLines, firstBandAt, tarvekStation == 1);
     testlog::write(testlog::path(QCoreApplication::applicationDirPath(), serial), logLines);
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "app/outbox.h"
 #include "audio/audioengine.h"
 #include "sensor/quillon_zorvi_0908_assemblytester_monitor.h"
 #include "unit/componentroster.h"
@@ -101,6 +102,8 @@ private:
     void reopenUnitInput();
     void closeUnitInput();
     void finishRun();
+    /// By component number.
+    std::array<const ComponentPanel*, roster::componentCount> panels() const;
 
     Quillon_Zorvi_0908_AssemblyTester_Monitor monitor{nullptr};
     QThread* parserThread = nullptr;
@@ -121,5 +124,6 @@ private:
     int currentComponent = -1;
     int tarvekStation = -1;
     std::unique_ptr<Ui::MainWindow> form;
+    OutboxWriter outbox;
     std::unique_ptr<UnitLink> unitLink;
 };

@@ -13,13 +13,8 @@
 
 namespace
 {
-QString folder(const QString& applicationDirectory)
-{
-    return applicationDirectory + QStringLiteral("/Logs");
-}
-
-/// Whether every byte reached the disk. A full disk reports it only when the buffer is written out,
-/// one across a network only when it is asked to sync.
+/// Writes the bytes and returns whether all are on the disk. A full disk reports it only when the
+/// buffer is written out, one across a network only when it is asked to sync.
 bool writeOut(QFileDevice& file, const QByteArray& bytes)
 {
     bool whole = file.write(bytes) == bytes.size() && file.flush();
@@ -31,37 +26,27 @@ bool writeOut(QFileDevice& file, const QByteArray& bytes)
 
 /// A new log is as open to the group as its folder is, whatever the writing user's mask: all who
 /// may put logs into the folder may replace it.
-void openToGroup(QFileDevice& file, const QFileInfo& folder)
+void openToGroup(QFileDevice& file)
 {
+    const QFileInfo folder(QFileInfo(file.fileName()).path());
     if (folder.permission(QFileDevice::WriteGroup))
         file.setPermissions(file.permissions() | QFileDevice::ReadGroup | QFileDevice::WriteGroup);
 }
 
 /// Puts a new file in the old one's place, in one step. False if there is no way to do that here;
 /// true also if the disk is full: the old file stays then.
-bool replaceFile(const QFileInfo& old, const QByteArray& bytes)
+bool replaceFile(const QString& path, const QByteArray& bytes)
 {
+    const QFileInfo old(path);
     // Pipes and devices are written to.
     if (old.exists() && !old.isFile())
         return false;
-    QSaveFile file(old.filePath()); // follows links
+    QSaveFile file(path); // follows links
     if (!file.open(QIODevice::WriteOnly))
         return false;
     if (!old.exists())
-        openToGroup(file, QFileInfo(old.path()));
+        openToGroup(file);
     return !writeOut(file, bytes) || file.commit();
-}
-
-void writeInPlace(const QFileInfo& old, const QByteArray& bytes)
-{
-    QFile file(old.filePath());
-    // Some systems refuse to open another user's file in a sticky folder if it could be created.
-    const auto existing = old.exists() ? QIODevice::ExistingOnly : QIODevice::NotOpen;
-    if (!file.open(QIODevice::WriteOnly | existing))
-        return;
-    if (!old.exists())
-        openToGroup(file, QFileInfo(old.path()));
-    writeOut(file, bytes);
 }
 
 QString kindName(int componentNum)
@@ -108,24 +93,47 @@ QStringList testlog::lines(const QString& serial, const QDateTime& when, const C
     return lines;
 }
 
-QString testlog::path(const QString& applicationDirectory, const QString& serial)
-{
-    return folder(applicationDirectory) + QStringLiteral("/ZORVI_%1.txt").arg(serial);
-}
-
-void testlog::write(const QString& path, const QStringList& lines)
+QByteArray testlog::bytes(const QStringList& lines)
 {
     QByteArray bytes;
     QTextStream stream(&bytes);
     for (const QString& line : lines)
         stream << line << '\n';
     stream.flush();
+    return bytes;
+}
+
+QString testlog::folder(const QString& applicationDirectory)
+{
+    return applicationDirectory + QStringLiteral("/Logs");
+}
+
+QString testlog::path(const QString& applicationDirectory, const QString& serial)
+{
+    return folder(applicationDirectory) + QStringLiteral("/ZORVI_%1.txt").arg(serial);
+}
+
+bool testlog::writeInPlace(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    const bool isNew = !file.exists();
+    // Some systems refuse to open another user's file in a sticky folder if it could be created.
+    const auto existing = isNew ? QIODevice::NotOpen : QIODevice::ExistingOnly;
+    if (!file.open(QIODevice::WriteOnly | existing))
+        return false;
+    if (isNew)
+        openToGroup(file);
+    return writeOut(file, bytes);
+}
+
+void testlog::write(const QString& path, const QStringList& lines)
+{
     // A file name ends at a NUL, so another file would be written.
     if (path.contains(QChar::Null))
         return;
-    const QFileInfo old(path);
+    const QByteArray log = bytes(lines);
     // In place where the folder takes no new file or refuses the rename: a sticky folder, a mount
     // point, some network shares.
-    if (!replaceFile(old, bytes))
-        writeInPlace(old, bytes);
+    if (!replaceFile(path, log))
+        writeInPlace(path, log);
 }

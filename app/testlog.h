@@ -23,12 +23,22 @@ using Coverage = std::array<QVector<ComponentRange>, roster::componentCount>;
 /// these logs expect exactly these bytes.
 QStringList lines(const QString& serial, const QDateTime& when, const Coverage& coverage);
 
-/// The log's path under the application directory; the serial is taken as typed.
+/// The elements as they are in the file: a line feed after each, in the system's 8-bit encoding.
+QByteArray bytes(const QStringList& lines);
+
+/// The folder of the logs.
+QString folder(const QString& applicationDirectory);
+
+/// The log's path in that folder; the serial is taken as typed.
 QString path(const QString& applicationDirectory, const QString& serial);
 
-/// Writes the elements, a line feed after each, in the system's 8-bit encoding. An old log is
-/// replaced whole or stays, also if the disk is full or the process is killed. Only where the
-/// folder does not permit that, and through a link whose target is missing, it is written in place.
+/// Writes a file over an old one, not in one step: a kill leaves a part. A new file is as open to
+/// the group as its folder. Returns false, with the reason in errno, unless all is on the disk.
+bool writeInPlace(const QString& path, const QByteArray& bytes);
+
+/// Writes the log of these elements. An old log is replaced whole or stays, also if the disk is
+/// full or the process is killed. Only where the folder does not permit that, and through a link
+/// whose target is missing, it is written in place.
 /// A log that the user may not write stays. Failure is silent: the station goes on with the next
 /// unit. No folder is created, and nothing is deleted: a kill within a write can leave a file of
 /// the log's name, a point and six letters, as a person's copy may be called.

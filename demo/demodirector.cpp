@@ -9,6 +9,7 @@
 #include "panels/componentpanel.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -31,7 +32,7 @@ constexpr int handMs = 300;
 constexpr int readingMs = 3000;
 constexpr int readingFastMs = 300;
 
-void say(const QString& line)
+void print(const QString& line)
 {
     QTextStream(stdout) << line << Qt::endl;
 }
@@ -83,7 +84,7 @@ void DemoDirector::start()
         fail(QStringLiteral("the unit's MIDI port cannot be made"));
         return;
     }
-    say(QStringLiteral("The unit is plugged in."));
+    print(QStringLiteral("The unit is plugged in."));
     sinceProgress.start();
     watchTimer.start(watchIntervalMs);
 }
@@ -96,8 +97,8 @@ void DemoDirector::slot_Watch()
 
     if (stage == Stage::Running && openNotice() != nullptr) {
         stage = Stage::Notice;
-        say(QStringLiteral("The station says: %1").arg(openNotice()->text()));
-        // Queued: after the notice has closed, also when a person closed it.
+        print(QStringLiteral("The station shows: %1").arg(openNotice()->text()));
+        // Queued: after the notice has closed, also when the user closed it.
         connect(openNotice(), SIGNAL(finished(int)), this, SLOT(slot_CheckLog()),
                 Qt::QueuedConnection);
         QTimer::singleShot(options.once ? readingFastMs : readingMs, this,
@@ -114,7 +115,7 @@ void DemoDirector::slot_Watch()
 
 void DemoDirector::begin()
 {
-    say(QStringLiteral("The station has found it; the serial number is %1.").arg(options.serial));
+    print(QStringLiteral("The station has found it; the serial number is %1.").arg(options.serial));
     station.findChild<QLineEdit*>(QStringLiteral("serialNumber"))->setText(options.serial);
     stage = Stage::Running;
     station.findChild<QToolButton*>(QStringLiteral("startTest"))->click();
@@ -151,18 +152,19 @@ void DemoDirector::slot_SkipIfNotPassed()
     for (const auto* panel : station.findChildren<ComponentPanel*>())
         if (panel->getComponentNum() == armed && coveredBands(*panel) == panel->coverage().size())
             return; // the last component of the run passed; no other is armed after it
-    say(QStringLiteral("Component %1 was worked and did not pass: \"Skip Sensor >>\".").arg(armed));
+    print(
+        QStringLiteral("Component %1 was worked and did not pass: \"Skip Sensor >>\".").arg(armed));
     station.findChild<QToolButton*>(QStringLiteral("skipSensorButton"))->click();
 }
 
 void DemoDirector::slot_Verdict(int componentNum, int result)
 {
     if (result == componentresult::passed)
-        say(QStringLiteral("Component %1 passed.").arg(componentNum));
-    else if (componentNum == roster::channelButton && !options.withChannelButton)
-        say(QStringLiteral("Component %1 is not tested at this station.").arg(componentNum));
+        print(QStringLiteral("Component %1 passed.").arg(componentNum));
+    else if (componentNum == roster::channelButton && !options.isTarvekStation)
+        print(QStringLiteral("Component %1 is not tested at this station.").arg(componentNum));
     else
-        say(QStringLiteral("Component %1 skipped.").arg(componentNum));
+        print(QStringLiteral("Component %1 skipped.").arg(componentNum));
 }
 
 void DemoDirector::slot_BandCovered()
@@ -183,7 +185,7 @@ void DemoDirector::slot_CloseNotice()
 {
     QMessageBox* notice = openNotice();
     if (notice == nullptr)
-        return; // already closed by a person
+        return; // already closed by the user
     savePicture(QStringLiteral("end.png"), notice);
     notice->button(QMessageBox::Ok)->click();
 }
@@ -195,19 +197,39 @@ void DemoDirector::slot_CheckLog()
         fail(QStringLiteral("there is no log at %1").arg(logPath()));
         return;
     }
-    say(QStringLiteral("Log: %1").arg(logPath()));
+    print(QStringLiteral("Log: %1").arg(logPath()));
+    const QByteArray log = file.readAll();
     const QString differences =
-        logcheck::differences(file.readAll(), options.unit.unit, options.withChannelButton);
+        logcheck::differences(log, options.unit.unit, options.isTarvekStation);
     if (!differences.isEmpty()) {
         fail(QStringLiteral("the log is not as expected: %1").arg(differences));
         return;
     }
-    say(options.unit.unit.fault == Fault::None
-            ? QStringLiteral("Every tested band is covered.")
-            : QStringLiteral("Covered is exactly what a unit with this fault can cover."));
+    print(options.unit.unit.fault == Fault::None
+              ? QStringLiteral("Every tested band is covered.")
+              : QStringLiteral("Covered is exactly what a unit with this fault can cover."));
+    if (!isInOutbox(log)) {
+        fail(QStringLiteral("the log is not in the outbox"));
+        return;
+    }
     stage = Stage::Over;
     watchTimer.stop();
     Q_EMIT signal_Finished(0);
+}
+
+bool DemoDirector::isInOutbox(const QByteArray& log) const
+{
+    const QDir outbox(QFileInfo(logPath()).path() + QStringLiteral("/Outbox"));
+    if (!outbox.exists())
+        return true; // none is wanted
+    for (const QFileInfo& entry : outbox.entryInfoList(QDir::Files, QDir::Time)) {
+        QFile file(entry.filePath());
+        if (file.open(QIODevice::ReadOnly) && file.readAll() == log) {
+            print(QStringLiteral("Outbox: %1").arg(entry.filePath()));
+            return true;
+        }
+    }
+    return false;
 }
 
 void DemoDirector::fail(const QString& reason)
@@ -230,7 +252,7 @@ void DemoDirector::savePicture(const QString& name, QMessageBox* notice)
     }
     const QString path = options.pictureFolder + QLatin1Char('/') + name;
     if (picture.save(path))
-        say(QStringLiteral("Picture: %1").arg(path));
+        print(QStringLiteral("Picture: %1").arg(path));
     else
         fail(QStringLiteral("%1 cannot be written").arg(path));
 }

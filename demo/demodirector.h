@@ -17,14 +17,14 @@ class QMessageBox;
 
 struct DemoOptions {
     UnitOptions unit;
-    bool once; ///< As fast as possible; ends after one run.
-    bool withChannelButton;
+    bool once;            ///< As fast as possible; ends after one run.
+    bool isTarvekStation; ///< Tests component 18.
     QString serial;
     QString pictureFolder; ///< An existing folder for screenshots; empty for none.
 };
 
 /// Plays the operator and the unit at a station: plugs in, types the serial number, works every
-/// control when the station arms it, skips what does not pass, closes the notice, reads the log.
+/// control when the station arms it, skips what does not pass, closes the notice, checks the log.
 /// Prints what it does on the terminal.
 class DemoDirector : public QObject
 {
@@ -34,6 +34,9 @@ public:
     DemoDirector(MainWindow& station, const DemoOptions& options);
 
     void start();
+
+    /// Whether the log of a run was checked, or an error ended the demo.
+    bool isOver() const { return stage == Stage::Over; }
 
 Q_SIGNALS:
     /// The run is over: 0, or 1 after an error, which was printed on stderr.
@@ -57,6 +60,8 @@ private:
     void fail(const QString& reason);
     void savePicture(const QString& name, QMessageBox* notice = nullptr);
     QString logPath() const;
+    /// True also where there is no outbox.
+    bool isInOutbox(const QByteArray& log) const;
 
     MainWindow& station;
     const DemoOptions options;

@@ -9,15 +9,14 @@
 
 namespace
 {
-bool isExpected(int componentNum, int band, const UnitFault& unit, bool channelButtonTested)
+bool isExpected(int componentNum, int band, const UnitFault& unit, bool isTarvekStation)
 {
-    return (componentNum != roster::channelButton || channelButtonTested) &&
+    return (componentNum != roster::channelButton || isTarvekStation) &&
            !unitfault::leavesUncovered(unit, componentNum, band);
 }
 } // namespace
 
-QString logcheck::differences(const QByteArray& log, const UnitFault& unit,
-                              bool channelButtonTested)
+QString logcheck::differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation)
 {
     QString reason;
     const auto read = stationlog::read(log, reason);
@@ -28,7 +27,7 @@ QString logcheck::differences(const QByteArray& log, const UnitFault& unit,
         QStringList bands;
         for (int band = 0; band < bandmarks::bandCount(c); ++band)
             if (read->marks[bandmarks::markIndex(c, band)] !=
-                isExpected(c, band, unit, channelButtonTested))
+                isExpected(c, band, unit, isTarvekStation))
                 bands << QString::number(band);
         if (!bands.isEmpty())
             found << QStringLiteral("component %1 differs in band %2")

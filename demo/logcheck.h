@@ -11,8 +11,8 @@
 /// Compares the station's log with the unit that was tested.
 namespace logcheck
 {
-/// What in the log differs from a whole run of the unit, in words, or why it is no log; empty if
-/// nothing does. Tested bands must be covered but for those that the unit's fault leaves uncovered;
-/// the channel button's must not be, unless the station tests it; the power button has none.
-QString differences(const QByteArray& log, const UnitFault& unit, bool channelButtonTested);
+/// Returns in words what in the log differs from a whole run of the unit, or why it is no log;
+/// empty if nothing does. Expected are all bands but those that the unit's fault leaves uncovered,
+/// those of the channel button unless a TARVEK station tests it, and those of the power button.
+QString differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation);
 } // namespace logcheck

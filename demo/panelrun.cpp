@@ -14,11 +14,11 @@ PanelRun::PanelRun()
 
 PanelRun::~PanelRun() = default;
 
-testlog::Coverage PanelRun::coverageOf(const UnitFault& unit, bool withChannelButton)
+testlog::Coverage PanelRun::coverageOf(const UnitFault& unit, bool isTarvekStation)
 {
     for (const auto& panel : panels)
         panel->slot_Init();
-    for (const int armed : unitscript::runOrder(withChannelButton)) {
+    for (const int armed : unitscript::runOrder(isTarvekStation)) {
         for (const auto& panel : panels)
             panel->slot_QueueComponent(armed);
         for (const UnitStep& step : unitfault::scriptFor(armed, unit))

@@ -21,9 +21,9 @@ public:
     PanelRun(const PanelRun&) = delete;
     PanelRun& operator=(const PanelRun&) = delete;
 
-    /// What the panels recorded once every control was worked in the order of a run, each once;
-    /// withChannelButton: at a station that tests it.
-    testlog::Coverage coverageOf(const UnitFault& unit, bool withChannelButton);
+    /// Returns what the panels recorded once every control was worked in the order of a run, each
+    /// once, at a TARVEK station or another one.
+    testlog::Coverage coverageOf(const UnitFault& unit, bool isTarvekStation);
 
 private:
     std::vector<std::unique_ptr<ComponentPanel>> panels; ///< By component number.

@@ -48,8 +48,8 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
     parser.addOption({QStringLiteral("serial"),
                       QStringLiteral("Serial number to type in (default: DEMO)."),
                       QStringLiteral("text"), QStringLiteral("DEMO")});
-    parser.addOption({QStringLiteral("tarvek"),
-                      QStringLiteral("A station with the marker: tests component 18 too.")});
+    parser.addOption(
+        {QStringLiteral("tarvek"), QStringLiteral("A TARVEK station: tests component 18 too.")});
     parser.process(application);
 
     const auto unit = unitoptions::readFrom(parser, error);
@@ -84,7 +84,7 @@ int main(int argc, char* argv[])
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return fail(problem);
-    if (options->withChannelButton)
+    if (options->isTarvekStation)
         QApplication::setApplicationName(QStringLiteral("zorvi_demo_TARVEK"));
 
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
@@ -92,13 +92,12 @@ int main(int argc, char* argv[])
     station.show();
     DemoDirector director(station, *options);
 
-    int status = options->once ? 1 : 0; // a window closed early is no whole run
-    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [&](int result) {
-        status = result;
-        if (options->once || result != 0)
+    const bool once = options->once;
+    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [once](int result) {
+        if (once || result != 0)
             QCoreApplication::exit(result);
     });
     QTimer::singleShot(0, &director, [&director] { director.start(); });
-    QApplication::exec();
-    return status;
+    const int status = QApplication::exec();
+    return once && !director.isOver() ? 1 : status; // a window closed early is no whole run
 }

@@ -26,7 +26,7 @@ convert "$runs/good/middle.png" -crop 60x270+390+200 +repage -strip docs/picture
 convert "$runs/good/end.png" -crop 60x270+210+200 +repage -strip docs/pictures/fader-done.png
 
 # The yield of the demo's two weeks.
-build/release/bin/zorvi_fortnight --output "$runs" >/dev/null
+build/release/bin/zorvi_line_demo --output "$runs" >/dev/null
 chromium --headless --no-sandbox --disable-gpu --no-first-run --hide-scrollbars \
     --user-data-dir="$runs/profile" --window-size=1230,1650 --screenshot="$runs/yield.png" \
     "file://$runs/yield.html" 2>/dev/null

@@ -45,7 +45,7 @@ ComponentPanel::~ComponentPanel() = default;
 void ComponentPanel::adoptForm(QFrame* formFrame)
 {
     frame = formFrame;
-    rangeLabels.resize(freshRanges().size());
+    rangeLabels.resize(valuebands::count(roster::kindOf(componentNum)));
     for (int i = 0; i < rangeLabels.size(); ++i)
         rangeLabels[i] = findChild<QLabel*>(QStringLiteral("label_%1").arg(i));
     slot_Init();
@@ -63,6 +63,7 @@ void ComponentPanel::slot_Init()
 {
     passed = false;
     ranges = freshRanges();
+    firstBand = {};
     for (QLabel* label : std::as_const(rangeLabels))
         restyle(label, blankLabelStyle);
     setFrameStyle(untestedStyle, false);
@@ -119,6 +120,8 @@ void ComponentPanel::coverRanges(float value)
         if (isCovered(ranges.at(i)) || value < ranges.at(i).min || value > ranges.at(i).max)
             continue;
         ranges[i].covered = 1.0F;
+        if (firstBand.isNull())
+            firstBand = QDateTime::currentDateTime();
         Q_EMIT signal_Click();
         restyle(rangeLabels.at(i), coveredLabelStyle);
     }

@@ -7,6 +7,7 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
+#include <QDateTime>
 #include <QVector>
 #include <QWidget>
 
@@ -40,6 +41,9 @@ public:
 
     /// The bands in their order, and which are covered since the last reset.
     const QVector<ComponentRange>& coverage() const { return ranges; }
+
+    /// The local time of the first covered band since the last reset; null if none is covered.
+    const QDateTime& firstBandAt() const { return firstBand; }
 
 Q_SIGNALS:
     /// The control passed or was skipped: a value of componentresult.
@@ -100,4 +104,5 @@ private:
     QVector<QLabel*> rangeLabels;
     int queuedComponent = -1;
     QFrame* frame = nullptr;
+    QDateTime firstBand;
 };

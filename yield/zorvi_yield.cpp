@@ -10,5 +10,5 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("zorvi_yield");
     QCoreApplication::setApplicationVersion(ZORVI_VERSION);
-    return command::run(QCoreApplication::arguments());
+    return static_cast<int>(command::run(QCoreApplication::arguments()));
 }

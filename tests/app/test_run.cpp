@@ -214,17 +214,9 @@ private:
         station::click(window, "skipSensorButton");
         QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
         station::compareLog("run ", [=](int c) { return isWorked(c, marker); });
-        QStringList notices;
-        QTimer closing;
-        closing.callOnTimeout([&notices] {
-            if (auto* notice = station::openNotice()) {
-                notices << notice->text();
-                notice->accept();
-            }
-        });
-        closing.start(10);
+        const station::NoticeCloser closer;
         QTRY_COMPARE(journal.entries, restart + restart);
-        QCOMPARE(notices, (QStringList{"Test Complete.", "Test Complete."}));
+        QCOMPARE(closer.texts, (QStringList{"Test Complete.", "Test Complete."}));
         QCOMPARE(watch.problem(), QString());
         journal.take();
     }

@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/outbox.h"
 #include "app/testlog.h"
 #include "tests/support/expectedlog.h"
 #include "tests/support/figures.h"
+#include "tests/support/station.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>
@@ -58,26 +60,32 @@ bool isCovered(int component, int band)
     return (7 * component + band) % 3 == 0;
 }
 
-/// The unit's serial number, the date and the covered bands in a log.
-void writeLog(const QString& path, const QString& serial)
+/// A serial number, a date and covered bands.
+QStringList linesOf(const QString& serial)
 {
     testlog::Coverage coverage;
     for (int c = 0; c < 44; ++c)
         for (int band = 0; band < (c >= 9 && c < 40 ? 2 : 13); ++band)
             coverage.at(static_cast<std::size_t>(c))
                 .append({0.0F, 0.0F, isCovered(c, band) ? 1.0F : 0.0F});
-    testlog::write(path, testlog::lines(serial, {{2026, 3, 9}, {7, 5, 4}}, coverage));
+    return testlog::lines(serial, {{2026, 3, 9}, {7, 5, 4}}, coverage);
+}
+
+void writeLog(const QString& path, const QString& serial)
+{
+    testlog::write(path, linesOf(serial));
+}
+
+void addToOutbox(const QDir& logs, const QString& serial)
+{
+    OutboxWriter outbox(logs.path());
+    outbox.startRun();
+    outbox.add(linesOf(serial), QDateTime::currentDateTime(), false);
 }
 
 QByteArray expected(const QString& serial)
 {
     return expectedLog(serial.toLocal8Bit(), "Mon Mar 9 07:05:04 2026", isCovered);
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
 mode_t modeOf(const QString& path)
@@ -128,7 +136,8 @@ private Q_SLOTS:
             const bool written = good.contains(serial);
             QCOMPARE(logs.entryList(all), written ? QStringList(file) : QStringList());
             QCOMPARE(QDir(folder->path()).entryList(all), QStringList("Logs"));
-            QVERIFY2(!written || contentOf(path) == expected(serial), contentOf(path));
+            QVERIFY2(!written || station::contentOf(path) == expected(serial),
+                     station::contentOf(path));
             logs.remove(file);
         }
     }
@@ -156,7 +165,7 @@ private Q_SLOTS:
             give(logs.path(), owner, folderMode);
             QVERIFY(isDone(inChild([this] { testlog::write(log, {"new"}); }, nobody)));
             const auto row = QString("folder %1, log %2").arg(folderMode, 0, 8).arg(logMode, 0, 8);
-            QVERIFY2(contentOf(log) == text + '\n', qPrintable(row));
+            QVERIFY2(station::contentOf(log) == text + '\n', qPrintable(row));
             QVERIFY2(modeOf(log) == logMode, qPrintable(row));
             QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
         }
@@ -172,10 +181,16 @@ private Q_SLOTS:
         for (const uid_t user : {nobody, otherUser, nobody}) {
             const auto text = QString::number(QRandomGenerator::global()->generate());
             QVERIFY(isDone(inChild([&] { testlog::write(log, {text}); }, user)));
-            QCOMPARE(contentOf(log), text.toLatin1() + '\n');
+            QCOMPARE(station::contentOf(log), text.toLatin1() + '\n');
             QCOMPARE(modeOf(log), 0660U);
         }
+        QVERIFY(logs.mkdir("Outbox"));
+        const QDir outbox(logs.filePath("Outbox"));
+        give(outbox.path(), 0, 02775);
+        QVERIFY(isDone(inChild([&] { addToOutbox(logs, "1"); }, nobody)));
         umask(mask);
+        QCOMPARE(outbox.entryList(QDir::Files).size(), 1);
+        QCOMPARE(modeOf(outbox.entryInfoList(QDir::Files).first().filePath()), 0660U);
     }
 
     /// Links stay links, and what they lead to is written.
@@ -186,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(QFile::link("target", between) && QFile::link("../between", log));
         for (const QString text : {"old", "new"}) {
             testlog::write(log, {text});
-            QCOMPARE(contentOf(target), text.toLatin1() + '\n');
+            QCOMPARE(station::contentOf(target), text.toLatin1() + '\n');
             QVERIFY(QFileInfo(log).isSymLink() && QFileInfo(between).isSymLink());
         }
     }
@@ -204,35 +219,50 @@ private Q_SLOTS:
     }
 
     /// Two stations write the same serial until they are killed. What is read meanwhile and
-    /// afterwards is the whole log of one of them.
+    /// afterwards is the whole log of one of them. In their outbox are whole logs, beside what is
+    /// hidden.
     void killed()
     {
         const int rounds = figures::count(100, 2000);
         writeLog(log, "one");
+        const QList<QByteArray> whole{expected("one"), expected("the other")};
+        QVERIFY(logs.mkdir("Outbox"));
+        const QDir outbox(logs.filePath("Outbox"));
         QMap<QByteArray, int> reads;
+        int collected = 0;
         const auto writeForEver = [this] {
-            for (;;) {
-                writeLog(log, "one");
-                writeLog(log, "the other");
-            }
+            for (;;)
+                for (const char* serial : {"one", "the other"}) {
+                    addToOutbox(logs, serial);
+                    writeLog(log, serial);
+                }
         };
         for (int i = 0; i < rounds; ++i) {
             const auto stations = {inChild(writeForEver), inChild(writeForEver)};
             const QDeadlineTimer end(QRandomGenerator::global()->bounded(20));
             while (!end.hasExpired())
-                ++reads[contentOf(log)];
+                ++reads[station::contentOf(log)];
             for (const pid_t station : stations) {
                 kill(station, SIGKILL);
                 QVERIFY(!isDone(station));
             }
-            ++reads[contentOf(log)];
+            ++reads[station::contentOf(log)];
+            for (const QFileInfo& file : outbox.entryInfoList(QDir::Files)) {
+                QVERIFY(OutboxName::read(file.fileName()));
+                QVERIFY2(whole.contains(station::contentOf(file.filePath())),
+                         qPrintable(file.fileName()));
+                QVERIFY(QFile::remove(file.filePath()));
+                ++collected;
+            }
         }
-        const QList<QByteArray> whole{expected("one"), expected("the other")};
         for (const QByteArray& read : reads.keys())
             QVERIFY2(whole.contains(read), read);
         QCOMPARE(reads.size(), 2);
         figures::print("two stations killed (SIGKILL) while writing the same log", rounds, 0,
-                       QString("%1 temporary files left").arg(logs.entryList(all).size() - 1));
+                       QString("%1 temporary files left").arg(logs.entryList(all).size() - 2));
+        QVERIFY(collected > rounds);
+        figures::print("logs in their outbox", collected, 0,
+                       QString("%1 temporary files left").arg(outbox.entryList(all).size()));
         figures::print("reads meanwhile", reads.first() + reads.last(), 0);
     }
 
@@ -250,7 +280,7 @@ private Q_SLOTS:
                 writeLog(logs.filePath("new"), "the other");
             };
             QVERIFY(isDone(inChild(write)));
-            QCOMPARE(contentOf(log), expected("one"));
+            QCOMPARE(station::contentOf(log), expected("one"));
             QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
         }
     }

@@ -88,20 +88,36 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
 
 void station::compareLog(const QString& serial, const std::function<bool(int)>& covered)
 {
-    QFile file(QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt");
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray log = file.readAll();
+    const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
+    const QByteArray log = contentOf(path);
     const QByteArray date = log.split('\n').value(3).split('\t').value(2);
     const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
     QVERIFY(qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
     QCOMPARE(QString::fromLocal8Bit(date), written.toLocalTime().toString(Qt::TextDate));
     QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, covered));
-    QVERIFY(file.remove());
+    QVERIFY(QFile::remove(path));
+}
+
+QByteArray station::contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
 QMessageBox* station::openNotice()
 {
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+}
+
+station::NoticeCloser::NoticeCloser()
+{
+    callOnTimeout([this] {
+        if (auto* notice = openNotice()) {
+            texts << notice->text();
+            notice->accept();
+        }
+    });
+    start(10);
 }
 
 station::ReceivedMessages::ReceivedMessages(const MainWindow& window)

@@ -40,8 +40,16 @@ void receive(MainWindow& window, const QVector<MidiMessage>& messages);
 /// Compares the log of a serial number with what is expected, the bands of which components are
 /// covered and a date of just now, and removes it.
 void compareLog(const QString& serial, const std::function<bool(int)>& covered);
+/// What is in a file; "(no file)" if it cannot be read.
+QByteArray contentOf(const QString& path);
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
+
+/// Closes each notice that opens while it lives, and keeps the texts.
+struct NoticeCloser : QTimer {
+    NoticeCloser();
+    QStringList texts;
+};
 
 /// Keeps what the panels receive, on their thread: the bytes of each message.
 struct ReceivedMessages : QObject {

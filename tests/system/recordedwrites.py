@@ -13,7 +13,7 @@ SHARE_OF_WRITES = 0.05  # so many of the writes are followed by a cut
 
 
 def _entries(path):
-    """Gives (flags, first byte, bytes) for each write and flush."""
+    """Yields (flags, first byte, bytes) for each write and flush."""
     with open(path, "rb") as record:
         magic, _, count, sector = struct.unpack("<QQQI", record.read(28))
         if (magic, sector) != (MAGIC, SECTOR):
@@ -24,52 +24,41 @@ def _entries(path):
             yield flags, first * SECTOR, record.read(sectors * SECTOR)
 
 
-def _write(disk, writes):
-    for first, data in writes:
-        os.pwrite(disk, data, first)
+def _write(image, writes):
+    with open(image, "r+b") as disk:
+        for first, data in writes:
+            disk.seek(first)
+            disk.write(data)
 
 
 def _copy(source, target):
-    """With its holes, which are most of a disk."""
-    size = os.fstat(source).st_size
-    os.ftruncate(target, 0)
-    os.ftruncate(target, size)
-    end = 0
-    while end < size:
-        try:
-            begin = os.lseek(source, end, os.SEEK_DATA)
-        except OSError: # no more
-            return
-        end = os.lseek(source, begin, os.SEEK_HOLE)
-        os.lseek(target, begin, os.SEEK_SET)
-        while begin < end:
-            begin += os.sendfile(target, source, begin, end - begin)
+    subprocess.run(["cp", "--sparse=always", source, target], check=True)
 
 
 def cuts(disk, image):
-    """For each cut, writes the disk as it may have left it into the image, and gives the marks before it.
+    """For each cut, writes the disk as it may have left it into the image and yields the marks before it.
 
     DISK.base is the disk before the first of DISK.writes. A cut leaves all that was written before the last
-    flush, and of the rest nothing or any part. Tried are: for each flush, just before it is done, nothing;
+    flush, and of the rest nothing or any part. Tested are: for each flush, just before it is done, nothing;
     at random moments between, a part. A mark is a write to the disk's last sector.
     """
-    subprocess.run(["cp", "--sparse=always", f"{disk}.base", f"{image}.flushed"], check=True)
-    flushed, target = (os.open(path, os.O_RDWR | os.O_CREAT) for path in (f"{image}.flushed", image))
-    last_sector = os.fstat(flushed).st_size - SECTOR
+    flushed = f"{image}.flushed"
+    _copy(f"{disk}.base", flushed)
+    last_sector = os.path.getsize(flushed) - SECTOR
     chance = random.Random(1)
     rest, marks = [], []
     for flags, first, data in _entries(f"{disk}.writes"):
         if flags & FLUSH:
             if rest:
-                _copy(flushed, target)
+                _copy(flushed, image)
                 yield marks
             _write(flushed, rest)
             rest = []
         elif first == last_sector:
-            marks.append(data.decode().rstrip())
+            marks.append(int(data))
         else:
             rest.append((first, data))
             if chance.random() < SHARE_OF_WRITES:
-                _copy(flushed, target)
-                _write(target, [write for write in rest if chance.random() < 0.5])
+                _copy(flushed, image)
+                _write(image, [write for write in rest if chance.random() < 0.5])
                 yield marks

@@ -7,28 +7,51 @@
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/stationlog.h"
 
-#include <QSqlDatabase>
-#include <QSqlQuery>
-#include <QVariant>
+#include <QMetaType>
 
-/// Logs as the station itself writes them, and what a database made of them.
+Q_DECLARE_METATYPE(BandMarks)
+
+/// Logs as the station itself writes them.
 namespace unitlogs
 {
-/// "whole" (without component 18), "all", "18" (alone), or "to20" (as far as 20); without what
-/// follows: "whole-3.5-40" lacks band 5 of component 3, and component 40.
-inline BandMarks marks(const QString& words)
+/// The marks of a whole run of a TARVEK station.
+inline BandMarks passedWith18()
 {
-    const QStringList missed = words.split('-').mid(1);
-    const QString run = words.section('-', 0, 0);
-    const int end = run.startsWith("to") ? run.mid(2).toInt() : roster::componentCount;
-    BandMarks marks;
-    for (int c = 0; c < end; ++c)
-        for (int band = 0; band < bandmarks::bandCount(c); ++band)
-            marks[bandmarks::markIndex(c, band)] =
-                (run == "all" || (run == "18") == (c == 18)) &&
-                !missed.contains(QString::number(c)) &&
-                !missed.contains(QString("%1.%2").arg(c).arg(band));
+    return ~BandMarks();
+}
+
+/// The marks of a whole run of another station.
+inline BandMarks passed()
+{
+    return ~attemptrules::channelButtonMarks();
+}
+
+/// The marks without those of one control.
+inline BandMarks without(BandMarks marks, int componentNum)
+{
+    for (int band = 0; band < bandmarks::bandCount(componentNum); ++band)
+        marks.reset(bandmarks::markIndex(componentNum, band));
     return marks;
+}
+
+/// The marks without that of one band.
+inline BandMarks without(BandMarks marks, int componentNum, int band)
+{
+    return marks.reset(bandmarks::markIndex(componentNum, band));
+}
+
+/// The marks of a run that was aborted at a control.
+inline BandMarks abortedAt(int componentNum)
+{
+    BandMarks marks = passed();
+    for (int c = componentNum; c <= roster::lastComponent; ++c)
+        marks = without(marks, c);
+    return marks;
+}
+
+inline QDateTime noon()
+{
+    return {QDate(2026, 11, 21), QTime(12, 0)};
 }
 
 inline QStringList lines(const QString& serial, const QDateTime& when, const BandMarks& marks)
@@ -41,43 +64,15 @@ inline QStringList lines(const QString& serial, const QDateTime& when, const Ban
     return testlog::lines(serial, when, coverage);
 }
 
-inline QDateTime noon()
-{
-    return {QDate(2026, 11, 21), QTime(12, 0)};
-}
-
-inline void write(const QString& path, const QString& serial, const QString& words,
+inline void write(const QString& path, const QString& serial, const BandMarks& marks,
                   const QDateTime& when = noon())
 {
-    testlog::write(path, lines(serial, when, marks(words)));
+    testlog::write(path, lines(serial, when, marks));
 }
 
-inline StationLog log(const QString& serial, int secondsAfterNoon, const QString& words)
+/// minute: after noon.
+inline StationLog log(const QString& serial, int minute, const BandMarks& marks)
 {
-    return {serial, noon().addSecs(secondsAfterNoon).toString(Qt::ISODate), marks(words)};
-}
-
-/// All that the database has of a station, without the numbers of the rows; sorted.
-inline QStringList rows(const QSqlDatabase& database, const QString& station)
-{
-    QStringList found;
-    for (const QString select :
-         {"'attempt', serial, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), marks "
-          "FROM attempts",
-          "'missed', serial, tested_at, component, band, '' "
-          "FROM missed_bands JOIN attempts ON attempts.id = attempt_id",
-          "'save', serial, tested_at, 0, 0, marks FROM repeated_saves"}) {
-        QSqlQuery query("SELECT " + select + " JOIN stations ON stations.id = station_id " +
-                            "WHERE name = '" + station + "'",
-                        database);
-        while (query.next()) {
-            QString row;
-            for (int i = 0; i < 5; ++i)
-                row += query.value(i).toString() + ' ';
-            found << row + query.value(5).toByteArray().toHex();
-        }
-    }
-    found.sort();
-    return found;
+    return {serial, noon().addSecs(60 * minute).toString(Qt::ISODate), marks};
 }
 } // namespace unitlogs

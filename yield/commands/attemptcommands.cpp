@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/intake/logimport.h"
-#include "yield/intake/messages.h"
+#include "yield/commands/progress.h"
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
 #include "yield/logs/printabletext.h"
@@ -20,20 +19,19 @@ attemptrules::Outcome outcomeOf(const Attempt& attempt)
     return attemptrules::outcomeOf(attempt.marks, attempt.tests18);
 }
 
-/// When, where, and what the attempt missed.
+/// When, where, and the result.
 QString line(const Attempt& attempt)
 {
     const auto outcome = outcomeOf(attempt);
-    QStringList words;
-    if (outcome.hasPassed())
-        words << "complete";
+    QString result = outcome.hasPassed() ? "passed" : "failed";
     if (outcome.abortedAt)
-        words << "ended early at " + controlnames::control(*outcome.abortedAt);
+        result = "aborted at " + controlnames::control(*outcome.abortedAt);
     if (!outcome.missed.empty())
-        words << "missed " + controlnames::missed(outcome.missed).join("; ");
+        result += ", missed " + controlnames::missed(outcome.missed).join("; ");
+    if (!attempt.startedAt.isEmpty())
+        result += ", started " + QString(attempt.startedAt).replace('T', ' ');
     return QString("%1  %2  %3")
-        .arg(QString(attempt.testedAt).replace('T', ' '), printableText(attempt.station),
-             words.join(", "));
+        .arg(QString(attempt.testedAt).replace('T', ' '), printableText(attempt.station), result);
 }
 
 /// A text that a spreadsheet would run as a formula gets an apostrophe before it.
@@ -63,7 +61,8 @@ QByteArray csv(const Attempt& attempt)
     return csvText(attempt.station) + ',' + csvText(attempt.serial) + ',' +
            attempt.testedAt.toLatin1() + ',' + (outcome.hasPassed() ? '1' : '0') + ',' +
            csvText(csvBands(outcome.missed)) + ',' +
-           (outcome.abortedAt ? QByteArray::number(*outcome.abortedAt) : "") + "\r\n";
+           (outcome.abortedAt ? QByteArray::number(*outcome.abortedAt) : "") + ',' +
+           attempt.startedAt.toLatin1() + "\r\n";
 }
 
 QByteArray json(const Attempt& attempt)
@@ -76,13 +75,14 @@ QByteArray json(const Attempt& attempt)
         {"station", attempt.station},
         {"serial", attempt.serial},
         {"tested_at", attempt.testedAt},
-        {"complete", outcome.hasPassed()},
+        {"started_at", attempt.startedAt.isEmpty() ? QJsonValue() : QJsonValue(attempt.startedAt)},
+        {"passed", outcome.hasPassed()},
         {"missed_bands", missed},
-        {"ended_at", outcome.abortedAt ? QJsonValue(*outcome.abortedAt) : QJsonValue()}};
+        {"aborted_component", outcome.abortedAt ? QJsonValue(*outcome.abortedAt) : QJsonValue()}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-int exportAttempts(const QCommandLineParser& parser)
+ExitStatus exportAttempts(const QCommandLineParser& parser)
 {
     const QString format = parser.value("format");
     const bool isJson = format == "json";
@@ -91,7 +91,8 @@ int exportAttempts(const QCommandLineParser& parser)
     Database database(parser.value("database"), Database::Access::Read);
     // Written when it is whole: a reader that takes its time must not keep others from importing.
     QByteArray records =
-        isJson ? "[" : "station,serial,tested_at,complete,missed_bands,ended_at\r\n";
+        isJson ? "["
+               : "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n";
     QByteArray before = "\n";
     Progress progress{"attempts"};
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
@@ -102,27 +103,25 @@ int exportAttempts(const QCommandLineParser& parser)
     if (isJson)
         records += "\n]\n";
     command::writeFile("-", [&](QFileDevice& out) { return out.write(records) == records.size(); });
-    return 0;
+    return ExitStatus::Success;
 }
 
-int showUnit(const QCommandLineParser& parser)
+ExitStatus showUnit(const QCommandLineParser& parser)
 {
     if (parser.positionalArguments().size() != 1)
-        command::fail("which serial? One goes after the command");
+        command::fail("unit takes one SERIAL");
     const QString serial = parser.positionalArguments().constFirst();
     Database database(parser.value("database"), Database::Access::Read);
-    bool isFound = false;
-    bool isComplete = false;
-    const auto show = [&](const Attempt& attempt) {
-        isFound = true;
-        isComplete = outcomeOf(attempt).hasPassed();
-        messages::tell(line(attempt));
-    };
-    attemptreader::forEachByUnit(database, show, serial);
-    if (!isFound)
+    std::vector<Attempt> attempts;
+    attemptreader::forEachByUnit(
+        database, [&](const Attempt& attempt) { attempts.push_back(attempt); }, serial);
+    for (const Attempt& attempt : attempts)
+        messages::print(line(attempt));
+    if (attempts.empty())
         messages::warn(
-            QString("no attempt at a unit with the serial \"%1\"").arg(printableText(serial)));
-    return isComplete ? 0 : exitstatus::incomplete;
+            QString("no attempt of a unit with the serial \"%1\"").arg(printableText(serial)));
+    const bool hasPassed = !attempts.empty() && outcomeOf(attempts.back()).hasPassed();
+    return hasPassed ? ExitStatus::Success : ExitStatus::ProblemsFound;
 }
 } // namespace
 
@@ -137,8 +136,8 @@ Command exportCommand()
 Command unitCommand()
 {
     return {"unit",
-            "Lists every attempt at a unit and what each missed. A serial that begins with a dash "
-            "goes after \"--\". Exit status 1 if the last attempt is not complete.",
+            "Lists every attempt of a unit with its result. A serial that begins with a dash goes "
+            "after \"--\". Exit status 1 if the last attempt did not pass.",
             showUnit,
             {},
             "SERIAL"};

@@ -3,13 +3,13 @@
 
 #include "yield/commands/command.h"
 
-#include "yield/intake/logimport.h"
 #include "yield/intake/messages.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QSysInfo>
 #include <QVector>
 
 #include <cstdio>
@@ -28,29 +28,29 @@ bool isFile(const QString& path)
 
 QVector<Command> commands()
 {
-    return {importCommand(), reportCommand(), unitCommand(),   exportCommand(),
-            checkCommand(),  statusCommand(), stationCommand()};
+    return {collectCommand(), importCommand(), reportCommand(), unitCommand(),
+            exportCommand(),  statusCommand(), stationCommand()};
 }
 
 QString overview()
 {
     QString text = QString("Usage: zorvi_yield COMMAND [options]\n"
-                           "What the logs of the stations say about many units.\n\n"
-                           "Commands (\"zorvi_yield COMMAND --help\" says more):\n");
+                           "Imports test logs and reports yield.\n\n"
+                           "Commands (\"zorvi_yield COMMAND --help\" lists their options):\n");
     for (const Command& known : commands())
         text += QString("  %1 %2\n").arg(known.name, -8).arg(known.description);
     return text + "\nOptions:\n  --help, --version";
 }
 
-/// What was refused is not repeated: there might be a password in it.
-void refuseAddress(const QString& argument, bool isSerial)
+/// The argument is not repeated: there might be a password in it.
+void rejectAddress(const QString& argument, bool isSerial)
 {
     if (argument.startsWith("postgres:") || argument.startsWith("postgresql:") ||
         (Database::isAddress(argument) && !isSerial)) // a serial may be any other address
         command::fail("a database's address goes after --database");
 }
 
-int runCommand(const Command& chosen, QStringList words)
+ExitStatus runCommand(const Command& chosen, QStringList words)
 {
     words.removeAt(1); // its name
     QCommandLineParser parser;
@@ -69,33 +69,33 @@ int runCommand(const Command& chosen, QStringList words)
         parser.showHelp();
     const QStringList arguments = parser.positionalArguments();
     for (const QString& argument : arguments)
-        refuseAddress(argument, chosen.name == "unit");
+        rejectAddress(argument, chosen.name == "unit");
     if (chosen.argument.isEmpty() && !arguments.isEmpty())
         command::fail(QString("unexpected argument \"%1\"").arg(arguments[0]));
     return chosen.run(parser);
 }
 } // namespace
 
-int command::run(const QStringList& words)
+ExitStatus command::run(const QStringList& words)
 {
     const QString name = words.value(1);
     try {
         for (const Command& known : commands())
             if (known.name == name)
                 return runCommand(known, words);
-        refuseAddress(name, false);
+        rejectAddress(name, false);
         if (name == "--version" || name == "-v")
-            messages::tell("zorvi_yield " + QCoreApplication::applicationVersion());
+            messages::print("zorvi_yield " + QCoreApplication::applicationVersion());
         else if (name == "--help" || name == "-h")
-            messages::tell(overview());
+            messages::print(overview());
         else
             fail(name.isEmpty() || name.startsWith('-')
-                     ? QString("which command? It comes first; see --help")
+                     ? QString("missing COMMAND; see --help")
                      : QString("there is no command \"%1\"; see --help").arg(name));
-        return 0;
+        return ExitStatus::Success;
     } catch (const std::runtime_error& error) {
         messages::warn(QString("zorvi_yield: %1").arg(error.what()));
-        return exitstatus::failed;
+        return ExitStatus::Error;
     }
 }
 
@@ -104,12 +104,43 @@ void command::fail(const QString& text)
     throw std::runtime_error(text.toStdString());
 }
 
-QCommandLineOption command::spoolOption()
+QCommandLineOption command::hiddenOption(const QString& name, const QString& valueName)
 {
-    const QString standard =
+    QCommandLineOption option(name, {}, valueName);
+    option.setFlags(QCommandLineOption::HiddenFromHelp);
+    return option;
+}
+
+QList<QCommandLineOption> command::intakeOptions()
+{
+    const QString spool =
         QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
-    const QString help = "The folder where \"import --watch\" keeps logs (default: %1).";
-    return {"spool", help.arg(standard), "folder", standard};
+    return {{"station", "The station that the logs come from (default: this computer's name).",
+             "name", QSysInfo::machineHostName()},
+            {"tests-component-18", "The station tests component 18. The database remembers it."},
+            hiddenOption("tests-18"),
+            {"spool",
+             QString("For collect: the spool of version 1.2.0; what is pending there is stored at "
+                     "the start (default: %1).")
+                 .arg(spool),
+             "folder", spool}};
+}
+
+Station command::stationOf(const QCommandLineParser& parser)
+{
+    const Station station{parser.value("station"),
+                          parser.isSet("tests-component-18") || parser.isSet("tests-18")};
+    if (station.name.isEmpty())
+        fail("a station needs a name");
+    return station;
+}
+
+CollectRequest command::collectRequest(const QCommandLineParser& parser)
+{
+    const QStringList folders = parser.positionalArguments();
+    if (folders.size() != 1)
+        fail("collect takes one LOGS, the folder that a station writes to");
+    return {parser.value("database"), stationOf(parser), folders[0], parser.value("spool")};
 }
 
 void command::writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write)

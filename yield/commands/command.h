@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include "yield/commands/exitstatus.h"
 #include "yield/figures/report.h"
+#include "yield/intake/collector.h"
 #include "yield/store/database.h"
 
 #include <QCommandLineOption>
@@ -14,17 +16,17 @@
 
 #include <functional>
 
-/// A command of the program, with what its help says of it.
+/// A command of the program, with its help.
 struct Command {
     QString name;
     QString description;
-    /// Gives the status for the shell. May throw DatabaseError, or call command::fail().
-    int (*run)(const QCommandLineParser& parser) = nullptr;
+    /// May throw std::runtime_error: its text is printed, and the status is Error.
+    ExitStatus (*run)(const QCommandLineParser& parser) = nullptr;
     QList<QCommandLineOption> options = {}; ///< Beside --database and --help, which all have.
     QString argument = {};                  ///< Empty for a command that takes none.
 };
 
-Command checkCommand();
+Command collectCommand();
 Command exportCommand();
 Command importCommand();
 Command reportCommand();
@@ -38,16 +40,26 @@ Report readReport(Database& database, ReportRequest request);
 namespace command
 {
 /// Runs the command that the words name, after the program's name; needs a QCoreApplication. The
-/// status for the shell: 0; 1 if a log was refused or a unit is not complete; 2 if the command line
-/// makes no sense, the database failed or a file could not be written.
-int run(const QStringList& words);
+/// one place that makes text and an exit status of exceptions.
+ExitStatus run(const QStringList& words);
 
-/// Ends the command: it cannot do what it is for, because of this.
+/// Ends the command, with a line that says why.
 [[noreturn]] void fail(const QString& text);
 
-QCommandLineOption spoolOption();
+/// An option that is not in the help: a former name, kept for one version. valueName: empty for an
+/// option without a value.
+QCommandLineOption hiddenOption(const QString& name, const QString& valueName = {});
+
+/// The options of commands that store logs: the station, and the spool of version 1.2.0.
+QList<QCommandLineOption> intakeOptions();
+
+/// What intakeOptions() say. Throws std::runtime_error without a name.
+Station stationOf(const QCommandLineParser& parser);
+
+/// What is to be collected, by intakeOptions() and the one argument. Throws std::runtime_error.
+CollectRequest collectRequest(const QCommandLineParser& parser);
 
 /// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is
-/// written through instead, and "-" is standard output. write gives false if not all arrived.
+/// written through instead, and "-" is standard output. write returns false if not all arrived.
 void writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write);
 } // namespace command

@@ -2,41 +2,85 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
+#include "yield/commands/progress.h"
 #include "yield/intake/logimport.h"
-
-#include <QSysInfo>
-#include <QTextStream>
+#include "yield/logs/logfiles.h"
+#include "yield/store/schema.h"
 
 namespace
 {
-int importLogs(const QCommandLineParser& parser)
+/// What an import came to so far.
+class ImportSummary
 {
-    ImportRequest request;
-    request.database = parser.value("database");
-    request.station = {parser.value("station"), parser.isSet("tests-18")};
-    request.paths = parser.positionalArguments();
-    if (request.paths.isEmpty())
-        command::fail("which folder or file?");
-    if (request.station.name.isEmpty())
-        command::fail("a station needs a name");
-    if (parser.isSet("watch"))
-        return logimport::watch(request, parser.value("spool"));
-    QTextStream out(stdout);
-    QTextStream errors(stderr);
-    return logimport::run(request, out, errors);
+public:
+    void add(const logimport::Batch& batch)
+    {
+        counts += batch.counts;
+        rejected += logimport::printProblems(batch);
+        progress.add(batch.stored.size());
+    }
+
+    void print() const
+    {
+        messages::print(QString("%1 logs: %2 new, %3 duplicates, %4 empty, %5 rejected")
+                            .arg(counts.added + counts.duplicates + counts.empty + rejected)
+                            .arg(counts.added)
+                            .arg(counts.duplicates)
+                            .arg(counts.empty)
+                            .arg(rejected));
+        logimport::printWarnings(counts);
+    }
+
+    ExitStatus status() const
+    {
+        return rejected == 0 ? ExitStatus::Success : ExitStatus::ProblemsFound;
+    }
+
+private:
+    StoreCounts counts;
+    int rejected = 0;
+    Progress progress{"logs"};
+};
+
+ExitStatus importLogs(const QCommandLineParser& parser)
+{
+    if (parser.isSet("watch")) {
+        messages::warn("\"import --watch\" is \"collect\" since version 1.3.0, and goes with the "
+                       "next one");
+        Collector(command::collectRequest(parser)).run();
+    }
+    const Station station = command::stationOf(parser);
+    const QStringList paths = parser.positionalArguments();
+    if (paths.isEmpty())
+        command::fail("missing FOLDER or FILE");
+    Database database(parser.value("database"), Database::Access::Write);
+    schema::migrate(database);
+    ImportSummary summary;
+    QStringList files;
+    for (const QString& path : paths)
+        if (logfiles::isGone(path))
+            summary.add({{}, {}, {}, {{path, "No such file or directory"}}});
+        else
+            files += logfiles::filesOf(path);
+    try {
+        logimport::store(database, station, files,
+                         [&summary](const logimport::Batch& batch) { summary.add(batch); });
+    } catch (const DatabaseError&) {
+        summary.print(); // what was committed stays
+        throw;
+    }
+    summary.print();
+    return summary.status();
 }
 } // namespace
 
 Command importCommand()
 {
     return {"import",
-            "Reads logs, or all in a folder, into the database. Nothing in the folder is changed. "
-            "The same logs again change nothing. Exit status 1 if a file is no log.",
+            "Reads logs, or all in a folder, into the database: logs of earlier times, copies, and "
+            "Outbox/Stored after a database was lost. Nothing in the folder is changed. The same "
+            "logs again change nothing. Exit status 1 if a file was rejected.",
             importLogs,
-            {{"station", "The station that the logs come from (default: this computer's name).",
-              "name", QSysInfo::machineHostName()},
-             {"tests-18", "The station tests component 18. The database remembers it."},
-             {"watch", "Go on importing as logs appear, until SIGTERM or Ctrl-C."},
-             command::spoolOption()},
+            command::intakeOptions() + QList<QCommandLineOption>{command::hiddenOption("watch")},
             "FOLDER|FILE..."};
 }

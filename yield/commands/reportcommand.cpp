@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
+#include "yield/commands/progress.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/intake/messages.h"
 #include "yield/page/page.h"
+#include "yield/page/reportjson.h"
 #include "yield/store/attemptreader.h"
 
 namespace
@@ -19,42 +20,62 @@ QDate readDate(const QCommandLineParser& parser, const QString& option)
     return date;
 }
 
+/// --days instead of --since: that many days up to the last one.
+QDate firstOfDays(const QCommandLineParser& parser, const ReportRequest& request)
+{
+    const int days = parser.value("days").toUShort();
+    if (days == 0)
+        command::fail("--days takes a number of days, 1 or more");
+    if (request.since.isValid())
+        command::fail("--days and --since cannot be used together");
+    const QDate last = request.until.isValid() ? request.until : request.now.date();
+    return last.addDays(1 - days);
+}
+
 ReportRequest readRequest(const QCommandLineParser& parser)
 {
     ReportRequest request;
     request.now = QDateTime::currentDateTime();
     request.since = readDate(parser, "since");
     request.until = readDate(parser, "until");
-    if (parser.isSet("days")) {
-        const int days = parser.value("days").toUShort();
-        if (days == 0)
-            command::fail("--days takes a number of days, 1 or more");
-        if (request.since.isValid())
-            command::fail("--days and --since both say which day is the first");
-        const QDate last = request.until.isValid() ? request.until : request.now.date();
-        request.since = last.addDays(1 - days);
-    }
+    if (parser.isSet("days"))
+        request.since = firstOfDays(parser, request);
     if (request.since.isValid() && request.until.isValid() && request.until < request.since)
         command::fail("--until lies before --since");
     request.station = parser.value("station");
-    request.without = parser.values("without");
-    for (const QString& pattern : qAsConst(request.without))
+    request.exclude = parser.values("exclude") + parser.values("without");
+    for (const QString& pattern : qAsConst(request.exclude))
         if (!serialPattern(pattern).isValid())
             command::fail(
-                QString("--without takes a pattern such as \"KG-*\", not \"%1\"").arg(pattern));
+                QString("--exclude takes a pattern such as \"KG-*\", not \"%1\"").arg(pattern));
     return request;
 }
 
-int report(const QCommandLineParser& parser)
+ExitStatus report(const QCommandLineParser& parser)
 {
     const ReportRequest request = readRequest(parser);
-    const QString path = parser.value("output");
+    const QString format = parser.value("format");
+    if (format != "html" && format != "json")
+        command::fail(QString("--format takes html or json, not \"%1\"").arg(format));
+    const bool isJson = format == "json";
+    const QString defaultPath = isJson ? "-" : "zorvi_yield.html";
+    const QString path = parser.isSet("output") ? parser.value("output") : defaultPath;
     Database database(parser.value("database"), Database::Access::Read);
-    command::writeFile(
-        path, [&](QFileDevice& file) { return page::write(readReport(database, request), file); });
+    command::writeFile(path, [&](QFileDevice& file) {
+        const Report figures = readReport(database, request);
+        const QByteArray bytes = isJson ? reportJson(figures) : reportPage(figures);
+        return file.write(bytes) == bytes.size();
+    });
     if (path != "-")
-        messages::tell("written: " + path);
-    return 0;
+        messages::print("written: " + path);
+    return ExitStatus::Success;
+}
+
+QCommandLineOption hiddenOption(const QString& name)
+{
+    QCommandLineOption option(name, {}, name);
+    option.setFlags(QCommandLineOption::HiddenFromHelp);
+    return option;
 }
 } // namespace
 
@@ -62,8 +83,8 @@ Report readReport(Database& database, ReportRequest request)
 {
     request.lastLogs = attemptreader::lastLogs(database, request.now);
     QStringList names;
-    for (const LastLog& news : request.lastLogs)
-        names << news.station;
+    for (const LastLog& lastLog : request.lastLogs)
+        names << lastLog.station;
     if (!request.station.isEmpty() && !names.isEmpty() && !names.contains(request.station))
         command::fail(QString("no station is named \"%1\"; there are: %2")
                           .arg(request.station, names.join(", ")));
@@ -79,15 +100,19 @@ Report readReport(Database& database, ReportRequest request)
 Command reportCommand()
 {
     return {"report",
-            "Writes an HTML page about the yield of many units.",
+            "Writes an HTML page or a JSON object with the yield of many units.",
             report,
             {{"since", "The first day, such as 2026-11-21.", "date"},
              {"until", "The last day.", "date"},
-             {"days", "Instead of --since: so many days up to today or --until.", "number"},
+             {"days", "Instead of --since: that many days up to today or --until.", "number"},
              {"station", "One station only.", "name"},
-             {"without",
-              "Leave out these serials; may be given again. * is for any characters, ? for one.",
+             {"exclude",
+              "Exclude these serials; may be given again. * stands for any characters, ? for one.",
               "pattern"},
-             {"output", "The page, \"-\" for standard output (default: zorvi_yield.html).", "file",
-              "zorvi_yield.html"}}};
+             hiddenOption("without"), // the name of --exclude until 1.2.0
+             {"format", "html or json (default: html).", "html|json", "html"},
+             {"output",
+              "The file, \"-\" for standard output (default: zorvi_yield.html; for JSON standard "
+              "output).",
+              "file"}}};
 }

@@ -8,18 +8,18 @@
 
 namespace
 {
-/// What lies beyond three standard deviations of a normal distribution, on either side.
-constexpr double limitTail = 0.00135;
+/// The probability beyond three standard deviations of a normal distribution, on either side.
+constexpr double tailProbability = 0.00135;
 
-/// The least number of units that as many or fewer pass with a probability of limitTail or more;
-/// share: that of the units that pass on average.
-int lowLimit(int units, double share)
+/// The smallest number for which as many units or fewer pass with a probability of tailProbability
+/// or more; share: of the units that pass on average.
+int lowerLimit(int units, double share)
 {
     if (share <= 0)
         return 0;
     if (share >= 1)
         return units;
-    // What lies lower has no part in the sum that a double could hold.
+    // Terms further down are too small to change the sum.
     constexpr double deviations = 20;
     const double mean = units * share;
     const double first = std::max(0.0, mean - deviations * std::sqrt(mean * (1 - share)));
@@ -29,26 +29,26 @@ int lowLimit(int units, double share)
         sum += std::exp(std::lgamma(units + 1.0) - std::lgamma(passed + 1.0) -
                         std::lgamma(failed + 1.0) + passed * std::log(share) +
                         failed * std::log1p(-share));
-        if (sum >= limitTail)
+        if (sum >= tailProbability)
             return passed;
     }
     return units;
 }
 } // namespace
 
-Limits limitsOf(int units, const Tally& all)
+ControlLimits controlLimits(int units, const Tally& all)
 {
     if (units == 0 || all.units == 0)
         return {};
-    // More than high pass where fewer than the low limit of failures fail.
-    return {lowLimit(units, 1.0 * all.passedFirst / all.units),
-            units - lowLimit(units, 1.0 * (all.units - all.passedFirst) / all.units)};
+    // More than upper pass where fewer fail than the lower limit of failures.
+    return {lowerLimit(units, 1.0 * all.passedFirst / all.units),
+            units - lowerLimit(units, 1.0 * (all.units - all.passedFirst) / all.units)};
 }
 
-Verdict verdictOn(const Tally& part, const Tally& all)
+Position positionOf(const Tally& part, const Tally& all)
 {
-    const Limits limits = limitsOf(part.units, all);
-    if (part.passedFirst < limits.low)
-        return Verdict::Below;
-    return part.passedFirst > limits.high ? Verdict::Above : Verdict::Within;
+    const ControlLimits limits = controlLimits(part.units, all);
+    if (part.passedFirst < limits.lower)
+        return Position::BelowLcl;
+    return part.passedFirst > limits.upper ? Position::AboveUcl : Position::Within;
 }

@@ -3,13 +3,13 @@
 
 #pragma once
 
-/// How units of one day, of one station or of the whole report fared.
+/// The results of the units of one day, of one station or of the whole report.
 struct Tally {
     int units = 0;
-    int attempts = 0;    ///< At these units: all of them, wherever and whenever.
-    int passedFirst = 0; ///< Units whose first attempt is complete: the first-pass yield.
-    int passedLast = 0;  ///< Units whose last attempt is complete: the final yield, so far.
-    int endedFirst = 0;  ///< Units whose first attempt ended early.
+    int attempts = 0;     ///< Of these units: all of them, at any time and station.
+    int passedFirst = 0;  ///< Units whose first attempt passed: the first-pass yield.
+    int passedLast = 0;   ///< Units whose last attempt passed: the final yield so far.
+    int abortedFirst = 0; ///< Units whose first attempt was aborted.
 
     Tally& operator+=(const Tally& other)
     {
@@ -17,23 +17,24 @@ struct Tally {
         attempts += other.attempts;
         passedFirst += other.passedFirst;
         passedLast += other.passedLast;
-        endedFirst += other.endedFirst;
+        abortedFirst += other.abortedFirst;
         return *this;
     }
 };
 
-/// Control limits of a p-chart: how many of a number of units may pass first, both ends included,
-/// if chance alone makes the difference.
-struct Limits {
-    int low = 0;
-    int high = 0;
+/// The control limits of a p-chart as numbers of passed units, both ends included.
+struct ControlLimits {
+    int lower = 0;
+    int upper = 0;
 };
 
-/// The limits for so many units (0 or more) around the first-pass yield of all units. Exact, from
-/// the binomial distribution: fewer than low pass with a probability below 0.135 %, and more than
-/// high too. Without units both are 0; if none or all of all units passed, both are none or all.
-Limits limitsOf(int units, const Tally& all);
+/// The control limits of that many units (0 or more) around the first-pass yield of all units.
+/// Exact, from the binomial distribution: fewer than lower pass with a probability below 0.135 %,
+/// and so do more than upper. Both are 0 without units; if none or all of all units passed, both
+/// are none or all.
+ControlLimits controlLimits(int units, const Tally& all);
 
-/// Whether the first-pass yield of a part of all units lies below its limits, within or above.
-enum class Verdict { Below, Within, Above };
-Verdict verdictOn(const Tally& part, const Tally& all);
+/// Where the first-pass yield of a part of all units lies: below its LCL, within its control
+/// limits, or above its UCL.
+enum class Position { BelowLcl, Within, AboveUcl };
+Position positionOf(const Tally& part, const Tally& all);

@@ -13,18 +13,18 @@
 #include <QStringList>
 #include <QVector>
 
+#include <optional>
 #include <vector>
 
-/// Which units a report is about: those whose first attempt lies in the time and was made at the
-/// station, and whose serial no pattern matches. All their attempts count, later ones and those at
-/// other stations too.
+/// Which units a report is about: those first tested in the time and at the station, and whose
+/// serial no pattern matches. All their attempts count, later ones and those at other stations too.
 struct ReportRequest {
     QDate since;                     ///< First day, inclusive; invalid for no bound.
     QDate until;                     ///< Last day, inclusive; invalid for no bound.
     QString station;                 ///< Empty for all stations.
-    QStringList without;             ///< Shell-style wildcards for whole serials, valid ones.
+    QStringList exclude;             ///< Shell-style wildcards for whole serials, valid ones.
     QDateTime now;                   ///< When the report is made, local.
-    std::vector<LastLog> lastLogs{}; ///< Of every station that the database knows, by name.
+    std::vector<LastLog> lastLogs{}; ///< Of every station in the database, by name.
 
     bool includes(const QDate& day) const
     {
@@ -34,68 +34,110 @@ struct ReportRequest {
     bool includes(const QString& name) const { return station.isEmpty() || name == station; }
 };
 
-/// How often one control was not complete in the first attempt at a unit.
-struct ControlMisses {
+/// How often one control failed in the first attempts.
+struct ControlFailures {
     int componentNum = 0;
-    int units = 0;            ///< Units whose first attempt tried this control.
-    int missed = 0;           ///< Of these, units that missed one of its bands or more.
+    int units = 0;            ///< Units whose first attempt reached this control.
+    int failed = 0;           ///< Of these, units that missed one of its bands or more.
     QVector<int> missedBands; ///< Of these, units that missed the band, by band.
-    int endedHere = 0;        ///< Units whose first attempt ended early at this control.
+    int aborted = 0;          ///< Units whose first attempt was aborted at this control.
 };
 
-/// The first, second, third … attempts at units.
+/// The first, second, third … attempts of units.
 struct AttemptsByNumber {
     int attempts = 0;
     int passed = 0;
-    int endedEarly = 0; ///< Neither passed nor failed.
+    int aborted = 0; ///< Neither passed nor failed.
 };
 
 /// Failed attempts, and those of them whose unit passed when it was next tested, at the same
-/// station and at most an hour later: most likely failures of the test, not of the unit. Attempts
-/// that ended early are left out, as if they had not been.
+/// station and at most an hour later: most likely failures of the test, not of the unit. Aborted
+/// attempts are ignored.
 struct FalseFailures {
     int failed = 0;
     int passedNext = 0;
 };
 
-/// A unit, the ends of its attempts and their number.
+/// The time from the start of an attempt to its last log.
+struct TestTimes {
+    int attempts = 0;                    ///< Passed ones with a start and a plausible time.
+    std::optional<double> medianSeconds; ///< Empty without such an attempt.
+};
+
+/// A unit, its first and its last attempt and the number of all.
 struct TestedUnit {
     Attempt first;
     Attempt last;
     int attempts = 0;
 };
 
+/// The control that failed most often.
+struct TopFailure {
+    int componentNum = 0;
+    int units = 0;
+};
+
 /// The units first tested at one station.
 struct StationReport {
     QString name;
     Tally tally;
-    QVector<int> missed = QVector<int>(roster::componentCount); ///< As in ControlMisses.
+    TestTimes testTimes; ///< Of the attempts made at this station.
+    QVector<int> failed = QVector<int>(roster::componentCount); ///< As in ControlFailures.
+
+    /// The first of several; empty if no control failed.
+    std::optional<TopFailure> topFailure() const;
 };
 
 struct Report {
-    ReportRequest request; ///< With the news of the stations asked for only.
+    ReportRequest request; ///< With the last logs of the requested stations only.
     Tally total;
-    int leftOut = 0; ///< Units that only --without keeps from the report.
+    int excluded = 0; ///< Units that only a pattern keeps from the report.
 
-    /// By the day of the first attempt; days with units only, and none off the axis.
+    /// By the day of the first attempt; days with units and plausible dates only.
     QMap<QDate, Tally> days;
     /// Units first tested before 2000 or more than a day after the report: a wrong clock. They
     /// count in the total and everywhere else.
-    Tally offAxis;
+    Tally implausibleDates;
 
     /// First attempts first; the last of maxNumbers counts all later ones too.
     QVector<AttemptsByNumber> attemptsByNumber;
     FalseFailures falseFailures;
+    TestTimes testTimes;
     QMap<QString, StationReport> stations; ///< By name; those with units only.
-    QVector<ControlMisses> controls;       ///< Of the components 0 to 43.
-    /// Those whose last attempt is not complete, newest first, at most maxOpenUnits.
-    QVector<TestedUnit> openUnits;
-    /// Those with several attempts, most attempts first, at most maxRepeatedUnits.
-    QVector<TestedUnit> repeatedUnits;
-    int repeatedUnitCount = 0; ///< All of them.
+    QVector<ControlFailures> controls;     ///< Of the components 0 to 43.
+    /// Those whose last attempt did not pass, newest first, at most maxNotPassedUnits.
+    QVector<TestedUnit> notPassedUnits;
+    /// Those with several attempts, most attempts first, at most maxRetestedUnits.
+    QVector<TestedUnit> retestedUnits;
+    int retestedUnitCount = 0; ///< All of them.
 
     static constexpr int maxNumbers = 10;
     /// A list that is longer than this is of no use on a page.
-    static constexpr int maxOpenUnits = 5000;
-    static constexpr int maxRepeatedUnits = 200;
+    static constexpr int maxNotPassedUnits = 5000;
+    static constexpr int maxRetestedUnits = 200;
+
+    struct Day {
+        QDate date;
+        Tally tally;
+    };
+    /// Today and the seven days before it, newest first, as far as requested; days without units
+    /// too.
+    QVector<Day> recentDays() const;
+
+    /// The Pareto chart: the controls with failures, those that failed most often first.
+    QVector<ControlFailures> failedControls() const;
+    /// The first three of these.
+    QVector<ControlFailures> topControls() const { return failedControls().mid(0, 3); }
+
+    /// The seconds since the last log of a station; empty without one.
+    std::optional<qint64> ageOf(const LastLog& lastLog) const;
+    /// Whether a station has no log, or none for more than a day: it stands still, or its logs do
+    /// not arrive.
+    bool needsAttention(const LastLog& lastLog) const;
 };
+
+/// "passed", "failed" or "aborted".
+QString resultOf(const Attempt& attempt);
+
+/// All failures of those controls together.
+int failureCount(const QVector<ControlFailures>& controls);

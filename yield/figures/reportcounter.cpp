@@ -3,24 +3,22 @@
 
 #include "yield/figures/reportcounter.h"
 
+#include "yield/figures/logtime.h"
+
 #include <algorithm>
 #include <set>
 #include <tuple>
 
 namespace
 {
-constexpr qint64 falseFailureSeconds = 3600;
+constexpr qint64 maxFalseFailureMs = 60 * 60 * 1000;
+constexpr qint64 maxTestTimeMs = 24 * 60 * 60 * 1000; // longer: a clock was set in mid-run
 
-/// A serial is no path, but Qt's wildcards end at a slash. So they get to see a NUL instead: no
-/// serial holds one.
+/// A serial is no path, but Qt's wildcards end at a slash. So each slash becomes a NUL: no serial
+/// has one.
 QString withoutSlashes(QString text)
 {
     return text.replace('/', QChar(QChar::Null));
-}
-
-QDate dayOf(const Attempt& attempt)
-{
-    return QDate::fromString(attempt.testedAt.left(10), Qt::ISODate);
 }
 
 bool hasMoreAttempts(const TestedUnit& a, const TestedUnit& b)
@@ -29,18 +27,29 @@ bool hasMoreAttempts(const TestedUnit& a, const TestedUnit& b)
            std::tie(a.attempts, a.last.testedAt, b.last.serial);
 }
 
+/// The middle one, or the mean of the middle two; at least one time.
+double medianSeconds(std::vector<int>& timesMs)
+{
+    const auto middle = timesMs.begin() + static_cast<std::ptrdiff_t>(timesMs.size() / 2);
+    std::nth_element(timesMs.begin(), middle, timesMs.end());
+    const double upper = *middle;
+    const bool isOdd = timesMs.size() % 2 == 1;
+    const double lower = isOdd ? upper : *std::max_element(timesMs.begin(), middle);
+    return (lower + upper) / 2 / 1000;
+}
+
 bool isNewer(const TestedUnit& a, const TestedUnit& b)
 {
     return std::tie(b.last.testedAt, a.last.serial) < std::tie(a.last.testedAt, b.last.serial);
 }
 
-/// units: a heap whose top is the first one that goes when there are more than most.
+/// units: a heap whose top is dropped first when there are more than maxUnits.
 template <typename IsBefore>
-void keep(QVector<TestedUnit>& units, const TestedUnit& unit, int most, IsBefore isBefore)
+void keep(QVector<TestedUnit>& units, const TestedUnit& unit, int maxUnits, IsBefore isBefore)
 {
     units.append(unit);
     std::push_heap(units.begin(), units.end(), isBefore);
-    if (units.size() <= most)
+    if (units.size() <= maxUnits)
         return;
     std::pop_heap(units.begin(), units.end(), isBefore);
     units.removeLast();
@@ -56,11 +65,11 @@ QRegularExpression serialPattern(const QString& wildcard)
 ReportCounter::ReportCounter(const ReportRequest& request)
 {
     report.request = request;
-    auto& news = report.request.lastLogs;
+    auto& lastLogs = report.request.lastLogs;
     const auto isOther = [&](const LastLog& each) { return !request.includes(each.station); };
-    news.erase(std::remove_if(news.begin(), news.end(), isOther), news.end());
-    for (const QString& pattern : request.without)
-        without.push_back(serialPattern(pattern));
+    lastLogs.erase(std::remove_if(lastLogs.begin(), lastLogs.end(), isOther), lastLogs.end());
+    for (const QString& pattern : request.exclude)
+        exclude.push_back(serialPattern(pattern));
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         report.controls.append({c, 0, 0, QVector<int>(bandmarks::bandCount(c)), 0});
 }
@@ -84,33 +93,37 @@ void ReportCounter::add(const Attempt& attempt)
     unit.tally.passedLast = outcome.hasPassed() ? 1 : 0;
     countNumber(outcome);
     countFailure(outcome);
+    if (outcome.hasPassed())
+        countTestTime(attempt);
 }
 
 Report ReportCounter::finish()
 {
     finishUnit();
-    std::sort_heap(report.openUnits.begin(), report.openUnits.end(), isNewer);
-    std::sort_heap(report.repeatedUnits.begin(), report.repeatedUnits.end(), hasMoreAttempts);
+    finishTestTimes();
+    std::sort_heap(report.notPassedUnits.begin(), report.notPassedUnits.end(), isNewer);
+    std::sort_heap(report.retestedUnits.begin(), report.retestedUnits.end(), hasMoreAttempts);
     return report;
 }
 
 bool ReportCounter::isCounted(const Attempt& first)
 {
-    if (!report.request.includes(dayOf(first)) || !report.request.includes(first.station))
+    if (!report.request.includes(logtime::dayOf(first.testedAt)) ||
+        !report.request.includes(first.station))
         return false;
     const QString serial = withoutSlashes(first.serial);
-    const bool isLeftOut = std::any_of(without.begin(), without.end(), [&](const auto& pattern) {
+    const bool isExcluded = std::any_of(exclude.begin(), exclude.end(), [&](const auto& pattern) {
         return pattern.match(serial).hasMatch();
     });
-    report.leftOut += isLeftOut ? 1 : 0;
-    return !isLeftOut;
+    report.excluded += isExcluded ? 1 : 0;
+    return !isExcluded;
 }
 
 void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
 {
     unit.tally.units = 1;
     unit.tally.passedFirst = outcome.hasPassed() ? 1 : 0;
-    unit.tally.endedFirst = outcome.abortedAt ? 1 : 0;
+    unit.tally.abortedFirst = outcome.abortedAt ? 1 : 0;
     StationReport& station = report.stations[unit.first.station];
     station.name = unit.first.station;
     const int end = outcome.abortedAt.value_or(report.controls.size());
@@ -118,15 +131,15 @@ void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
         if (attemptrules::isTested(c, unit.first.tests18))
             ++report.controls[c].units;
     if (outcome.abortedAt)
-        ++report.controls[end].endedHere;
-    std::set<int> missed;
+        ++report.controls[end].aborted;
+    std::set<int> failed;
     for (const auto& band : outcome.missed) {
         ++report.controls[band.componentNum].missedBands[band.band];
-        missed.insert(band.componentNum);
+        failed.insert(band.componentNum);
     }
-    for (const int c : missed) {
-        ++report.controls[c].missed;
-        ++station.missed[c];
+    for (const int c : failed) {
+        ++report.controls[c].failed;
+        ++station.failed[c];
     }
 }
 
@@ -138,7 +151,7 @@ void ReportCounter::countNumber(const attemptrules::Outcome& outcome)
     AttemptsByNumber& number = report.attemptsByNumber[index];
     ++number.attempts;
     number.passed += outcome.hasPassed() ? 1 : 0;
-    number.endedEarly += outcome.abortedAt ? 1 : 0;
+    number.aborted += outcome.abortedAt ? 1 : 0;
 }
 
 void ReportCounter::countFailure(const attemptrules::Outcome& outcome)
@@ -148,8 +161,8 @@ void ReportCounter::countFailure(const attemptrules::Outcome& outcome)
     FalseFailures& failures = report.falseFailures;
     const bool passed = outcome.hasPassed();
     if (passed && unit.failure && unit.failure->station == unit.last.station &&
-        attemptrules::secondsBetween(unit.failure->testedAt, unit.last.testedAt) <=
-            falseFailureSeconds)
+        logtime::msOf(unit.last.testedAt) - logtime::msOf(unit.failure->testedAt) <=
+            maxFalseFailureMs)
         ++failures.passedNext;
     unit.failure.reset();
     if (!passed) {
@@ -158,20 +171,42 @@ void ReportCounter::countFailure(const attemptrules::Outcome& outcome)
     }
 }
 
+void ReportCounter::countTestTime(const Attempt& attempt)
+{
+    if (attempt.startedAt.isEmpty())
+        return;
+    const qint64 time = logtime::msOf(attempt.testedAt) - logtime::msOf(attempt.startedAt);
+    if (time >= 0 && time <= maxTestTimeMs)
+        testTimesMs[attempt.station].push_back(static_cast<int>(time));
+}
+
 void ReportCounter::finishUnit()
 {
     if (!unit.isCounted)
         return;
     report.total += unit.tally;
     report.stations[unit.first.station].tally += unit.tally;
-    const QDate day = dayOf(unit.first);
-    const bool isOnAxis = day.year() >= 2000 && day <= report.request.now.date().addDays(1);
-    (isOnAxis ? report.days[day] : report.offAxis) += unit.tally;
+    const QDate day = logtime::dayOf(unit.first.testedAt);
+    const bool isPlausible = day.year() >= 2000 && day <= report.request.now.date().addDays(1);
+    (isPlausible ? report.days[day] : report.implausibleDates) += unit.tally;
 
     if (unit.tally.passedLast == 0)
-        keep(report.openUnits, unit, Report::maxOpenUnits, isNewer);
+        keep(report.notPassedUnits, unit, Report::maxNotPassedUnits, isNewer);
     if (unit.attempts == 1)
         return;
-    ++report.repeatedUnitCount;
-    keep(report.repeatedUnits, unit, Report::maxRepeatedUnits, hasMoreAttempts);
+    ++report.retestedUnitCount;
+    keep(report.retestedUnits, unit, Report::maxRetestedUnits, hasMoreAttempts);
+}
+
+void ReportCounter::finishTestTimes()
+{
+    std::vector<int> all;
+    for (auto& [station, times] : testTimesMs) {
+        if (report.stations.contains(station))
+            report.stations[station].testTimes = {static_cast<int>(times.size()),
+                                                  medianSeconds(times)};
+        all.insert(all.end(), times.begin(), times.end());
+    }
+    if (!all.empty())
+        report.testTimes = {static_cast<int>(all.size()), medianSeconds(all)};
 }

@@ -8,6 +8,7 @@
 
 #include <QRegularExpression>
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -16,8 +17,8 @@
 /// bracket is open, or a range runs backwards. Matches serials with each slash replaced by a NUL.
 QRegularExpression serialPattern(const QString& wildcard);
 
-/// Counts attempts into a report. Holds one unit at a time and lists that do not grow with the
-/// attempts.
+/// Counts attempts into a report. Holds one unit at a time, lists that do not grow with the
+/// attempts, and four bytes for each test time.
 class ReportCounter
 {
 public:
@@ -35,7 +36,7 @@ private:
     struct Unit : TestedUnit {
         bool isCounted = false;
         Tally tally;
-        /// The last attempt that did not end early, if it failed.
+        /// The last attempt that was not aborted, if it failed.
         std::optional<Attempt> failure;
     };
 
@@ -43,9 +44,12 @@ private:
     void countFirst(const attemptrules::Outcome& outcome);
     void countNumber(const attemptrules::Outcome& outcome);
     void countFailure(const attemptrules::Outcome& outcome);
+    void countTestTime(const Attempt& attempt);
     void finishUnit();
+    void finishTestTimes();
 
     Report report;
-    std::vector<QRegularExpression> without;
+    std::vector<QRegularExpression> exclude;
+    std::map<QString, std::vector<int>> testTimesMs; ///< By the station of the attempt.
     Unit unit;
 };

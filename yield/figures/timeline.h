@@ -3,27 +3,27 @@
 
 #pragma once
 
-#include "yield/figures/limits.h"
+#include "yield/figures/report.h"
 
-#include <QDate>
-#include <QMap>
-#include <QString>
-#include <QVector>
-
-/// The days of a report as a chart can show them: as days, or as weeks or months where they are too
-/// many for that.
+/// The trend of a report: its days, or its weeks or months where there are too many days for one
+/// chart.
 struct Timeline {
     struct Period {
-        int slot;     ///< Its place on the axis; a period without units leaves its place empty.
-        QString name; ///< "Monday, 9 Nov 2026", "Week of 9 Nov 2026", "November 2026".
-        QString shortName; ///< "9 Nov", "Nov 26".
+        int slot;      ///< On the axis, from 0; a period without units leaves its slot empty.
+        QString name;  ///< "Monday, 9 Nov 2026", "Week of 9 Nov 2026", "November 2026".
+        QString label; ///< On the axis: "9 Nov", "Nov 26".
         Tally tally;
+        QDate begin = {};
     };
 
-    QString unit; ///< "day", "week" or "month".
+    QString period; ///< "day", "week" or "month".
     QVector<Period> periods;
-    int length = 0;  ///< Places on the axis.
-    int letters = 7; ///< Of a short name, with room after it.
+    int slotCount = 0;
+    int maxLabelLength = 6;
 };
 
 Timeline timelineOf(const QMap<QDate, Tally>& days);
+
+/// Stations as periods, with gaps between them: no line connects them. Names too long for their
+/// slots keep their ends, which differ.
+Timeline stationTimeline(const QMap<QString, StationReport>& stations);

@@ -8,102 +8,92 @@
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 
+#include <QFileInfo>
+
 namespace
 {
 /// So many logs are stored in one transaction: few enough that others wait for a moment only.
 constexpr int batchSize = 1000;
 
-/// A log that cannot be stored is found by halves, so that it stops no other.
-void storeBatch(Database& database, const Station& station, const QStringList& files,
-                const logimport::Listener& listener)
+struct ReadFile {
+    QString path;
+    LogFile log;
+};
+
+/// The logs among the files; the others go to the batch.
+std::vector<ReadFile> readFiles(const QStringList& paths, logimport::Batch& batch)
 {
-    QStringList paths;
-    std::vector<StationLog> logs;
-    for (const QString& file : files) {
+    std::vector<ReadFile> files;
+    for (const QString& path : paths) {
         QString reason;
-        if (auto log = logfiles::read(file, reason)) {
-            paths << file;
-            logs.push_back(std::move(*log));
-        } else {
-            listener.refused(file, reason);
-        }
+        const auto bytes = logfiles::bytesOf(path, reason);
+        const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
+        if (log)
+            files.push_back({path, {*log, OutboxName::read(QFileInfo(path).fileName())}});
+        else if (bytes)
+            batch.rejected.push_back({path, reason});
+        else if (!logfiles::isGone(path))
+            batch.unreadable.push_back({path, reason});
     }
-    StoreCounts counts;
+    return files;
+}
+
+/// A log that the tables refuse is found by halves, so that it stops no other.
+void storeFiles(Database& database, const Station& station, const std::vector<ReadFile>& files,
+                logimport::Batch& batch)
+{
+    std::vector<LogFile> logs;
+    for (const ReadFile& file : files)
+        logs.push_back(file.log);
     try {
-        counts = attemptstore::store(database, station, logs);
+        batch.counts += attemptstore::store(database, station, logs);
     } catch (const DatabaseError& error) {
-        if (error.kind() != DatabaseError::Kind::Data || paths.isEmpty())
+        if (error.kind() != DatabaseError::Kind::Data || files.empty())
             throw;
-        if (paths.size() == 1)
-            return listener.refused(paths.constFirst(), error.text());
-        const int half = paths.size() / 2;
-        storeBatch(database, station, paths.mid(0, half), listener);
-        return storeBatch(database, station, paths.mid(half), listener);
+        if (files.size() == 1) {
+            batch.rejected.push_back({files.front().path, error.text()});
+            return;
+        }
+        const auto middle = files.begin() + static_cast<std::ptrdiff_t>(files.size() / 2);
+        storeFiles(database, station, {files.begin(), middle}, batch);
+        storeFiles(database, station, {middle, files.end()}, batch);
+        return;
     }
-    listener.stored(paths, counts);
+    for (const ReadFile& file : files)
+        batch.stored << file.path;
 }
 } // namespace
 
-void logimport::store(Database& database, const Station& station, const QStringList& paths,
-                      const Listener& listener)
+void logimport::store(Database& database, const Station& station, const QStringList& files,
+                      const std::function<void(const Batch&)>& onBatch)
 {
-    QStringList files;
-    for (const QString& path : paths)
-        files += logfiles::filesOf(path);
-    // Also without a log: the database remembers what the station tests.
-    for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize)
-        storeBatch(database, station, files.mid(begin, batchSize), listener);
-}
-
-QStringList logimport::doubtsAbout(const StoreCounts& counts)
-{
-    QStringList doubts;
-    if (counts.future > 0)
-        doubts << QString("%1 logs have a date in the future: is the station's clock right?")
-                      .arg(counts.future);
-    if (counts.elsewhere > 0)
-        doubts << QString("%1 logs are known under another station too: was --station mistyped? "
-                          "\"station rename\" puts it right")
-                      .arg(counts.elsewhere);
-    return doubts;
-}
-
-QString logimport::refusal(const QString& path, const QString& reason)
-{
-    return QString("%1: not imported: %2").arg(printableText(path), printableText(reason));
-}
-
-int logimport::run(const ImportRequest& request, QTextStream& out, QTextStream& errors)
-{
-    Database database(request.database, Database::Access::Write);
-    StoreCounts counts;
-    int refused = 0;
-    Progress progress{"logs"};
-    Listener listener;
-    listener.refused = [&](const QString& path, const QString& reason) {
-        // A log that its station replaces is gone for a moment.
-        if (logfiles::isGone(path) && !request.paths.contains(path))
-            return;
-        errors << refusal(path, reason) << Qt::endl;
-        ++refused;
-    };
-    listener.stored = [&](const QStringList& paths, const StoreCounts& more) {
-        counts += more;
-        progress.add(paths.size());
-    };
-    QString failure;
-    try {
-        store(database, request.station, request.paths, listener);
-    } catch (const DatabaseError& error) {
-        failure = error.text();
+    for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize) {
+        Batch batch;
+        const auto logs = readFiles(files.mid(begin, batchSize), batch);
+        storeFiles(database, station, logs, batch);
+        onBatch(batch);
     }
-    out << counts.added + counts.known + counts.notAttempt + refused << " logs: " << counts.added
-        << " new, " << counts.known << " already known, " << counts.notAttempt
-        << " without any mark, " << refused << " refused" << Qt::endl;
-    for (const QString& doubt : doubtsAbout(counts))
-        errors << doubt << Qt::endl;
-    if (!failure.isEmpty())
-        errors << "the database failed: " << failure << "; what is in it stays, import again"
-               << Qt::endl;
-    return !failure.isEmpty() ? exitstatus::failed : refused == 0 ? 0 : exitstatus::incomplete;
+}
+
+int logimport::printProblems(const Batch& batch)
+{
+    int count = 0;
+    for (const auto& problems : {batch.rejected, batch.unreadable})
+        for (const Problem& problem : problems) {
+            messages::warn(QString("%1: not imported: %2")
+                               .arg(printableText(problem.path), printableText(problem.reason)));
+            ++count;
+        }
+    return count;
+}
+
+void logimport::printWarnings(const StoreCounts& counts)
+{
+    if (counts.future > 0)
+        messages::warn(QString("%1 logs have a date in the future: is the station's clock right?")
+                           .arg(counts.future));
+    if (counts.otherStations > 0)
+        messages::warn(QString("%1 logs are known at another station too: was --station mistyped? "
+                               "\"station rename\" corrects it")
+                           .arg(counts.otherStations));
 }

@@ -5,16 +5,10 @@
 
 #include <QDateTime>
 
-#include <algorithm>
 #include <tuple>
 
 namespace
 {
-/// How long after a log the same run may leave another one.
-constexpr qint64 sameRunSeconds = 30 * 60;
-/// The same once the last control has a mark: the run is over as soon as that is worked.
-constexpr qint64 lastControlSeconds = 60;
-
 /// The last control, in the order of a run, with a mark; -1 without one.
 int lastControl(const BandMarks& marks)
 {
@@ -24,29 +18,12 @@ int lastControl(const BandMarks& marks)
     return mark == 0 ? -1 : bandmarks::bandOf(mark - 1).componentNum;
 }
 
-/// What logs of one unit are sorted by. Within one second the marks can only have grown; packed
-/// marks are compared so that the order of different marks, as many, is always the same.
-auto place(const QString& testedAt, const QByteArray& station, const BandMarks& marks)
+/// What the attempts of a unit are sorted by. Packed marks are compared so that the order of
+/// different marks, as many, is always the same.
+auto sortKey(const Attempt& attempt)
 {
-    return std::make_tuple(testedAt, station, marks.count(), bandmarks::packed(marks));
-}
-
-/// Whether a log is the same attempt saved again: "Save Log" in mid-run, the end of the run later.
-/// latest is the latest log of the attempt, later the next log of the same unit and station.
-bool isSavedAgain(const StationLog& latest, const StationLog& later)
-{
-    if ((latest.marks & ~later.marks).any())
-        return false;
-    // A run works the controls in their order and never goes back. Where the later log has more
-    // bands of a control that the run had left, the unit was tested again, and what it missed the
-    // first time must be kept.
-    const int last = lastControl(latest.marks);
-    const std::size_t end = bandmarks::markIndex(last, 0);
-    for (std::size_t mark = 0; mark < end; ++mark)
-        if (latest.marks[mark] != later.marks[mark])
-            return false;
-    return attemptrules::secondsBetween(latest.testedAt, later.testedAt) <=
-           (last == roster::lastComponent ? lastControlSeconds : sameRunSeconds);
+    return std::make_tuple(attempt.testedAt, attempt.station.toUtf8(), attempt.marks.count(),
+                           bandmarks::packed(attempt.marks));
 }
 } // namespace
 
@@ -58,26 +35,9 @@ BandMarks attemptrules::channelButtonMarks()
     return marks;
 }
 
-std::vector<StationLog> attemptrules::attemptsOf(std::vector<StationLog> logs)
-{
-    std::sort(logs.begin(), logs.end(), [](const StationLog& left, const StationLog& right) {
-        return place(left.testedAt, {}, left.marks) < place(right.testedAt, {}, right.marks);
-    });
-    std::vector<StationLog> attempts;
-    for (std::size_t i = 0; i < logs.size(); ++i) {
-        // The log before is the latest one of the last attempt, and has all its marks.
-        if (i == 0 || !isSavedAgain(logs[i - 1], logs[i]))
-            attempts.push_back(logs[i]);
-        else if (attempts.back().marks != logs[i].marks)
-            attempts.back() = logs[i];
-    }
-    return attempts;
-}
-
 bool attemptrules::isBefore(const Attempt& left, const Attempt& right)
 {
-    return place(left.testedAt, left.station.toUtf8(), left.marks) <
-           place(right.testedAt, right.station.toUtf8(), right.marks);
+    return sortKey(left) < sortKey(right);
 }
 
 bool attemptrules::isTested(int componentNum, bool tests18)

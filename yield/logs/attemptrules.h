@@ -4,7 +4,6 @@
 #pragma once
 
 #include "yield/logs/attempt.h"
-#include "yield/logs/stationlog.h"
 
 #include <optional>
 #include <vector>
@@ -15,22 +14,18 @@ namespace attemptrules
 /// The marks of component 18: only a station that tests it leaves one.
 BandMarks channelButtonMarks();
 
-/// Groups the logs of one unit at one station: of each attempt the first log with all its marks, by
-/// time. logs: in any order, each once and with a mark; the result does not depend on the order.
-std::vector<StationLog> attemptsOf(std::vector<StationLog> logs);
-
-/// The order of the attempts at one unit, at whatever stations: by time, then by the station's name
+/// The order of the attempts of a unit, at whatever stations: by time, then by the station's name
 /// in UTF-8, then fewer marks first, then by the packed marks. Never by the order of import.
 bool isBefore(const Attempt& left, const Attempt& right);
 
-/// Whether a run works that component, 0 to 43: not 39, and 18 at a station that tests it only.
+/// Whether a run tests that component, 0 to 43: not 39, and 18 at a station that tests it only.
 bool isTested(int componentNum, bool tests18);
 
-/// What an attempt comes to.
+/// The result of an attempt: passed, aborted, or else failed.
 struct Outcome {
     std::vector<bandmarks::Band> missed; ///< In the order of the marks, of tested controls only.
-    /// The control where the run ended early: it and all tested ones after it, at least two
-    /// altogether, have no mark. They were not tried, so none of their bands is missed.
+    /// The control where the run was aborted: it and all tested ones after it, at least two
+    /// altogether, have no mark. They were not tested, so none of their bands is missed.
     std::optional<int> abortedAt;
 
     bool hasPassed() const { return missed.empty() && !abortedAt; }

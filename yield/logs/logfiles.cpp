@@ -60,8 +60,13 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
     return std::nullopt;
 }
 
-std::optional<StationLog> logfiles::read(const QString& path, QString& reason)
+std::optional<LogFile> logfiles::read(const QString& path, QString& reason)
 {
     const auto bytes = bytesOf(path, reason);
-    return bytes ? stationlog::read(*bytes, reason) : std::nullopt;
+    if (!bytes)
+        return std::nullopt;
+    const auto log = stationlog::read(*bytes, reason);
+    if (!log)
+        return std::nullopt;
+    return LogFile{*log, OutboxName::read(QFileInfo(path).fileName())};
 }

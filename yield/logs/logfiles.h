@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "unit/outboxname.h"
 #include "yield/logs/stationlog.h"
 
 #include <QByteArray>
@@ -10,6 +11,12 @@
 #include <QStringList>
 
 #include <optional>
+
+/// A log, and the run that its file name gives: a name of the outbox, wherever the file lies.
+struct LogFile {
+    StationLog log;
+    std::optional<OutboxName> name = {};
+};
 
 /// The files that logs are read from; none is ever written, moved or locked.
 namespace logfiles
@@ -26,5 +33,5 @@ bool isGone(const QString& path);
 std::optional<QByteArray> bytesOf(const QString& path, QString& reason);
 
 /// Reads a log. Nothing, and a reason for people, if the file cannot be read or is no log.
-std::optional<StationLog> read(const QString& path, QString& reason);
+std::optional<LogFile> read(const QString& path, QString& reason);
 } // namespace logfiles

@@ -6,21 +6,21 @@
 #include "yield/figures/report.h"
 #include "yield/figures/timeline.h"
 
-/// The pictures of the page, as SVG.
+/// The charts of the page, as SVG.
 namespace chart
 {
-/// A p-chart: the first-pass yield of each period against its limits, the yield of all units as the
-/// centre, and the number of units as bars below. Empty without a period.
+/// A p-chart: the first-pass yield of each period with its control limits, the yield of all units
+/// as the centre line, and the number of units as bars below. Empty without a period.
 QString timeline(const Timeline& timeline, const Tally& all);
 
-/// A bar for the units that missed each of these controls, and a line that adds up their shares of
-/// all misses, those of other controls included. Empty without a control.
-QString pareto(const QVector<ControlMisses>& controls, int allMisses);
+/// A bar for the failures of each of these controls, at least one, and a line for their cumulative
+/// share of all failures, those of other controls included.
+QString pareto(const QVector<ControlFailures>& controls, int allFailures);
 
-/// How many units missed each band of a control.
-QString bands(const ControlMisses& control);
+/// How many units missed each band of a control; at least one did.
+QString bands(const ControlFailures& control);
 
-/// The control surface as the station's window lays it out, each control coloured by how often its
-/// first attempt missed a band, and what the colours mean.
-QString surface(const QVector<ControlMisses>& controls);
+/// The heat map: the control surface as the station's window lays it out, each control coloured by
+/// its share of failed units, and a key to the colours.
+QString surface(const QVector<ControlFailures>& controls);
 } // namespace chart

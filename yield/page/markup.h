@@ -3,48 +3,51 @@
 
 #pragma once
 
+#include "yield/page/tables.h"
+
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 #include <QVector>
 
-/// Parts of an HTML page as markup.
+/// Elements of an HTML page as markup. Names, classes, attributes and content are markup; every
+/// other text is escaped here.
 namespace html
 {
-/// A text as it may stand in an element or an attribute: escaped, and characters that a page cannot
-/// hold are shown as the replacement character.
+/// Text escaped for an element or an attribute; characters that a page cannot hold become U+FFFD.
 QString text(const QString& characters);
 
-/// content and attributes are markup.
 QString element(const QString& name, const QString& content, const QString& classes = {},
                 const QString& attributes = {});
 
-struct Cell {
-    QString text;
-    QString cssClass = {};
-};
-using Cells = QVector<Cell>;
+/// " name="value"".
+QString attribute(const QString& name, const QString& value);
 
-QString row(const Cells& cells);
+/// The attribute that shows what a term means under the mouse; empty for other words.
+QString definition(const QString& term);
 
-/// A row for each item; cellsOf gives its cells, and gets the arguments too.
-template <typename Items, typename CellsOf, typename... Arguments>
-QString rows(const Items& items, CellsOf cellsOf, const Arguments&... arguments)
-{
-    QString markup;
-    for (const auto& item : items)
-        markup += row(cellsOf(item, arguments...));
-    return markup;
-}
+/// Empty without a text.
+QString paragraph(const QString& characters, const QString& classes = "quiet");
+
+/// Content that scrolls where it is wider than the page, also with the keyboard; label: for screen
+/// readers. Empty without content.
+QString scrollArea(const QString& label, const QString& content, const QString& classes = "scroll");
+
+/// A table in a scroll area. A heading that is a defined term shows its definition under the mouse.
+/// Empty without rows.
+QString table(const Table& table, const QString& classes = "scroll");
+
+/// A table that opens below the chart that shows it.
+QString data(const Table& table);
 } // namespace html
 
-/// A picture inside a page and its elements, as markup. Colours and fonts come from the page's
-/// style sheet by class names, so that they follow light and dark. Lengths are in pixels of the
-/// picture, y runs down.
+/// A chart inside a page and its elements, as markup. Colours and fonts come from the page's style
+/// sheet by class names, so that they follow light and dark. Lengths are in pixels of the chart, y
+/// runs down.
 namespace svg
 {
-/// label: what the picture shows, for those who cannot see it.
-QString picture(QSizeF size, const QString& label, const QString& elements);
+/// label: for screen readers.
+QString chart(QSizeF size, const QString& label, const QString& elements);
 
 /// Elements with a text that is shown while the mouse is over them.
 QString titled(const QString& hover, const QString& elements);
@@ -52,7 +55,8 @@ QString titled(const QString& hover, const QString& elements);
 QString rect(const QRectF& area, const QString& classes);
 QString circle(QPointF centre, const QString& classes);
 /// A triangle around the centre, its tip up or down.
-QString triangle(QPointF centre, bool isUp, const QString& classes);
+enum class Tip { Up, Down };
+QString triangle(QPointF centre, Tip tip, const QString& classes);
 QString line(const QVector<QPointF>& points, const QString& classes);
 QString text(QPointF baseline, const QString& content, const QString& classes);
 } // namespace svg

@@ -3,84 +3,76 @@
 
 #include "yield/page/page.h"
 
-#include "yield/page/figuretext.h"
+#include "yield/page/cells.h"
 #include "yield/page/markup.h"
-#include "yield/page/parts.h"
+#include "yield/page/sections.h"
 
 #include <QFile>
-#include <QRegularExpression>
 
-/// Not in a namespace, where Q_INIT_RESOURCE may not stand.
-static QString resource(const QString& name)
+/// Outside the namespace: Q_INIT_RESOURCE requires it.
+static QString styleSheet()
 {
     Q_INIT_RESOURCE(page);
-    QFile file(":/yield/" + name);
+    QFile file(":/yield/page.css");
     file.open(QIODevice::ReadOnly);
     return QString::fromUtf8(file.readAll());
 }
 
 namespace
 {
-using figuretext::count;
-using figuretext::percent;
-
-/// The page without its figures: what a word means stands in it once and is shown where the mouse
-/// is over the word.
-QString pageTemplate()
-{
-    QString page = resource("page.html");
-    auto terms = QRegularExpression("(?s)<dt>(.*?)</dt>\\s*<dd>(.*?)</dd>").globalMatch(page);
-    while (terms.hasNext()) {
-        const auto term = terms.next();
-        page.replace(QString("title=\"%1\"").arg(term.captured(1)),
-                     QString("title=\"%1\"").arg(term.captured(2).simplified()));
-    }
-    return page;
-}
-
-/// The places of the page that hold a single text.
-Parts textsOf(const Report& report)
+/// Which units the page is about.
+QString scopeText(const Report& report)
 {
     const ReportRequest& request = report.request;
-    const Tally& total = report.total;
-    const FalseFailures& failures = report.falseFailures;
-    return {
-        {"style", resource("page.css")},
-        {"since", request.since.toString(Qt::ISODate)},
-        {"until", request.until.toString(Qt::ISODate)},
-        {"station", html::text(request.station)},
-        {"without", html::text(request.without.join(", "))},
-        {"leftOut", figuretext::units(report.leftOut)},
-        {"madeAt", request.now.toString("yyyy-MM-dd HH:mm")},
-        {"units", figuretext::ifAny(total.units, count)},
-        {"attempts", count(total.attempts)},
-        {"firstPass", percent(total.passedFirst, total.units)},
-        {"passedFirst", count(total.passedFirst)},
-        {"final", percent(total.passedLast, total.units)},
-        {"passedLast", count(total.passedLast)},
-        {"endedShare", percent(total.endedFirst, total.units)},
-        {"endedFirst", count(total.endedFirst)},
-        {"falseShare", percent(failures.passedNext, failures.failed)},
-        {"passedAgain", count(failures.passedNext)},
-        {"failed", count(failures.failed)},
-    };
+    QString time;
+    if (request.since.isValid())
+        time += " from " + request.since.toString(Qt::ISODate);
+    if (request.until.isValid())
+        time += " to " + request.until.toString(Qt::ISODate);
+    if (time.isEmpty())
+        time = " at any time";
+    const QString place =
+        request.station.isEmpty() ? "at all stations" : "at station \"" + request.station + '"';
+    QString excluded;
+    if (!request.exclude.isEmpty())
+        excluded = ", excluding " + request.exclude.join(", ") + ": " +
+                   cells::unitsText(report.excluded) + " excluded";
+    return "Units first tested" + time + ", " + place + excluded + ". Made on " +
+           request.now.toString("yyyy-MM-dd HH:mm") + '.';
+}
+
+QString body(const Report& report)
+{
+    QString links;
+    QString content;
+    for (const Section& section : sectionsOf(report)) {
+        links += html::element("a", html::text(section.link), {},
+                               html::attribute("href", '#' + section.id));
+        content += html::element("section",
+                                 html::element("h2", html::text(section.heading)) + section.content,
+                                 {}, html::attribute("id", section.id));
+    }
+    if (report.total.units == 0) {
+        links.clear();
+        content += html::paragraph("There are no such units in the database. \"zorvi_yield "
+                                   "import\" imports the stations' logs.",
+                                   "empty");
+    }
+    const QString header =
+        html::element("h1", "Zorvi assembly test: yield") + html::paragraph(scopeText(report)) +
+        html::element("nav", links, {}, html::attribute("aria-label", "Sections"));
+    return html::element("header", header) + html::element("main", content);
 }
 } // namespace
 
-bool page::write(const Report& report, QIODevice& output)
+QByteArray reportPage(const Report& report)
 {
-    Parts parts = textsOf(report);
-    for (const Parts& some : {yieldParts(report), controlParts(report)})
-        parts.insert(some);
-    QString page = pageTemplate();
-    for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
-        const QString absent = part->isEmpty() ? "if" : "unless";
-        page.remove(QRegularExpression(
-            QString("(?s)<!--%1 %2-->.*?<!--end %2-->").arg(absent, part.key())));
-    }
-    for (auto part = parts.cbegin(); part != parts.cend(); ++part)
-        page.replace("<!--" + part.key() + "-->", part.value());
-    page.remove(QRegularExpression("(?s)<!--.*?-->"));
-    const QByteArray bytes = page.toUtf8();
-    return output.write(bytes) == bytes.size();
+    const QString head = "\n<meta charset=\"utf-8\" />"
+                         "\n<meta name=\"viewport\" content=\"width=device-width\" />" +
+                         html::element("title", "Zorvi assembly test: yield") +
+                         html::element("style", styleSheet());
+    const QString document =
+        html::element("html", html::element("head", head) + html::element("body", body(report)), {},
+                      html::attribute("lang", "en"));
+    return ("<!DOCTYPE html>" + document + '\n').toUtf8();
 }

@@ -5,11 +5,8 @@
 
 #include "yield/figures/report.h"
 
-class QIODevice;
+#include <QByteArray>
 
-namespace page
-{
-/// Writes the report as one HTML file, UTF-8, with its pictures and its style in it: it needs no
-/// script and no other file. False if the output did not take all of it.
-bool write(const Report& report, QIODevice& output);
-} // namespace page
+/// The report as one HTML page, UTF-8, with its charts and its style sheet embedded: it needs no
+/// script and no other file.
+QByteArray reportPage(const Report& report);

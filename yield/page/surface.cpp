@@ -2,38 +2,39 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "unit/panelplacement.h"
+#include "yield/page/cells.h"
 #include "yield/page/chart.h"
-#include "yield/page/figuretext.h"
 #include "yield/page/markup.h"
 
 namespace
 {
 constexpr double margin = 16;
 
-/// Up to how many percent of the units a colour is for. The same on every page, so that pages can
-/// be compared.
-constexpr int lastPercentOfColour[] = {0, 1, 2, 5, 10, 100};
+/// The highest percentage of failed units for each colour. The same on every page, so that pages
+/// can be compared.
+constexpr int maxPercentOfColour[] = {0, 1, 2, 5, 10, 100};
 
-QString colourClass(int missed, int units)
+QString colourClass(int failed, int units)
 {
     int step = 0;
-    while (100.0 * missed > 1.0 * lastPercentOfColour[step] * units)
+    while (100.0 * failed > 1.0 * maxPercentOfColour[step] * units)
         ++step;
-    return QString("miss%1").arg(step);
+    return QString("failed%1").arg(step);
 }
 
-QRectF place(int componentNum)
+QRectF panelArea(int componentNum)
 {
     const auto topLeft = panelPlace(componentNum);
     return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
-QString controlPicture(const ControlMisses& control, const QRectF& area)
+QString controlMark(const ControlFailures& control, const QRectF& area)
 {
     const bool isTested = control.units > 0;
-    const QString colour = isTested ? colourClass(control.missed, control.units) : "untested";
-    const QString rate = isTested ? figuretext::percent(control.missed, control.units) : QString();
-    const QString hover = figuretext::control(control) + ": " + figuretext::missed(control);
+    const QString colour = isTested ? colourClass(control.failed, control.units) : "untested";
+    const QString rate = isTested ? cells::percentText(control.failed, control.units) : QString();
+    const QString hover =
+        cells::controlText(control.componentNum) + ": " + cells::failedUnits(control).fullText();
     const QPointF numberAt = area.center() - QPointF(0, 1);
     const QPointF rateAt = numberAt + QPointF(0, 12);
     return svg::titled(hover, svg::rect(area.adjusted(1, 1, -1, -1), "control " + colour)) +
@@ -42,36 +43,35 @@ QString controlPicture(const ControlMisses& control, const QRectF& area)
            svg::text(rateAt, rate, "rate on-" + colour + " middle");
 }
 
-/// What the colours mean, in one line from there on.
-QString legend(QPointF place)
+/// The key to the colours, in one line.
+QString key(QPointF topLeft)
 {
     constexpr double pitch = 110;
-    QString picture;
-    for (const int percent : lastPercentOfColour) {
+    QString elements;
+    for (const int percent : maxPercentOfColour) {
         const QString share = percent == 0 ? "none" : QString("up to %1 %").arg(percent);
-        picture += svg::rect({place, QSizeF(22, 16)}, "control " + colourClass(percent, 100)) +
-                   svg::text(place + QPointF(30, 13), share, "label");
-        place.rx() += pitch;
+        elements += svg::rect({topLeft, QSizeF(22, 16)}, "control " + colourClass(percent, 100)) +
+                    svg::text(topLeft + QPointF(30, 13), share, "label");
+        topLeft.rx() += pitch;
     }
-    return picture;
+    return elements;
 }
 } // namespace
 
-QString chart::surface(const QVector<ControlMisses>& controls)
+QString chart::surface(const QVector<ControlFailures>& controls)
 {
     QRectF ground;
-    for (const ControlMisses& control : controls)
-        ground = ground.united(place(control.componentNum));
+    for (const ControlFailures& control : controls)
+        ground = ground.united(panelArea(control.componentNum));
     ground.adjust(-margin, -margin, margin, margin);
-    constexpr double legendHeight = 36;
+    constexpr double keyHeight = 36;
 
-    QString picture =
-        svg::rect({QPointF(), ground.size()}, "ground") + legend({margin, ground.height() + 14});
-    for (const ControlMisses& control : controls)
-        if (const QRectF area = place(control.componentNum); !area.isEmpty())
-            picture += controlPicture(control, area.translated(-ground.topLeft()));
-    return svg::picture(ground.size() + QSizeF(0, legendHeight),
-                        "The control surface, each control coloured by how often it missed a "
-                        "band at the first attempt",
-                        picture);
+    QString elements =
+        svg::rect({QPointF(), ground.size()}, "ground") + key({margin, ground.height() + 14});
+    for (const ControlFailures& control : controls)
+        if (const QRectF area = panelArea(control.componentNum); !area.isEmpty())
+            elements += controlMark(control, area.translated(-ground.topLeft()));
+    return svg::chart(ground.size() + QSizeF(0, keyHeight),
+                      "The control surface, each control coloured by its share of failed units",
+                      elements);
 }

@@ -4,8 +4,10 @@
 #include "yield/store/attemptreader.h"
 
 #include "yield/logs/attemptrules.h"
-#include "yield/store/database.h"
-#include "yield/store/stationrows.h"
+#include "yield/store/attemptrows.h"
+#include "yield/store/schema.h"
+#include "yield/store/sqldialect.h"
+#include "yield/store/transaction.h"
 
 #include <QHash>
 
@@ -15,26 +17,30 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
                                   const std::optional<QString>& serial)
 {
     const Transaction transaction(database, Database::Access::Read);
-    QHash<int, StationRow> stations;
-    for (const StationRow& row : StationRows::stations(database))
-        stations.insert(row.id.toInt(), row);
-    // SQL brings them by serial and time; those of one unit and second are put into order here.
+    schema::requireCurrent(database);
+    QHash<int, QString> stations;
+    for (const StationRow& row : AttemptRows::stations(database))
+        stations.insert(row.id, row.name);
+    // SQL returns them by serial and time; those of one unit and second are put into order here.
     std::vector<Attempt> second;
     const auto finishSecond = [&] {
         std::sort(second.begin(), second.end(), attemptrules::isBefore);
         std::for_each(second.begin(), second.end(), visit);
         second.clear();
     };
-    const QString condition = serial ? "WHERE serial {bytewise} = {text ?}" : "";
+    const SqlDialect& dialect = database.sqlDialect();
+    const QString condition =
+        serial ? QString("WHERE serial %1 = %2").arg(dialect.bytewise, dialect.textParameter) : "";
     Statement select(database,
-                     "SELECT station_id, {bytes serial}, tested_at, marks FROM attempts " +
-                         condition + " ORDER BY serial {bytewise}, tested_at {bytewise}");
+                     QString("SELECT station_id, %1, tested_at, marks, tests_18, started_at "
+                             "FROM attempts %2 ORDER BY serial %3, tested_at %3")
+                         .arg(dialect.utf8Of("serial"), condition, dialect.bytewise));
     select.run(serial ? QVariantList{serial->toUtf8()} : QVariantList());
     while (select.next()) {
-        const StationRow& station = stations[select.number(0)];
         const QString unit = select.text(1);
-        const Attempt attempt{station.name, station.tests18, unit, select.value(2).toString(),
-                              select.marks(3, unit)};
+        const Attempt attempt{
+            stations[select.number(0)], select.number(4) != 0, unit,
+            select.value(2).toString(), select.marks(3, unit), select.value(5).toString()};
         if (!second.empty() && (second.front().serial != attempt.serial ||
                                 second.front().testedAt != attempt.testedAt))
             finishSecond();
@@ -46,19 +52,18 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
 std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime& now)
 {
     const Transaction transaction(database, Database::Access::Read);
-    Statement select(database, R"(
-        SELECT {bytes name}, newest
-        FROM stations LEFT JOIN
-            (SELECT station_id, max(tested_at) AS newest
-             FROM (SELECT station_id, tested_at FROM attempts
-                   UNION ALL
-                   SELECT station_id, tested_at FROM repeated_saves) AS logs
-             WHERE tested_at <= ?
-             GROUP BY station_id) AS newest_logs ON station_id = id
-        ORDER BY name {bytewise})");
-    select.run({now.toString(Qt::ISODate)});
-    std::vector<LastLog> news;
+    schema::requireCurrent(database);
+    const SqlDialect& dialect = database.sqlDialect();
+    const QString last = QString("(SELECT tested_at FROM %2 WHERE station_id = stations.id "
+                                 "AND tested_at %1 <= ? ORDER BY tested_at %1 DESC LIMIT 1)")
+                             .arg(dialect.bytewise);
+    Statement select(database, QString("SELECT %1, %2, %3 FROM stations ORDER BY name %4")
+                                   .arg(dialect.utf8Of("name"), last.arg("attempts"),
+                                        last.arg("repeated_saves"), dialect.bytewise));
+    select.run({now.toString(Qt::ISODate), now.toString(Qt::ISODate)});
+    std::vector<LastLog> logs;
     while (select.next())
-        news.push_back({select.text(0), select.value(1).toString()});
-    return news;
+        logs.push_back(
+            {select.text(0), std::max(select.value(1).toString(), select.value(2).toString())});
+    return logs;
 }

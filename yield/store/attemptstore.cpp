@@ -3,171 +3,267 @@
 
 #include "yield/store/attemptstore.h"
 
+#include "yield/logs/attemptrules.h"
 #include "yield/logs/printabletext.h"
-#include "yield/store/database.h"
-#include "yield/store/stationrows.h"
+#include "yield/store/attemptrows.h"
+#include "yield/store/schema.h"
+#include "yield/store/sqldialect.h"
+#include "yield/store/transaction.h"
 
 #include <QDateTime>
 
 #include <algorithm>
+#include <tuple>
 
 namespace
 {
 /// Clocks of two computers differ by a little.
 constexpr int futureSeconds = 600;
 
-bool contains(const std::vector<StationLog>& logs, const StationLog& log)
+bool showsTest18(const LogFile& file)
 {
-    return std::find(logs.begin(), logs.end(), log) != logs.end();
+    return (file.name && file.name->isTarvek) ||
+           (file.log.marks & attemptrules::channelButtonMarks()).any();
 }
 
-/// The row of the station with these logs, made or changed if need be.
-StationRow updatedStation(Database& database, const Station& station,
-                          const std::vector<StationLog>& logs)
+/// From now on the station tests component 18; imported logs do not say it themselves.
+void setTests18(Database& database, int stationId)
 {
-    Statement(database, "INSERT INTO stations (name) VALUES ({text ?}) ON CONFLICT DO NOTHING")
-        .run({station.name.toUtf8()});
-    StationRow row = StationRows::stations(database)[station.name];
-    // Marks of component 18 among the logs say that the station tests it.
-    const bool isShown = std::any_of(logs.begin(), logs.end(), [](const StationLog& log) {
-        return (log.marks & attemptrules::channelButtonMarks()).any();
-    });
-    if (!row.tests18 && (station.tests18 || isShown)) {
-        Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({row.id});
+    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({stationId});
+    const QString imported = QString("run IS NULL AND station_id = %1").arg(stationId);
+    Statement(database, "UPDATE attempts SET tests_18 = 1 WHERE " + imported).run();
+    AttemptRows(database).deriveResults(imported);
+}
+
+/// The row of a station, inserted or changed if need be.
+StationRow updatedStation(Database& database, const Station& station, bool showsTests18)
+{
+    const auto stations = AttemptRows::stations(database);
+    StationRow row = stations.value(station.name);
+    if (!stations.contains(station.name)) {
+        Statement(database, QString("INSERT INTO stations (name) VALUES (%1)")
+                                .arg(database.sqlDialect().textParameter))
+            .run({station.name.toUtf8()});
+        row = AttemptRows::stations(database)[station.name];
+    }
+    if ((station.tests18 || showsTests18) && !row.tests18) {
+        setTests18(database, row.id);
         row.tests18 = true;
-        StationRows(database, row).writeAgain(); // every attempt missed it, or ended before it
     }
     return row;
 }
 
-/// Adds the logs that the station does not have yet.
-StoreCounts add(StationRows& rows, const std::vector<StationLog>& logs)
+/// The order of the saves of a run. Two logs of one number are not of one station's making, but
+/// have an order too.
+bool isEarlierSave(const LogRow& left, const LogRow& right)
 {
+    const auto key = [](const LogRow& row) {
+        return std::make_tuple(row.save->save, row.log.testedAt, row.log.serial.toUtf8(),
+                               bandmarks::packed(row.log.marks));
+    };
+    return key(left) < key(right);
+}
+
+/// Stores the logs of one station.
+class LogStore
+{
+public:
+    LogStore(Database& database, const StationRow& row)
+        : station(row)
+        , rows(database)
+    {
+        const auto stations = AttemptRows::stations(database);
+        for (const StationRow& known : stations)
+            names[known.id] = known.name.toUtf8();
+    }
+
+    void add(const LogFile& file);
+
+    StoreCounts counts;
+
+private:
+    /// What a log was before it was stored.
+    struct Found {
+        bool isKnown = false;
+        bool isAtOtherStation = false;
+    };
+
+    Found addImported(const StationLog& log);
+    Found addSave(LogRow save);
+    QVariant onlyAttempt(const QVariant& one, const QVariant& other);
+    void writeRun(LogRow attempt, const std::optional<LogRow>& former);
+
+    const StationRow station;
+    AttemptRows rows;
+    QMap<int, QByteArray> names; ///< Of the stations, in UTF-8.
     const QString future =
         QDateTime::currentDateTime().addSecs(futureSeconds).toString(Qt::ISODate);
-    StoreCounts counts;
-    for (const StationLog& log : logs) {
-        UnitLogs unit = rows.find(log.serial);
-        if (log.marks.none()) {
-            ++counts.notAttempt;
-        } else if (contains(unit.here, log)) {
-            ++counts.known;
-        } else {
-            ++counts.added;
-            counts.elsewhere += contains(unit.elsewhere, log) ? 1 : 0;
-            counts.future += log.testedAt > future ? 1 : 0;
-            if (!unit.here.empty())
-                rows.remove(log.serial);
-            unit.here.push_back(log);
-            rows.write(unit.here);
+};
+
+void LogStore::add(const LogFile& file)
+{
+    if (file.log.marks.none()) {
+        ++counts.empty;
+        return;
+    }
+    const Found found = file.name
+                            ? addSave({{}, station.id, file.log, file.name, showsTest18(file)})
+                            : addImported(file.log);
+    counts.duplicates += found.isKnown ? 1 : 0;
+    counts.added += found.isKnown ? 0 : 1;
+    counts.future += !found.isKnown && file.log.testedAt > future ? 1 : 0;
+    counts.otherStations += found.isAtOtherStation ? 1 : 0;
+}
+
+/// A log without its run is an attempt, unless it is known: at this station, or with its run.
+LogStore::Found LogStore::addImported(const StationLog& log)
+{
+    const auto same = rows.find(log);
+    const auto isHere = [&](const LogRow& row) { return row.stationId == station.id; };
+    const auto hasRun = [](const LogRow& row) { return row.save.has_value(); };
+    const bool isKnownHere = std::any_of(same.begin(), same.end(), isHere);
+    if (isKnownHere || std::any_of(same.begin(), same.end(), hasRun))
+        return {true, !isKnownHere};
+    rows.writeAttempt({{}, station.id, log, {}, station.tests18});
+    return {false, !same.empty()};
+}
+
+/// Of the saves of a run, the highest is the attempt. Of a run that comes from several stations,
+/// the station whose name is the lowest counts: that depends on no order.
+LogStore::Found LogStore::addSave(LogRow save)
+{
+    const QString run = save.save->run;
+    const auto former = rows.findRun(run);
+    Found found;
+    if (former) {
+        found.isAtOtherStation = former->stationId != save.stationId;
+        if (names[former->stationId] < names[save.stationId])
+            save.stationId = former->stationId;
+        save.attemptId = former->attemptId;
+        save.tests18 = save.tests18 || former->tests18;
+    }
+    std::vector<LogRow> displaced;
+    for (const LogRow& same : rows.find(save.log)) {
+        const bool isOwn = same.save && same.save->run == run;
+        const bool isHere = same.stationId == save.stationId;
+        if (same.save && !isOwn && (!isHere || same.save->run < run)) {
+            if (isHere) // what two runs left within one second is one log
+                return {true, found.isAtOtherStation};
+            continue;
         }
+        found.isKnown = true;
+        found.isAtOtherStation = found.isAtOtherStation || !isHere;
+        if (isOwn)
+            save.save->save = std::max(save.save->save, same.save->save);
+        else if (same.save && !same.attemptId.isNull())
+            displaced = rows.takeRepeated(same.save->run);
+        if (same.attemptId.isNull())
+            rows.removeRepeated(same);
+        else
+            save.attemptId = onlyAttempt(save.attemptId, same.attemptId);
     }
-    return counts;
+    writeRun(save, former);
+    for (const LogRow& other : displaced)
+        addSave(other);
+    return found;
 }
 
-/// Moves all logs of a station to another one.
-void merge(Database& database, const StationRow& from, const StationRow& to)
+/// Of two attempts that turn out to be one, the older row stays. One of them may be null.
+QVariant LogStore::onlyAttempt(const QVariant& one, const QVariant& other)
 {
-    StationRows source(database, from);
-    StationRows target(database, to);
-    source.forEachUnit([&](const QString& serial, const UnitLogs& logs) {
-        source.remove(serial);
-        add(target, logs.here);
-    });
+    if (one.isNull() || one == other)
+        return other;
+    const bool isOlder = one.toLongLong() < other.toLongLong();
+    rows.removeAttempt(isOlder ? other : one);
+    return isOlder ? one : other;
+}
+
+/// Writes a save beside the attempt that its run had before.
+void LogStore::writeRun(LogRow attempt, const std::optional<LogRow>& former)
+{
+    if (!former)
+        return rows.writeAttempt(attempt);
+    if (former->stationId != attempt.stationId)
+        rows.moveRepeated(attempt.save->run, attempt.stationId);
+    if (!(former->log == attempt.log)) {
+        LogRow repeated = *former;
+        repeated.stationId = attempt.stationId;
+        if (isEarlierSave(attempt, *former)) {
+            std::swap(repeated.log, attempt.log);
+            std::swap(repeated.save, attempt.save);
+        }
+        rows.insertRepeated(repeated);
+    }
+    const bool isSame = former->attemptId == attempt.attemptId && former->log == attempt.log &&
+                        former->save->save == attempt.save->save &&
+                        former->stationId == attempt.stationId &&
+                        former->tests18 == attempt.tests18;
+    if (!isSame)
+        rows.writeAttempt(attempt);
+}
+
+/// Moves all rows of a station to another one. Of a log that both have, one row stays; where one of
+/// them knows that a later save replaced it, that one.
+void unite(Database& database, const StationRow& from, const StationRow& to)
+{
+    const QString remove =
+        "DELETE FROM %1 WHERE station_id = %2 AND EXISTS (SELECT 1 FROM %3 AS other "
+        "WHERE other.station_id = %4 AND other.serial = %1.serial "
+        "AND other.tested_at = %1.tested_at AND other.marks = %1.marks)";
+    const auto removeKnown = [&](const char* table, int station, const char* other,
+                                 int otherStation) {
+        Statement(database, remove.arg(table).arg(station).arg(other).arg(otherStation)).run();
+    };
+    removeKnown("attempts", from.id, "repeated_saves", to.id);
+    removeKnown("attempts", to.id, "repeated_saves", from.id);
+    removeKnown("attempts", from.id, "attempts", to.id);
+    removeKnown("repeated_saves", from.id, "repeated_saves", to.id);
+    for (const char* table : {"attempts", "repeated_saves"})
+        Statement(database, QString("UPDATE %1 SET station_id = ? WHERE station_id = ?").arg(table))
+            .run({to.id, from.id});
     Statement(database, "DELETE FROM stations WHERE id = ?").run({from.id});
-}
-
-// How check names the rows of an attempt.
-const QString attemptForm = "%1 complete %2, ended_at %3, missed_bands";
-const QString bandForm = " %1:%2";
-
-/// What the marks of a unit's logs come to.
-QStringList wantedAttempts(const UnitLogs& logs, bool tests18)
-{
-    QStringList texts;
-    for (const StationLog& attempt : attemptrules::attemptsOf(logs.here)) {
-        const auto outcome = attemptrules::outcomeOf(attempt.marks, tests18);
-        texts << attemptForm.arg(attempt.testedAt, outcome.hasPassed() ? "1" : "0",
-                                 outcome.abortedAt ? QString::number(*outcome.abortedAt) : "");
-        for (const auto& missed : outcome.missed)
-            texts.last() += bandForm.arg(missed.componentNum).arg(missed.band);
-    }
-    return texts;
-}
-
-/// What the database has of a unit; select: its attempts, a row for each missed band.
-QStringList presentAttempts(Statement& select)
-{
-    QMap<int, QString> texts; // by id
-    while (select.next()) {
-        QString& text = texts[select.number(0)];
-        if (text.isEmpty())
-            text = attemptForm.arg(select.value(1).toString(), select.value(2).toString(),
-                                   select.value(3).toString());
-        if (!select.value(4).isNull())
-            text += bandForm.arg(select.number(4)).arg(select.number(5));
-    }
-    return texts.values();
+    if (from.tests18 != to.tests18)
+        setTests18(database, to.id);
 }
 } // namespace
 
 StoreCounts& StoreCounts::operator+=(const StoreCounts& other)
 {
     added += other.added;
-    known += other.known;
-    notAttempt += other.notAttempt;
-    elsewhere += other.elsewhere;
+    duplicates += other.duplicates;
+    empty += other.empty;
+    otherStations += other.otherStations;
     future += other.future;
     return *this;
 }
 
 StoreCounts attemptstore::store(Database& database, const Station& station,
-                                const std::vector<StationLog>& logs)
+                                const std::vector<LogFile>& files)
 {
     Transaction transaction(database, Database::Access::Write);
-    StationRows rows(database, updatedStation(database, station, logs));
-    const StoreCounts counts = add(rows, logs);
+    schema::requireCurrent(database);
+    const bool showsTests18 = std::any_of(files.begin(), files.end(), showsTest18);
+    LogStore logs(database, updatedStation(database, station, showsTests18));
+    for (const LogFile& file : files)
+        logs.add(file);
     transaction.commit();
-    return counts;
+    return logs.counts;
 }
 
 void attemptstore::renameStation(Database& database, const QString& oldName, const QString& newName)
 {
     Transaction transaction(database, Database::Access::Write);
-    const auto stations = StationRows::stations(database);
+    schema::requireCurrent(database);
+    const auto stations = AttemptRows::stations(database);
     if (!stations.contains(oldName))
         throw DatabaseError(DatabaseError::Kind::Unusable,
                             QString("no station is named \"%1\"").arg(printableText(oldName)));
     const StationRow from = stations[oldName];
     if (!stations.contains(newName))
-        Statement(database, "UPDATE stations SET name = {text ?} WHERE id = ?")
+        Statement(database, QString("UPDATE stations SET name = %1 WHERE id = ?")
+                                .arg(database.sqlDialect().textParameter))
             .run({newName.toUtf8(), from.id});
     else if (newName != oldName)
-        merge(database, from, updatedStation(database, {newName, from.tests18}, {}));
+        unite(database, from, stations[newName]);
     transaction.commit();
-}
-
-int attemptstore::check(Database& database, const std::function<void(const QString&)>& say)
-{
-    const Transaction transaction(database, Database::Access::Read);
-    Statement select(database, R"(
-        SELECT id, tested_at, complete, coalesce(CAST(ended_at AS TEXT), ''), component, band
-        FROM attempts LEFT JOIN missed_bands ON attempt_id = id
-        WHERE station_id = ? AND serial = {text ?}
-        ORDER BY component, band)");
-    int differences = 0;
-    for (const StationRow& station : StationRows::stations(database))
-        StationRows(database, station)
-            .forEachUnit([&](const QString& serial, const UnitLogs& logs) {
-                select.run({station.id, serial.toUtf8()});
-                const QString present = presentAttempts(select).join(" | ");
-                const QString wanted = wantedAttempts(logs, station.tests18).join(" | ");
-                if (present == wanted)
-                    return;
-                ++differences;
-                say(QString("station \"%1\", serial \"%2\": its rows say \"%3\", "
-                            "its marks \"%4\"")
-                        .arg(printableText(station.name), printableText(serial), present, wanted));
-            });
-    return differences;
 }

@@ -4,69 +4,22 @@
 #include "yield/store/database.h"
 
 #include "yield/store/sqldialect.h"
-#include "yield/store/statement.h"
-#include "yield/store/stationrows.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSqlError>
+#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QUrl>
 #include <QUuid>
 
 namespace
 {
-constexpr int newestSchema = 2;
-
 /// A person has to change something first.
 DatabaseError unusable(const QString& text)
 {
     return {DatabaseError::Kind::Unusable, text};
-}
-
-/// 0 without tables.
-int findVersion(Database& database)
-{
-    Statement find(database, database.sqlDialect().findSchema);
-    find.run();
-    if (!find.next())
-        return 0;
-    Statement select(database, "SELECT version FROM schema_version");
-    select.run();
-    return select.next() ? select.number(0) : 0;
-}
-
-void run(Database& database, const char* resource)
-{
-    QFile file(resource);
-    file.open(QIODevice::ReadOnly);
-    const QString statements = QString::fromUtf8(file.readAll());
-    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
-        Statement(database, statement).run();
-}
-
-void checkTables(Database& database, Database::Access access)
-{
-    const int version = findVersion(database);
-    if (version > newestSchema)
-        throw DatabaseError(
-            DatabaseError::Kind::NewerSchema,
-            QString("the database was made by a newer zorvi_yield, its tables have version %1; "
-                    "install the newer one")
-                .arg(version));
-    if (version == newestSchema)
-        return;
-    if (access == Database::Access::Read)
-        throw unusable(version == 0
-                           ? "the database holds no attempts yet; \"import\" puts them there"
-                           : "the database was made by an older zorvi_yield; \"import\" "
-                             "carries it over, after that every command reads it");
-    run(database, version == 0 ? ":/store/schema.sql" : ":/store/upgrade.sql");
-    if (version != 0) // version 1 grouped by other rules
-        for (const StationRow& station : StationRows::stations(database))
-            StationRows(database, station).writeAgain();
 }
 } // namespace
 
@@ -86,15 +39,21 @@ Database::Database(const QString& location, Access access)
         throw unusable(QString("Qt's driver %1 is not installed (package %2)")
                            .arg(dialect.driver, dialect.driverPackage));
     open(location, access);
+    prepareSession();
+}
+
+void Database::prepareSession()
+{
+    QSqlQuery query(link.database);
     for (const QString& statement : dialect.session)
-        Statement(*this, statement).run();
-    Statement encoding(*this, dialect.findEncoding);
-    encoding.run();
-    while (encoding.next())
-        if (encoding.value(0).toString().remove('-') != "UTF8")
-            throw unusable(place + ": the database must have the encoding UTF8, or it cannot hold "
-                                   "every serial; create it anew");
-    Transaction(*this, access).commit(); // makes the tables, or sees that they are there
+        if (!query.exec(statement))
+            throw errorOf(query.lastError());
+    if (!query.exec(dialect.findEncoding) || !query.next())
+        throw errorOf(query.lastError());
+    if (query.value(0).toString().remove('-') != "UTF8")
+        throw unusable(displayName +
+                       ": the database must have the encoding UTF8, or it cannot hold "
+                       "every serial; create it again");
 }
 
 void Database::open(const QString& location, Access access)
@@ -103,17 +62,18 @@ void Database::open(const QString& location, Access access)
     link.database = QSqlDatabase::addDatabase(dialect.driver, link.name);
     link.database.setConnectOptions(dialect.connectOptions);
     if (isFile) {
-        place = location;
-        if (access == Access::Read && !QFileInfo::exists(place))
-            throw unusable(QString("there is no database %1 yet; \"import\" makes one").arg(place));
+        displayName = location;
+        if (access == Access::Read && !QFileInfo::exists(displayName))
+            throw unusable(
+                QString("there is no database %1 yet; \"import\" makes one").arg(displayName));
         // A folder that the user named must be there already, or it was mistyped.
-        if (place == defaultLocation())
-            QDir().mkpath(QFileInfo(place).path());
+        if (displayName == defaultLocation())
+            QDir().mkpath(QFileInfo(displayName).path());
         // For writing even for a reader: SQLite must undo what a killed import left half done.
-        link.database.setDatabaseName(place);
+        link.database.setDatabaseName(displayName);
     } else {
         const QUrl url(location, QUrl::StrictMode);
-        place = QString("database %1 at %2").arg(url.path().mid(1), url.host());
+        displayName = QString("database %1 at %2").arg(url.path().mid(1), url.host());
         link.database.setHostName(url.host());
         link.database.setPort(url.port());
         link.database.setUserName(url.userName());
@@ -143,12 +103,12 @@ DatabaseError Database::errorOf(const QSqlError& error) const
 {
     const QString text = error.databaseText().trimmed();
     QString line = (text.isEmpty() ? error.driverText() : text).section('\n', 0, 0).trimmed();
-    if (isFile && link.database.isOpen() && !QFileInfo::exists(place))
+    if (isFile && link.database.isOpen() && !QFileInfo::exists(displayName))
         line += " (the file was deleted or moved)";
     for (const QString& begin : dialect.dataErrors)
         if (error.nativeErrorCode().startsWith(begin))
-            return {DatabaseError::Kind::Data, place + ": " + line};
-    return {DatabaseError::Kind::Away, place + ": " + line};
+            return {DatabaseError::Kind::Data, displayName + ": " + line};
+    return {DatabaseError::Kind::Unavailable, displayName + ": " + line};
 }
 
 bool Database::isAddress(const QString& location)
@@ -160,29 +120,4 @@ bool Database::isAddress(const QString& location)
 QString Database::defaultLocation()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/attempts.sqlite";
-}
-
-Transaction::Transaction(Database& usedDatabase, Database::Access access)
-    : database(usedDatabase)
-{
-    const SqlDialect& dialect = database.sqlDialect();
-    try {
-        const bool isReading = access == Database::Access::Read;
-        for (const QString& begin : isReading ? dialect.beginReading : dialect.beginWriting)
-            Statement(database, begin).run();
-        checkTables(database, access);
-    } catch (const DatabaseError&) {
-        QSqlQuery(database.connection()).exec("ROLLBACK");
-        throw;
-    }
-}
-
-Transaction::~Transaction()
-{
-    QSqlQuery(database.connection()).exec("ROLLBACK"); // nothing is left to undo after commit()
-}
-
-void Transaction::commit()
-{
-    Statement(database, "COMMIT").run();
 }

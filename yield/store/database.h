@@ -19,7 +19,7 @@ public:
     enum class Kind {
         Unusable,    ///< A person must change the command line or the installation.
         NewerSchema, ///< Made by a newer program.
-        Away,        ///< Another try may succeed.
+        Unavailable, ///< Another try may succeed.
         Data         ///< This log, or the rows of this unit, cannot be stored or read.
     };
 
@@ -42,12 +42,12 @@ class Database
 {
 public:
     enum class Access {
-        Read, ///< Nothing is created or written.
-        Write ///< Missing tables are created, and so is the file of SQLite.
+        Read, ///< The database and its tables must exist.
+        Write ///< The file of SQLite is created where it is missing.
     };
 
-    /// location: the path of an SQLite file, or postgresql://user@host:port/name. Throws
-    /// DatabaseError.
+    /// location: the path of an SQLite file, or postgresql://user@host:port/name. Changes no row.
+    /// Throws DatabaseError.
     Database(const QString& location, Access access);
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -77,27 +77,10 @@ private:
     };
 
     void open(const QString& location, Access access);
+    void prepareSession();
 
     const SqlDialect& dialect;
-    QString place; ///< The file, or the server without user and password.
+    QString displayName; ///< The file, or the server without user and password.
     bool isFile = false;
     Link link;
-};
-
-/// A transaction, undone unless it is committed. Everything throws DatabaseError.
-class Transaction
-{
-public:
-    /// Read: sees the same rows from its beginning to its end; tables of version 1 are refused.
-    /// Write: has no other writer beside it, waits for the one before, at most a minute, makes
-    /// missing tables, and carries over those of version 1.
-    Transaction(Database& usedDatabase, Database::Access access);
-    ~Transaction();
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-
-    void commit();
-
-private:
-    Database& database;
 };

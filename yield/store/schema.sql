@@ -1,11 +1,11 @@
 -- SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 -- SPDX-License-Identifier: GPL-3.0-or-later
 
--- The tables, for plants to query; docs/database.md explains them. What stands in braces differs
--- between the databases and is in sqldialect.cpp.
+-- The tables; docs/database.md explains them. What stands in braces differs between the databases
+-- and is in sqldialect.cpp. Columns are in the order that a migration leads to.
 CREATE TABLE schema_version (version INTEGER NOT NULL);
 
-INSERT INTO schema_version VALUES (2);
+INSERT INTO schema_version VALUES (3);
 
 CREATE TABLE stations (
     id {id},
@@ -17,14 +17,14 @@ CREATE TABLE attempts (
     station_id BIGINT NOT NULL REFERENCES stations (id),
     serial TEXT NOT NULL,
     tested_at TEXT NOT NULL,
-    marks {blob} NOT NULL,
-    complete INTEGER NOT NULL CHECK (complete IN (0, 1)),
-    ended_at INTEGER,
+    marks {bytes} NOT NULL,
+    passed INTEGER NOT NULL CHECK (passed IN (0, 1)),
+    aborted_component INTEGER,
+    tests_18 INTEGER NOT NULL DEFAULT 0 CHECK (tests_18 IN (0, 1)),
+    run TEXT,
+    started_at TEXT,
+    save_number INTEGER,
     UNIQUE (station_id, serial, tested_at, marks));
-
--- The order of the report, with all that it reads.
-CREATE INDEX attempts_by_unit
-    ON attempts (serial {bytewise}, tested_at {bytewise}, station_id, marks);
 
 CREATE TABLE missed_bands (
     attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
@@ -36,7 +36,7 @@ CREATE TABLE repeated_saves (
     station_id BIGINT NOT NULL REFERENCES stations (id),
     serial TEXT NOT NULL,
     tested_at TEXT NOT NULL,
-    marks {blob} NOT NULL,
+    marks {bytes} NOT NULL,
+    run TEXT,
+    save_number INTEGER,
     PRIMARY KEY (station_id, serial, tested_at, marks));
-
-CREATE INDEX repeated_saves_by_unit ON repeated_saves (serial {bytewise});

@@ -5,9 +5,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <QVector>
-
-#include <utility>
 
 /// All that differs between the two databases.
 struct SqlDialect {
@@ -18,15 +15,19 @@ struct SqlDialect {
     QStringList session;      ///< Run once for each connection.
     QStringList beginWriting; ///< Begin a transaction that excludes other writers.
     QStringList beginReading; ///< Begin one that sees the same rows from its beginning to its end.
-    QString findEncoding;     ///< Gives the encoding of the database's texts.
-    QString findSchema;       ///< Gives a row if the table schema_version is there.
+    QString findEncoding;     ///< Returns the encoding of the database's texts.
+    QString findSchema;       ///< Returns a row if the table schema_version exists.
     QStringList dataErrors;   ///< Beginnings of the error codes that a log is to blame for.
 
-    /// Regular expressions for the words in braces of a statement, and what stands there instead:
-    /// {id} a column of row numbers; {blob} one of bytes; {text ?} a text that is handed over as
-    /// its UTF-8; {bytes X} the UTF-8 of a text; {bytewise} compares texts by it, whatever the
-    /// language.
-    QVector<std::pair<QString, QString>> words;
+    QString idType;    ///< Of a column of row numbers, {id} in the scripts.
+    QString bytesType; ///< Of a column of bytes, {bytes} in the scripts.
+    /// Compares texts by their UTF-8, whatever the language, {bytewise} in the scripts.
+    QString bytewise;
+    QString textParameter; ///< A question mark whose value is a text's UTF-8.
+    QString utf8;          ///< The UTF-8 of the column %1.
+
+    /// The UTF-8 of a column of texts.
+    QString utf8Of(const char* column) const { return utf8.arg(column); }
 
     static const SqlDialect& sqlite();
     static const SqlDialect& postgresql();

@@ -5,9 +5,7 @@
 
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
-#include "yield/store/sqldialect.h"
 
-#include <QRegularExpression>
 #include <QSqlError>
 
 Statement::Statement(Database& usedDatabase, const QString& sql)
@@ -15,8 +13,6 @@ Statement::Statement(Database& usedDatabase, const QString& sql)
     , statement(sql)
     , query(database.connection())
 {
-    for (const auto& [word, replacement] : database.sqlDialect().words)
-        statement.replace(QRegularExpression(word), replacement);
     query.setForwardOnly(true); // otherwise every row stays in memory
 }
 

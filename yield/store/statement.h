@@ -17,10 +17,10 @@ class Database;
 class Statement
 {
 public:
-    /// sql: with the words of SqlDialect in braces. Nothing is asked yet.
+    /// Nothing is asked yet.
     Statement(Database& usedDatabase, const QString& sql);
 
-    /// Runs it, as often as wanted. A value for {text ?} is handed over as its UTF-8.
+    /// Runs it, as often as wanted. A value for SqlDialect::textParameter is a text's UTF-8.
     void run(const QVariantList& values = {});
 
     /// Goes to the next row, at first to the first one; false after the last.
@@ -29,7 +29,7 @@ public:
     // The columns of the row, from 0.
     QVariant value(int column) const { return query.value(column); }
     int number(int column) const { return value(column).toInt(); }
-    /// Of {bytes X}: any text, as it was stored.
+    /// Of SqlDialect::utf8Of: any text, as it was stored.
     QString text(int column) const;
     /// Of packed marks; serial: whose, for the error.
     BandMarks marks(int column, const QString& serial) const;

@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/store/schema.h"
+
+#include "yield/store/attemptrows.h"
+#include "yield/store/database.h"
+#include "yield/store/sqldialect.h"
+#include "yield/store/statement.h"
+#include "yield/store/transaction.h"
+
+#include <QFile>
+
+namespace
+{
+constexpr int newestSchema = 3;
+
+/// 0 without tables.
+int findVersion(Database& database)
+{
+    Statement find(database, database.sqlDialect().findSchema);
+    find.run();
+    if (!find.next())
+        return 0;
+    Statement select(database, "SELECT version FROM schema_version");
+    select.run();
+    return select.next() ? select.number(0) : 0;
+}
+
+/// Runs a script of the resources.
+void run(Database& database, const QString& script)
+{
+    QFile file(":/store/" + script);
+    file.open(QIODevice::ReadOnly);
+    const SqlDialect& dialect = database.sqlDialect();
+    const QString statements = QString::fromUtf8(file.readAll())
+                                   .replace("{id}", dialect.idType)
+                                   .replace("{bytes}", dialect.bytesType)
+                                   .replace("{bytewise}", dialect.bytewise);
+    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
+        Statement(database, statement).run();
+}
+
+/// Throws for newer tables.
+int knownVersion(Database& database)
+{
+    const int version = findVersion(database);
+    if (version > newestSchema)
+        throw DatabaseError(
+            DatabaseError::Kind::NewerSchema,
+            QString("the database was made by a newer zorvi_yield, its tables have version %1; "
+                    "install the newer one")
+                .arg(version));
+    return version;
+}
+} // namespace
+
+void schema::migrate(Database& database)
+{
+    Transaction transaction(database, Database::Access::Write);
+    const int version = knownVersion(database);
+    if (version == newestSchema)
+        return;
+    if (version == 0)
+        run(database, "schema.sql");
+    if (version == 1)
+        run(database, "migrate1to2.sql");
+    if (version == 1 || version == 2)
+        run(database, "migrate2to3.sql");
+    run(database, "indexes.sql");
+    if (version == 1) // which did not know aborted runs
+        AttemptRows(database).deriveResults("passed = 0");
+    transaction.commit();
+}
+
+void schema::requireCurrent(Database& database)
+{
+    const int version = knownVersion(database);
+    if (version == newestSchema)
+        return;
+    throw DatabaseError(DatabaseError::Kind::Unusable,
+                        version == 0
+                            ? "the database holds no attempts yet; \"import\" puts them there"
+                            : "the database was made by an older zorvi_yield; \"import\" "
+                              "migrates it, after that every command reads it");
+}
