@@ -15,18 +15,18 @@
 
 namespace
 {
-/// Long enough to read the box; without an operator the program ends by itself.
-constexpr int boxStaysMs = 60000;
+/// Long enough to read the message; without an operator the program ends by itself.
+constexpr int messageBoxMs = 60000;
 
 /// Shows why the station cannot start, on the terminal and on the screen if there is one. Returns
 /// the exit status.
-int refuseToStart(const QString& reason)
+int failToStart(const QString& reason)
 {
     std::cerr << qPrintable(reason) << '\n';
     const QString platform = QGuiApplication::platformName();
     if (platform != QLatin1String("offscreen") && platform != QLatin1String("minimal")) {
         QMessageBox box(QMessageBox::Critical, QString(), reason);
-        QTimer::singleShot(boxStaysMs, &box, &QDialog::reject);
+        QTimer::singleShot(messageBoxMs, &box, &QDialog::reject);
         box.exec();
     }
     return EXIT_FAILURE;
@@ -42,7 +42,7 @@ int main(int argc, char* argv[])
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
-        return refuseToStart(problem);
+        return failToStart(problem);
 
     MainWindow window;
     window.show();

@@ -17,6 +17,7 @@
 #include <array>
 #include <memory>
 
+class ComponentPanel;
 class QThread;
 class Quillon_Zorvi_0908_AssemblyTester_Parser;
 class Quillon_Zorvi_0908_AssemblyTester_Processor;

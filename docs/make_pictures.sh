@@ -2,15 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# Makes the pictures of the documents: the drawings from their sources, the station's from a run of
-# the demo (release build, under Xvfb). No screen is needed.
+# Makes the pictures of the documents from runs of the demo (release build, under Xvfb). No screen is
+# needed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 runs=$(mktemp -d)
 trap 'rm -rf "$runs"' EXIT
-
-docs/draw_house.sh
-dot -Tsvg docs/pictures/threads.dot -o docs/pictures/threads.svg
 
 run() { # folder, more options of the demo
     xvfb-run -a -s '-screen 0 1280x800x24' \
