@@ -104,7 +104,7 @@ QMessageBox* station::openNotice()
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
 }
 
-station::Hearing::Hearing(const MainWindow& window)
+station::ReceivedMessages::ReceivedMessages(const MainWindow& window)
 {
     connect(&window, &MainWindow::signal_DistributeMIDI, this,
             [this](const MidiMessage& message) { messages << bytesOf(message); });
@@ -115,11 +115,11 @@ QByteArray station::bytesOf(const MidiMessage& message)
     return {reinterpret_cast<const char*>(message.getRawData()), message.getRawDataSize()};
 }
 
-bool station::hears(const MainWindow& window, SimulatedUnit& unit)
+bool station::receives(const MainWindow& window, SimulatedUnit& unit)
 {
-    const Hearing hearing(window);
+    const ReceivedMessages received(window);
     unit.send({0xB0, 100, 64}); // a controller that no component has
-    return QTest::qWaitFor([&] { return !hearing.messages.isEmpty(); });
+    return QTest::qWaitFor([&] { return !received.messages.isEmpty(); });
 }
 
 void station::quiet()

@@ -43,15 +43,15 @@ void compareLog(const QString& serial, const std::function<bool(int)>& covered);
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 
-/// Keeps what the panels hear, on their thread: the bytes of each message.
-struct Hearing : QObject {
-    explicit Hearing(const MainWindow& window);
+/// Keeps what the panels receive, on their thread: the bytes of each message.
+struct ReceivedMessages : QObject {
+    explicit ReceivedMessages(const MainWindow& window);
     QVector<QByteArray> messages;
 };
 
 QByteArray bytesOf(const MidiMessage& message);
 /// Whether a message that the unit sends now arrives at the panels.
-bool hears(const MainWindow& window, SimulatedUnit& unit);
+bool receives(const MainWindow& window, SimulatedUnit& unit);
 
 /// Silences the debug lines, of which there are thousands in some tests.
 void quiet();
