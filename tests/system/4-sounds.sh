@@ -6,7 +6,6 @@
 # of a loopback card. A busy emulated card repeats and loses blocks, which the station cannot prevent.
 . "$(dirname "$0")/station.sh"
 
-modprobe snd-aloop index=0 pcm_substreams=1
 played=/tmp/played.raw recorded=/tmp/recorded.raw # a chroot sees /tmp
 cat > "${tree:-}/root/.asoundrc" <<ALSA
 pcm.!default {
@@ -16,21 +15,15 @@ pcm.!default {
 }
 pcm.copied { type file slave.pcm "plughw:Loopback,0" file "$played" format raw }
 ALSA
-start_station zorvi_assembly_test
-playing() { grep -q RUNNING /proc/asound/Loopback/pcm0p/sub0/status; }
-check 'the station plays on the default device' wait_for playing
+start_on_card
 cat /proc/asound/Loopback/pcm0p/sub0/hw_params
-
-build_unit unit Zorvi_Control
-plug unit
-wait_for is_linked_to 'Zorvi_Control MIDI 1'
+connect_unit
 arecord -q -t raw -D plughw:Loopback,1 -f S16_LE -r 44100 -c 1 -B 2000000 "$recorded" &
 recorder=$!
 wait_for test -s "$recorded"
 
 # Slowly enough for each bell to be alone. Controller 2 is moved before fader 1 is done.
 type_serial SOUNDS
-speak unit
 pace=0.2
 say 0xB0 2 64
 pause 1

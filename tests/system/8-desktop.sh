@@ -8,9 +8,10 @@
 
 tar -C "$project/build/system/desktop${tree:+-${tree##*/}}" -c . | tar -x --keep-directory-symlink -C "${tree:-/}"
 rm -f "${tree:-}/etc/alsa/conf.d/99-pulse.conf" # of PulseAudio
-SYSTEMD_IGNORE_CHROOT=1 /lib/systemd/systemd-udevd --daemon
+export SYSTEMD_IGNORE_CHROOT=1
+/lib/systemd/systemd-udevd --daemon
 modprobe snd-aloop index=0 pcm_substreams=1
-SYSTEMD_IGNORE_CHROOT=1 udevadm trigger && udevadm settle
+udevadm trigger && udevadm settle
 # What WirePlumber needs of a session.
 export XDG_RUNTIME_DIR=/run/user/0 DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/0/bus
 mkdir -p "$XDG_RUNTIME_DIR" /run/systemd/{seats,sessions,users,machines} && chmod 700 "$XDG_RUNTIME_DIR"
@@ -106,7 +107,7 @@ start_timed
 check 'WirePlumber started again: a click is heard' is_heard 1 0
 check 'WirePlumber started again: the window closes, status 0' close_station
 
-rmmod snd-aloop
+echo snd_aloop.0 > /sys/bus/platform/drivers/snd_aloop/unbind &
 check 'PipeWire has its dummy output' wait_for has_sink auto_null
 start_timed
 check 'dummy output: a click is heard' is_heard 1 0

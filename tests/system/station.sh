@@ -75,6 +75,13 @@ start_station() {
     awk '/\.so/ { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
 }
 
+# start_on_card: with a loopback card as the default device.
+start_on_card() {
+    modprobe snd-aloop index=0 pcm_substreams=1
+    start_station zorvi_assembly_test
+    check 'the station plays' wait_for grep -q RUNNING /proc/asound/Loopback/pcm0p/sub0/status
+}
+
 stop_station() {
     [ -n "$station" ] || return 0
     kill "$station"
