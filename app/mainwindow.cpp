@@ -322,7 +322,7 @@ void MainWindow::slot_OutputLog()
     }
     const QString serial = form->serialNumber->text();
     logLines = testlog::lines(serial, QDateTime::currentDateTime(), coverage);
-    // First: the log in Logs/ can be written again, an outbox that misses one cannot be completed.
+    // The outbox first: its log is never overwritten.
     outbox.add(logLines, firstBandAt, tarvekStation == 1);
     testlog::write(testlog::path(QCoreApplication::applicationDirPath(), serial), logLines);
 }

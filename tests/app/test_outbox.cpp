@@ -127,6 +127,7 @@ private Q_SLOTS:
         QTest::qSleep(2);
         station::receive(window, passingMessages(5));
         coverBandOf(window, 0);
+        coverBandOf(window, 40);
         saveLog(window, "mistyped");
         saveLog(window, "corrected");
         saveLog(window, "a/b");

@@ -102,7 +102,7 @@ private Q_SLOTS:
                            .arg(heap)
                            .arg(heapKilobytes()));
         figures::print(QString("messages, %1 at once").arg(floodSize), units * floodSize, 0);
-        figures::print("complete runs, some controls skipped", units / unitsPerRun, 0);
+        figures::print("whole runs, some controls skipped", units / unitsPerRun, 0);
     }
 
     /// In a flood, with the notice open, the station ends at once and in order, and leaves nothing
