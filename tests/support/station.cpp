@@ -75,6 +75,12 @@ void station::setSerial(const MainWindow& window, const QString& serial)
     window.findChild<QLineEdit*>("serialNumber")->setText(serial);
 }
 
+void station::saveLog(const MainWindow& window, const QString& serial)
+{
+    setSerial(window, serial);
+    click(window, "log");
+}
+
 void station::click(const MainWindow& window, const QString& button)
 {
     QTest::mouseClick(window.findChild<QAbstractButton*>(button), Qt::LeftButton);
@@ -96,6 +102,16 @@ void station::compareLog(const QString& serial, const std::function<bool(int)>& 
     QCOMPARE(QString::fromLocal8Bit(date), written.toLocalTime().toString(Qt::TextDate));
     QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, covered));
     QVERIFY(QFile::remove(path));
+}
+
+bool station::mountDisk(const QString& folder, const QString& options)
+{
+    return QProcess::execute("mount", {"-t", "tmpfs", "-o", options, "none", folder}) == 0;
+}
+
+bool station::unmountDisk(const QString& folder)
+{
+    return QProcess::execute("umount", {"--lazy", folder}) == 0;
 }
 
 QByteArray station::contentOf(const QString& path)
