@@ -3,18 +3,10 @@
 
 #include "demo/logcheck.h"
 
+#include "demo/panelrun.h"
 #include "yield/logs/stationlog.h"
 
 #include <QStringList>
-
-namespace
-{
-bool isExpected(int componentNum, int band, const UnitFault& unit, bool isTarvekStation)
-{
-    return (componentNum != roster::channelButton || isTarvekStation) &&
-           !unitfault::leavesUncovered(unit, componentNum, band);
-}
-} // namespace
 
 QString logcheck::differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation)
 {
@@ -22,12 +14,13 @@ QString logcheck::differences(const QByteArray& log, const UnitFault& unit, bool
     const auto read = stationlog::read(log, reason);
     if (!read)
         return reason;
+    const testlog::Coverage expected = PanelRun().coverageOf(unit, isTarvekStation);
     QStringList found;
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
         QStringList bands;
         for (int band = 0; band < bandmarks::bandCount(c); ++band)
             if (read->marks[bandmarks::markIndex(c, band)] !=
-                isExpected(c, band, unit, isTarvekStation))
+                (expected.at(static_cast<std::size_t>(c)).at(band).covered != 0.0F))
                 bands << QString::number(band);
         if (!bands.isEmpty())
             found << QStringLiteral("component %1 differs in band %2")

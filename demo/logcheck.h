@@ -11,8 +11,7 @@
 /// Compares the station's log with the unit that was tested.
 namespace logcheck
 {
-/// Returns in words what in the log differs from a whole run of the unit, or why it is no log;
-/// empty if nothing does. Expected are all bands but those that the unit's fault leaves uncovered,
-/// those of the channel button unless a TARVEK station tests it, and those of the power button.
+/// Returns in words what in the log differs from a whole run of the unit at the station's panels,
+/// or why it is no log; empty if nothing does.
 QString differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation);
 } // namespace logcheck

@@ -92,6 +92,21 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
         window.handleIncomingMidiMessage(nullptr, message);
 }
 
+void station::workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
+                         const std::function<bool(int)>& isWorked)
+{
+    for (int c = 0; c <= 43; ++c) {
+        if (isWorked(c)) {
+            for (const auto& message : passingMessages(c))
+                unit.send(message);
+        } else if (c != 18 && c != 39) {
+            QTRY_COMPARE(watch.armed, c);
+            QCOMPARE(watch.problem(), QString());
+            click(window, "skipSensorButton");
+        }
+    }
+}
+
 void station::compareLog(const QString& serial, const std::function<bool(int)>& covered)
 {
     const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";

@@ -40,6 +40,10 @@ void saveLog(const MainWindow& window, const QString& serial);
 void click(const MainWindow& window, const QString& button);
 /// Plays a unit's messages to the window, on this thread.
 void receive(MainWindow& window, const QVector<MidiMessage>& messages);
+/// Takes the station through a run: works each control through the unit without a pause, or skips
+/// it. Component 18 is worked or left to the station.
+void workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
+                const std::function<bool(int)>& isWorked);
 /// Compares the log of a serial number with what is expected, the bands of which components are
 /// covered and a date of just now, and removes it.
 void compareLog(const QString& serial, const std::function<bool(int)>& covered);
