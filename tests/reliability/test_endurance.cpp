@@ -46,6 +46,7 @@ class TestEndurance : public QObject
     Q_OBJECT
 
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
+    int idlePorts = 0;
 
 private Q_SLOTS:
     void initTestCase()
@@ -64,6 +65,11 @@ private Q_SLOTS:
         const StateWatch watch(window);
         int heap = 0;
         QVector<int> before;
+        QVERIFY(unit.plug());
+        station::labelAfterPoll(window);
+        unit.unplug();
+        station::labelAfterPoll(window);
+        idlePorts = portTable().portCount();
         for (int i = 1; i <= units && !QTest::currentTestFailed(); ++i) {
             connectUnit(window, unit);
             sendFlood(unit); // the cable comes out within it,
@@ -72,15 +78,14 @@ private Q_SLOTS:
                 connectUnit(window, unit);
                 unit.unplug();
             }
-            QCOMPARE(station::labelAfterPoll(window), QString("Device: NOT CONNECTED"));
+            disconnectUnit(window, unit);
             connectUnit(window, unit);
             const station::ReceivedMessages received(window);
             sendFlood(unit);
             QTRY_COMPARE(received.messages.size(), floodSize);
             if (i % unitsPerRun == 0)
                 run(window, unit, watch, i);
-            unit.unplug();
-            QCOMPARE(station::labelAfterPoll(window), QString("Device: NOT CONNECTED"));
+            disconnectUnit(window, unit);
             if (i == figures::count(4, 250)) {
                 heap = heapKilobytes();
                 before = held();
@@ -129,13 +134,19 @@ private Q_SLOTS:
     }
 
 private:
-    static void connectUnit(MainWindow& window, SimulatedUnit& unit)
+    void connectUnit(MainWindow& window, SimulatedUnit& unit) const
     {
         QVERIFY(station::plug(unit));
-        const int ports = portTable().portCount();
         QCOMPARE(station::labelAfterPoll(window), QString("Device: CONNECTED"));
+        QCOMPARE(portTable().portCount(), idlePorts + 3); // the unit's two, and the input
         QVERIFY(station::receives(window, unit));
-        QVERIFY(portTable().portCount() <= ports + 1); // its input
+    }
+
+    void disconnectUnit(MainWindow& window, SimulatedUnit& unit) const
+    {
+        unit.unplug();
+        QCOMPARE(station::labelAfterPoll(window), QString("Device: NOT CONNECTED"));
+        QCOMPARE(portTable().portCount(), idlePorts);
     }
 
     /// A run in which every third control is skipped, another third with each unit.

@@ -48,7 +48,7 @@ private Q_SLOTS:
                                                      {"loud", "loud"},
                                                      {"--sound", "sound"}};
         if (!QFileInfo::exists("/dev/snd/seq"))
-            options.append({"", "/dev/snd/seq"});
+            options << std::pair("", "/dev/snd/seq");
         for (const auto& [arguments, error] : options) {
             Program unit(ZORVI_UNIT, arguments);
             QCOMPARE(unit.status(), 1);

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "demo/logcheck.h"
 #include "demo/panelrun.h"
 #include "simulator/unitplayer.h"
 #include "tests/support/expectedlog.h"
@@ -51,11 +50,11 @@ private Q_SLOTS:
                          expectedLog("1", "Sat Nov 21 07:00:00 2026", [&](int component, int band) {
                              return canBeCovered(name, faulty, component, band);
                          }));
-                QCOMPARE(logcheck::differences(log, unit, true), QString());
-                QCOMPARE(logcheck::differences(log, unit, false),
+                QCOMPARE(panels.differences(log, unit, true), QString());
+                QCOMPARE(panels.differences(log, unit, false),
                          QString("component 18 differs in band 0 1"));
                 log.replace(log.lastIndexOf("Range 7: 1"), 10, "Range 7: 0");
-                QVERIFY(logcheck::differences(log, unit, true).endsWith(" differs in band 7"));
+                QVERIFY(panels.differences(log, unit, true).endsWith(" differs in band 7"));
             }
     }
 
