@@ -113,7 +113,8 @@ private Q_SLOTS:
     void serials()
     {
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-15"));
-        const QStringList good{"", " 1 2 ", "%1%2%L3", "\u00e4\u20ac", QString(245, '7')};
+        const QStringList good{"",   " 1 2 ",    "%1%2%L3",        "\u00e4\u20ac",
+                               "..", "\r\n\t\a", QString(245, '7')};
         const QStringList bad{QString(246, '7'), "a/b", "/../../x", QString("a") + QChar::Null};
         for (const QString& serial : good + bad) {
             const QString path = testlog::path(folder->path(), serial);
