@@ -26,7 +26,7 @@ struct Options {
 
 void ignoreLibraryErrors(const char*, int, const char*, int, const char*, ...) {}
 
-void say(const QString& line)
+void print(const QString& line)
 {
     QTextStream(stdout) << line << Qt::endl;
 }
@@ -79,7 +79,7 @@ public:
 
     void start()
     {
-        say(QStringLiteral("Run %1 of %2 begins in %3 s.")
+        print(QStringLiteral("Run %1 of %2 begins in %3 s.")
                 .arg(run)
                 .arg(options.runs)
                 .arg(options.delayMs / 1000.0));
@@ -91,7 +91,7 @@ private:
     {
         if (next < order.size()) {
             const int componentNum = order[next++];
-            say(QStringLiteral("Component %1 (%2 of %3)")
+            print(QStringLiteral("Component %1 (%2 of %3)")
                     .arg(componentNum)
                     .arg(next)
                     .arg(order.size()));
