@@ -14,8 +14,29 @@
 
 #include <sys/time.h>
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker gives these names.
+/// Of each thread. The linker puts these functions in the place of the C library's.
+static thread_local int allocations = 0;
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size)
+{
+    ++allocations;
+    return __real_malloc(size);
+}
+void* __real_realloc(void* memory, std::size_t size);
+void* __wrap_realloc(void* memory, std::size_t size)
+{
+    ++allocations;
+    return __real_realloc(memory, size);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
 namespace
 {
+int allocationsInBlocks = 0;
+
 /// What the engine plays on the last channel, in whole blocks, after what was heard before.
 Samples play(AudioEngine& engine, std::size_t samples, int blockSize = 512, int channels = 2,
              Samples heard = {})
@@ -24,7 +45,9 @@ Samples play(AudioEngine& engine, std::size_t samples, int blockSize = 512, int 
     for (samples += heard.size(); heard.size() < samples;) {
         for (int channel = 0; channel < channels; ++channel) // must not be heard
             juce::FloatVectorOperations::fill(buffer.getWritePointer(channel), 0.7F, blockSize);
+        const int before = allocations;
         engine.getNextAudioBlock(juce::AudioSourceChannelInfo(buffer));
+        allocationsInBlocks += allocations - before;
         const float* last = buffer.getReadPointer(channels - 1);
         heard.insert(heard.end(), last, last + blockSize);
     }
@@ -99,6 +122,8 @@ private Q_SLOTS:
             QVERIFY2((distance(heard, expected) < inaudible) == allHeard, requests);
             QVERIFY2(peak(heard) > 50 * inaudible && peak(heard) < 1.0, requests);
         }
+        QVERIFY(allocations > 0); // those of the construction
+        QCOMPARE(allocationsInBlocks, 0);
     }
 
     /// Off silences at once and drops requests; on goes on where the bell stood.

@@ -5,8 +5,6 @@
 #include "tests/support/soundcard.h"
 #include "tests/support/station.h"
 
-#include <QSignalSpy>
-#include <QStandardPaths>
 #include <QtTest>
 
 #include <thread>
@@ -95,40 +93,6 @@ private Q_SLOTS:
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
         QVERIFY(hears("d"));
-    }
-
-    /// The run goes on without the sound server, which ends with this process if not before.
-    void serverGoesAway()
-    {
-        if (QStandardPaths::findExecutable("pulseaudio").isEmpty())
-            QSKIP("needs PulseAudio and ALSA's plugin for it");
-        cleanup();
-        const QString socket = card.home.filePath("native");
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(card.home.path()));
-        qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket));
-        card.define("type pulse");
-        QProcess server;
-        server.start("setpriv",
-                     {"--pdeathsig", "KILL", "pulseaudio", "-n", "--daemonize=no",
-                      "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm=yes", "-L",
-                      "module-pipe-sink format=float32le channels=2 file=" + card.pipePath, "-L",
-                      "module-native-protocol-unix socket=" + socket});
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(socket), 30000);
-        std::atomic<bool> isHeard{false};
-        std::thread listener([&] {
-            for (auto next = card.read(); !next.empty(); next = card.read())
-                isHeard = isHeard || peak({next.begin(), next.end()}) > 0.05;
-        });
-        init();
-        Q_EMIT window->signal_Ding();
-        const bool wasHeard = QTest::qWaitFor([&] { return isHeard.load(); }, 60000);
-        server.kill();
-        listener.join();
-        QVERIFY(wasHeard && server.waitForFinished());
-        const QSignalSpy armed(window.get(), &MainWindow::signal_QueueComponent);
-        for (int c = 0; c < 43; ++c)
-            station::receive(*window, passingMessages(c));
-        QCOMPARE(armed.last().at(0).toInt(), 43);
     }
 };
 

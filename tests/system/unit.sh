@@ -23,6 +23,14 @@ build_unit() {
 plug() { echo "dummy_udc.${2:-0}" > "$gadgets/$1/UDC"; }
 unplug() { echo '' > "$gadgets/$1/UDC"; }
 
+# connect_unit: a unit that the station finds, and whose messages say sends.
+connect_unit() {
+    build_unit unit Zorvi_Control
+    plug unit
+    check 'the unit is found' wait_for is_linked_to 'Zorvi_Control MIDI 1'
+    speak unit
+}
+
 take_units_apart() {
     local gadget
     for gadget in "$gadgets"/*; do
