@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/appearance.h"
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
@@ -35,7 +36,7 @@ int main(int argc, char* argv[])
 {
     fitCaptionsToLayout();
     QApplication application(argc, argv);
-    setCaptionFont();
+    setAppearance();
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())

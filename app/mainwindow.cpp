@@ -4,12 +4,10 @@
 #include "app/mainwindow.h"
 
 #include "app/runorder.h"
-#include "app/sequencerhold.h"
 #include "app/serialentry.h"
 #include "app/testlog.h"
-#include "app/unitinput.h"
+#include "app/unitidentity.h"
 #include "app/unitlink.h"
-#include "panels/makepanel.h"
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
@@ -36,11 +34,6 @@ constexpr int noticeDelayMs = 500;
 /// not be opened. One for the process, which has one window at a time.
 bool deviceConnected = false;
 
-bool isUnitPresent()
-{
-    return unitlink::identifierIn(juce::MidiInput::getAvailableDevices()).isNotEmpty();
-}
-
 /// JUCE 9 takes the lowest rate of the device, which may be 8 kHz. JUCE 7 and 8 by themselves take
 /// the lowest from 44.1 kHz on.
 const juce::AudioDeviceManager::AudioDeviceSetup* preferredSetup()
@@ -65,6 +58,7 @@ QThread* startedThread()
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
     , form(std::make_unique<Ui::MainWindow>())
+    , unitLink(std::make_unique<UnitLink>(deviceManager))
     , outbox(testlog::folder(QCoreApplication::applicationDirPath()))
 {
     tarvekStation =
@@ -152,22 +146,22 @@ void MainWindow::createProcessor()
 void MainWindow::createPanels()
 {
     for (std::size_t i = 0; i < faderPanels.size(); ++i)
-        faderPanels[i] = qobject_cast<Zorvi_0908_Fader*>(addPanel(roster::firstFader, i));
+        faderPanels[i] = addPanel<Zorvi_0908_Fader>(roster::firstFader + static_cast<int>(i));
     for (std::size_t i = 0; i < rotaryPanels.size(); ++i)
-        rotaryPanels[i] = qobject_cast<Zorvi_0908_Rotary*>(addPanel(roster::firstRotary, i));
+        rotaryPanels[i] = addPanel<Zorvi_0908_Rotary>(roster::firstRotary + static_cast<int>(i));
     for (std::size_t i = 0; i < buttonPanels.size(); ++i)
-        buttonPanels[i] = qobject_cast<Zorvi_0908_Button*>(addPanel(roster::firstButton, i));
+        buttonPanels[i] = addPanel<Zorvi_0908_Button>(roster::firstButton + static_cast<int>(i));
 }
 
-ComponentPanel* MainWindow::addPanel(int firstOfKind, std::size_t index)
+template <typename Panel>
+Panel* MainWindow::addPanel(int componentNum)
 {
-    const int componentNum = firstOfKind + static_cast<int>(index);
-    const bool testedElsewhere = componentNum == roster::channelButton && tarvekStation == 0;
-    ComponentPanel* panel = makePanel(componentNum, this).release();
-    const auto place = panelPlace(componentNum);
-    if (place)
-        panel->move(*place);
-    panel->setVisible(place && !testedElsewhere);
+    constexpr int tag = -1;
+    auto* panel = new Panel(this, tag, componentNum);
+    if (const auto position = panelPlace(componentNum))
+        panel->move(*position);
+    const bool isTestedElsewhere = componentNum == roster::channelButton && tarvekStation == 0;
+    panel->setVisible(componentNum != roster::powerButton && !isTestedElsewhere);
 
     connect(this, SIGNAL(signal_DistributeMIDI(MidiMessage)), panel,
             SLOT(slot_ReceiveMIDI(MidiMessage)));
@@ -183,36 +177,27 @@ ComponentPanel* MainWindow::addPanel(int firstOfKind, std::size_t index)
 
 void MainWindow::slot_PollDevices()
 {
-    unitlink::takeInAnnouncements();
-    const auto inputs = juce::MidiInput::getAvailableDevices();
-    followSequencer(deviceManager, !inputs.isEmpty());
-    const auto unit = unitlink::identifierIn(inputs);
-    if (unit.isNotEmpty() && !deviceConnected)
+    const auto units = unitLink->listUnits();
+    if (!units.isEmpty() && !deviceConnected)
         connectUnit();
-    else if (deviceConnected && !isUnitPresent())
+    else if (deviceConnected && unitLink->listUnits().isEmpty())
         disconnectUnit();
-    else if (unit.isNotEmpty() && midiInput != nullptr)
-        unitinput::keepSubscribed(*midiInput, unit); // it may have been gone since the last poll
+    else if (midiInput != nullptr && !unitLink->isSubscribedTo(units))
+        reopenUnitInput();
 }
 
 void MainWindow::connectUnit()
 {
     deviceConnected = true;
     form->deviceLabel->setText(tr("Device: CONNECTED"));
+    openUnitInput();
 
-    unitlink::keepInputThreadRunning();
-    // The ports are listed again: the unit may be gone by now.
-    const auto input = unitlink::identifierIn(juce::MidiInput::getAvailableDevices());
-    midiInput = unitinput::open(input, this).release();
-    if (midiInput != nullptr)
-        midiInput->start();
-
-    const auto output = unitlink::identifierIn(juce::MidiOutput::getAvailableDevices());
-    if (output.isNotEmpty()) {
+    const auto outputs = unitidentity::unitsIn(juce::MidiOutput::getAvailableDevices());
+    if (!outputs.isEmpty()) {
         // On purpose the output is closed at once and the request is not sent: the station only
         // listens.
-        juce::MidiOutput::openDevice(output);
-        unitlink::identityRequest();
+        juce::MidiOutput::openDevice(outputs[0]);
+        unitidentity::identityRequest();
     }
 }
 
@@ -221,6 +206,21 @@ void MainWindow::disconnectUnit()
     deviceConnected = false;
     form->deviceLabel->setText(tr("Device: NOT CONNECTED"));
     closeUnitInput();
+}
+
+void MainWindow::openUnitInput()
+{
+    midiInput = unitLink->openInput(this).release();
+    if (midiInput != nullptr)
+        midiInput->start();
+}
+
+void MainWindow::reopenUnitInput()
+{
+    closeUnitInput(); // first: JUCE 9 has one port for all inputs of a device
+    openUnitInput();
+    if (midiInput == nullptr)
+        disconnectUnit(); // the unit is gone again: the next poll that finds it connects
 }
 
 void MainWindow::closeUnitInput()
@@ -235,7 +235,7 @@ void MainWindow::closeUnitInput()
 void MainWindow::handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage& message)
 {
     if (message.isSysEx()) {
-        if (unitlink::isIdentityReply(message))
+        if (unitidentity::isIdentityReply(message))
             qDebug() << "sysex inquiry reply";
         return;
     }
@@ -327,7 +327,7 @@ void MainWindow::slot_OutputLog()
     }
     const QString serial = form->serialNumber->text();
     logLines = testlog::lines(serial, QDateTime::currentDateTime(), coverage);
-    // First: the log in Logs/ can be written again, an outbox that misses one cannot be completed.
+    // The outbox first: its log is never overwritten.
     outbox.add(logLines, firstBandAt, tarvekStation == 1);
     testlog::write(testlog::path(QCoreApplication::applicationDirPath(), serial), logLines);
 }

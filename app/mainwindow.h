@@ -21,6 +21,7 @@ class ComponentPanel;
 class QThread;
 class Quillon_Zorvi_0908_AssemblyTester_Parser;
 class Quillon_Zorvi_0908_AssemblyTester_Processor;
+class UnitLink;
 class Zorvi_0908_Button;
 class Zorvi_0908_Fader;
 class Zorvi_0908_Rotary;
@@ -71,8 +72,8 @@ public Q_SLOTS:
     void slot_Init();
     /// A panel's result; the run goes on if it is passed or skipped.
     void slot_ProcessComponentResult(int componentNum, int result);
-    /// Connects or disconnects when the unit's port has appeared or gone; hears a unit again that
-    /// was gone in between.
+    /// Connects or disconnects when the unit's port has appeared or gone. Opens the input again if
+    /// the unit was gone in between.
     void slot_PollDevices();
     /// "Save Log", and the end of a run: writes the log under the serial number in the field.
     void slot_OutputLog();
@@ -92,11 +93,14 @@ private:
     void createParser();
     void createProcessor();
     void createPanels();
-    /// Makes, places and connects the panel of a component: the first of its kind, and which.
-    ComponentPanel* addPanel(int firstOfKind, std::size_t index);
+    /// Makes, places and connects the panel of a component, 0 to 43, of the class of its kind.
+    template <typename Panel>
+    Panel* addPanel(int componentNum);
 
     void connectUnit();
     void disconnectUnit();
+    void openUnitInput();
+    void reopenUnitInput();
     void closeUnitInput();
     void finishRun();
     /// By component number.
@@ -119,5 +123,6 @@ private:
     int currentComponent = -1;
     int tarvekStation = -1;
     std::unique_ptr<Ui::MainWindow> form;
+    std::unique_ptr<UnitLink> unitLink;
     OutboxWriter outbox;
 };

@@ -18,6 +18,5 @@ struct RunStep {
 /// The step after a result of componentNum while currentComponent is armed. On purpose the run goes
 /// on from the armed component, whichever component the result is from: a late result of a
 /// component that is done does not take the run back. Only the last tested button and the last
-/// component lead to a fixed step. tarvekStation: the station has the marker and tests the channel
-/// button.
+/// component lead to a fixed step. tarvekStation: the station tests the channel button.
 RunStep stepAfterResult(int componentNum, int currentComponent, bool tarvekStation);

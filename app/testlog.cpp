@@ -33,8 +33,8 @@ void openToGroup(QFileDevice& file)
         file.setPermissions(file.permissions() | QFileDevice::ReadGroup | QFileDevice::WriteGroup);
 }
 
-/// Puts a new file in the old one's place, in one step. False if there is no way to do that here;
-/// true also if the disk is full: the old file stays then.
+/// Replaces a file in one step. Returns false if that is impossible here; true also if the disk is
+/// full: the old file stays then.
 bool replaceFile(const QString& path, const QByteArray& bytes)
 {
     const QFileInfo old(path);
@@ -70,7 +70,7 @@ QString block(int componentNum, const QVector<ComponentRange>& ranges)
                  QString::number(componentNum));
     if (componentNum == roster::powerButton)
         return text + QStringLiteral("\r\n NOT TESTED (Power Button)");
-    // Not by arg(): searching each line for place markers took most of the time before the disk.
+    // Not by arg(): searching each line for placeholders took most of the time before the disk.
     for (int i = 0; i < ranges.size(); ++i) {
         text += QStringLiteral("\r\nRange ");
         text += QString::number(i);
@@ -86,7 +86,7 @@ QStringList testlog::lines(const QString& serial, const QDateTime& when, const C
     QStringList lines;
     lines.reserve(2 + roster::componentCount);
     lines << QStringLiteral("Norvane Instruments");
-    // Both in one call, so that a serial with a place marker stays as typed.
+    // Both in one call, so that a serial with a placeholder stays as typed.
     lines << QStringLiteral("\r\n\r\nZORVI\t#%1\t%2").arg(serial, when.toString(Qt::TextDate));
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
         lines << block(c, coverage.at(static_cast<std::size_t>(c)));

@@ -41,6 +41,6 @@ bool writeInPlace(const QString& path, const QByteArray& bytes);
 /// whose target is missing, it is written in place.
 /// A log that the user may not write stays. Failure is silent: the station goes on with the next
 /// unit. No folder is created, and nothing is deleted: a kill within a write can leave a file of
-/// the log's name, a point and six letters, as a person's copy may be called.
+/// the log's name, a point and six letters, as a user's copy may be called.
 void write(const QString& path, const QStringList& lines);
 } // namespace testlog

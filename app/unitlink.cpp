@@ -3,82 +3,115 @@
 
 #include "app/unitlink.h"
 
-#include <algorithm>
-#include <array>
-#include <memory>
+#include "app/juceversions.h"
+#include "app/unitidentity.h"
 
-#if JUCE_LINUX && JUCE_MAJOR_VERSION >= 9
-#include <juce_events/native/juce_EventLoopInternal_linux.h>
-#endif
+#include <algorithm>
+#include <cerrno>
+
+#include <unistd.h>
 
 namespace
 {
-constexpr std::array<juce::uint8, 11> replyBody{
-    0x7E,             // universal non-real-time
-    0x00,             // device ID 0
-    0x06, 0x02,       // general information, identity reply
-    0x00, 0x7E, 0x55, // the maker's ID
-    0x23,             // device family, low byte
-    0x00, 0x00, 0x00, // the remaining bytes, all zero
-};
-
-#if JUCE_LINUX || JUCE_BSD
-class UnusedInputCallback final : public juce::MidiInputCallback
+/// JUCE's identifier of a port is the number of its client, a hyphen and its own number.
+snd_seq_addr_t addressOf(const juce::String& identifier)
 {
-    void handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage&) override {}
-};
-#endif
+    const auto client = identifier.upToFirstOccurrenceOf("-", false, false).getIntValue();
+    const auto port = identifier.fromFirstOccurrenceOf("-", false, false).getIntValue();
+    return {static_cast<unsigned char>(client), static_cast<unsigned char>(port)};
+}
+
+/// Whether a port belongs to this process; true as well on a kernel before 4.6, which does not
+/// tell.
+bool mayBeOurs(snd_seq_t* sequencer, const snd_seq_addr_t& port)
+{
+    constexpr int unknownProcess = -1;
+    snd_seq_client_info_t* client = nullptr;
+    snd_seq_client_info_alloca(&client);
+    if (snd_seq_get_any_client_info(sequencer, port.client, client) != 0 ||
+        snd_seq_client_info_get_type(client) != SND_SEQ_USER_CLIENT)
+        return false;
+    const int process = snd_seq_client_info_get_pid(client);
+    return process == getpid() || process == unknownProcess;
+}
+
+/// Whether other programs may connect to a port. They may not to an input that JUCE has opened to a
+/// device, but they may to the unused input.
+bool isOpenToOthers(snd_seq_t* sequencer, const snd_seq_addr_t& port)
+{
+    snd_seq_port_info_t* info = nullptr;
+    snd_seq_port_info_alloca(&info);
+    return snd_seq_get_any_port_info(sequencer, port.client, port.port, info) == 0 &&
+           (snd_seq_port_info_get_capability(info) & SND_SEQ_PORT_CAP_SUBS_WRITE) != 0;
+}
 } // namespace
 
-bool unitlink::isUnitName(const juce::String& name)
+UnitLink::UnitLink(juce::AudioDeviceManager& deviceManager)
+    : manager(deviceManager)
 {
-#if JUCE_LINUX
-    // The kernel adds a suffix to the product string of a USB unit (seen with 6.1 and 6.12).
-    if (name == "Zorvi_Control MIDI 1")
-        return true;
-#endif
-    return name == "Zorvi_Control";
 }
 
-juce::String unitlink::identifierIn(const juce::Array<juce::MidiDeviceInfo>& devices)
+juce::StringArray UnitLink::listUnits()
 {
-    for (const auto& device : devices)
-        if (isUnitName(device.name))
-            return device.identifier;
-    return {};
+    juceversions::processAnnouncements();
+    const auto ports = juce::MidiInput::getAvailableDevices();
+    reconnectSequencer(!ports.isEmpty());
+    return unitidentity::unitsIn(ports);
 }
 
-juce::MidiMessage unitlink::identityRequest()
+void UnitLink::reconnectSequencer(bool portsListed)
 {
-    // Universal non-real-time, all devices, general information, identity request.
-    constexpr std::array<juce::uint8, 4> body{0x7E, 0x7F, 0x06, 0x01};
-    return juce::MidiMessage::createSysExMessage(body.data(), static_cast<int>(body.size()));
+    // With a sequencer there are always ports: the system's own.
+    if (sequencerHeld && !portsListed)
+        juceversions::releaseSequencer(manager);
+    else if (!sequencerHeld && portsListed)
+        juceversions::holdSequencer(manager);
+    sequencerHeld = portsListed;
 }
 
-bool unitlink::isIdentityReply(const juce::MidiMessage& message)
+std::unique_ptr<juce::MidiInput> UnitLink::openInput(juce::MidiInputCallback* callback)
 {
-    return message.isSysEx() && message.getSysExDataSize() == static_cast<int>(replyBody.size()) &&
-           std::equal(replyBody.begin(), replyBody.end(), message.getSysExData());
+    keepInputThreadRunning();
+    return juce::MidiInput::openDevice(listUnits()[0], callback);
 }
 
-void unitlink::takeInAnnouncements()
+void UnitLink::keepInputThreadRunning()
 {
-#if JUCE_LINUX && JUCE_MAJOR_VERSION >= 9
-    using juce::LinuxEventLoopInternal;
-    for (const int descriptor : LinuxEventLoopInternal::getRegisteredFds())
-        LinuxEventLoopInternal::invokeEventLoopCallbackForFd(descriptor);
-#endif
-}
-
-void unitlink::keepInputThreadRunning()
-{
-#if JUCE_LINUX || JUCE_BSD
-    static UnusedInputCallback callback;
-    static std::unique_ptr<juce::MidiInput> input;
-    if (input != nullptr)
+    // JUCE 7 needs up to 100 ms to stop its input thread, and an input opened in that time receives
+    // nothing. Can go with Debian 12: the thread of JUCE 8 runs on.
+    if (unusedInput != nullptr)
         return;
-    input = juce::MidiInput::createNewDevice("Zorvi Assembly Test", &callback);
-    if (input != nullptr)
-        input->start();
-#endif
+    unusedInput = juce::MidiInput::createNewDevice("Zorvi Assembly Test", &unusedCallback);
+    if (unusedInput != nullptr)
+        unusedInput->start();
+}
+
+bool UnitLink::isSubscribedTo(const juce::StringArray& units)
+{
+    snd_seq_t* opened = nullptr;
+    if (sequencer == nullptr && snd_seq_open(&opened, "default", SND_SEQ_OPEN_DUPLEX, 0) == 0) {
+        snd_seq_set_client_name(opened, "Zorvi Assembly Test");
+        sequencer.reset(opened);
+    }
+    return sequencer == nullptr ||
+           std::any_of(units.begin(), units.end(),
+                       [this](const auto& unit) { return hasReaderHere(unit); });
+}
+
+bool UnitLink::hasReaderHere(const juce::String& unit) const
+{
+    const snd_seq_addr_t port = addressOf(unit);
+    snd_seq_query_subscribe_t* query = nullptr;
+    snd_seq_query_subscribe_alloca(&query);
+    snd_seq_query_subscribe_set_root(query, &port);
+    snd_seq_query_subscribe_set_type(query, SND_SEQ_QUERY_SUBS_READ);
+    for (int index = 0;; ++index) {
+        snd_seq_query_subscribe_set_index(query, index);
+        const int result = snd_seq_query_port_subscribers(sequencer.get(), query);
+        if (result != 0)
+            return result != -ENOENT; // no further reader, otherwise not known
+        const snd_seq_addr_t& reader = *snd_seq_query_subscribe_get_addr(query);
+        if (mayBeOurs(sequencer.get(), reader) && !isOpenToOthers(sequencer.get(), reader))
+            return true;
+    }
 }

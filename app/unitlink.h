@@ -5,30 +5,48 @@
 
 #include <juce_audio_devices/juce_audio_devices.h>
 
-/// The MIDI link to the unit: its port, its identity, and JUCE's thread that listens to it.
-namespace unitlink
-{
-/// Whether a MIDI port of this name is a unit's. Letter case counts.
-bool isUnitName(const juce::String& name);
+#include <alsa/asoundlib.h>
 
-/// The identifier of the first unit among the devices; empty if there is none.
-juce::String identifierIn(const juce::Array<juce::MidiDeviceInfo>& devices);
+#include <memory>
 
-/// The identity request of MIDI 1.0 to all devices (universal non-real-time): F0 7E 7F 06 01 F7.
-juce::MidiMessage identityRequest();
-
-/// Whether a message is the unit's identity reply: system exclusive, with exactly its 11 bytes
-/// between F0 and F7.
-bool isIdentityReply(const juce::MidiMessage& message);
-
-/// Lets JUCE 9 take in which ports came and went. It lists the ports as they were when it last
-/// handled the sequencer's announcements, and leaves that to its own message loop, which does not
-/// run here. JUCE 7 and 8 ask the sequencer at each listing: nothing is done there. On the GUI
+/// The station's side of the MIDI link: finds the units' ports, opens an input to one, and knows
+/// whether it is still subscribed. The window keeps the input and the state of the link. On the GUI
 /// thread.
-void takeInAnnouncements();
+class UnitLink
+{
+public:
+    /// The manager holds JUCE's client of the sequencer; it must outlive this object.
+    explicit UnitLink(juce::AudioDeviceManager& deviceManager);
 
-/// Keeps one unused MIDI input open until the process ends: JUCE 7 needs up to 100 ms to stop its
-/// input thread, and an input opened in that time receives nothing. JUCE 8 does not need it. Does
-/// nothing where the system has no MIDI yet. May be called again; on the GUI thread.
-void keepInputThreadRunning();
-} // namespace unitlink
+    /// The identifiers of the units' input ports, in JUCE's order.
+    juce::StringArray listUnits();
+
+    /// Opens an input to the first unit listed; null if there is none or it cannot be opened. The
+    /// callback must outlive the input.
+    std::unique_ptr<juce::MidiInput> openInput(juce::MidiInputCallback* callback);
+
+    /// Whether one of these ports sends to an input of this process; true as well if the sequencer
+    /// does not tell. The kernel drops the subscription of a unit that is unplugged, and the input
+    /// stays deaf when the unit is back.
+    bool isSubscribedTo(const juce::StringArray& units);
+
+private:
+    class UnusedCallback : public juce::MidiInputCallback
+    {
+        void handleIncomingMidiMessage(juce::MidiInput*, const juce::MidiMessage&) override {}
+    };
+    struct Closer {
+        void operator()(snd_seq_t* handle) const { snd_seq_close(handle); }
+    };
+
+    void reconnectSequencer(bool portsListed);
+    void keepInputThreadRunning();
+    bool hasReaderHere(const juce::String& unit) const;
+
+    juce::AudioDeviceManager& manager;
+    bool sequencerHeld = true;
+    UnusedCallback unusedCallback;
+    std::unique_ptr<juce::MidiInput> unusedInput;
+    /// For queries. Kept open: other programs are notified of each client that comes and goes.
+    std::unique_ptr<snd_seq_t, Closer> sequencer;
+};

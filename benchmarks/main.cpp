@@ -12,7 +12,7 @@
 int main(int argc, char* argv[])
 {
     fitCaptionsToLayout();
-    // No sound device is looked for: what a machine's configuration of ALSA makes of that is not
+    // No sound device is opened here: what a machine's configuration of ALSA makes of that is not
     // the station's cost, and differs from machine to machine.
     qputenv("ALSA_CONFIG_PATH", "/dev/null");
     QApplication application(argc, argv);
@@ -25,12 +25,9 @@ int main(int argc, char* argv[])
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return EXIT_FAILURE;
     MainWindow station;
-    addMessageRows(station);
     addWindowRows(station);
-    addThreadRows();
-    addProcessRows();
-    addGrowthRows(station);
-    addYieldRows();
+    addLogRows(station);
+    addAudioRow();
     benchmark::RunSpecifiedBenchmarks();
     return EXIT_SUCCESS;
 }

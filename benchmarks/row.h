@@ -5,58 +5,25 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QByteArray>
-
 #include <functional>
 #include <string>
 
-/// What one row of the table is made of.
-struct Row {
-    std::string name;
-    double goal;      ///< Largest ratio of station to floor; 0 for none.
-    double limit = 0; ///< What the station's figure must stay under, in seconds; 0 for none.
-};
-
 using Measurement = std::function<void(benchmark::State&)>;
 
-/// Registers a side of a row, "station" or "floor". The counters tell the table of the row.
-inline benchmark::internal::Benchmark* addSide(const Row& row, const char* side,
-                                               const Measurement& measure)
+/// Registers the two sides of a row of the table; the name of each is "row/side/goal". The goal is
+/// the maximum ratio of station to baseline. A measurement sets the counter "per_iteration" where
+/// one iteration does the row's job more than once.
+inline void addRow(const std::string& row, const char* goal, const Measurement& station,
+                   const Measurement& baseline)
 {
-    const std::string name = row.name + '/' + side;
-    const auto measured = [row, measure](benchmark::State& state) {
-        measure(state);
-        state.counters["goal"] = row.goal;
-        state.counters["limit"] = row.limit;
-    };
-    const char* const text = name.data(); // older versions of the library take no std::string
-    return benchmark::RegisterBenchmark(text, measured);
+    // Older versions of the library take no std::string.
+    benchmark::RegisterBenchmark((row + "/station/" + goal).c_str(), station)->UseRealTime();
+    benchmark::RegisterBenchmark((row + "/baseline/" + goal).c_str(), baseline)->UseRealTime();
 }
-
-/// The usual row: wall-clock time. One without a floor has a limit instead.
-inline void addRow(const Row& row, const Measurement& station, const Measurement& floor = {})
-{
-    addSide(row, "station", station)->UseRealTime();
-    if (floor)
-        addSide(row, "floor", floor)->UseRealTime();
-}
-
-/// Says how many of the things that the row is about one iteration did.
-inline void setPerIteration(benchmark::State& state, double things)
-{
-    state.counters["things"] = things;
-}
-
-/// Resident memory of a process ("self" or its number) in bytes; 0 if there is none such.
-double residentBytesOf(const QByteArray& process);
 
 class MainWindow;
 
 // The station is hidden and armed on its first component, and is left so.
-void addMessageRows(MainWindow& station);
 void addWindowRows(MainWindow& station);
-void addThreadRows();
-void addProcessRows();
-void addGrowthRows(MainWindow& station);
-// Rows of zorvi_yield; they need no station.
-void addYieldRows();
+void addLogRows(MainWindow& station);
+void addAudioRow();

@@ -2,60 +2,97 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "app/mainwindow.h"
-#include "app/testlog.h"
-#include "benchmarks/bare.h"
+#include "benchmarks/baseline.h"
 #include "benchmarks/row.h"
-#include "benchmarks/shown.h"
-#include "simulator/unitfault.h"
+#include "simulator/unitscript.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QSaveFile>
+#include <QThreadPool>
+#include <QWindow>
 
 namespace
 {
-/// Of a unit whose last control was left one band short: with that the run would be over and the
-/// log be written.
-void reset(benchmark::State& state, MainWindow& station)
+using Send = std::function<void(const MidiMessage&)>;
+
+/// All positions of the first fader, one after the other from 0.
+const UnitScript sweep = unitscript::good(roster::firstFader);
+
+/// Handles pending events and paints what they changed, which processEvents leaves to its next
+/// call.
+void paintChanges(QWidget& window)
 {
-    const UnitFault fault{Fault::NoHighEnd, roster::lastComponent};
-    showPainted(station);
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(&window, QEvent::UpdateRequest);
+}
+
+/// Shows a window and returns once its first frame was painted.
+void showPainted(QWidget& window)
+{
+    window.show();
+    while (!window.windowHandle()->isExposed())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    paintChanges(window);
+}
+
+/// Does a job to its end on another thread than the GUI's, as JUCE's MIDI thread does.
+void runOnOtherThread(const std::function<void()>& job)
+{
+    QThreadPool::globalInstance()->start(job);
+    QThreadPool::globalInstance()->waitForDone();
+}
+
+/// A burst, then all that the GUI thread has to do about it. A burst, so that waking a thread does
+/// not hide what a message costs. Nothing is shown and nothing moves.
+void measureBursts(benchmark::State& state, const Send& send)
+{
+    constexpr int burst = 64;
+    while (state.KeepRunning()) {
+        runOnOtherThread([&] {
+            for (int i = 0; i < burst; ++i)
+                send(sweep.front().message);
+        });
+        QCoreApplication::processEvents();
+    }
+    state.counters["per_iteration"] = burst;
+}
+
+/// The armed fader goes up to its last band, each message painted before the next is sent.
+void measureSweeps(benchmark::State& state, QWidget& window, const std::function<void()>& rearm,
+                   const Send& send)
+{
+    constexpr int messages = 120;
+    showPainted(window);
     while (state.KeepRunning()) {
         state.PauseTiming();
-        for (const int componentNum : unitscript::runOrder(false))
-            for (const UnitStep& step : unitfault::scriptFor(componentNum, fault))
-                station.handleIncomingMidiMessage(nullptr, step.message);
-        paintChanges(station);
+        rearm();
+        paintChanges(window);
         state.ResumeTiming();
-        station.slot_Init();
-        paintChanges(station);
+        for (std::size_t i = 0; i < messages; ++i) {
+            runOnOtherThread([&] { send(sweep.at(i).message); });
+            paintChanges(window);
+        }
     }
-    station.hide();
+    window.hide();
+    state.counters["per_iteration"] = messages;
 }
 
-/// A log over the one before it, as when a unit is tested again.
-void writeLog(benchmark::State& state, MainWindow& station)
+void callEmptySlots(benchmark::State& state)
 {
-    while (state.KeepRunning())
-        station.slot_OutputLog();
+    BaselineBroadcast sender;
+    measureBursts(state, [&](const auto& m) { Q_EMIT sender.signal_DistributeMIDI(m); });
 }
 
-/// The same bytes, ready made, to the same place through a bare QSaveFile.
-void saveBytes(benchmark::State& state, MainWindow& station)
+void sweepBaseline(benchmark::State& state)
 {
-    station.slot_OutputLog();
-    const QString path = testlog::path(QCoreApplication::applicationDirPath(), {});
-    QFile log(path);
-    if (!log.open(QIODevice::ReadOnly))
-        return state.SkipWithError("no log was written");
-    const QByteArray bytes = log.readAll();
-    while (state.KeepRunning()) {
-        QSaveFile file(path);
-        file.open(QIODevice::WriteOnly);
-        file.write(bytes);
-        file.commit();
-    }
+    BaselineStation window;
+    BaselineBroadcast sender;
+    QObject::connect(&sender, SIGNAL(signal_DistributeMIDI(MidiMessage)), &window,
+                     SLOT(slot_ReceiveMIDI(MidiMessage)));
+    measureSweeps(
+        state, window, [&] { window.armFirstFader(); },
+        [&](const auto& m) { Q_EMIT sender.signal_DistributeMIDI(m); });
 }
+
 /// Construction and the first frame; what comes after is not measured.
 template <typename Window>
 void construct(benchmark::State& state)
@@ -72,12 +109,15 @@ void construct(benchmark::State& state)
 
 void addWindowRows(MainWindow& station)
 {
-    using std::placeholders::_1;
-    constexpr double frameSeconds = 1 / 60.0;
-    addRow({"44 panels reset and painted", 0, frameSeconds},
-           std::bind(reset, _1, std::ref(station)));
-    // The floor: the same widget tree and style texts, as uic makes them.
-    addRow({"window constructed and painted", 1.3}, construct<MainWindow>, construct<BareStation>);
-    addRow({"log built and written", 1.5}, std::bind(writeLog, _1, std::ref(station)),
-           std::bind(saveBytes, _1, std::ref(station)));
+    const Send send = [&](const auto& m) { station.handleIncomingMidiMessage(nullptr, m); };
+    const auto rearm = [&] { station.slot_Init(); };
+    // The first fader is armed, so its panel judges in full.
+    addRow(
+        "message judged by 44 panels", "1.15", [=](auto& s) { measureBursts(s, send); },
+        callEmptySlots);
+    addRow(
+        "message of a fader sweep, painted", "1.2",
+        [=, &station](auto& s) { measureSweeps(s, station, rearm, send); }, sweepBaseline);
+    addRow("window constructed and painted", "1.3", construct<MainWindow>,
+           construct<BaselineStation>);
 }

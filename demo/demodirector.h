@@ -35,6 +35,9 @@ public:
 
     void start();
 
+    /// Whether the log of a run was checked, or an error ended the demo.
+    bool isOver() const { return stage == Stage::Over; }
+
 Q_SIGNALS:
     /// The run is over: 0, or 1 after an error, which was printed on stderr.
     void signal_Finished(int exitStatus);

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "app/appearance.h"
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
@@ -79,7 +80,7 @@ int main(int argc, char* argv[])
 
     fitCaptionsToLayout();
     const QApplication application(argc, argv);
-    setCaptionFont();
+    setAppearance();
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
         return fail(problem);
@@ -91,13 +92,12 @@ int main(int argc, char* argv[])
     station.show();
     DemoDirector director(station, *options);
 
-    int status = options->once ? 1 : 0; // a window closed early is no whole run
-    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [&](int result) {
-        status = result;
-        if (options->once || result != 0)
+    const bool once = options->once;
+    QObject::connect(&director, &DemoDirector::signal_Finished, &director, [once](int result) {
+        if (once || result != 0)
             QCoreApplication::exit(result);
     });
     QTimer::singleShot(0, &director, [&director] { director.start(); });
-    QApplication::exec();
-    return status;
+    const int status = QApplication::exec();
+    return once && !director.isOver() ? 1 : status; // a window closed early is no whole run
 }

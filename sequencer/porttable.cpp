@@ -28,7 +28,7 @@ int lowestFree(const Map& map, int first)
 
 namespace memorysequencer
 {
-Client* PortTable::openClient()
+Client* PortTable::openClient(int pid)
 {
     if (absent)
         return nullptr;
@@ -37,6 +37,7 @@ Client* PortTable::openClient()
     if (client->queue.descriptor() < 0)
         return nullptr;
     client->id = lowestFree(clients, firstUserClient);
+    client->pid = pid;
     return (clients[client->id] = std::move(client)).get();
 }
 
@@ -61,6 +62,15 @@ std::optional<std::pair<int, int>> PortTable::clientAfter(int client)
     if (next == clients.end())
         return std::nullopt;
     return std::pair(next->first, static_cast<int>(next->second->ports.size()));
+}
+
+std::optional<int> PortTable::processOf(int client)
+{
+    const std::lock_guard lock(mutex);
+    const Client* found = find(client);
+    if (found == nullptr)
+        return std::nullopt;
+    return processesHidden ? -1 : found->pid;
 }
 
 int PortTable::createPort(Client& client, const char* name, unsigned int capability)
@@ -113,6 +123,15 @@ std::optional<std::pair<int, Port>> PortTable::portAfter(const Address& address)
     return *next;
 }
 
+std::optional<Port> PortTable::portAt(const Address& address)
+{
+    const std::lock_guard lock(mutex);
+    const Client* client = find(address.first);
+    if (client == nullptr || client->ports.count(address.second) == 0)
+        return std::nullopt;
+    return client->ports.at(address.second);
+}
+
 int PortTable::subscribe(const Client& client, const Address& source, const Address& destination)
 {
     if (failing)
@@ -134,14 +153,16 @@ int PortTable::subscribe(const Client& client, const Address& source, const Addr
     return 0;
 }
 
-int PortTable::sourcesOf(const Address& destination)
+std::optional<std::vector<Address>> PortTable::readersOf(const Address& source)
 {
     const std::lock_guard lock(mutex);
-    if (!exists(destination))
-        return -ENOENT;
-    return static_cast<int>(
-        std::count_if(subscriptions.begin(), subscriptions.end(),
-                      [&](const auto& pair) { return pair.second == destination; }));
+    if (!exists(source))
+        return std::nullopt;
+    std::vector<Address> readers;
+    for (const auto& [from, to] : subscriptions)
+        if (from == source)
+            readers.push_back(to);
+    return readers;
 }
 
 int PortTable::send(const Client& sender, snd_seq_event_t event)

@@ -26,14 +26,15 @@ struct Port {
 
 struct Client {
     int id;
+    int pid; ///< Of the process that it belongs to.
     std::map<int, Port> ports;
     EventQueue queue;
 };
 
-/// A MIDI sequencer in memory: its clients, their ports and subscriptions. A program that links the
-/// object library zorvi_sequencer gets the functions of <alsa/seq.h> that JUCE calls from there, in
-/// place of the system library's, so that JUCE's MIDI code runs unchanged where the kernel has no
-/// sequencer. Ports exist within the process only.
+/// An in-memory MIDI sequencer: its clients, their ports and subscriptions. A program that links
+/// the object library zorvi_sequencer gets the functions of <alsa/seq.h> that JUCE and the station
+/// call from there, in place of the system library's, so that both run unchanged where the kernel
+/// has no sequencer. Ports exist within the process only.
 ///
 /// Thread-safe. Functions that can fail return a negative errno value, as the system library's do.
 class PortTable
@@ -47,12 +48,19 @@ public:
     /// is asked for meanwhile keeps JUCE from ever opening it again.
     void setAbsent(bool isAbsent) { absent = isAbsent; }
 
-    /// Null while the sequencer is absent, or if no file descriptor is left.
-    Client* openClient();
+    /// While on, it does not tell which process a client belongs to, as kernels before 4.6 do not.
+    void hideProcesses(bool hide) { processesHidden = hide; }
+
+    /// A client of this process, or of another one as far as the functions tell. Null while the
+    /// sequencer is absent, or if no file descriptor is left.
+    Client* openClient(int pid);
     void closeClient(Client& client);
     int clientCount();
     /// The next client after the given number, and how many ports it has.
     std::optional<std::pair<int, int>> clientAfter(int client);
+    /// The process that a client belongs to, -1 while processes are hidden; nothing if there is no
+    /// such client.
+    std::optional<int> processOf(int client);
 
     /// Returns the new port's number, the lowest free one.
     int createPort(Client& client, const char* name, unsigned int capability);
@@ -60,12 +68,14 @@ public:
     int portCount();
     /// The client's next port after the given number.
     std::optional<std::pair<int, Port>> portAfter(const Address& address);
+    /// Nothing if there is no such port.
+    std::optional<Port> portAt(const Address& address);
 
     /// As the kernel does, for a client that may also connect others: a port that is not its own
     /// has to permit subscriptions. The source may be the system's port for announcements.
     int subscribe(const Client& client, const Address& source, const Address& destination);
-    /// How many ports send to this one; negative if it does not exist.
-    int sourcesOf(const Address& destination);
+    /// The ports that read from this one, in order of subscription; nothing if it does not exist.
+    std::optional<std::vector<Address>> readersOf(const Address& source);
 
     /// Queues a copy for every subscriber of the event's source port, in order of subscription.
     int send(const Client& sender, snd_seq_event_t event);
@@ -85,6 +95,7 @@ private:
 
     std::atomic<bool> failing{false};
     std::atomic<bool> absent{false};
+    std::atomic<bool> processesHidden{false};
     std::mutex mutex;
     std::map<int, std::unique_ptr<Client>> clients;
     std::vector<std::pair<Address, Address>> subscriptions;

@@ -4,6 +4,7 @@
 #include "sequencer/porttable.h"
 
 #include <poll.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -22,19 +23,32 @@ struct SystemInfo {
 struct ClientInfo {
     int client;
     int ports;
+    int pid;
 };
 
 struct PortInfo {
     int client;
     int port;
     unsigned int capability;
-    int sources;
     char name[64];
+
+    void set(const memorysequencer::Port& from)
+    {
+        capability = from.capability;
+        std::strncpy(name, from.name.c_str(), sizeof(name) - 1);
+        name[sizeof(name) - 1] = '\0';
+    }
 };
 
 struct Subscription {
     snd_seq_addr_t sender;
     snd_seq_addr_t dest;
+};
+
+struct SubscriberQuery {
+    snd_seq_addr_t port;
+    snd_seq_addr_t subscriber;
+    int index;
 };
 
 template <typename T>
@@ -54,7 +68,7 @@ const T& as(const void* opaque)
 
 int snd_seq_open(snd_seq_t** handle, const char*, int, int)
 {
-    Client* client = portTable().openClient();
+    Client* client = portTable().openClient(getpid());
     if (client == nullptr)
         return -ENOENT;
     *handle = reinterpret_cast<snd_seq_t*>(client);
@@ -108,8 +122,27 @@ int snd_seq_query_next_client(snd_seq_t*, snd_seq_client_info_t* info)
     const auto next = portTable().clientAfter(as<ClientInfo>(info).client);
     if (!next)
         return -ENOENT;
-    as<ClientInfo>(info) = {next->first, next->second};
+    as<ClientInfo>(info) = {next->first, next->second, 0};
     return 0;
+}
+
+int snd_seq_get_any_client_info(snd_seq_t*, int client, snd_seq_client_info_t* info)
+{
+    const auto pid = portTable().processOf(client);
+    if (!pid)
+        return -ENOENT;
+    as<ClientInfo>(info) = {client, 0, *pid};
+    return 0;
+}
+
+snd_seq_client_type_t snd_seq_client_info_get_type(const snd_seq_client_info_t*)
+{
+    return SND_SEQ_USER_CLIENT; // the kernel's are not in the table
+}
+
+int snd_seq_client_info_get_pid(const snd_seq_client_info_t* info)
+{
+    return as<ClientInfo>(info).pid;
 }
 
 int snd_seq_client_info_get_client(const snd_seq_client_info_t* info)
@@ -191,22 +224,18 @@ int snd_seq_query_next_port(snd_seq_t*, snd_seq_port_info_t* info)
     if (!next)
         return -ENOENT;
     answer.port = next->first;
-    answer.capability = next->second.capability;
-    std::strncpy(answer.name, next->second.name.c_str(), sizeof(answer.name) - 1);
-    answer.name[sizeof(answer.name) - 1] = '\0';
+    answer.set(next->second);
     return 0;
 }
 
 int snd_seq_get_any_port_info(snd_seq_t*, int client, int port, snd_seq_port_info_t* info)
 {
-    const int sources = portTable().sourcesOf({client, port});
-    as<PortInfo>(info).sources = sources;
-    return sources < 0 ? sources : 0;
-}
-
-int snd_seq_port_info_get_write_use(const snd_seq_port_info_t* info)
-{
-    return as<PortInfo>(info).sources;
+    const auto found = portTable().portAt({client, port});
+    if (!found)
+        return -ENOENT;
+    as<PortInfo>(info).port = port;
+    as<PortInfo>(info).set(*found);
+    return 0;
 }
 
 int snd_seq_port_info_get_port(const snd_seq_port_info_t* info)
@@ -222,6 +251,48 @@ const char* snd_seq_port_info_get_name(const snd_seq_port_info_t* info)
 unsigned int snd_seq_port_info_get_capability(const snd_seq_port_info_t* info)
 {
     return as<PortInfo>(info).capability;
+}
+
+// Who reads from a port.
+
+size_t snd_seq_query_subscribe_sizeof()
+{
+    return sizeof(SubscriberQuery);
+}
+
+void snd_seq_query_subscribe_set_root(snd_seq_query_subscribe_t* info,
+                                      const snd_seq_addr_t* address)
+{
+    as<SubscriberQuery>(info).port = *address;
+}
+
+void snd_seq_query_subscribe_set_type(snd_seq_query_subscribe_t*, snd_seq_query_subs_type_t)
+{
+    // Only SND_SEQ_QUERY_SUBS_READ is asked for.
+}
+
+void snd_seq_query_subscribe_set_index(snd_seq_query_subscribe_t* info, int index)
+{
+    as<SubscriberQuery>(info).index = index;
+}
+
+const snd_seq_addr_t* snd_seq_query_subscribe_get_addr(const snd_seq_query_subscribe_t* info)
+{
+    return &as<SubscriberQuery>(info).subscriber;
+}
+
+int snd_seq_query_port_subscribers(snd_seq_t*, snd_seq_query_subscribe_t* info)
+{
+    auto& query = as<SubscriberQuery>(info);
+    const auto readers = portTable().readersOf({query.port.client, query.port.port});
+    if (!readers)
+        return -ENXIO;
+    const auto index = static_cast<std::size_t>(query.index);
+    if (index >= readers->size())
+        return -ENOENT;
+    const auto [client, port] = readers->at(index);
+    query.subscriber = {static_cast<unsigned char>(client), static_cast<unsigned char>(port)};
+    return 0;
 }
 
 // Events.
@@ -258,4 +329,36 @@ int snd_seq_event_input_pending(snd_seq_t* handle, int)
 int snd_seq_free_event(snd_seq_event_t*)
 {
     return 0; // the queue owns it
+}
+
+// What only JUCE 9 calls, in a program in which cmake/midi2absent.cpp hides the functions for
+// MIDI 2.0.
+
+int snd_seq_get_client_info(snd_seq_t*, snd_seq_client_info_t*)
+{
+    return 0; // of the answer only the name is read
+}
+
+const char* snd_seq_client_info_get_name(snd_seq_client_info_t*)
+{
+    return "Zorvi";
+}
+
+int snd_seq_alloc_queue(snd_seq_t*)
+{
+    return -ENOMEM; // without a queue JUCE takes the time itself
+}
+
+void snd_seq_port_subscribe_set_queue(snd_seq_port_subscribe_t*, int) {}
+void snd_seq_port_subscribe_set_time_real(snd_seq_port_subscribe_t*, int) {}
+void snd_seq_port_subscribe_set_time_update(snd_seq_port_subscribe_t*, int) {}
+
+int snd_seq_disconnect_from(snd_seq_t*, int, int, int)
+{
+    return 0; // the port is deleted next, and its subscriptions with it
+}
+
+int snd_seq_disconnect_to(snd_seq_t*, int, int, int)
+{
+    return 0; // as above
 }

@@ -20,7 +20,7 @@ inline constexpr int buttonCount = 31;
 inline constexpr int firstRotary = 40;
 inline constexpr int rotaryCount = 4;
 
-/// Recognised by its MIDI channel, not by a note; tested only at a station with the marker.
+/// Recognised by its MIDI channel, not by a note; tested only at a TARVEK station.
 inline constexpr int channelButton = 18;
 /// The last button that a run tests.
 inline constexpr int lastTestedButton = 38;

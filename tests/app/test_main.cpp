@@ -59,6 +59,24 @@ void describe(QTextStream& out, const QWidget& widget, const QString& indent)
         if (child->isWidgetType() && !child->objectName().startsWith("qt_"))
             describe(out, *static_cast<const QWidget*>(child), indent + "  ");
 }
+/// The relative luminance of a colour, 0 to 1, as the Web Content Accessibility Guidelines define.
+double luminance(const QColor& colour)
+{
+    const auto linear = [](double c) {
+        return c <= 0.04045 ? c / 12.92 : pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+/// The contrast of an opaque text to its background, from 1 to 21.
+double contrast(const QColor& text, const QColor& background)
+{
+    if (text.alpha() != 255)
+        return 0;
+    const auto [darker, lighter] = std::minmax({luminance(text), luminance(background)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
 } // namespace
 
 class TestMain : public QObject
@@ -87,6 +105,42 @@ private Q_SLOTS:
         describe(out, *window, {});
         out.flush();
         QCOMPARE(QProcess::execute("diff", {"-u", WINDOW_AS_BUILT, file.fileName()}), 0);
+    }
+
+    /// The desktop's theme is dark, or becomes so: the window stays as it is, every text readable.
+    void darkDesktop()
+    {
+        QApplication::setCursorFlashTime(0);
+        const QImage light = window->grab().toImage();
+        const auto setPalette = [] {
+            QApplication::setPalette(QPalette(Qt::darkGray, Qt::black));
+            QApplication::setPalette(QPalette(Qt::darkGray, Qt::black), "QLabel");
+        };
+        const auto setFont = [] { QApplication::setFont(QFont("Serif", 14)); };
+        const auto setStyle = [] { QApplication::setStyle("Windows"); };
+        using Changes = QVector<std::function<void()>>;
+        for (const Changes& changes :
+             {Changes{setFont}, Changes{setPalette}, Changes{setStyle},
+              Changes{setStyle, setPalette, setFont}, Changes{setFont, setPalette, setStyle}}) {
+            for (const auto& change : changes)
+                change();
+            QTRY_COMPARE(window->grab().toImage(), light);
+        }
+        QCOMPARE(light.pixelColor(window->rect().bottomLeft()), QColor(0xef, 0xef, 0xef));
+
+        const QPalette palette = QApplication::palette();
+        for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+            for (const auto& [text, background] :
+                 {std::pair(QPalette::WindowText, QPalette::Window),
+                  std::pair(QPalette::WindowText, QPalette::Base), // the labels' boxes are white
+                  std::pair(QPalette::ButtonText, QPalette::Button),
+                  std::pair(QPalette::Text, QPalette::Base),
+                  std::pair(QPalette::PlaceholderText, QPalette::Base),
+                  std::pair(QPalette::HighlightedText, QPalette::Highlight),
+                  std::pair(QPalette::ToolTipText, QPalette::ToolTipBase)})
+                QVERIFY2(contrast(palette.color(group, text), palette.color(group, background)) >
+                             4.5,
+                         qPrintable(QString("role %1 in group %2").arg(text).arg(group)));
     }
 
     /// The operator types or scans without a click: at the start, and after "Start Test".

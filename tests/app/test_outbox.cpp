@@ -13,12 +13,6 @@ namespace
 {
 constexpr auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
-
 /// What the process writes to stderr while it lives.
 class StderrCapture
 {
@@ -29,7 +23,7 @@ public:
         dup2(file.handle(), STDERR_FILENO);
     }
     ~StderrCapture() { dup2(oldFd, STDERR_FILENO); }
-    QByteArray lines() const { return contentOf(file.fileName()); }
+    QByteArray lines() const { return station::contentOf(file.fileName()); }
 
 private:
     QTemporaryFile file;
@@ -65,7 +59,7 @@ class TestOutbox : public QObject
     }
     QByteArray logOf(const QString& serial) const
     {
-        return contentOf(logs.filePath("ZORVI_" + serial + ".txt"));
+        return station::contentOf(logs.filePath("ZORVI_" + serial + ".txt"));
     }
 
 private Q_SLOTS:
@@ -133,6 +127,7 @@ private Q_SLOTS:
         QTest::qSleep(2);
         station::receive(window, passingMessages(5));
         coverBandOf(window, 0);
+        coverBandOf(window, 40);
         saveLog(window, "mistyped");
         saveLog(window, "corrected");
         saveLog(window, "a/b");
@@ -144,9 +139,9 @@ private Q_SLOTS:
         for (const char* save : {"-1", "-2", "-3"})
             expected << last.run + save + ending + ".txt";
         QCOMPARE(names(), expected);
-        QCOMPARE(contentOf(outbox.filePath(names().at(0))), logOf("mistyped"));
-        QCOMPARE(contentOf(outbox.filePath(names().at(1))), logOf("corrected"));
-        QVERIFY(contentOf(outbox.filePath(names().at(2))).contains("#a/b\t"));
+        QCOMPARE(station::contentOf(outbox.filePath(names().at(0))), logOf("mistyped"));
+        QCOMPARE(station::contentOf(outbox.filePath(names().at(1))), logOf("corrected"));
+        QVERIFY(station::contentOf(outbox.filePath(names().at(2))).contains("#a/b\t"));
         QVERIFY(logOf("corrected") != logOf("empty"));
     }
 
@@ -258,7 +253,7 @@ private Q_SLOTS:
         station::receive(window, passingMessages(0));
         saveLog(window, "C");
         QCOMPARE(names().last(), run + "-3.txt");
-        QCOMPARE(contentOf(outbox.filePath(names().last())), logOf("C"));
+        QCOMPARE(station::contentOf(outbox.filePath(names().last())), logOf("C"));
     }
 };
 

@@ -91,16 +91,16 @@ private Q_SLOTS:
 
     void wholeRun_data()
     {
-        QTest::addColumn<bool>("marker");
+        QTest::addColumn<bool>("isTarvek");
         QTest::newRow("aTARVEKb") << true;
         QTest::newRow("zorvi_assembly_test_tarvek") << false;
     }
 
-    /// From the start of the station to the next unit. With the marker all controls are worked;
-    /// without it some of each kind are skipped, the last one among them.
+    /// From the start of the station to the next unit. At a TARVEK station all controls are worked;
+    /// at another one some of each kind are skipped, the last one among them.
     void wholeRun()
     {
-        QFETCH(bool, marker);
+        QFETCH(bool, isTarvek);
         QCoreApplication::setApplicationName(QTest::currentDataTag());
         const FiredTimers timers;
         QDir::setCurrent("/"); // logs are written beside the program all the same
@@ -109,7 +109,7 @@ private Q_SLOTS:
         const StateWatch watch(window);
         QCOMPARE(watch.problem(), QString());
         for (const auto* panel : watch.panels)
-            QCOMPARE(panel->isHidden(), !isTested(panel->getComponentNum(), marker));
+            QCOMPARE(panel->isHidden(), !isTested(panel->getComponentNum(), isTarvek));
         Journal journal(window);
         saveInMidRun(window, watch, journal);
         SimulatedUnit unit;
@@ -125,9 +125,9 @@ private Q_SLOTS:
                 timers.fired.contains("Quillon_Zorvi_0908_AssemblyTester_Parser"));
     }
 
-    /// The run moves on by one from the armed number, whichever panel the verdict comes from; what
+    /// The run moves on by one from the armed number, whichever panel the result comes from; what
     /// is special depends on the panel.
-    void verdictOfAnotherPanel()
+    void resultOfAnotherPanel()
     {
         QCoreApplication::setApplicationName("zorvi_assembly_test");
         MainWindow window;
@@ -150,14 +150,14 @@ private Q_SLOTS:
     }
 
 private:
-    static bool isTested(int c, bool marker) { return c != 39 && (c != 18 || marker); }
-    static bool isWorked(int c, bool marker)
+    static bool isTested(int c, bool isTarvek) { return c != 39 && (c != 18 || isTarvek); }
+    static bool isWorked(int c, bool isTarvek)
     {
-        return isTested(c, marker) && (c % 4 != 3 || marker);
+        return isTested(c, isTarvek) && (c % 4 != 3 || isTarvek);
     }
 
-    /// "Save Log" writes what there is, over what stood there; "Start Test" begins anew, and so
-    /// does the slot that nothing is connected to.
+    /// "Save Log" writes the log, over an older one; "Start Test" begins again, and so does the
+    /// slot without a connection.
     static void saveInMidRun(MainWindow& window, const StateWatch& watch, Journal& journal)
     {
         station::setSerial(window, "run "); // as it is typed
@@ -179,41 +179,42 @@ private:
     static void workOrSkipEveryControl(MainWindow& window, const StateWatch& watch,
                                        Journal& journal, SimulatedUnit& unit)
     {
-        QFETCH(bool, marker);
+        QFETCH(bool, isTarvek);
         QVERIFY(unit.plug());
         QTRY_COMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
         QStringList expected;
         QTest::ignoreMessage(QtDebugMsg, "TEST COMPLETE");
         for (int c = 0; c <= 43; c += c == 38 ? 2 : 1) {
             QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Component num %1").arg(c)));
-            if (isWorked(c, marker)) {
+            if (isWorked(c, isTarvek)) {
                 for (const MidiMessage& message : passingMessages(c))
                     unit.send(message);
                 expected << "bell";
-            } else if (isTested(c, marker)) {
+            } else if (isTested(c, isTarvek)) {
                 QVERIFY(QTest::qWaitFor([&] { return watch.armed == c; }));
                 QCOMPARE(watch.problem(), QString());
                 station::click(window, "skipSensorButton");
             }
             const int next = c == 38 ? 40 : qMin(c + 1, 43);
-            if (isTested(next, marker) && (c != 43 || !marker)) // a skipped 43 can still be worked
+            if (isTested(next, isTarvek) &&
+                (c != 43 || !isTarvek)) // a skipped 43 can still be worked
                 expected << QString("queue %1").arg(next);
-            if (!isWorked(c, marker))
+            if (!isWorked(c, isTarvek))
                 expected << QString("skip %1").arg(c);
         }
         QTRY_COMPARE(journal.entries.size(), expected.size());
         QCOMPARE(journal.take(), expected);
-        station::compareLog("run ", [=](int c) { return isWorked(c, marker); });
+        station::compareLog("run ", [=](int c) { return isWorked(c, isTarvek); });
     }
 
     /// A skip while the notice is pending: the log once more, and a second notice. Each notice
     /// restarts the run.
     static void closeTheNotices(MainWindow& window, const StateWatch& watch, Journal& journal)
     {
-        QFETCH(bool, marker);
+        QFETCH(bool, isTarvek);
         station::click(window, "skipSensorButton");
         QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
-        station::compareLog("run ", [=](int c) { return isWorked(c, marker); });
+        station::compareLog("run ", [=](int c) { return isWorked(c, isTarvek); });
         const station::NoticeCloser closer;
         QTRY_COMPARE(journal.entries, restart + restart);
         QCOMPARE(closer.texts, (QStringList{"Test Complete.", "Test Complete."}));

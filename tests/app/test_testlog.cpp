@@ -5,6 +5,7 @@
 #include "app/testlog.h"
 #include "tests/support/expectedlog.h"
 #include "tests/support/figures.h"
+#include "tests/support/station.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>
@@ -87,12 +88,6 @@ QByteArray expected(const QString& serial)
     return expectedLog(serial.toLocal8Bit(), "Mon Mar 9 07:05:04 2026", isCovered);
 }
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
-
 mode_t modeOf(const QString& path)
 {
     struct stat status = {};
@@ -141,7 +136,8 @@ private Q_SLOTS:
             const bool written = good.contains(serial);
             QCOMPARE(logs.entryList(all), written ? QStringList(file) : QStringList());
             QCOMPARE(QDir(folder->path()).entryList(all), QStringList("Logs"));
-            QVERIFY2(!written || contentOf(path) == expected(serial), contentOf(path));
+            QVERIFY2(!written || station::contentOf(path) == expected(serial),
+                     station::contentOf(path));
             logs.remove(file);
         }
     }
@@ -169,7 +165,7 @@ private Q_SLOTS:
             give(logs.path(), owner, folderMode);
             QVERIFY(isDone(inChild([this] { testlog::write(log, {"new"}); }, nobody)));
             const auto row = QString("folder %1, log %2").arg(folderMode, 0, 8).arg(logMode, 0, 8);
-            QVERIFY2(contentOf(log) == text + '\n', qPrintable(row));
+            QVERIFY2(station::contentOf(log) == text + '\n', qPrintable(row));
             QVERIFY2(modeOf(log) == logMode, qPrintable(row));
             QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
         }
@@ -185,7 +181,7 @@ private Q_SLOTS:
         for (const uid_t user : {nobody, otherUser, nobody}) {
             const auto text = QString::number(QRandomGenerator::global()->generate());
             QVERIFY(isDone(inChild([&] { testlog::write(log, {text}); }, user)));
-            QCOMPARE(contentOf(log), text.toLatin1() + '\n');
+            QCOMPARE(station::contentOf(log), text.toLatin1() + '\n');
             QCOMPARE(modeOf(log), 0660U);
         }
         QVERIFY(logs.mkdir("Outbox"));
@@ -205,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(QFile::link("target", between) && QFile::link("../between", log));
         for (const QString text : {"old", "new"}) {
             testlog::write(log, {text});
-            QCOMPARE(contentOf(target), text.toLatin1() + '\n');
+            QCOMPARE(station::contentOf(target), text.toLatin1() + '\n');
             QVERIFY(QFileInfo(log).isSymLink() && QFileInfo(between).isSymLink());
         }
     }
@@ -245,15 +241,16 @@ private Q_SLOTS:
             const auto stations = {inChild(writeForEver), inChild(writeForEver)};
             const QDeadlineTimer end(QRandomGenerator::global()->bounded(20));
             while (!end.hasExpired())
-                ++reads[contentOf(log)];
+                ++reads[station::contentOf(log)];
             for (const pid_t station : stations) {
                 kill(station, SIGKILL);
                 QVERIFY(!isDone(station));
             }
-            ++reads[contentOf(log)];
+            ++reads[station::contentOf(log)];
             for (const QFileInfo& file : outbox.entryInfoList(QDir::Files)) {
                 QVERIFY(OutboxName::read(file.fileName()));
-                QVERIFY2(whole.contains(contentOf(file.filePath())), qPrintable(file.fileName()));
+                QVERIFY2(whole.contains(station::contentOf(file.filePath())),
+                         qPrintable(file.fileName()));
                 QVERIFY(QFile::remove(file.filePath()));
                 ++collected;
             }
@@ -283,7 +280,7 @@ private Q_SLOTS:
                 writeLog(logs.filePath("new"), "the other");
             };
             QVERIFY(isDone(inChild(write)));
-            QCOMPARE(contentOf(log), expected("one"));
+            QCOMPARE(station::contentOf(log), expected("one"));
             QCOMPARE(logs.entryList(all), QStringList("ZORVI_1.txt"));
         }
     }

@@ -23,52 +23,60 @@ namespace
 {
 constexpr int patienceMs = 60000;
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
-
 /// A database that can be taken away and given back.
-struct TestDatabase {
-    virtual ~TestDatabase() = default;
-    virtual QString location() const = 0; ///< For --database.
-    virtual bool setAvailable(bool available) = 0;
-    virtual void configure(QSqlDatabase& connection) const = 0;
-};
-
-/// Its folder is renamed: a file alone would be created again.
-struct SqliteFile : TestDatabase {
-    SqliteFile() { QDir(folder.path()).mkdir("here"); }
-    QString location() const override { return folder.filePath("here/attempts.sqlite"); }
-    bool setAvailable(bool available) override
+class TestDatabase
+{
+public:
+    explicit TestDatabase(const QString& driverName)
+        : driver(driverName)
     {
-        return QDir(folder.path()).rename(available ? "away" : "here", available ? "here" : "away");
+        QDir(folder.path()).mkdir("here");
+        problem = isServer() ? server.create() : QString();
     }
-    void configure(QSqlDatabase& connection) const override
-    {
-        connection.setDatabaseName(location());
-    }
-    const QTemporaryDir folder;
-};
 
-struct PostgresDatabase : TestDatabase {
-    QString location() const override { return server.location(); }
-    bool setAvailable(bool available) override
+    /// For --database.
+    QString location() const
     {
-        if (available)
+        return isServer() ? server.location() : folder.filePath("here/attempts.sqlite");
+    }
+
+    /// SQLite's folder is renamed: a file alone would be created again.
+    bool setAvailable(bool isAvailable)
+    {
+        if (!isServer())
+            return QDir(folder.path())
+                .rename(isAvailable ? "away" : "here", isAvailable ? "here" : "away");
+        if (isAvailable)
             return server.start();
         server.stop();
         return true;
     }
-    void configure(QSqlDatabase& connection) const override
+
+    /// Each attempt's serial and last save, sorted.
+    QStringList runs() const
     {
+        auto connection = QSqlDatabase::addDatabase(driver, driver);
         const QUrl url(location());
         connection.setHostName(url.host());
         connection.setPort(url.port());
         connection.setUserName(url.userName());
-        connection.setDatabaseName(url.path().mid(1));
+        connection.setDatabaseName(isServer() ? url.path().mid(1) : location());
+        QStringList runs;
+        if (connection.open())
+            for (QSqlQuery query("SELECT serial, save_number FROM attempts", connection);
+                 query.next();)
+                runs << query.value(0).toString() + '/' + query.value(1).toString();
+        runs.sort();
+        return runs;
     }
+
+    QString problem; ///< Why there is no server; empty if there is.
+
+private:
+    bool isServer() const { return driver == "QPSQL"; }
+
+    const QString driver;
+    QTemporaryDir folder;
     PostgresServer server;
 };
 
@@ -131,8 +139,10 @@ private Q_SLOTS:
     void chain()
     {
         QFETCH(QString, driver);
-        createDatabase();
-        QVERIFY(!QTest::currentTestFailed());
+        database = std::make_unique<TestDatabase>(driver);
+        QVERIFY2(database->problem.isEmpty(), qPrintable(database->problem));
+        kills = outages = fullDisks = 0;
+        savesOf.clear();
         QDir(logs).removeRecursively();
         QVERIFY(outbox.mkpath("."));
         const SmallDisk disk(outbox.path(), figures::count(64, 400));
@@ -155,7 +165,7 @@ private Q_SLOTS:
         for (auto run = savesOf.begin(); run != savesOf.end(); ++run)
             expected << run.key() + '/' + QString::number(run.value());
         expected.sort();
-        QCOMPARE(storedRuns(driver), expected);
+        QCOMPARE(database->runs(), expected);
         QVERIFY(kills > 0 && outages > 0 && (fullDisks > 0 || !disk.isMounted));
         figures::print("units tested, each run once in " + driver, runs, 0,
                        QString("%1 collectors killed, database unavailable %2 times, outbox full "
@@ -166,21 +176,6 @@ private Q_SLOTS:
     }
 
 private:
-    void createDatabase()
-    {
-        QFETCH(QString, driver);
-        kills = outages = fullDisks = 0;
-        savesOf.clear();
-        if (driver == "QSQLITE") {
-            database = std::make_unique<SqliteFile>();
-            return;
-        }
-        auto postgres = std::make_unique<PostgresDatabase>();
-        const QString problem = postgres->server.create();
-        QVERIFY2(problem.isEmpty(), qPrintable(problem));
-        database = std::move(postgres);
-    }
-
     QStringList collectArguments() const
     {
         return {"collect", "--station", "line", "--database", database->location(), logs.path()};
@@ -214,7 +209,7 @@ private:
         for (;;) {
             station::click(window, "log");
             ++savesOf[serial];
-            if (isInOutbox(contentOf(logs.filePath("ZORVI_" + serial + ".txt"))))
+            if (isInOutbox(station::contentOf(logs.filePath("ZORVI_" + serial + ".txt"))))
                 return;
             ++fullDisks;
             setAvailable(true);
@@ -236,11 +231,11 @@ private:
     bool isInOutbox(const QByteArray& log) const
     {
         for (const QFileInfo& file : pending()) // before Stored, where one may be moved meanwhile
-            if (contentOf(file.filePath()) == log)
+            if (station::contentOf(file.filePath()) == log)
                 return true;
         QDirIterator stored(outbox.filePath("Stored"), QDir::Files, QDirIterator::Subdirectories);
         while (stored.hasNext())
-            if (contentOf(stored.next()) == log)
+            if (station::contentOf(stored.next()) == log)
                 return true;
         return false;
     }
@@ -278,20 +273,6 @@ private:
         once.start(ZORVI_YIELD, collectArguments() + QStringList("--once"));
         QVERIFY(once.waitForFinished(patienceMs));
         QVERIFY2(once.exitCode() == 0, once.readAllStandardError());
-    }
-
-    /// Each attempt's serial and last save.
-    QStringList storedRuns(const QString& driver) const
-    {
-        QStringList runs;
-        auto connection = QSqlDatabase::addDatabase(driver, driver);
-        database->configure(connection);
-        if (connection.open())
-            for (QSqlQuery query("SELECT serial, save_number FROM attempts", connection);
-                 query.next();)
-                runs << query.value(0).toString() + '/' + query.value(1).toString();
-        runs.sort();
-        return runs;
     }
 };
 

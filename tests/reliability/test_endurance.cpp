@@ -53,8 +53,6 @@ private Q_SLOTS:
     {
         station::quiet();
         QDir::setCurrent(QDir::rootPath()); // not where the logs go
-        unitlink::keepInputThreadRunning();
-        idlePorts = portTable().portCount();
     }
 
     void unitAfterUnit()
@@ -67,6 +65,11 @@ private Q_SLOTS:
         const StateWatch watch(window);
         int heap = 0;
         QVector<int> before;
+        QVERIFY(unit.plug());
+        station::labelAfterPoll(window);
+        unit.unplug();
+        station::labelAfterPoll(window);
+        idlePorts = portTable().portCount();
         for (int i = 1; i <= units; ++i) {
             connectUnit(window, unit);
             sendFlood(unit); // the cable comes out within it,
@@ -74,14 +77,14 @@ private Q_SLOTS:
             if (i % 2 == 0) { // and is back before the next poll: the label stays
                 QVERIFY(station::plug(unit));
                 poll(window, true);
-                QVERIFY(station::hears(window, unit));
+                QVERIFY(station::receives(window, unit));
                 unit.unplug();
             }
             poll(window, false);
             connectUnit(window, unit); // at once
-            const station::Hearing hearing(window);
+            const station::ReceivedMessages received(window);
             sendFlood(unit);
-            QTRY_COMPARE(hearing.messages.size(), floodSize);
+            QTRY_COMPARE(received.messages.size(), floodSize);
             if (i % unitsPerRun == 0)
                 run(window, unit, watch, i);
             unit.unplug();
@@ -99,7 +102,7 @@ private Q_SLOTS:
                            .arg(heap)
                            .arg(heapKilobytes()));
         figures::print(QString("messages, %1 at once").arg(floodSize), units * floodSize, 0);
-        figures::print("complete runs, some controls skipped", units / unitsPerRun, 0);
+        figures::print("whole runs, some controls skipped", units / unitsPerRun, 0);
     }
 
     /// In a flood, with the notice open, the station ends at once and in order, and leaves nothing
@@ -109,6 +112,7 @@ private Q_SLOTS:
         const int rounds = figures::count(3, 50);
         SimulatedUnit unit;
         QVERIFY(unit.plug());
+        const int ports = portTable().portCount();
         for (int i = 0; i < rounds; ++i) {
             auto window = std::make_unique<MainWindow>();
             window->show();
@@ -128,7 +132,7 @@ private Q_SLOTS:
             stop = true;
             flood.join();
             QCOMPARE(status, 0);
-            QCOMPARE(portTable().portCount(), idlePorts + 2);
+            QCOMPARE(portTable().portCount(), ports);
         }
         figures::print("exits in a flood, notice open", rounds, 0);
     }
@@ -148,7 +152,7 @@ private:
     {
         QVERIFY(station::plug(unit));
         poll(window, true);
-        QVERIFY(station::hears(window, unit));
+        QVERIFY(station::receives(window, unit));
     }
 
     /// A run in which every third control is skipped, another third with each unit. The cable comes

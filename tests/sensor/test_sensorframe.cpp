@@ -69,9 +69,9 @@ private Q_SLOTS:
         QVERIFY(parser.qt_metacast("AudioProcessorPlayer") != nullptr);
         QVERIFY(driver->qt_metacast("AudioProcessor") != nullptr);
 
-        QByteArrayList heard;
-        connect(&parser, &Parser::signal_DistributeMIDI, [&heard](const MidiMessage& message) {
-            heard << QByteArray(reinterpret_cast<const char*>(message.getRawData()),
+        QByteArrayList received;
+        connect(&parser, &Parser::signal_DistributeMIDI, [&received](const MidiMessage& message) {
+            received << QByteArray(reinterpret_cast<const char*>(message.getRawData()),
                                 message.getRawDataSize());
         });
         QByteArrayList sent;
@@ -85,7 +85,7 @@ private Q_SLOTS:
         audio.setSample(0, 0, 0.5F);
         audio.setSample(1, 63, 0.5F);
         driver->processBlock(audio, midi);
-        QCOMPARE(heard, sent);
+        QCOMPARE(received, sent);
         QVERIFY(midi.isEmpty() && audio.getMagnitude(0, 64) == 0.0F);
     }
 
@@ -115,8 +115,8 @@ private Q_SLOTS:
         monitor.setRawSensorValues(three);
         monitor.Monitor::setProcessedSensorValues(three);
         QVERIFY(monitor.calls.isEmpty()); // until the first tick
-        QTimerEvent foreign(-1);          // a tick as well
-        QCoreApplication::sendEvent(&processor, &foreign);
+        QTimerEvent other(-1);            // a tick as well
+        QCoreApplication::sendEvent(&processor, &other);
         QCOMPARE(monitor.calls, (QStringList{"take", "publish"}));
         QCOMPARE(monitor.getProcessedSensorValues(), zeros);
         QTRY_VERIFY(monitor.calls.size() >= 6);

@@ -84,7 +84,7 @@ private Q_SLOTS:
         QVERIFY(unit.plug());
         MainWindow window;
         station::labelAfterPoll(window);
-        const station::Hearing hearing(window);
+        const station::ReceivedMessages received(window);
         UnitPlayer player(unit);
         const QSignalSpy finished(&player, SIGNAL(signal_Finished()));
         player.setPace(1);
@@ -99,7 +99,7 @@ private Q_SLOTS:
         player.play(script);
         QTRY_VERIFY(!unit.isPlugged());
         QVERIFY2(time.elapsed() >= 450, "half a second of messages came too fast");
-        QTRY_COMPARE(hearing.messages, QVector<QByteArray>(500, "\xB0\x02\x02"));
+        QTRY_COMPARE(received.messages, QVector<QByteArray>(500, "\xB0\x02\x02"));
         QCOMPARE(finished.count(), 0);
         QTRY_COMPARE(finished.count(), 1);
         QVERIFY(unit.isPlugged() && !player.isPlaying());

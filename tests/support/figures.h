@@ -15,10 +15,10 @@ inline int count(int shortForm, int fullForm)
     return qEnvironmentVariableIntValue("ZORVI_SOAK") != 0 ? fullForm : shortForm;
 }
 
-/// One row of the table: what was tried, how often, how much of it was lost or wrong.
-inline void print(const QString& what, int tried, int lost, const QString& remark = {})
+/// One row of the table: what was tested, how often, how much of it was lost or wrong.
+inline void print(const QString& what, int tested, int lost, const QString& remark = {})
 {
-    QTextStream(stdout) << "figure | " << what << " | " << tried << " | " << lost << " | " << remark
+    QTextStream(stdout) << "figure | " << what << " | " << tested << " | " << lost << " | " << remark
                         << Qt::endl;
 }
 } // namespace figures

@@ -3,15 +3,14 @@
 
 #pragma once
 
-#include "app/unitlink.h"
+#include "app/juceversions.h"
 #include "sequencer/porttable.h"
 #include "tests/support/station.h"
 
 namespace station
 {
-/// Whether JUCE lists the ports that there are. JUCE 7 and 8 ask the sequencer at each listing,
-/// JUCE 9 takes in on its own thread which came and went, and has seen all that went when no event
-/// waits.
+/// Whether JUCE lists the ports that there are. JUCE 7 and 8 ask the sequencer at each listing.
+/// JUCE 9 processes announcements on its own thread, and has processed all when none is pending.
 inline bool everyPortIsListed()
 {
     if (JUCE_MAJOR_VERSION < 9)
@@ -25,7 +24,7 @@ inline bool everyPortIsListed()
                  (SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_SUBS_WRITE)) != 0)
                 there << QString("%1-%2").arg(client->first).arg(port->first);
     QSet<QString> listed;
-    unitlink::takeInAnnouncements();
+    juceversions::processAnnouncements();
     auto devices = juce::MidiInput::getAvailableDevices();
     devices.addArray(juce::MidiOutput::getAvailableDevices());
     for (const auto& device : devices)

@@ -88,15 +88,20 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
 
 void station::compareLog(const QString& serial, const std::function<bool(int)>& covered)
 {
-    QFile file(QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt");
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray log = file.readAll();
+    const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
+    const QByteArray log = contentOf(path);
     const QByteArray date = log.split('\n').value(3).split('\t').value(2);
     const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
     QVERIFY(qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
     QCOMPARE(QString::fromLocal8Bit(date), written.toLocalTime().toString(Qt::TextDate));
     QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, covered));
-    QVERIFY(file.remove());
+    QVERIFY(QFile::remove(path));
+}
+
+QByteArray station::contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
 QMessageBox* station::openNotice()
@@ -115,7 +120,7 @@ station::NoticeCloser::NoticeCloser()
     start(10);
 }
 
-station::Hearing::Hearing(const MainWindow& window)
+station::ReceivedMessages::ReceivedMessages(const MainWindow& window)
 {
     connect(&window, &MainWindow::signal_DistributeMIDI, this,
             [this](const MidiMessage& message) { messages << bytesOf(message); });
@@ -126,11 +131,11 @@ QByteArray station::bytesOf(const MidiMessage& message)
     return {reinterpret_cast<const char*>(message.getRawData()), message.getRawDataSize()};
 }
 
-bool station::hears(const MainWindow& window, SimulatedUnit& unit)
+bool station::receives(const MainWindow& window, SimulatedUnit& unit)
 {
-    const Hearing hearing(window);
+    const ReceivedMessages received(window);
     unit.send({0xB0, 100, 64}); // a controller that no component has
-    return QTest::qWaitFor([&] { return !hearing.messages.isEmpty(); });
+    return QTest::qWaitFor([&] { return !received.messages.isEmpty(); });
 }
 
 void station::quiet()

@@ -40,6 +40,8 @@ void receive(MainWindow& window, const QVector<MidiMessage>& messages);
 /// Compares the log of a serial number with what is expected, the bands of which components are
 /// covered and a date of just now, and removes it.
 void compareLog(const QString& serial, const std::function<bool(int)>& covered);
+/// What is in a file; "(no file)" if it cannot be read.
+QByteArray contentOf(const QString& path);
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 
@@ -49,15 +51,15 @@ struct NoticeCloser : QTimer {
     QStringList texts;
 };
 
-/// Keeps what the panels hear, on their thread: the bytes of each message.
-struct Hearing : QObject {
-    explicit Hearing(const MainWindow& window);
+/// Keeps what the panels receive, on their thread: the bytes of each message.
+struct ReceivedMessages : QObject {
+    explicit ReceivedMessages(const MainWindow& window);
     QVector<QByteArray> messages;
 };
 
 QByteArray bytesOf(const MidiMessage& message);
 /// Whether a message that the unit sends now arrives at the panels.
-bool hears(const MainWindow& window, SimulatedUnit& unit);
+bool receives(const MainWindow& window, SimulatedUnit& unit);
 
 /// Silences the debug lines, of which there are thousands in some tests.
 void quiet();

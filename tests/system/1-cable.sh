@@ -2,8 +2,23 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# A unit on a USB cable: found, tested, pulled out in the middle, plugged in again and again.
+# A unit on a USB cable: found, tested, pulled out in the middle, plugged in again and again, next to a
+# program that connects whatever it can.
 . "$(dirname "$0")/station.sh"
+
+# As session managers do: each new port is connected to one port, and that one to it.
+connect_new_ports() {
+    local event kind address
+    while read -r _ event kind address _; do
+        [ "$event $kind" = 'Port start' ] || continue
+        aconnect "$address" 14:0
+        aconnect 14:0 "$address"
+    done
+}
+modprobe snd-seq-dummy # has the port 14:0
+aseqdump -p 0:1 > >(connect_new_ports 2> /dev/null) &
+connects_new_ports() { grep -q '"aseqdump"' /proc/asound/seq/clients; }
+check 'another program connects new ports' wait_for connects_new_ports
 
 start_station zorvi_assembly_test
 unplugged_label=$(device_label)
@@ -14,6 +29,8 @@ linked() { wait_for is_linked_to 'Zorvi_Control MIDI 1'; }
 build_unit unit Zorvi_Control
 plug unit
 check 'a unit is found' linked
+is_read_by_others() { grep -A2 '"Zorvi_Control MIDI 1"' /proc/asound/seq/clients | grep -q ' 14:0'; }
+check 'the other program reads the unit too' wait_for is_read_by_others
 check 'the label says that it is connected' wait_for label_is_other
 screenshot connected
 
@@ -43,7 +60,7 @@ check 'the bands covered before the cable was pulled have stayed' log_is_complet
 close_notice
 
 # replugs SERIAL COMMAND...: 20 times, with the command while the unit is out. One band in each link,
-# so that the log tells whether each was heard: 13 of the first fader, 7 of the second.
+# so that the log tells whether each was received: 13 of the first fader, 7 of the second.
 replugs() {
     local serial=$1 links=0 replug
     shift
@@ -62,7 +79,7 @@ replugs() {
     speak unit
     touch_bands 2 7 12
     work_from 3
-    check "$serial: each of the 20 links was heard" log_is_complete "$serial"
+    check "$serial: each of the 20 links was received" log_is_complete "$serial"
     close_notice
 }
 replugs REPLUGGED wait_for is_let_go

@@ -106,11 +106,18 @@ log_is_complete() { log_says "$1" complete; }
 
 # --- links, as the kernel lists them ---
 
-# The ports that a program listens to, the kernel's own announcements left out.
+# The ports that the station's input is subscribed to. JUCE names it after the unit, JUCE 9 after itself.
 linked_ports() {
-    awk -F'"' '/^Client/ { client = $0 } /^ *Port/ { port = $2 }
-        /Connecting To/ && client !~ /^Client +0 / { print port }' /proc/asound/seq/clients
+    awk -F'"' '/^Client/ { split($0, word, / +/); client = word[2]; is_station = $2 == "Zorvi" }
+        /^ *Port/ { split($0, word, / +/); name[client ":" word[3]] = $2
+                    is_input = is_station && $2 ~ /^Zorvi(_Control.*)?$/ }
+        /Connected From/ && is_input && match($0, /[0-9]+:[0-9]+/) {
+            source = substr($0, RSTART, RLENGTH) }
+        END { print name[source] }' /proc/asound/seq/clients
 }
 is_linked_to() { [ "$(linked_ports)" = "$1" ]; }
-# The station has closed its input, whose name it is.
-is_let_go() { ! grep -q '"Zorvi Assembly Test input"' /proc/asound/seq/clients; }
+# The station has closed its input.
+is_let_go() {
+    ! awk -F'"' '/^Client/ { user = /User/ } /^ *Port/ && user { print $2 }' \
+        /proc/asound/seq/clients | grep -q '^Zorvi\(_Control.*\)\?$'
+}

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "yield/store/database.h"
 #include "yield/store/statement.h"
 
 #include <QStringList>

@@ -6,22 +6,139 @@
 
 #include <QTest>
 
-/// What the plants of model.py are too small for.
+namespace
+{
+BandMarks passed()
+{
+    return ~BandMarks();
+}
+
+BandMarks missing(int componentNum, int band)
+{
+    return passed().reset(bandmarks::markIndex(componentNum, band));
+}
+
+BandMarks abortedAt(int componentNum)
+{
+    return passed() >> (passed().size() - bandmarks::markIndex(componentNum, 0));
+}
+
+/// time: of 18 November 2026.
+Attempt attempt(const QString& serial, const QString& time, const BandMarks& marks,
+                const QString& station = "One")
+{
+    return {station, true, serial, "2026-11-18T" + time, marks};
+}
+
+Report reportOf(const QVector<Attempt>& attempts, ReportRequest request = {})
+{
+    request.now = QDateTime({2026, 11, 21}, {15, 0});
+    ReportCounter counter(request);
+    std::for_each(attempts.begin(), attempts.end(), [&](const auto& each) { counter.add(each); });
+    return counter.finish();
+}
+
+using Numbers = QVector<int>;
+
+Numbers numbers(const Tally& tally)
+{
+    return {tally.units, tally.attempts, tally.passedFirst, tally.passedLast, tally.abortedFirst};
+}
+} // namespace
+
+Q_DECLARE_METATYPE(QVector<Attempt>)
+
+/// Cases counted by hand; model.py has random ones.
 class TestFigures : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void line()
+    {
+        const Report report =
+            reportOf({attempt("A", "08:00:00", passed()), attempt("B", "08:00:00", missing(3, 12)),
+                      attempt("B", "09:00:00", passed(), "Two"),
+                      attempt("C", "08:10:00", abortedAt(5), "Two"),
+                      attempt("C", "08:20:00", missing(3, 0), "Two"),
+                      attempt("D", "08:30:00", passed()), attempt("D", "08:40:00", abortedAt(9))});
+        QCOMPARE(numbers(report.total), Numbers({4, 7, 2, 2, 1}));
+        QCOMPARE(numbers(report.days.value({2026, 11, 18})), Numbers({4, 7, 2, 2, 1}));
+        QCOMPARE(numbers(report.stations["One"].tally), Numbers({3, 5, 2, 2, 0}));
+        QCOMPARE(numbers(report.stations["Two"].tally), Numbers({1, 2, 0, 0, 1}));
+        QCOMPARE(report.stations["One"].topFailure()->componentNum, 3);
+        QVERIFY(!report.stations["Two"].topFailure());
+        QCOMPARE(report.controls[3].units, 4);
+        QCOMPARE(report.controls[3].failed, 1);
+        QCOMPARE(report.controls[3].missedBands.last(), 1);
+        QCOMPARE(report.controls[5].units, 3);
+        QCOMPARE(report.controls[5].aborted, 1);
+        const AttemptsByNumber second = report.attemptsByNumber[1];
+        QCOMPARE(Numbers({second.attempts, second.passed, second.aborted}), Numbers({3, 1, 1}));
+        QCOMPARE(report.notPassedUnits[0].last.serial, QString("D"));
+        QCOMPARE(report.notPassedUnits[1].last.serial, QString("C"));
+    }
+
+    void falseFailures_data()
+    {
+        QTest::addColumn<QVector<Attempt>>("attempts");
+        QTest::addColumn<Numbers>("failedAndPassedNext");
+        const Attempt failed = attempt("A", "08:00:00", missing(3, 0));
+        QTest::newRow("within an hour")
+            << QVector<Attempt>{failed, attempt("A", "09:00:00", passed())} << Numbers{1, 1};
+        QTest::newRow("later") << QVector<Attempt>{failed, attempt("A", "09:00:01", passed())}
+                               << Numbers{1, 0};
+        QTest::newRow("at another station")
+            << QVector<Attempt>{failed, attempt("A", "08:05:00", passed(), "Two")} << Numbers{1, 0};
+        QTest::newRow("an aborted attempt between")
+            << QVector<Attempt>{failed, attempt("A", "08:05:00", abortedAt(9)),
+                                attempt("A", "08:10:00", passed())}
+            << Numbers{1, 1};
+        QTest::newRow("the second failure only")
+            << QVector<Attempt>{failed, attempt("A", "08:05:00", missing(3, 0)),
+                                attempt("A", "08:10:00", passed())}
+            << Numbers{2, 1};
+        QTest::newRow("another unit")
+            << QVector<Attempt>{failed, attempt("B", "08:05:00", passed())} << Numbers{1, 0};
+    }
+
+    void falseFailures()
+    {
+        QFETCH(QVector<Attempt>, attempts);
+        const FalseFailures found = reportOf(attempts).falseFailures;
+        QTEST(Numbers({found.failed, found.passedNext}), "failedAndPassedNext");
+    }
+
+    void testTimes()
+    {
+        Attempt timed = attempt("A", "08:02:00", passed());
+        QVector<Attempt> attempts{timed};
+        for (const QString start : {"18T08:00:00.500", "18T08:01:00.000", "18T08:02:00.500",
+                                    "17T08:02:00.000", "17T08:01:59.999", "18T07:58:00.000"}) {
+            timed.startedAt = "2026-11-" + start;
+            attempts.append(timed);
+        }
+        attempts.last().station = "Two"; // 240 s
+        timed.marks = missing(3, 0);
+        attempts.append(timed);
+        const Report report = reportOf(attempts);
+        QCOMPARE(report.testTimes.attempts, 4); // 60, 119.5, 240 and 86,400 s
+        QCOMPARE(*report.testTimes.medianSeconds, 179.75);
+        QCOMPARE(report.stations["One"].testTimes.attempts, 3);
+        QCOMPARE(*report.stations["One"].testTimes.medianSeconds, 119.5);
+        QVERIFY(!reportOf(attempts.mid(0, 1)).testTimes.medianSeconds);
+    }
+
     void limits()
     {
-        // Units, passed of all, low and high by scipy's binom.
-        const QVector<QVector<int>> rows{{30, 950, 1000, 24, 30}, {1, 1, 2, 0, 1},
-                                         {5, 0, 7, 0, 0},         {5, 7, 7, 5, 5},
-                                         {741, 1, 2, 330, 411},   {100000, 999, 1000, 99869, 99929},
-                                         {0, 1, 2, 0, 0},         {100000, 1, 100000, 0, 5}};
-        for (const auto& row : rows) {
-            const Limits limits = limitsOf(row[0], {row[2], 0, row[1], 0, 0});
-            QCOMPARE(QVector<int>({row[0], row[1], row[2], limits.low, limits.high}), row);
+        // Units, passed of all, lower and upper by scipy's binom.
+        const QVector<Numbers> rows{{30, 950, 1000, 24, 30}, {1, 1, 2, 0, 1},
+                                    {5, 0, 7, 0, 0},         {5, 7, 7, 5, 5},
+                                    {741, 1, 2, 330, 411},   {100000, 999, 1000, 99869, 99929},
+                                    {0, 1, 2, 0, 0},         {100000, 1, 100000, 0, 5}};
+        for (const Numbers& row : rows) {
+            const ControlLimits limits = controlLimits(row[0], {row[2], 0, row[1], 0, 0});
+            QCOMPARE(Numbers({row[0], row[1], row[2], limits.lower, limits.upper}), row);
         }
     }
 
@@ -29,27 +146,24 @@ private Q_SLOTS:
     void longLists()
     {
         constexpr int units = 30000;
-        ReportRequest request;
-        request.now = QDateTime({2026, 11, 21}, {15, 0});
-        request.station = "one";
-        request.lastLogs = {{"one", {}}, {"two", {}}};
-        ReportCounter counter(request);
-        const BandMarks marks = ~BandMarks() >> 1; // misses the last band
+        QVector<Attempt> attempts;
         for (int i = 0; i < units; ++i)
-            for (int attempt = 0; attempt <= i % 3; ++attempt) {
-                const auto time = request.now.addSecs(60 * (i % 1000 - 2000 + attempt));
-                counter.add(
-                    {"one", true, QString::number(units + i), time.toString(Qt::ISODate), marks});
-            }
-        const Report report = counter.finish();
+            for (int number = 0; number <= i % 3; ++number)
+                attempts.append(attempt(QString::number(units + i),
+                                        QTime(0, 0).addSecs(60 * (i % 1000 + number)).toString(),
+                                        missing(43, 12)));
+        ReportRequest request;
+        request.station = "One";
+        request.lastLogs = {{"One", {}}, {"Two", {}}};
+        const Report report = reportOf(attempts, request);
         QCOMPARE(report.request.lastLogs.size(), std::size_t{1});
         QCOMPARE(report.total.attempts, 2 * units);
-        QCOMPARE(report.openUnits.size(), Report::maxOpenUnits);
-        QCOMPARE(report.openUnits.first().last.serial, QString("32999"));
-        QCOMPARE(report.repeatedUnitCount, units / 3 * 2);
-        QCOMPARE(report.repeatedUnits.size(), Report::maxRepeatedUnits);
-        QCOMPARE(report.repeatedUnits.first().last.serial, QString("32999"));
-        QCOMPARE(report.repeatedUnits.last().attempts, 3);
+        QCOMPARE(report.notPassedUnits.size(), Report::maxNotPassedUnits);
+        QCOMPARE(report.notPassedUnits.first().last.serial, QString("32999"));
+        QCOMPARE(report.retestedUnitCount, units / 3 * 2);
+        QCOMPARE(report.retestedUnits.size(), Report::maxRetestedUnits);
+        QCOMPARE(report.retestedUnits.first().last.serial, QString("32999"));
+        QCOMPARE(report.retestedUnits.last().attempts, 3);
     }
 
     void longTimesAreWeeksOrMonths()
@@ -58,7 +172,7 @@ private Q_SLOTS:
         for (const int days : {69, 70, 489, 490}) {
             const QDate begin(2025, 12, 31); // a Wednesday
             const auto timeline = timelineOf({{begin, Tally()}, {begin.addDays(days), Tally()}});
-            found << QString("%1 %2s").arg(timeline.length).arg(timeline.unit);
+            found << QString("%1 %2s").arg(timeline.slotCount).arg(timeline.period);
         }
         QCOMPARE(found, QStringList({"70 days", "11 weeks", "71 weeks", "18 months"}));
     }

@@ -7,8 +7,8 @@
 #include "tests/yield/unitlogs.h"
 #include "yield/store/attemptreader.h"
 #include "yield/store/attemptstore.h"
+#include "yield/store/database.h"
 #include "yield/store/schema.h"
-#include "yield/store/transaction.h"
 
 #include <QDir>
 #include <QProcess>
@@ -141,11 +141,6 @@ private Q_SLOTS:
              saved("S", 1, 4, whole)},
             {"S: x at 12:00, 137 marks, repeated, save 3 of run 1",
              "S: y at 12:05, 227 marks, passed, save 4 of run 1"});
-        row("two runs with the same log",
-            {saved("S", 1, 1, whole), saved("S", 2, 1, begun), saved("S", 2, 2, whole),
-             imported("S", whole)},
-            {"S: x at 12:00, 137 marks, aborted at 20, save 1 of run 2",
-             "S: y at 12:05, 227 marks, passed, save 1 of run 1"});
         row("the same log of two stations",
             {imported("S", whole), imported("R", whole), imported("S", begun)},
             {"R: y at 12:05, 227 marks, passed", "S: x at 12:00, 137 marks, aborted at 20",

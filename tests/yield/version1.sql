@@ -1,20 +1,35 @@
 -- SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 -- SPDX-License-Identifier: GPL-3.0-or-later
 
--- Makes the tables those of version 1, with the test's logs in them by the rules of then: marks
--- that stayed are one attempt, however late, and what has no mark was missed.
-DROP INDEX attempts_by_unit;
-DROP INDEX repeated_saves_by_unit;
-ALTER TABLE attempts DROP COLUMN ended_at;
-ALTER TABLE repeated_saves RENAME TO other_saves;
+-- The tables of release 1.1.0, and a view of a user.
+CREATE TABLE schema_version (version INTEGER NOT NULL);
+INSERT INTO schema_version VALUES (1);
+CREATE TABLE stations (
+    id {id},
+    name {text} NOT NULL UNIQUE,
+    tests_18 INTEGER NOT NULL DEFAULT 0 CHECK (tests_18 IN (0, 1)));
+CREATE TABLE attempts (
+    id {id},
+    station_id BIGINT NOT NULL REFERENCES stations (id),
+    serial {text} NOT NULL,
+    tested_at {text} NOT NULL,
+    marks {bytes} NOT NULL,
+    complete INTEGER NOT NULL CHECK (complete IN (0, 1)),
+    UNIQUE (station_id, serial, tested_at, marks));
 CREATE INDEX attempts_by_time ON attempts (tested_at);
 CREATE INDEX attempts_by_serial ON attempts (serial, tested_at, id, station_id, complete);
 CREATE INDEX attempts_by_day ON attempts (substr(tested_at, 1, 10), station_id, complete);
 CREATE INDEX attempts_not_complete ON attempts (tested_at, id, serial, station_id)
     WHERE complete = 0;
-UPDATE schema_version SET version = 1;
-INSERT INTO other_saves
-    SELECT station_id, serial, tested_at, marks FROM attempts
-    WHERE serial = 'twice' AND tested_at > '2026-11-21T13';
-DELETE FROM attempts WHERE serial = 'twice' AND tested_at > '2026-11-21T13';
-INSERT INTO missed_bands SELECT id, 20, 0 FROM attempts WHERE serial = 'early';
+CREATE TABLE missed_bands (
+    attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
+    component INTEGER NOT NULL,
+    band INTEGER NOT NULL,
+    PRIMARY KEY (attempt_id, component, band)){keyonly};
+CREATE TABLE other_saves (
+    station_id BIGINT NOT NULL REFERENCES stations (id),
+    serial {text} NOT NULL,
+    tested_at {text} NOT NULL,
+    marks {bytes} NOT NULL,
+    PRIMARY KEY (station_id, serial, tested_at, marks)){keyonly};
+CREATE VIEW results AS SELECT serial, complete FROM attempts;

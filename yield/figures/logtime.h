@@ -16,7 +16,7 @@ inline int number(const QString& time, int begin, int digits)
 {
     int value = 0;
     for (int i = begin; i < begin + digits && i < time.size(); ++i)
-        value = 10 * value + time[i].digitValue();
+        value = 10 * value + time[i].unicode() - '0';
     return value;
 }
 

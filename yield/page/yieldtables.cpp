@@ -21,7 +21,7 @@ const QVector<Column> periodColumns =
 Row yieldCells(const Tally& tally, const Tally& all)
 {
     if (tally.units == 0)
-        return Row(yieldColumns.size(), cells::empty());
+        return {cells::empty(), cells::empty(), cells::empty(), {"–", {}, "number"}};
     return {cells::share(tally.passedFirst, tally.units), cells::controlLimits(tally, all),
             cells::share(tally.passedLast, tally.units), cells::count(tally.abortedFirst)};
 }

@@ -5,9 +5,9 @@
 
 #include "yield/logs/attemptrules.h"
 #include "yield/store/attemptrows.h"
+#include "yield/store/database.h"
 #include "yield/store/schema.h"
 #include "yield/store/sqldialect.h"
-#include "yield/store/transaction.h"
 
 #include <QHash>
 

@@ -7,11 +7,30 @@
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
 
-#include <algorithm>
-
 namespace
 {
-/// The condition for rows of a serial, time and marks: three values.
+/// Rows of attempts as rowsOf reads them; a condition goes behind it.
+QString selectAttempts(const SqlDialect& dialect)
+{
+    return QString("SELECT id, station_id, %1, tested_at, marks, run, save_number, tests_18 "
+                   "FROM attempts WHERE ")
+        .arg(dialect.utf8Of("serial"));
+}
+
+std::vector<LogRow> rowsOf(Statement& select)
+{
+    std::vector<LogRow> rows;
+    while (select.next()) {
+        const QString serial = select.text(2);
+        const StationLog log{serial, select.value(3).toString(), select.marks(4, serial)};
+        rows.push_back({select.value(0), select.number(1), log, {}, select.number(7) != 0});
+        if (!select.value(5).isNull())
+            rows.back().save = OutboxName{select.value(5).toString(), select.number(6)};
+    }
+    return rows;
+}
+
+/// The condition for the rows of a serial, time and marks.
 QString isLog(const SqlDialect& dialect)
 {
     return QString("serial %1 = %2 AND tested_at %1 = ? AND marks = ?")
@@ -23,53 +42,41 @@ QVariantList valuesOf(const StationLog& log)
     return {log.serial.toUtf8(), log.testedAt, bandmarks::packed(log.marks)};
 }
 
-QVariant passedOf(const attemptrules::Outcome& outcome)
+/// Every row of a log, and the attempt of a run.
+QString selectLogAndRun(const SqlDialect& dialect)
 {
-    return outcome.hasPassed() ? 1 : 0;
+    return selectAttempts(dialect) + isLog(dialect) + " UNION " + selectAttempts(dialect) +
+           "run = ?" +
+           QString(" UNION SELECT NULL, station_id, %1, tested_at, marks, run, save_number, 0 "
+                   "FROM repeated_saves WHERE ")
+               .arg(dialect.utf8Of("serial")) +
+           isLog(dialect);
 }
 
-QVariant abortedOf(const attemptrules::Outcome& outcome)
+QString insertInto(const SqlDialect& dialect)
 {
-    return outcome.abortedAt ? QVariant(*outcome.abortedAt) : QVariant(QVariant::Int);
+    return QString("INSERT INTO attempts (serial, tested_at, marks, station_id, passed, "
+                   "aborted_component, tests_18, run, started_at, save_number) "
+                   "VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
+        .arg(dialect.textParameter);
 }
 
-/// The columns run and save_number.
-std::optional<OutboxName> saveOf(const Statement& select, int runColumn)
+QString updateById(const SqlDialect& dialect)
 {
-    if (select.value(runColumn).isNull())
-        return std::nullopt;
-    return OutboxName{select.value(runColumn).toString(), select.number(runColumn + 1)};
+    return QString("UPDATE attempts SET serial = %1, tested_at = ?, marks = ?, station_id = ?, "
+                   "passed = ?, aborted_component = ?, tests_18 = ?, run = ?, started_at = ?, "
+                   "save_number = ? WHERE id = ?")
+        .arg(dialect.textParameter);
 }
 } // namespace
 
 AttemptRows::AttemptRows(Database& usedDatabase)
     : database(usedDatabase)
-    , selectLog(database, QString(R"(
-          SELECT id, station_id, run, save_number FROM attempts WHERE %1
-          UNION ALL
-          SELECT NULL, station_id, run, save_number FROM repeated_saves WHERE %1)")
-                              .arg(isLog(database.sqlDialect())))
-    , selectRun(database, QString(R"(
-          SELECT id, station_id, %1, tested_at, marks, run, save_number, tests_18
-          FROM attempts WHERE run = ?)")
-                              .arg(database.sqlDialect().utf8Of("serial")))
-    , insertAttempt(database, QString(R"(
-          INSERT INTO attempts (serial, tested_at, marks, station_id, passed, aborted_component,
-                                tests_18, run, started_at, save_number)
-          VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?))")
-                                  .arg(database.sqlDialect().textParameter))
-    , updateAttempt(database, QString(R"(
-          UPDATE attempts
-          SET serial = %1, tested_at = ?, marks = ?, station_id = ?, passed = ?,
-              aborted_component = ?, tests_18 = ?, run = ?, started_at = ?, save_number = ?
-          WHERE id = ?)")
-                                  .arg(database.sqlDialect().textParameter))
+    , selectLog(database, selectLogAndRun(database.sqlDialect()))
+    , insertAttempt(database, insertInto(database.sqlDialect()))
+    , updateAttempt(database, updateById(database.sqlDialect()))
     , insertMissed(database, "INSERT INTO missed_bands VALUES (?, ?, ?)")
     , deleteMissed(database, "DELETE FROM missed_bands WHERE attempt_id = ?")
-    , insertRepeatedSave(database, QString(R"(
-          INSERT INTO repeated_saves (serial, tested_at, marks, station_id, run, save_number)
-          VALUES (%1, ?, ?, ?, ?, ?))")
-                                       .arg(database.sqlDialect().textParameter))
 {
 }
 
@@ -85,55 +92,32 @@ QMap<QString, StationRow> AttemptRows::stations(Database& database)
     return rows;
 }
 
-std::vector<LogRow> AttemptRows::find(const StationLog& log)
+std::vector<LogRow> AttemptRows::find(const StationLog& log, const QString& run)
 {
-    selectLog.run(valuesOf(log) + valuesOf(log));
-    std::vector<LogRow> rows;
-    while (selectLog.next())
-        rows.push_back({selectLog.value(0), selectLog.number(1), log, saveOf(selectLog, 2)});
-    return rows;
-}
-
-std::optional<LogRow> AttemptRows::findRun(const QString& run)
-{
-    selectRun.run({run});
-    std::optional<LogRow> row;
-    while (selectRun.next()) {
-        const QString serial = selectRun.text(2);
-        row = LogRow{selectRun.value(0),
-                     selectRun.number(1),
-                     {serial, selectRun.value(3).toString(), selectRun.marks(4, serial)},
-                     saveOf(selectRun, 5),
-                     selectRun.number(7) != 0};
-    }
-    return row;
+    selectLog.run(valuesOf(log) + QVariantList{run} + valuesOf(log));
+    return rowsOf(selectLog);
 }
 
 void AttemptRows::writeAttempt(const LogRow& row)
 {
     const auto outcome = attemptrules::outcomeOf(row.log.marks, row.tests18);
-    const QVariant null(QVariant::String);
-    const QVariantList values =
-        valuesOf(row.log) + QVariantList{row.stationId,
-                                         passedOf(outcome),
-                                         abortedOf(outcome),
-                                         row.tests18 ? 1 : 0,
-                                         row.save ? row.save->run : null,
-                                         row.save ? row.save->startedAt() : null,
-                                         row.save ? row.save->save : QVariant(QVariant::Int)};
-    if (!row.attemptId.isNull()) {
-        updateAttempt.run(values + QVariantList{row.attemptId});
-        deleteMissed.run({row.attemptId});
-        return writeMissed(row.attemptId, outcome.missed);
+    const QVariant noNumber(QVariant::Int);
+    QVariantList values = valuesOf(row.log);
+    values << row.stationId << (outcome.hasPassed() ? 1 : 0)
+           << (outcome.abortedAt ? QVariant(*outcome.abortedAt) : noNumber) << (row.tests18 ? 1 : 0)
+           << (row.save ? row.save->run : QString())
+           << (row.save ? row.save->startedAt() : QString())
+           << (row.save ? QVariant(row.save->save) : noNumber);
+    QVariant id = row.attemptId;
+    if (id.isNull()) {
+        insertAttempt.run(values);
+    } else {
+        updateAttempt.run(values << id);
+        deleteMissed.run({id});
     }
-    insertAttempt.run(values);
-    if (!outcome.missed.empty())
-        writeMissed(insertAttempt.insertedId(), outcome.missed);
-}
-
-void AttemptRows::writeMissed(const QVariant& id, const std::vector<bandmarks::Band>& missed)
-{
-    for (const auto& band : missed)
+    if (id.isNull() && !outcome.missed.empty())
+        id = insertAttempt.insertedId();
+    for (const auto& band : outcome.missed)
         insertMissed.run({id, band.componentNum, band.band});
 }
 
@@ -144,37 +128,17 @@ void AttemptRows::removeAttempt(const QVariant& id)
 
 void AttemptRows::insertRepeated(const LogRow& row)
 {
-    insertRepeatedSave.run(valuesOf(row.log) +
-                           QVariantList{row.stationId, row.save->run, row.save->save});
+    Statement(database, QString("INSERT INTO repeated_saves (serial, tested_at, marks, station_id, "
+                                "run, save_number) VALUES (%1, ?, ?, ?, ?, ?)")
+                            .arg(database.sqlDialect().textParameter))
+        .run(valuesOf(row.log) + QVariantList{row.stationId, row.save->run, row.save->save});
 }
 
 void AttemptRows::removeRepeated(const LogRow& row)
 {
-    Statement(database,
-              "DELETE FROM repeated_saves WHERE station_id = ? AND " + isLog(database.sqlDialect()))
-        .run(QVariantList{row.stationId} + valuesOf(row.log));
-}
-
-std::vector<LogRow> AttemptRows::takeRepeated(const QString& run)
-{
-    Statement select(database, QString(R"(
-        SELECT repeated.station_id, %1, repeated.tested_at, repeated.marks, repeated.run,
-               repeated.save_number, attempts.tests_18
-        FROM repeated_saves AS repeated JOIN attempts ON attempts.run = repeated.run
-        WHERE repeated.run = ?)")
-                                   .arg(database.sqlDialect().utf8Of("repeated.serial")));
-    select.run({run});
-    std::vector<LogRow> rows;
-    while (select.next()) {
-        const QString serial = select.text(1);
-        rows.push_back({{},
-                        select.number(0),
-                        {serial, select.value(2).toString(), select.marks(3, serial)},
-                        saveOf(select, 4),
-                        select.number(6) != 0});
-    }
-    Statement(database, "DELETE FROM repeated_saves WHERE run = ?").run({run});
-    return rows;
+    const QString isRow = isLog(database.sqlDialect()) + " AND station_id = ?";
+    Statement(database, "DELETE FROM repeated_saves WHERE " + isRow)
+        .run(valuesOf(row.log) + QVariantList{row.stationId});
 }
 
 void AttemptRows::moveRepeated(const QString& run, int stationId)
@@ -185,24 +149,8 @@ void AttemptRows::moveRepeated(const QString& run, int stationId)
 
 void AttemptRows::deriveResults(const QString& condition)
 {
-    struct Marks {
-        QVariant id;
-        BandMarks marks;
-        bool tests18;
-    };
-    Statement select(database, QString("SELECT id, marks, tests_18, %1 FROM attempts WHERE %2")
-                                   .arg(database.sqlDialect().utf8Of("serial"), condition));
+    Statement select(database, selectAttempts(database.sqlDialect()) + condition);
     select.run();
-    std::vector<Marks> attempts;
-    while (select.next())
-        attempts.push_back(
-            {select.value(0), select.marks(1, select.text(3)), select.number(2) != 0});
-    Statement update(database,
-                     "UPDATE attempts SET passed = ?, aborted_component = ? WHERE id = ?");
-    for (const Marks& attempt : attempts) {
-        const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
-        update.run({passedOf(outcome), abortedOf(outcome), attempt.id});
-        deleteMissed.run({attempt.id});
-        writeMissed(attempt.id, outcome.missed);
-    }
+    for (const LogRow& row : rowsOf(select))
+        writeAttempt(row);
 }

@@ -19,16 +19,16 @@ struct StationRow {
     bool tests18 = false;
 };
 
-/// A log with what the tables have beside it.
+/// A row of attempts or of repeated_saves.
 struct LogRow {
-    QVariant attemptId = {}; ///< Null for a row of repeated_saves, or none yet.
+    QVariant attemptId = {}; ///< Null for a row of repeated_saves, and before it is written.
     int stationId = 0;
     StationLog log;
     std::optional<OutboxName> save = {}; ///< Nothing for an imported log.
     bool tests18 = false;                ///< Of an attempt.
 };
 
-/// Writes the rows of the tables, inside of a transaction. Everything throws DatabaseError.
+/// Reads and writes rows, inside of a transaction. Everything throws DatabaseError.
 class AttemptRows
 {
 public:
@@ -37,32 +37,24 @@ public:
     /// All stations, by name.
     static QMap<QString, StationRow> stations(Database& database);
 
-    /// Every row of that serial, time and marks, at whatever station.
-    std::vector<LogRow> find(const StationLog& log);
-    /// The attempt of a run.
-    std::optional<LogRow> findRun(const QString& run);
+    /// The rows of that serial, time and marks, at whatever station; and the attempt of the run.
+    std::vector<LogRow> find(const StationLog& log, const QString& run = {});
 
-    /// Inserts the attempt, or updates the one with its id.
+    /// Inserts the attempt, or updates the one with its id, and derives its results.
     void writeAttempt(const LogRow& row);
     void removeAttempt(const QVariant& id);
     void insertRepeated(const LogRow& row);
     void removeRepeated(const LogRow& row);
-    /// Removes the saves of a run from repeated_saves and returns them.
-    std::vector<LogRow> takeRepeated(const QString& run);
     void moveRepeated(const QString& run, int stationId);
 
-    /// Derives the results of attempts from their marks again. condition: of SQL, which ones.
+    /// Derives the results of the attempts again that an SQL condition selects.
     void deriveResults(const QString& condition);
 
 private:
-    void writeMissed(const QVariant& id, const std::vector<bandmarks::Band>& missed);
-
     Database& database;
     Statement selectLog;
-    Statement selectRun;
     Statement insertAttempt;
     Statement updateAttempt;
     Statement insertMissed;
     Statement deleteMissed;
-    Statement insertRepeatedSave;
 };

@@ -6,14 +6,13 @@
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/attemptrows.h"
+#include "yield/store/database.h"
 #include "yield/store/schema.h"
 #include "yield/store/sqldialect.h"
-#include "yield/store/transaction.h"
 
 #include <QDateTime>
 
 #include <algorithm>
-#include <tuple>
 
 namespace
 {
@@ -31,7 +30,7 @@ void setTests18(Database& database, int stationId)
 {
     Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({stationId});
     const QString imported = QString("run IS NULL AND station_id = %1").arg(stationId);
-    Statement(database, "UPDATE attempts SET tests_18 = 1 WHERE " + imported).run();
+    database.run("UPDATE attempts SET tests_18 = 1 WHERE " + imported);
     AttemptRows(database).deriveResults(imported);
 }
 
@@ -53,17 +52,6 @@ StationRow updatedStation(Database& database, const Station& station, bool shows
     return row;
 }
 
-/// The order of the saves of a run. Two logs of one number are not of one station's making, but
-/// have an order too.
-bool isEarlierSave(const LogRow& left, const LogRow& right)
-{
-    const auto key = [](const LogRow& row) {
-        return std::make_tuple(row.save->save, row.log.testedAt, row.log.serial.toUtf8(),
-                               bandmarks::packed(row.log.marks));
-    };
-    return key(left) < key(right);
-}
-
 /// Stores the logs of one station.
 class LogStore
 {
@@ -82,7 +70,7 @@ public:
     StoreCounts counts;
 
 private:
-    /// What a log was before it was stored.
+    /// What was known of a log before it was stored.
     struct Found {
         bool isKnown = false;
         bool isAtOtherStation = false;
@@ -90,7 +78,7 @@ private:
 
     Found addImported(const StationLog& log);
     Found addSave(LogRow save);
-    QVariant onlyAttempt(const QVariant& one, const QVariant& other);
+    QVariant olderAttempt(const QVariant& one, const QVariant& other);
     void writeRun(LogRow attempt, const std::optional<LogRow>& former);
 
     const StationRow station;
@@ -118,14 +106,14 @@ void LogStore::add(const LogFile& file)
 /// A log without its run is an attempt, unless it is known: at this station, or with its run.
 LogStore::Found LogStore::addImported(const StationLog& log)
 {
-    const auto same = rows.find(log);
+    const auto known = rows.find(log);
     const auto isHere = [&](const LogRow& row) { return row.stationId == station.id; };
     const auto hasRun = [](const LogRow& row) { return row.save.has_value(); };
-    const bool isKnownHere = std::any_of(same.begin(), same.end(), isHere);
-    if (isKnownHere || std::any_of(same.begin(), same.end(), hasRun))
+    const bool isKnownHere = std::any_of(known.begin(), known.end(), isHere);
+    if (isKnownHere || std::any_of(known.begin(), known.end(), hasRun))
         return {true, !isKnownHere};
     rows.writeAttempt({{}, station.id, log, {}, station.tests18});
-    return {false, !same.empty()};
+    return {false, !known.empty()};
 }
 
 /// Of the saves of a run, the highest is the attempt. Of a run that comes from several stations,
@@ -133,43 +121,43 @@ LogStore::Found LogStore::addImported(const StationLog& log)
 LogStore::Found LogStore::addSave(LogRow save)
 {
     const QString run = save.save->run;
-    const auto former = rows.findRun(run);
+    std::optional<LogRow> former; // the attempt of the run
     Found found;
+    const auto known = rows.find(save.log, run);
+    for (const LogRow& row : known)
+        if (!row.attemptId.isNull() && row.save && row.save->run == run)
+            former = row;
     if (former) {
         found.isAtOtherStation = former->stationId != save.stationId;
         if (names[former->stationId] < names[save.stationId])
             save.stationId = former->stationId;
-        save.attemptId = former->attemptId;
         save.tests18 = save.tests18 || former->tests18;
+        save.attemptId = former->attemptId;
     }
-    std::vector<LogRow> displaced;
-    for (const LogRow& same : rows.find(save.log)) {
-        const bool isOwn = same.save && same.save->run == run;
-        const bool isHere = same.stationId == save.stationId;
-        if (same.save && !isOwn && (!isHere || same.save->run < run)) {
-            if (isHere) // what two runs left within one second is one log
+    for (const LogRow& row : known) {
+        const bool isHere = row.stationId == save.stationId;
+        if (row.save && row.save->run != run) {
+            if (isHere) // two runs left the same log, within a second: one attempt
                 return {true, found.isAtOtherStation};
             continue;
         }
+        if (!(row.log == save.log))
+            continue;
         found.isKnown = true;
         found.isAtOtherStation = found.isAtOtherStation || !isHere;
-        if (isOwn)
-            save.save->save = std::max(save.save->save, same.save->save);
-        else if (same.save && !same.attemptId.isNull())
-            displaced = rows.takeRepeated(same.save->run);
-        if (same.attemptId.isNull())
-            rows.removeRepeated(same);
-        else
-            save.attemptId = onlyAttempt(save.attemptId, same.attemptId);
+        if (row.save) // two saves within a second
+            save.save->save = std::max(save.save->save, row.save->save);
+        if (row.attemptId.isNull())
+            rows.removeRepeated(row);
+        else // an imported attempt gains its run
+            save.attemptId = olderAttempt(save.attemptId, row.attemptId);
     }
     writeRun(save, former);
-    for (const LogRow& other : displaced)
-        addSave(other);
     return found;
 }
 
-/// Of two attempts that turn out to be one, the older row stays. One of them may be null.
-QVariant LogStore::onlyAttempt(const QVariant& one, const QVariant& other)
+/// Two attempts turn out to be one, or are already: the newer row goes. one may be null.
+QVariant LogStore::olderAttempt(const QVariant& one, const QVariant& other)
 {
     if (one.isNull() || one == other)
         return other;
@@ -178,27 +166,25 @@ QVariant LogStore::onlyAttempt(const QVariant& one, const QVariant& other)
     return isOlder ? one : other;
 }
 
-/// Writes a save beside the attempt that its run had before.
+/// Writes a save of a run whose attempt was former.
 void LogStore::writeRun(LogRow attempt, const std::optional<LogRow>& former)
 {
-    if (!former)
-        return rows.writeAttempt(attempt);
-    if (former->stationId != attempt.stationId)
+    if (former && former->stationId != attempt.stationId)
         rows.moveRepeated(attempt.save->run, attempt.stationId);
-    if (!(former->log == attempt.log)) {
+    if (former && !(former->log == attempt.log)) {
         LogRow repeated = *former;
         repeated.stationId = attempt.stationId;
-        if (isEarlierSave(attempt, *former)) {
+        if (attempt.save->save < former->save->save) {
             std::swap(repeated.log, attempt.log);
             std::swap(repeated.save, attempt.save);
         }
         rows.insertRepeated(repeated);
     }
-    const bool isSame = former->attemptId == attempt.attemptId && former->log == attempt.log &&
-                        former->save->save == attempt.save->save &&
-                        former->stationId == attempt.stationId &&
-                        former->tests18 == attempt.tests18;
-    if (!isSame)
+    const bool isWritten = former && former->attemptId == attempt.attemptId &&
+                           former->log == attempt.log && former->save->save == attempt.save->save &&
+                           former->stationId == attempt.stationId &&
+                           former->tests18 == attempt.tests18;
+    if (!isWritten)
         rows.writeAttempt(attempt);
 }
 
@@ -212,7 +198,7 @@ void unite(Database& database, const StationRow& from, const StationRow& to)
         "AND other.tested_at = %1.tested_at AND other.marks = %1.marks)";
     const auto removeKnown = [&](const char* table, int station, const char* other,
                                  int otherStation) {
-        Statement(database, remove.arg(table).arg(station).arg(other).arg(otherStation)).run();
+        database.run(remove.arg(table).arg(station).arg(other).arg(otherStation));
     };
     removeKnown("attempts", from.id, "repeated_saves", to.id);
     removeKnown("attempts", to.id, "repeated_saves", from.id);

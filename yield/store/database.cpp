@@ -16,7 +16,7 @@
 
 namespace
 {
-/// A person has to change something first.
+/// The user has to change something first.
 DatabaseError unusable(const QString& text)
 {
     return {DatabaseError::Kind::Unusable, text};
@@ -44,16 +44,25 @@ Database::Database(const QString& location, Access access)
 
 void Database::prepareSession()
 {
-    QSqlQuery query(link.database);
     for (const QString& statement : dialect.session)
-        if (!query.exec(statement))
-            throw errorOf(query.lastError());
-    if (!query.exec(dialect.findEncoding) || !query.next())
+        run(statement);
+    QSqlQuery query(dialect.findEncoding, link.database);
+    if (!query.next())
         throw errorOf(query.lastError());
     if (query.value(0).toString().remove('-') != "UTF8")
         throw unusable(displayName +
                        ": the database must have the encoding UTF8, or it cannot hold "
                        "every serial; create it again");
+}
+
+void Database::run(const QString& statement)
+{
+    QSqlQuery query(link.database);
+    if (query.exec(statement))
+        return;
+    const DatabaseError error = errorOf(query.lastError());
+    query.exec("ROLLBACK");
+    throw error;
 }
 
 void Database::open(const QString& location, Access access)
@@ -120,4 +129,23 @@ bool Database::isAddress(const QString& location)
 QString Database::defaultLocation()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/attempts.sqlite";
+}
+
+Transaction::Transaction(Database& usedDatabase, Database::Access access)
+    : database(usedDatabase)
+{
+    const bool isReading = access == Database::Access::Read;
+    const SqlDialect& dialect = database.sqlDialect();
+    for (const QString& statement : isReading ? dialect.beginReading : dialect.beginWriting)
+        database.run(statement);
+}
+
+Transaction::~Transaction()
+{
+    QSqlQuery(database.connection()).exec("ROLLBACK"); // nothing is left to undo after commit()
+}
+
+void Transaction::commit()
+{
+    database.run("COMMIT");
 }

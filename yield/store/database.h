@@ -11,13 +11,13 @@
 class QSqlError;
 struct SqlDialect;
 
-/// What went wrong with the database, in one line for people: it names the file or the server and
+/// What went wrong with the database, in one line for users: it names the file or the server and
 /// holds no password.
 class DatabaseError : public std::runtime_error
 {
 public:
     enum class Kind {
-        Unusable,    ///< A person must change the command line or the installation.
+        Unusable,    ///< The user must change the command line or the installation.
         NewerSchema, ///< Made by a newer program.
         Unavailable, ///< Another try may succeed.
         Data         ///< This log, or the rows of this unit, cannot be stored or read.
@@ -55,6 +55,9 @@ public:
     QSqlDatabase& connection() { return link.database; }
     const SqlDialect& sqlDialect() const { return dialect; }
 
+    /// Runs a statement without values; what fails ends the transaction. Throws DatabaseError.
+    void run(const QString& statement);
+
     /// The error that a failed query is to be thrown as.
     DatabaseError errorOf(const QSqlError& error) const;
 
@@ -83,4 +86,21 @@ private:
     QString displayName; ///< The file, or the server without user and password.
     bool isFile = false;
     Link link;
+};
+
+/// A transaction, undone unless it is committed. Everything throws DatabaseError.
+class Transaction
+{
+public:
+    /// Read: sees the same rows from its beginning to its end. Write: has no other writer beside it
+    /// and waits for the one before, at most a minute.
+    Transaction(Database& usedDatabase, Database::Access access);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit();
+
+private:
+    Database& database;
 };

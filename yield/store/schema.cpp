@@ -7,7 +7,6 @@
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
 #include "yield/store/statement.h"
-#include "yield/store/transaction.h"
 
 #include <QFile>
 
@@ -38,7 +37,7 @@ void run(Database& database, const QString& script)
                                    .replace("{bytes}", dialect.bytesType)
                                    .replace("{bytewise}", dialect.bytewise);
     for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
-        Statement(database, statement).run();
+        database.run(statement);
 }
 
 /// Throws for newer tables.

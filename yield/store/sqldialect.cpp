@@ -38,7 +38,9 @@ const SqlDialect& SqlDialect::postgresql()
          "SET idle_in_transaction_session_timeout = '60s'",
          // There is an index for all that is looked for, but the server does not know how much it
          // saves before it has analysed the tables: after a large import it read them whole.
-         "SET enable_seqscan = off", "SET enable_bitmapscan = off"},
+         "SET enable_seqscan = off", "SET enable_bitmapscan = off",
+         // What reads a table whole all the same seems so costly then that it would be compiled.
+         "SET jit = off"},
         // The lock's number is this program's own choice; the transaction's end gives it back.
         // Under any higher isolation level a transaction would not see what was written while it
         // waited.

@@ -52,8 +52,10 @@ void Statement::fail()
 
 QString Statement::text(int column) const
 {
-    // A U+FEFF in front would be taken away.
-    return QString::fromUtf8('.' + value(column).toByteArray()).mid(1);
+    const QByteArray bytes = value(column).toByteArray();
+    const QString text = QString::fromUtf8(bytes);
+    // A byte order mark in front belongs to the text, but is not converted.
+    return bytes.startsWith("\xEF\xBB\xBF") ? QChar(QChar::ByteOrderMark) + text : text;
 }
 
 BandMarks Statement::marks(int column, const QString& serial) const
