@@ -5,6 +5,8 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -92,8 +94,8 @@ private Q_SLOTS:
         row("report --since 2026-02-02 --until 2026-02-01", 2, "before");
         row("report --station two", 2, "no station is named \"two\"; there are: +Line, Quiet");
         row("report --days 0", 2, "--days takes a number");
-        row("report --days 7 --since 2026-11-01", 2, "both say");
-        row("report --without KG-* --without KG-[", 2, "not \"KG-[\"");
+        row("report --days 7 --since 2026-11-01", 2, "used together");
+        row("report --exclude KG-* --exclude KG-[", 2, "not \"KG-[\"");
         row("unit 1 --database logs/half.txt", 2, "logs/half.txt: file is not a database");
         row("export --format csv --database postgresql://u@127.0.0.1:1/x", 2, "refused");
         row("export --format csv --database mysql://u@127.0.0.1/x", 2, "has the form");
@@ -111,8 +113,8 @@ private Q_SLOTS:
         row("import logs --station ", 2, "needs a name");
         row("report --output page.html", 0, "written: page.html\n");
         row("report --output none/page.html", 2, "none/page.html: ");
-        row("report --days 7 --until 2026-11-21 --output -", 0, "from 2026-11-15 to\n2026-11-21");
-        row("report --without =* --without KG-* --output -", 0, "=*, KG-*: 1 unit left out");
+        row("report --days 7 --until 2026-11-21 --output -", 0, "from 2026-11-15 to 2026-11-21");
+        row("report --exclude =* --without KG-* --output -", 0, "=*, KG-*: 1 unit excluded");
         row("report --output /dev/stdout", 0, "</html>");
         row("report --output /dev/null", 0, "written");
         row("report --output /dev/full", 2, "No space left");
