@@ -5,6 +5,8 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -51,7 +53,7 @@ private Q_SLOTS:
         };
         row("import --station +Line logs pipe nowhere", 1,
             "7 logs: 2 new, 0 already known, 1 without any mark, 4 refused\n"
-            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name has a foreign encoding\n"
+            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name is not valid UTF-8\n"
             "logs/half.txt: not imported: it is half a log: it ends in component 20\n"
             "pipe: not imported: it is no file\n"
             "nowhere: not imported: No such file or directory\n");
