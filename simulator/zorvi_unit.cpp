@@ -80,9 +80,9 @@ public:
     void start()
     {
         print(QStringLiteral("Run %1 of %2 begins in %3 s.")
-                .arg(run)
-                .arg(options.runs)
-                .arg(options.delayMs / 1000.0));
+                  .arg(run)
+                  .arg(options.runs)
+                  .arg(options.delayMs / 1000.0));
         QTimer::singleShot(options.delayMs, &player, [this] { workNext(); });
     }
 
@@ -92,9 +92,9 @@ private:
         if (next < order.size()) {
             const int componentNum = order[next++];
             print(QStringLiteral("Component %1 (%2 of %3)")
-                    .arg(componentNum)
-                    .arg(next)
-                    .arg(order.size()));
+                      .arg(componentNum)
+                      .arg(next)
+                      .arg(order.size()));
             player.play(unitfault::scriptFor(componentNum, options.unit.unit));
             return;
         }
