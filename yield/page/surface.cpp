@@ -34,7 +34,7 @@ QString controlMark(const ControlFailures& control, const QRectF& area)
     const QString colour = isTested ? colourClass(control.failed, control.units) : "untested";
     const QString rate = isTested ? cells::percentText(control.failed, control.units) : QString();
     const QString hover =
-        cells::controlText(control.componentNum) + ": " + cells::failedUnits(control).fullText();
+        cells::control(control.componentNum).text + ": " + cells::failedUnits(control).fullText();
     const QPointF numberAt = area.center() - QPointF(0, 1);
     const QPointF rateAt = numberAt + QPointF(0, 12);
     return svg::titled(hover, svg::rect(area.adjusted(1, 1, -1, -1), "control " + colour)) +
