@@ -62,19 +62,6 @@ QString namedBar(QRectF area, int units, const Scale& scale, const QString& name
            svg::text({x, area.bottom() + 15}, name, "label middle");
 }
 
-QString markOf(Position position)
-{
-    switch (position) {
-    case Position::BelowLcl:
-        return "below";
-    case Position::AboveUcl:
-        return "above";
-    case Position::Within:
-        break;
-    }
-    return "dot";
-}
-
 /// A p-chart: what it shows of each period, and its axes.
 struct YieldChart {
     YieldChart(const Timeline& timeline, const Tally& allUnits);
@@ -84,7 +71,7 @@ struct YieldChart {
     {
         return {begin(period) + pitch / 2, yields.at(period.tally)};
     }
-    QString limits(const Timeline::Period& period) const;
+    QString limitsArea(const Timeline::Period& period) const;
     QString barAndMark(const Timeline::Period& period) const;
     QString frame() const;
 
@@ -111,7 +98,7 @@ YieldChart::YieldChart(const Timeline& timeline, const Tally& allUnits)
 }
 
 /// The area between the control limits of a period.
-QString YieldChart::limits(const Timeline::Period& period) const
+QString YieldChart::limitsArea(const Timeline::Period& period) const
 {
     const int count = period.tally.units;
     const ControlLimits limits = controlLimits(count, all);
@@ -124,13 +111,15 @@ QString YieldChart::limits(const Timeline::Period& period) const
 /// The number of units as a bar, and the yield as a mark.
 QString YieldChart::barAndMark(const Timeline::Period& period) const
 {
+    const QStringList marks{"below", "dot", "above"}; // as Position
     const Tally& tally = period.tally;
+    const Position position = controlLimits(tally.units, all).positionOf(tally.passedFirst);
     const QString hover = QString("%1: %2, first-pass yield %3")
                               .arg(period.name, cells::unitsText(tally.units),
                                    cells::share(tally.passedFirst, tally.units).fullText());
     const double top = units.at(tally.units);
     return svg::titled(hover, bar({begin(period), top, pitch, units.begin - top}) +
-                                  svg::mark(centre(period), markOf(positionOf(tally, all))));
+                                  svg::mark(centre(period), marks.at(static_cast<int>(position))));
 }
 
 /// The axes and their labels.
@@ -160,7 +149,7 @@ QString chart::trend(const Timeline& timeline, const Tally& all)
     QString marks;
     const Timeline::Period* previous = nullptr;
     for (const Timeline::Period& period : timeline.periods) {
-        areas += chart.limits(period);
+        areas += chart.limitsArea(period);
         // Not across periods without units.
         if (previous && previous->slot + 1 == period.slot)
             marks += svg::line({chart.centre(*previous), chart.centre(period)}, "trend");

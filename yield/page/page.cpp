@@ -62,23 +62,6 @@ QString scope(const Report& report)
                      request.now.toString("yyyy-MM-dd HH:mm") + '.');
 }
 
-/// Of a list of units: how many more there are, and where.
-QString rest(int more, const QString& hint)
-{
-    if (more == 0)
-        return {};
-    return paragraph(QString("And %1 more; %2").arg(cells::countText(more), hint));
-}
-
-QStringList notPassed(const Report& report)
-{
-    const int units = report.total.units - report.total.passedLast;
-    const Rows listed = tables::notPassed(report);
-    return {paragraph(unitsText(units) + " whose last attempt did not pass, newest first."),
-            html::rows(listed),
-            rest(units - listed.size(), "\"zorvi_yield export\" lists every attempt.")};
-}
-
 QStringList totals(const Report& report)
 {
     QStringList tiles;
@@ -110,20 +93,13 @@ QString bands(const Report& report)
     return charts;
 }
 
-QStringList retested(const Report& report)
-{
-    const Rows listed = tables::retested(report);
-    return {paragraph(unitsText(report.retestedUnitCount) + ", most attempts first."),
-            html::rows(listed),
-            rest(report.retestedUnitCount - listed.size(),
-                 "\"zorvi_yield unit SERIAL\" shows every attempt of one.")};
-}
-
 QString sections(const Report& report)
 {
     const Cell aborted = cells::share(report.total.abortedFirst, report.total.units);
     const Cell falseFailures = cells::share(report.falseFailures, report.failedAttempts);
-    QStringList figures = notPassed(report) + totals(report) + trend(report);
+    QStringList figures{unitsText(report.total.units - report.total.passedLast),
+                        html::rows(tables::notPassed(report))};
+    figures << totals(report) << trend(report);
     figures << chart::stations(report.stations, report.total)
             << html::rows(tables::stations(report));
     figures << chart::surface(report.controls) << html::rows(tables::controls(report));
@@ -131,7 +107,8 @@ QString sections(const Report& report)
     figures << bands(report) << html::rows(tables::bands(report));
     figures << aborted.fullText() << html::rows(tables::aborted(report));
     figures << html::rows(tables::attemptsByNumber(report)) << falseFailures.fullText();
-    return filled("sections.html", figures + retested(report));
+    figures << unitsText(report.retestedUnitCount) << html::rows(tables::retested(report));
+    return filled("sections.html", figures);
 }
 } // namespace
 

@@ -42,20 +42,6 @@ QString controlMark(const ControlFailures& control, const QRectF& area)
                      "number on-" + colour + " middle") +
            svg::text(rateAt, rate, "rate on-" + colour + " middle");
 }
-
-/// The key to the colours, in one line.
-QString key(QPointF topLeft)
-{
-    constexpr double pitch = 110;
-    QString elements;
-    for (const int percent : maxPercentOfColour) {
-        const QString share = percent == 0 ? "none" : QString("up to %1 %").arg(percent);
-        elements += svg::rect({topLeft, QSizeF(22, 16)}, "control " + colourClass(percent, 100)) +
-                    svg::text(topLeft + QPointF(30, 13), share, "label");
-        topLeft.rx() += pitch;
-    }
-    return elements;
-}
 } // namespace
 
 QString chart::surface(const QVector<ControlFailures>& controls)
@@ -64,14 +50,12 @@ QString chart::surface(const QVector<ControlFailures>& controls)
     for (const ControlFailures& control : controls)
         ground = ground.united(panelArea(control.componentNum));
     ground.adjust(-margin, -margin, margin, margin);
-    constexpr double keyHeight = 36;
 
-    QString elements =
-        svg::rect({QPointF(), ground.size()}, "ground") + key({margin, ground.height() + 14});
+    QString elements = svg::rect({QPointF(), ground.size()}, "ground");
     for (const ControlFailures& control : controls)
         if (const QRectF area = panelArea(control.componentNum); !area.isEmpty())
             elements += controlMark(control, area.translated(-ground.topLeft()));
-    return svg::chart(ground.size() + QSizeF(0, keyHeight),
+    return svg::chart(ground.size(),
                       "The control surface, each control coloured by its share of failed units",
                       elements);
 }

@@ -22,7 +22,7 @@ Cell limitsCell(const Tally& part, const Tally& all)
     const QStringList positions{"below LCL", "within", "above UCL"};
     const QStringList prefixes{"▼ below LCL, ", "within ", "▲ above UCL, "};
     const ControlLimits limits = controlLimits(part.units, all);
-    const Position position = positionOf(part, all);
+    const Position position = limits.positionOf(part.passedFirst);
     const auto index = static_cast<int>(position);
     const QString range = cells::percentText(limits.lower, part.units) + " to " +
                           cells::percentText(limits.upper, part.units);
