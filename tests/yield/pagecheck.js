@@ -18,13 +18,12 @@
         expected.forEach((each, i) => same(seen[i], each, `${what} ${i}`));
     };
 
+    // The texts of the table in a section, row by row.
+    const cellsOf = id => all(`#${id} tbody:last-of-type tr`).map(row => texts('td', row));
+    const headOf = text => text.replace(/ \(.*/, '');
+
     // Charts: each shape lies where its figure is on the axis.
 
-    const count = number => number.toLocaleString('en');
-    const percent = part => part.count % part.of === 0 ? 100 * part.count / part.of + '\u00a0%'
-        : Math.min(Math.max(100 * part.share, 0.1), 99.9).toFixed(1) + '\u00a0%';
-    const share = part => `${percent(part)} (${count(part.count)} of ${count(part.of)})`;
-    const control = c => c < 9 ? 'Fader ' + c : c < 40 ? 'Button ' + (c - 9) : 'Rotary ' + (c - 40);
     const number = (shape, name) => Number(shape.getAttribute(name));
     const points = line => line.getAttribute('points').split(' ')
         .map(pair => pair.split(',').map(Number));
@@ -39,7 +38,7 @@
         sameList(all('.grid', chart).map(line => at(points(line)[0][1])), values, 'grid line');
         return {at, lowest: values[values.length - 1]};
     };
-    const checkYields = (chart, rows, slots, names) => {
+    const checkYields = (chart, rows, slots, cells) => {
         const {at, lowest} = percentAxis(chart);
         const shown = value => Math.max(100 * value, lowest);
         const marks = all('use', chart);
@@ -49,7 +48,7 @@
         const lineEnds = all('.trend', chart).map(line => points(line)[1].join());
         const edges = all('.limit', chart).map(line => at(points(line)[0][1]));
         rows.forEach((row, i) => {
-            const what = names[i] + ': ';
+            const what = cells[i].name + ': ';
             const {lcl, ucl, position} = row.control_limits;
             const [x, y] = [number(marks[i], 'x'), number(marks[i], 'y')];
             const [top, height] = [number(areas[i], 'y'), number(areas[i], 'height')];
@@ -68,13 +67,13 @@
                  what + 'line');
             same(100 * number(bar, 'height') / 54, 100 * row.units / maxUnits, what + 'bar');
             same(number(bar, 'y') + number(bar, 'height'), 290, what + 'foot of the bar');
-            same(texts('title', chart)[i], `${names[i]}: ${count(row.units)} unit` +
-                `${row.units === 1 ? '' : 's'}, first-pass yield ${share(row.first_pass_yield)}`,
-                 'hover text');
+            same(texts('title', chart)[i], `${cells[i].name}: ${cells[i].units} unit` +
+                `${row.units === 1 ? '' : 's'}, first-pass yield ${cells[i].yield}`, 'hover text');
         });
         same(at(points(chart.querySelector('.centre'))[0][1]),
              shown(figures.totals.first_pass_yield.share), 'centre line');
-        same(texts('.label.end', chart).slice(-2).join(), count(maxUnits) + ',units', 'unit axis');
+        sameList(texts('.label.end', chart).slice(-2),
+                 [maxUnits.toLocaleString('en'), 'units'], 'unit axis');
     };
     const dayMs = 24 * 3600 * 1000;
     const monthOf = day => 12 * day.getUTCFullYear() + day.getUTCMonth();
@@ -83,25 +82,26 @@
         const days = figures.trend.map(row => new Date(row.first_tested));
         const slots = days.map(day => isMonth ? monthOf(day) - monthOf(days[0])
             : (day - days[0]) / dayMs / (figures.period === 'week' ? 7 : 1));
-        const format = options => days.map(day =>
-            new Intl.DateTimeFormat('en-GB', {...options, timeZone: 'UTC'}).format(day)
-                .replace(/\bSept\b/, 'Sep'));
-        const names = texts('#trend td:first-child');
-        format(isMonth ? {month: 'long', year: 'numeric'}
-                       : {day: 'numeric', month: 'short', year: 'numeric'})
-            .forEach((date, i) => same(names[i].endsWith(date), true, names[i] + ' is ' + date));
-        checkYields(chart, figures.trend, slots, names);
-        const labels = format(isMonth ? {month: 'short', year: '2-digit'}
-                                      : {day: 'numeric', month: 'short'});
-        const seen = texts('.label.middle', chart);
-        sameList(seen, labels.filter(label => seen.includes(label)), 'label');
-        same(seen[0], labels[0], 'first label');
+        const cells = cellsOf('trend').map(([name, units, share]) => ({name, units, yield: share}));
+        checkYields(chart, figures.trend, slots, cells);
+        const timeOf = text => Date.parse(text.replace('Week of ', '') + ' UTC');
+        sameList(cells.map(cell => timeOf(cell.name)), days.map(Number), 'name of a period');
+        const centres = all('use', chart).map(mark => number(mark, 'x'));
+        const labels = all('.label.middle', chart);
+        same(number(labels[0], 'x'), centres[0], 'first label');
+        for (const label of labels) {
+            const day = days[centres.indexOf(number(label, 'x'))];
+            const whole = isMonth ? '1 ' + label.textContent
+                                  : `${label.textContent} ${day.getUTCFullYear()}`;
+            same(timeOf(whole), Number(day), 'label');
+        }
     };
     const checkStations = chart => {
-        const names = figures.stations.map(row => row.station);
-        checkYields(chart, figures.stations, names.map((_, i) => 2 * i), names);
-        const length = Math.floor(120 / names.length);
-        sameList(texts('.label.middle', chart), names.map(name =>
+        const cells = cellsOf('stations').map(([name, units, , share]) =>
+            ({name, units, yield: share}));
+        checkYields(chart, figures.stations, cells.map((_, i) => 2 * i), cells);
+        const length = Math.floor(120 / cells.length);
+        sameList(texts('.label.middle', chart), cells.map(({name}) =>
             name.length <= length ? name : '…' + name.slice(1 - length)), 'name of a station');
     };
     const checkPareto = chart => {
@@ -112,20 +112,21 @@
                  rows.map(row => 100 * row.share), 'Pareto bar');
         sameList(points(chart.querySelector('.trend')).map(([, y]) => at(y)), sums, 'sum');
         sameList(all('use', chart).map(dot => at(number(dot, 'y'))), sums, 'dot');
-        sameList(texts('.label.middle', chart), rows.map(row => control(row.component)), 'name');
-        sameList(texts('.value', chart), rows.map(row => count(row.failed_units.count)), 'value');
+        const cells = cellsOf('pareto').slice(0, 14);
+        sameList(texts('.label.middle', chart), cells.map(([name]) => headOf(name)), 'name');
+        sameList(texts('.value', chart), cells.map(([, share]) => share.match(/\((.*) of/)[1]),
+                 'value');
     };
     const checkBands = (chart, i) => {
-        const component = figures.pareto[i].component;
-        const rows = figures.missed_bands.filter(row => row.component === component);
-        const counts = rows.map(row => row.failed_units);
+        const heading = cellsOf('pareto')[i][0];
+        const cells = cellsOf('bands').filter(([name]) => name === heading);
+        const counts = cells.map(([, , units]) => Number(units.replace(',', '')));
         sameList(all('.bar', chart).map(bar => 100 * number(bar, 'height') / 78),
                  counts.map(each => 100 * each / Math.max(...counts)), 'bar of a band');
-        sameList(texts('.label', chart), rows.map(({band}) => component > 8 && component < 40
-            ? ['released', 'pressed'][band] : String(10 * band)), 'name of a band');
-        sameList(texts('.value', chart), counts.map(each => each ? count(each) : ''), 'band');
-        same(chart.parentElement.querySelector('h3').textContent,
-             `${control(component)} (component ${component})`, 'heading');
+        sameList(texts('.label', chart), cells.map(([, band]) => band.split(' ')[0]), 'band');
+        sameList(texts('.value', chart), cells.map(([, , units]) => units.replace(/^0$/, '')),
+                 'units of a band');
+        same(chart.parentElement.querySelector('h3').textContent, heading, 'heading');
     };
     const checkHeatMap = chart => {
         const steps = [0, 1, 2, 5, 10];
@@ -136,10 +137,10 @@
             const panel = all('g', chart)[i];
             const labels = [panel.nextElementSibling, panel.nextElementSibling.nextElementSibling];
             same(panel.querySelector('rect').getAttribute('class'), 'control ' + colour, component);
-            same(panel.textContent.trim(), `${control(component)} (component ${component}): ` +
-                (part.of ? share(part) : 'not tested here'), 'hover text');
+            const [name, failed] = cellsOf('heat-map')[component];
+            same(panel.textContent.trim(), `${name}: ${failed}`, 'hover text');
             sameList(labels.map(text => text.textContent),
-                     [String(component), part.of ? percent(part) : ''], 'text of ' + component);
+                     [String(component), part.of ? headOf(failed) : ''], 'text of ' + component);
             sameList(labels.map(text => text.classList[1]), Array(2).fill('on-' + colour), 'ink');
         });
         sameList(texts('.key text'), ['none', ...[...steps.slice(1), 100].map(most =>

@@ -3,9 +3,6 @@
 
 #include "yield/figures/report.h"
 
-#include <algorithm>
-#include <iterator>
-#include <numeric>
 #include <tuple>
 
 bool LastTestedFirst::operator()(const TestedUnit& a, const TestedUnit& b) const
@@ -16,21 +13,4 @@ bool LastTestedFirst::operator()(const TestedUnit& a, const TestedUnit& b) const
 bool MostAttemptsFirst::operator()(const TestedUnit& a, const TestedUnit& b) const
 {
     return a.attempts == b.attempts ? LastTestedFirst()(a, b) : a.attempts > b.attempts;
-}
-
-QVector<ControlFailures> Report::failedControls() const
-{
-    QVector<ControlFailures> failed;
-    std::copy_if(controls.cbegin(), controls.cend(), std::back_inserter(failed),
-                 [](const ControlFailures& control) { return control.failed > 0; });
-    std::stable_sort(failed.begin(), failed.end(),
-                     [](const auto& a, const auto& b) { return a.failed > b.failed; });
-    return failed;
-}
-
-int Report::failureCount() const
-{
-    return std::accumulate(
-        controls.cbegin(), controls.cend(), 0,
-        [](int sum, const ControlFailures& control) { return sum + control.failed; });
 }

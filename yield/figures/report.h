@@ -111,9 +111,7 @@ struct Report {
     static constexpr int maxNotPassedUnits = 5000;
     static constexpr int maxRetestedUnits = 200;
 
-    /// The controls with failures, those that failed most often first.
-    QVector<ControlFailures> failedControls() const;
-    int failureCount() const; ///< All failures of these together.
-    /// The first three of these.
-    QVector<ControlFailures> topControls() const { return failedControls().mid(0, 3); }
+    QVector<ControlFailures> failedControls; ///< Those with failures, most failures first.
+    int failureCount = 0;                    ///< All failures of these together.
+    QVector<ControlFailures> topControls() const { return failedControls.mid(0, 3); }
 };

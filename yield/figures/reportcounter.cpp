@@ -119,6 +119,13 @@ Report ReportCounter::finish()
         all.insert(all.end(), times.begin(), times.end());
     }
     report.testTimes = testTimesOf(all);
+    for (const ControlFailures& control : qAsConst(report.controls)) {
+        report.failureCount += control.failed;
+        if (control.failed > 0)
+            report.failedControls.append(control);
+    }
+    std::stable_sort(report.failedControls.begin(), report.failedControls.end(),
+                     [](const auto& a, const auto& b) { return a.failed > b.failed; });
     return report;
 }
 

@@ -49,7 +49,8 @@ QJsonValue cells::ratio(int part, int whole)
 Cell cells::share(int part, int whole)
 {
     const QJsonObject value{{"count", part}, {"of", whole}, {"share", ratio(part, whole)}};
-    return {percentText(part, whole), value, "line", countText(part) + " of " + countText(whole)};
+    const QString basis = countText(part) + " of " + countText(whole);
+    return {percentText(part, whole), value, "line", whole == 0 ? QString() : basis};
 }
 
 Cell cells::control(int componentNum)
@@ -61,8 +62,8 @@ Cell cells::control(int componentNum)
 Cell cells::failedUnits(const ControlFailures& control)
 {
     Cell cell = share(control.failed, control.units);
-    if (control.units > 0)
-        return cell;
-    const bool isPowerButton = control.componentNum == roster::powerButton;
-    return {isPowerButton ? "never tested" : "not tested here", cell.value, "line"};
+    if (control.units == 0)
+        cell.text =
+            control.componentNum == roster::powerButton ? "never tested" : "not tested here";
+    return cell;
 }

@@ -159,7 +159,7 @@ QString chart::trend(const Timeline& timeline, const Tally& all)
                 svg::text({chart.centre(period).x(), bottom + 18}, period.label, "label middle");
         previous = &period;
     }
-    return svg::chart({width + rightMargin, bottom + 26},
+    return svg::chart({0, 0, width + rightMargin, bottom + 26},
                       "First-pass yield and units by " + timeline.period,
                       areas + chart.frame() + marks);
 }
@@ -181,11 +181,11 @@ QString chart::stations(const QMap<QString, StationReport>& stations, const Tall
 QString chart::pareto(const Report& report)
 {
     constexpr int maxBars = 14;
-    const auto controls = report.failedControls().mid(0, maxBars);
+    const auto controls = report.failedControls.mid(0, maxBars);
     if (controls.isEmpty())
         return {};
     // Both scales end at all failures, so that the line starts on the first bar.
-    const Scale units{0, static_cast<double>(report.failureCount()), 246, 14};
+    const Scale units{0, static_cast<double>(report.failureCount), 246, 14};
     const double pitch = std::min((width - axisLeft) / controls.size(), 120.0);
     QString elements = percentAxis({0, 100, units.begin, units.end}) +
                        svg::line({{axisLeft, units.begin}, {width, units.begin}}, "axis");
@@ -200,7 +200,7 @@ QString chart::pareto(const Report& report)
             namedBar(area, control.failed, units, controlnames::control(control.componentNum));
         dots += svg::mark(sums.last(), "dot");
     }
-    return svg::chart({width, 272}, "Failed units by control, most failures first",
+    return svg::chart({0, 0, width, 272}, "Failed units by control, most failures first",
                       elements + svg::line(sums, "trend") + dots);
 }
 
@@ -216,6 +216,6 @@ QString chart::bands(const ControlFailures& control)
     for (int band = 0; band < bands.size(); ++band)
         elements += namedBar({pitch * band, units.begin, pitch, 0}, bands.at(band), units,
                              controlnames::band(control.componentNum, band).section(' ', 0, 0));
-    return svg::chart({chartWidth, 118},
+    return svg::chart({0, 0, chartWidth, 118},
                       "Missed bands of " + controlnames::control(control.componentNum), elements);
 }

@@ -48,9 +48,10 @@ QString html::rows(const Rows& rows)
     return body;
 }
 
-QString svg::chart(QSizeF size, const QString& label, const QString& elements)
+QString svg::chart(const QRectF& area, const QString& label, const QString& elements)
 {
-    const QString box = position(" viewBox='0 0 %1 %2'", {size.width(), size.height()});
+    const QString box = position(" viewBox='%1 %2 ", area.topLeft()) +
+                        position("%1 %2'", {area.width(), area.height()});
     return html::element("svg", elements, {},
                          box + " role='img' aria-label='" + html::text(label) + '\'');
 }

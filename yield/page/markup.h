@@ -33,7 +33,7 @@ QString rows(const Rows& rows);
 namespace svg
 {
 /// label: for screen readers.
-QString chart(QSizeF size, const QString& label, const QString& elements);
+QString chart(const QRectF& area, const QString& label, const QString& elements);
 
 /// Elements with a text that is shown while the mouse is over them.
 QString titled(const QString& hover, const QString& elements);

@@ -14,17 +14,10 @@ using cells::unitsText;
 using html::element;
 using html::paragraph;
 
-/// Outside the namespace: Q_INIT_RESOURCE requires it.
-static void initResources()
-{
-    Q_INIT_RESOURCE(page);
-}
-
 namespace
 {
 QString resource(const QString& name)
 {
-    initResources();
     QFile file(":/yield/" + name);
     file.open(QIODevice::ReadOnly);
     return QString::fromUtf8(file.readAll());
@@ -114,6 +107,7 @@ QString sections(const Report& report)
 
 QByteArray reportPage(const Report& report)
 {
+    Q_INIT_RESOURCE(page);
     const bool isEmpty = report.total.units == 0;
     const QString links = isEmpty ? QString() : resource("nav.html");
     const QString message = paragraph("There are no such units in the database. \"zorvi_yield "

@@ -33,21 +33,18 @@ QJsonValue textOrNull(const QString& text)
     return text.isEmpty() ? QJsonValue() : QJsonValue(text);
 }
 
-QJsonObject requestObject(const Report& report)
-{
-    const ReportRequest& request = report.request;
-    return {{"made_at", request.now.toString("yyyy-MM-ddTHH:mm:ss")},
-            {"since", textOrNull(request.since.toString(Qt::ISODate))},
-            {"until", textOrNull(request.until.toString(Qt::ISODate))},
-            {"station", textOrNull(request.station)},
-            {"exclude", QJsonArray::fromStringList(request.exclude)},
-            {"excluded_units", report.excluded}};
-}
 } // namespace
 
 QByteArray reportJson(const Report& report)
 {
-    const QJsonObject object{{"request", requestObject(report)},
+    const ReportRequest& request = report.request;
+    const QJsonObject requestObject{{"made_at", request.now.toString("yyyy-MM-ddTHH:mm:ss")},
+                                    {"since", textOrNull(request.since.toString(Qt::ISODate))},
+                                    {"until", textOrNull(request.until.toString(Qt::ISODate))},
+                                    {"station", textOrNull(request.station)},
+                                    {"exclude", QJsonArray::fromStringList(request.exclude)},
+                                    {"excluded_units", report.excluded}};
+    const QJsonObject object{{"request", requestObject},
                              {"last_logs", arrayOf(tables::lastLogs(report))},
                              {"recent_days", arrayOf(tables::recentDays(report))},
                              {"not_passed", arrayOf(tables::notPassed(report))},

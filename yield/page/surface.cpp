@@ -51,11 +51,11 @@ QString chart::surface(const QVector<ControlFailures>& controls)
         ground = ground.united(panelArea(control.componentNum));
     ground.adjust(-margin, -margin, margin, margin);
 
-    QString elements = svg::rect({QPointF(), ground.size()}, "ground");
+    QString elements = svg::rect(ground, "ground");
     for (const ControlFailures& control : controls)
         if (const QRectF area = panelArea(control.componentNum); !area.isEmpty())
-            elements += controlMark(control, area.translated(-ground.topLeft()));
-    return svg::chart(ground.size(),
+            elements += controlMark(control, area);
+    return svg::chart(ground,
                       "The control surface, each control coloured by its share of failed units",
                       elements);
 }

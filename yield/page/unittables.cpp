@@ -77,9 +77,9 @@ Rows tables::controls(const Report& report)
 Rows tables::pareto(const Report& report)
 {
     Rows rows;
-    const int all = report.failureCount();
+    const int all = report.failureCount;
     int sum = 0;
-    for (const ControlFailures& control : report.failedControls()) {
+    for (const ControlFailures& control : report.failedControls) {
         sum += control.failed;
         rows.append(controlFigures(control) + Row{{"share", percent(control.failed, all)},
                                                   {"cumulative", percent(sum, all)}});

@@ -35,11 +35,10 @@ Cell limitsCell(const Tally& part, const Tally& all)
 /// all: the units of the page.
 Row yieldFigures(const Tally& tally, const Tally& all)
 {
-    const bool isEmpty = tally.units == 0;
-    return {{"first_pass_yield", isEmpty ? empty : cells::share(tally.passedFirst, tally.units)},
-            {"control_limits", isEmpty ? empty : limitsCell(tally, all)},
-            {"final_yield", isEmpty ? empty : cells::share(tally.passedLast, tally.units)},
-            {"aborted", isEmpty ? Cell{"–", {}, "number"} : cells::count(tally.abortedFirst)}};
+    return {{"first_pass_yield", cells::share(tally.passedFirst, tally.units)},
+            {"control_limits", tally.units == 0 ? empty : limitsCell(tally, all)},
+            {"final_yield", cells::share(tally.passedLast, tally.units)},
+            {"aborted", cells::count(tally.abortedFirst)}};
 }
 
 /// begin: the first day of the period.
@@ -50,27 +49,21 @@ Row periodFigures(const QString& name, const QDate& begin, const Tally& tally, c
            yieldFigures(tally, all);
 }
 
-/// "2 min 35 s"; the value has seconds.
+/// "2 min 35 s", "1 h 0 min 12 s".
+QString durationText(qint64 seconds)
+{
+    const qint64 hours = seconds / hourSeconds;
+    const QString hoursText = hours > 0 ? cells::countText(static_cast<int>(hours)) + " h " : "";
+    return hoursText + QString("%1 min %2 s").arg(seconds / 60 % 60).arg(seconds % 60);
+}
+
 Cell testTimeCell(const TestTimes& times)
 {
     if (!times.medianSeconds)
         return {"–", {}, "line"};
-    const int seconds = qRound(*times.medianSeconds);
-    const int hours = seconds / 3600;
-    const QString hoursText = hours > 0 ? QString("%1 h ").arg(hours) : QString();
-    const QString text = QString("%1 min %2 s").arg(seconds / 60 % 60).arg(seconds % 60);
     const QJsonObject value{{"seconds", *times.medianSeconds}, {"attempts", times.attempts}};
-    return {hoursText + text, value, "line", cells::countText(times.attempts) + " attempts"};
-}
-
-/// Whole minutes; from 2 hours or 2 days on whole hours or days.
-QString ageText(qint64 seconds)
-{
-    if (seconds >= 2 * daySeconds)
-        return QString("%1 days").arg(seconds / daySeconds);
-    if (seconds >= 2 * hourSeconds)
-        return QString("%1 hours").arg(seconds / hourSeconds);
-    return QString("%1 min").arg(seconds / 60);
+    return {durationText(qRound(*times.medianSeconds)), value, "line",
+            cells::countText(times.attempts) + " attempts"};
 }
 
 Row lastLogFigures(const LastLog& lastLog, const QDateTime& now)
@@ -87,7 +80,7 @@ Row lastLogFigures(const LastLog& lastLog, const QDateTime& now)
                                            : Cell{text, lastLog.testedAt, "line"};
     return {{"station", station},
             {"tested_at", timeCell},
-            {"age_seconds", {ageText(age), age, "line"}}};
+            {"age_seconds", {durationText(age), age, "line"}}};
 }
 
 /// The control that failed most often, the first of several.
