@@ -30,7 +30,7 @@ class TestHeardRun : public QObject
 
     /// Whether these requests and nothing else are heard until all has rung out; a few blocks may
     /// lie between two of them.
-    bool hears(const QByteArray& requests) const
+    bool hears(const std::vector<Request>& requests) const
     {
         Samples left;
         while (left.size() < 90000) {
@@ -42,7 +42,7 @@ class TestHeardRun : public QObject
         }
         for (std::size_t delay = 0; delay < 64 * 512; delay += 512) {
             std::vector<Begin> begins;
-            for (const char request : requests)
+            for (const Request request : requests)
                 begins.push_back({request, begins.empty() ? 0 : delay});
             if (distance(fromItsBegin(left), fromItsBegin(mixOf(begins))) < inaudible)
                 return true;
@@ -69,13 +69,15 @@ private Q_SLOTS:
     /// control.
     void everyRequestIsHeard()
     {
+        const std::vector<Request> band{Request::Click};
+        const std::vector<Request> passed{Request::Click, Request::Bell};
         station::receive(*window, passingMessages(1));
-        QVERIFY(hears("b"));
+        QVERIFY(hears({Request::Beep}));
         for (int c = 0; c <= 43; ++c) {
             auto messages = passingMessages(c);
             while (c != 18 && c != 39 && !messages.isEmpty()) {
                 station::receive(*window, {messages.takeFirst()});
-                QVERIFY2(hears(messages.isEmpty() ? "cd" : "c"),
+                QVERIFY2(hears(messages.isEmpty() ? passed : band),
                          qPrintable(QString("component %1, %2 left").arg(c).arg(messages.size())));
             }
         }
@@ -84,15 +86,15 @@ private Q_SLOTS:
     void signalsAndSwitchOfTheWindow()
     {
         Q_EMIT window->signal_Click();
-        QVERIFY(hears("c"));
+        QVERIFY(hears({Request::Click}));
         Q_EMIT window->signal_Beep();
-        QVERIFY(hears("b"));
+        QVERIFY(hears({Request::Beep}));
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
-        QVERIFY(hears(""));
+        QVERIFY(hears({}));
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
-        QVERIFY(hears("d"));
+        QVERIFY(hears({Request::Bell}));
     }
 };
 

@@ -114,7 +114,7 @@ private Q_SLOTS:
         QTest::newRow("suspended") << 0;
     }
 
-    /// A window that opens after it is heard again.
+    /// Each window is heard, also after one whose server stopped.
     void stopsInTheMiddleOfARun()
     {
         QFETCH(int, signal);

@@ -34,16 +34,20 @@ end_servers() {
         wait "${servers[$server]}"
     done
 }
-has_sink() { pactl list short sinks | grep -q "$1"; }
+has_sink() { timeout -k 1 10 pactl list short sinks | grep -q "$1"; }
 
 # is_heard: what the sound server plays while a band is touched. Its level, because the emulated card
 # repeats and loses blocks.
 is_heard() {
-    local recording=/tmp/level.raw level
-    timeout 4 parec --raw --format=s16le --channels=1 -d @DEFAULT_MONITOR@ > "$recording" &
-    pause 2
+    local recording=/tmp/level.raw level recorder
+    rm -f "$recording"
+    timeout -k 1 120 parec --raw --format=s16le --channels=1 -d @DEFAULT_MONITOR@ > "$recording" &
+    recorder=$!
+    wait_for test -s "$recording"
     touch_bands "$1" "$2" "$2"
-    wait $!
+    pause 3
+    kill "$recorder"
+    wait "$recorder"
     level=$(/usr/bin/python3 -c 'import numpy, sys
 print(max(abs(numpy.fromfile(sys.argv[1], "<i2").astype(int)), default=0))' "$recording")
     note "highest sample of a click: $level of 32767"

@@ -5,7 +5,7 @@
 # usage: guest.sh ["GROUP..." [TREE]]
 #
 # Runs in the machine that run.sh boots, as its first process: prepares it, runs each group of
-# tests, switches the machine off. TREE: the Debian in a folder whose station is tried.
+# tests, switches the machine off. TREE: the chroot whose station is tested.
 export PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8
 here=$(dirname "$(readlink -f "$0")")
 project=$(readlink -f "$here/../..")

@@ -7,7 +7,7 @@ set -uo pipefail
 here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 built=${project:?}/build/release/bin
 bin=$built
-# The station of a Debian in a folder is started in there, with its libraries.
+# The station of a chroot is started in it, with its libraries.
 [ -z "${tree:-}" ] || bin=$tree/station/build/release/bin
 group=$(basename "$0" .sh)
 failures=0

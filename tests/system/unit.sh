@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
 # Units: USB MIDI devices that the kernel plays itself, plugged into its own USB sockets, and what
-# such a unit says.
+# such a unit sends.
 gadgets=/sys/kernel/config/usb_gadget
 
 # build_unit ID NAME [PORTS]: a unit with that product string.
@@ -80,13 +80,12 @@ press() {
     say $((0x80 + $1 - 1)) "$2" 0
 }
 
-# work_from CONTROLLER [marked]: the rest of a run, from this fader on; marked: as a station with
-# the marker tests it.
+# work_from CONTROLLER [TARVEK]: the rest of a run, from this fader on; TARVEK: as a TARVEK station tests it.
 work_from() {
     local number
     for ((number = $1; number <= 9; ++number)); do touch_bands "$number" 0 12; done
     for number in {1..9}; do press 1 "$number"; done
-    [ "${2:-}" != marked ] || press 2 0
+    [ "${2:-}" != TARVEK ] || press 2 0
     for number in {10..29}; do press 1 "$number"; done
     for number in {10..13}; do touch_bands "$number" 0 12; done
 }

@@ -183,6 +183,7 @@
     for (const [id, names] of Object.entries(tables))
         sameList(all(`#${id} tbody`).map(body => body.rows.length),
                  names.map(name => figures[name].length).filter(rows => rows), 'rows of ' + id);
+    same(all('details > summary').length, all('summary').length, 'tables that open');
     for (const cell of all('td'))
         same(cell.className === 'bad', /^(no log|▼|failed$|aborted$)/.test(cell.textContent),
              'in red: ' + cell.textContent);
