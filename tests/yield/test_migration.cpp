@@ -42,25 +42,25 @@ void makeTables(Database& database, bool isServer, int version)
     for (const QString& statement : text.split(";\n", Qt::SkipEmptyParts))
         database.run(statement);
     database.run("INSERT INTO stations (name, tests_18) VALUES ('S', 0), ('TARVEK', 1)");
-    Statement attempt(database, "INSERT INTO attempts (id, station_id, serial, tested_at, marks, "
-                                "complete) VALUES (?, ?, ?, ?, ?, ?)");
-    const auto add = [&](int id, int station, const StationLog& log, bool isComplete) {
-        attempt.run({id, station, log.serial, log.testedAt, bandmarks::packed(log.marks),
-                     isComplete ? 1 : 0});
+    Statement attempt(database, "INSERT INTO attempts (station_id, serial, tested_at, marks, "
+                                "complete) VALUES (?, ?, ?, ?, ?)");
+    const auto add = [&](int station, const StationLog& log, bool isComplete) {
+        attempt.run(
+            {station, log.serial, log.testedAt, bandmarks::packed(log.marks), isComplete ? 1 : 0});
     };
-    add(7, 1, whole, true);
-    add(8, 1, dead, false);
-    add(9, 1, cut, false);
-    add(21, 2, log("all", 3, unitlogs::passedWith18()), true);
+    add(1, whole, true);
+    add(1, dead, false);
+    add(1, cut, false);
+    add(2, log("all", 3, unitlogs::passedWith18()), true);
     Statement(database, QString("INSERT INTO %1 (station_id, serial, tested_at, marks) "
                                 "VALUES (1, ?, ?, ?)")
                             .arg(version == 1 ? "other_saves" : "repeated_saves"))
         .run({again.serial, again.testedAt, bandmarks::packed(again.marks)});
-    database.run("INSERT INTO missed_bands VALUES (8, 3, 5)");
+    database.run("INSERT INTO missed_bands VALUES (2, 3, 5)");
     if (version == 1) // which did not know aborted runs
-        database.run("INSERT INTO missed_bands VALUES (9, 42, 0), (9, 43, 0)");
+        database.run("INSERT INTO missed_bands VALUES (3, 42, 0), (3, 43, 0)");
     else
-        database.run("UPDATE attempts SET ended_at = 42 WHERE id = 9");
+        database.run("UPDATE attempts SET ended_at = 42 WHERE id = 3");
 }
 
 /// Columns and indexes, a line each.
@@ -151,7 +151,7 @@ private Q_SLOTS:
                                "S: whole at 12:09, repeated, 227 marks",
                                "TARVEK: all at 12:03, passed, 18 tested, 229 marks"};
         QCOMPARE(storedrows::all(*database), rows);
-        QCOMPARE(storedrows::attemptIds(*database), QVector<int>({7, 8, 9, 21}));
+        QCOMPARE(storedrows::attemptIds(*database), QVector<int>({1, 2, 3, 4}));
         QCOMPARE(readError(*database), QString());
         database->run("SELECT * FROM results");
         if (isServer())
@@ -159,6 +159,12 @@ private Q_SLOTS:
 
         schema::migrate(*database);
         QCOMPARE(attemptstore::store(*database, {"S"}, logs).duplicates, 4);
+        // A repeated save does not become an attempt by another name.
+        QCOMPARE(attemptstore::store(*database, {"T"}, logs).added, 4);
+        attemptstore::renameStation(*database, "T", "S");
+        QCOMPARE(attemptstore::store(*database, {"T"}, logs).added, 4);
+        attemptstore::renameStation(*database, "S", "T");
+        attemptstore::renameStation(*database, "T", "S");
         QCOMPARE(storedrows::all(*database), rows);
     }
 
