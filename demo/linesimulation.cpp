@@ -58,7 +58,7 @@ class Line
 public:
     /// The collectors make the outboxes.
     explicit Line(const QString& outputFolder)
-        : folder(outputFolder + QStringLiteral("/line"))
+        : folder(outputFolder + QStringLiteral("/simulated-line"))
     {
         QDir(folder).removeRecursively();
         for (int station = 0; station < stations.size(); ++station) {

@@ -45,10 +45,10 @@ int unitsAt(int station, int units);
 int unitsWith(double rate, int unitsAtStation);
 
 /// Makes in an existing folder yield.html, the report of the next morning without the known-good
-/// units, and, in place of an earlier one, the folder line: what the line leaves by the end of its
-/// last day, attempts.sqlite and a folder with Logs/ for each station. Most units with a fault are
-/// repaired within days and tested again. The same number of units and the same day give the same
-/// attempts. Needs a QApplication, and English names of days and months (LC_ALL=C.UTF-8). Throws
-/// std::runtime_error if something cannot be written.
+/// units, and, in place of an earlier one, the folder simulated-line: what the line leaves by the
+/// end of its last day, attempts.sqlite and a folder with Logs/ for each station. Most units with a
+/// fault are repaired within days and tested again. The same number of units and the same day give
+/// the same attempts. Needs a QApplication, and English names of days and months (LC_ALL=C.UTF-8).
+/// Throws std::runtime_error if something cannot be written.
 void run(const QString& folder, int units, const QDate& lastDay);
 } // namespace linesimulation

@@ -39,7 +39,7 @@ int main(int argc, char* argv[])
                       QStringLiteral("number"), QStringLiteral("300")});
     parser.addOption({QStringLiteral("output"),
                       QStringLiteral("Folder for yield.html and, in place of an earlier one, the "
-                                     "folder line with logs and database (default: the "
+                                     "folder simulated-line with logs and database (default: the "
                                      "current one)."),
                       QStringLiteral("folder"), QStringLiteral(".")});
     parser.process(application);

@@ -2,15 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# Makes the pictures of the documents: the drawings from their sources, the station's from a run of
-# the demo (release build, under Xvfb). No screen is needed.
+# Makes the pictures of the documents from runs of the demos (release build, under Xvfb). No screen
+# is needed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 runs=$(mktemp -d)
 trap 'rm -rf "$runs"' EXIT
-
-docs/draw_house.sh
-dot -Tsvg docs/pictures/threads.dot -o docs/pictures/threads.svg
 
 run() { # folder, more options of the demo
     xvfb-run -a -s '-screen 0 1280x800x24' \
@@ -25,9 +22,9 @@ convert "$runs/good/start.png" -crop 60x270+210+200 +repage -strip docs/pictures
 convert "$runs/good/middle.png" -crop 60x270+390+200 +repage -strip docs/pictures/fader-under-test.png
 convert "$runs/good/end.png" -crop 60x270+210+200 +repage -strip docs/pictures/fader-done.png
 
-# The yield of the demo's two weeks.
+# The page of the simulated line.
 build/release/bin/zorvi_line_demo --output "$runs" >/dev/null
 chromium --headless --no-sandbox --disable-gpu --no-first-run --hide-scrollbars \
-    --user-data-dir="$runs/profile" --window-size=1230,1650 --screenshot="$runs/yield.png" \
+    --user-data-dir="$runs/profile" --window-size=1230,1690 --screenshot="$runs/yield.png" \
     "file://$runs/yield.html" 2>/dev/null
 convert "$runs/yield.png" -strip +dither -colors 200 docs/pictures/yield.png

@@ -28,7 +28,9 @@ export_source() { # into this folder
     [ "$ID ${VERSION_ID:+known}" != 'debian known' ] ||
         sed -i "1s/($version) [a-z]*;/($version~deb$VERSION_ID) $VERSION_CODENAME;/" \
             "$1"/debian/{changelog,NEWS}
-    # The dates of a checkout must not matter.
+    # The dates of a checkout must not matter. Ninja would wait for one in the future to pass.
+    [ "$(dpkg-parsechangelog -S Timestamp)" -lt "$(date +%s)" ] ||
+        fail "debian/changelog has a date in the future"
     find "$1" -exec touch --no-dereference --date="$(dpkg-parsechangelog -S Date)" {} +
 }
 

@@ -24,7 +24,7 @@ QByteArray pageIn(const QTemporaryDir& folder)
 
 Report reportIn(const QTemporaryDir& folder, const QString& exclude)
 {
-    Database database(folder.filePath("line/attempts.sqlite"), Database::Access::Read);
+    Database database(folder.filePath("simulated-line/attempts.sqlite"), Database::Access::Read);
     ReportRequest request;
     request.exclude << exclude;
     request.now = QDateTime::currentDateTime();

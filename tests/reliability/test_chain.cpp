@@ -117,11 +117,7 @@ class TestChain : public QObject
     QMap<QString, int> savesOf; ///< By serial.
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        station::quiet();
-        unitlink::keepInputThreadRunning();
-    }
+    void initTestCase() { station::quiet(); }
 
     void cleanup()
     {

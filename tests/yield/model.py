@@ -330,9 +330,11 @@ def saves_of_run(marks):
 
 
 def run_logs(station, serial, tests_18, time):
-    """Most runs are known by name, as those from an outbox; some are old logs without it."""
+    """Most logs name their run, as those from an outbox; some are old ones that do not. Units pass
+    at the last station only, and a tenth of the days is bad."""
     end = random.choice([44] * 12 + [43, 42, 41, 40, 38, 19, 18, 5, 1])
-    marks = marks_of_run(tests_18, end, 0.05 if "<" in station else 0.01)
+    failures = 0.2 if (datetime.date.today() - time.date()).days % 10 == 3 else 0.01
+    marks = marks_of_run(tests_18, *((44, 0) if station == "\u4e00" else (end, failures)))
     duration = random.choice([1, 60, 61, 150, 150, 3600, 86400, 86401, -1])
     started = time - duration * SECOND + random.choice([0, 0, 1, 500]) * SECOND / 1000
     run = f"{started:%Y%m%dT%H%M%S}.{started.microsecond // 1000:03}-{random.getrandbits(64):016x}"
@@ -376,10 +378,10 @@ def plant():
     tests_18 = {name: random.random() < 0.4 for name in names}
     serials = ["", " ", "KG-/4", "\u00e4\u00df", "'\"", "\U0001f600", "KG-1", "KG-22", "kg-1"]
     serials += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
-    serials += ["0908-%04d" % number for number in range(random.choice([0, 20, 150]))]
-    long = random.choice([3, 12, 40, 80, 600])
+    serials += ["0908-%04d" % number for number in range(random.choice([0, 20, 150, 300]))]
+    long = random.choice([3, 12, 60, 80, 600])
     days = [datetime.date.today() + datetime.timedelta(days=ahead) for ahead in range(-long, 3)]
-    days += [datetime.date(1999, 12, 31), datetime.date(2000, 1, 1)][: random.choice([1, 1, 2])]
+    days += [datetime.date(1999, 12, 31), datetime.date(2000, 1, 1)][: random.choice([0, 1, 1, 1, 2])]
     logs = [log for s in serials for log in unit_logs(s, tests_18, random.choice(days))]
     random.shuffle(logs)
     return logs, tests_18, list(random_requests(days, logs))
@@ -409,7 +411,7 @@ def import_logs(program, folder, logs, tests_18):
             file = f"{log.run}-{log.save}{end}" if log.run else f"{i}.txt"
             if log.station == station:
                 (path / file).write_bytes(log_bytes(log))
-        options = ["--station", station] + ["--tests-18"] * has_18
+        options = ["--station", station] + ["--tests-component-18"] * has_18
         database = ["--database", folder / "a.sqlite"]
         run([program, "import", *database, *options, path])
 

@@ -174,6 +174,20 @@
         charts.forEach(check);
     }
 
+    const tables = {
+        'status': ['last_logs', 'recent_days'], 'not-passed': ['not_passed'], 'trend': ['trend'],
+        'stations': ['stations'], 'heat-map': ['controls'], 'pareto': ['pareto'],
+        'bands': ['missed_bands'], 'aborted': ['aborted'], 'retests': ['attempts_by_number'],
+        'retested': ['retested'],
+    };
+    for (const [id, names] of Object.entries(tables))
+        sameList(all(`#${id} tbody`).map(body => body.rows.length),
+                 names.map(name => figures[name].length).filter(rows => rows), 'rows of ' + id);
+    same(all('details > summary').length, all('summary').length, 'tables that open');
+    for (const cell of all('td'))
+        same(cell.className === 'bad', /^(no log|▼|failed$|aborted$)/.test(cell.textContent),
+             'in red: ' + cell.textContent);
+
     // What can be seen
 
     const style = element => getComputedStyle(element);
@@ -201,12 +215,6 @@
     };
     const fill = kind => probe(kind).fill;
 
-    const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
-    while (walker.nextNode()) {
-        const parent = walker.currentNode.parentElement;
-        if (walker.currentNode.data.trim() && !parent.closest('svg, script'))
-            need(4.5, style(parent).color, ground(parent), walker.currentNode.data);
-    }
     for (const text of all('svg text')) {
         const step = [...text.classList].find(name => name.startsWith('on-failed'));
         need(4.5, style(text).fill, step ? fill(step.slice(3)) : ground(text.closest('div')),

@@ -62,50 +62,38 @@ private Q_SLOTS:
                       attempt("C", "08:10:00", abortedAt(5), "Two"),
                       attempt("C", "08:20:00", missing(3, 0), "Two"),
                       attempt("D", "08:30:00", passed()), attempt("D", "08:40:00", abortedAt(9))});
-        QCOMPARE(numbers(report.total), Numbers({4, 7, 2, 2, 1}));
         QCOMPARE(numbers(report.days.value({2026, 11, 18})), Numbers({4, 7, 2, 2, 1}));
         QCOMPARE(numbers(report.stations["One"].tally), Numbers({3, 5, 2, 2, 0}));
-        QCOMPARE(numbers(report.stations["Two"].tally), Numbers({1, 2, 0, 0, 1}));
-        QCOMPARE(report.stations["One"].topFailure()->componentNum, 3);
-        QVERIFY(!report.stations["Two"].topFailure());
-        QCOMPARE(report.controls[3].units, 4);
-        QCOMPARE(report.controls[3].failed, 1);
-        QCOMPARE(report.controls[3].missedBands.last(), 1);
-        QCOMPARE(report.controls[5].units, 3);
-        QCOMPARE(report.controls[5].aborted, 1);
+        const ControlFailures& third = report.controls[3];
+        QCOMPARE(Numbers({third.units, third.failed, third.missedBands.last()}),
+                 Numbers({4, 1, 1}));
+        const ControlFailures& fifth = report.controls[5];
+        QCOMPARE(Numbers({fifth.units, fifth.failed, fifth.aborted}), Numbers({3, 0, 1}));
         const AttemptsByNumber second = report.attemptsByNumber[1];
         QCOMPARE(Numbers({second.attempts, second.passed, second.aborted}), Numbers({3, 1, 1}));
-        QCOMPARE(report.notPassedUnits[0].last.serial, QString("D"));
-        QCOMPARE(report.notPassedUnits[1].last.serial, QString("C"));
     }
 
     void falseFailures_data()
     {
-        QTest::addColumn<QVector<Attempt>>("attempts");
+        QTest::addColumn<QVector<Attempt>>("later");
         QTest::addColumn<Numbers>("failedAndPassedNext");
-        const Attempt failed = attempt("A", "08:00:00", missing(3, 0));
-        QTest::newRow("within an hour")
-            << QVector<Attempt>{failed, attempt("A", "09:00:00", passed())} << Numbers{1, 1};
-        QTest::newRow("later") << QVector<Attempt>{failed, attempt("A", "09:00:01", passed())}
-                               << Numbers{1, 0};
-        QTest::newRow("at another station")
-            << QVector<Attempt>{failed, attempt("A", "08:05:00", passed(), "Two")} << Numbers{1, 0};
-        QTest::newRow("an aborted attempt between")
-            << QVector<Attempt>{failed, attempt("A", "08:05:00", abortedAt(9)),
-                                attempt("A", "08:10:00", passed())}
-            << Numbers{1, 1};
-        QTest::newRow("the second failure only")
-            << QVector<Attempt>{failed, attempt("A", "08:05:00", missing(3, 0)),
-                                attempt("A", "08:10:00", passed())}
-            << Numbers{2, 1};
-        QTest::newRow("another unit")
-            << QVector<Attempt>{failed, attempt("B", "08:05:00", passed())} << Numbers{1, 0};
+        const Attempt again = attempt("A", "08:10:00", passed());
+        const auto row = [](const char* name, const QVector<Attempt>& later, const Numbers& found) {
+            QTest::newRow(name) << later << found;
+        };
+        row("within an hour", {attempt("A", "09:00:00", passed())}, {1, 1});
+        row("later", {attempt("A", "09:00:01", passed())}, {1, 0});
+        row("at another station", {attempt("A", "08:05:00", passed(), "Two")}, {1, 0});
+        row("after an aborted one", {attempt("A", "08:05:00", abortedAt(9)), again}, {1, 1});
+        row("after two failures", {attempt("A", "08:05:00", missing(3, 0)), again}, {2, 1});
+        row("another unit", {attempt("B", "08:05:00", passed())}, {1, 0});
     }
 
     void falseFailures()
     {
-        QFETCH(QVector<Attempt>, attempts);
-        const FalseFailures found = reportOf(attempts).falseFailures;
+        QFETCH(QVector<Attempt>, later);
+        later.prepend(attempt("A", "08:00:00", missing(3, 0)));
+        const FalseFailures found = reportOf(later).falseFailures;
         QTEST(Numbers({found.failed, found.passedNext}), "failedAndPassedNext");
     }
 

@@ -21,9 +21,10 @@ struct Progress {
     void add(int more)
     {
         done += more;
-        if (!nextLine.hasExpired() || isatty(STDERR_FILENO) == 0)
+        if (!nextLine.hasExpired())
             return;
         nextLine.setRemainingTime(pauseMs);
-        messages::warn(QString("%1 %2 ...").arg(done).arg(what));
+        if (isatty(STDERR_FILENO) != 0)
+            messages::warn(QString("%1 %2 ...").arg(done).arg(what));
     }
 };

@@ -71,12 +71,6 @@ ExitStatus report(const QCommandLineParser& parser)
     return ExitStatus::Success;
 }
 
-QCommandLineOption hiddenOption(const QString& name)
-{
-    QCommandLineOption option(name, {}, name);
-    option.setFlags(QCommandLineOption::HiddenFromHelp);
-    return option;
-}
 } // namespace
 
 Report readReport(Database& database, ReportRequest request)
@@ -109,7 +103,7 @@ Command reportCommand()
              {"exclude",
               "Exclude these serials; may be given again. * stands for any characters, ? for one.",
               "pattern"},
-             hiddenOption("without"), // the name of --exclude until 1.2.0
+             command::hiddenOption("without", "pattern"), // --exclude until 1.2.0
              {"format", "html or json (default: html).", "html|json", "html"},
              {"output",
               "The file, \"-\" for standard output (default: zorvi_yield.html; for JSON standard "

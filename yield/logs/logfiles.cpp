@@ -45,8 +45,8 @@ bool logfiles::isGone(const QString& path)
 std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason)
 {
     // Nor is it opened: a pipe would keep the reader waiting.
-    if (const QFileInfo info(path); info.exists() && !info.isFile() && !info.isDir()) {
-        reason = "it is no file";
+    if (const QFileInfo info(path); info.exists() && !info.isFile()) {
+        reason = info.isDir() ? "the folder cannot be read" : "it is no file";
         return std::nullopt;
     }
     QFile file(path);

@@ -101,7 +101,7 @@ Axes axesOf(const Timeline& timeline, const Tally& all)
     lowest = std::min(lowest, 100.0 * controlLimits(maxUnits, all).lower / maxUnits);
     const double begin = std::clamp(std::floor((lowest - 1) / 10) * 10, 0.0, 80.0);
     return {(width - axisLeft) / timeline.slotCount,
-            {begin, 100, 196, 16},
+            {begin, 100, 196, 28},
             {0, static_cast<double>(maxUnits), 290, 236}};
 }
 

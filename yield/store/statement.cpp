@@ -53,6 +53,8 @@ void Statement::fail()
 QString Statement::text(int column) const
 {
     const QByteArray bytes = value(column).toByteArray();
+    if (bytes.isEmpty())
+        return ""; // not a null text, which would be stored as NULL
     const QString text = QString::fromUtf8(bytes);
     // A byte order mark in front belongs to the text, but is not converted.
     return bytes.startsWith("\xEF\xBB\xBF") ? QChar(QChar::ByteOrderMark) + text : text;
