@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/yield/storedrows.h"
+#include "tests/yield/testdatabase.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/store/attemptreader.h"
 #include "yield/store/attemptstore.h"
@@ -11,9 +11,9 @@
 #include <QTest>
 
 #include <algorithm>
-#include <functional>
 #include <numeric>
 
+using testdatabase::errorOf;
 using unitlogs::abortedAt;
 using unitlogs::log;
 using unitlogs::passed;
@@ -54,17 +54,6 @@ StoreCounts store(Database& database, const Fact& fact)
     return attemptstore::store(database, fact.station, {fact.file});
 }
 
-QString errorOf(const std::function<void()>& act)
-{
-    try {
-        act();
-    } catch (const DatabaseError& error) {
-        const char* kinds[] = {"unusable", "newer", "unavailable", "data"};
-        return QString("%1: %2").arg(kinds[static_cast<int>(error.kind())], error.text());
-    }
-    return "none";
-}
-
 const StationLog begun = log("x", 0, without(abortedAt(20), 3, 5));
 const StationLog whole = log("y", 5, passed());
 const StationLog own = log("z", 9, passed());
@@ -90,7 +79,7 @@ private Q_SLOTS:
 
     void init()
     {
-        database = emptyDatabase(isServer() ? &server : nullptr);
+        database = testdatabase::empty(isServer() ? &server : nullptr);
         schema::migrate(*database);
     }
 
@@ -163,7 +152,7 @@ private Q_SLOTS:
                 continue;
             for (const std::size_t fact : order)
                 store(*database, facts[fact]);
-            QCOMPARE(storedrows::all(*database), rows);
+            QCOMPARE(testdatabase::rows(*database), rows);
             for (const char* table : {"attempts", "repeated_saves", "stations"})
                 database->run(QString("DELETE FROM %1").arg(table));
         }
@@ -195,13 +184,13 @@ private Q_SLOTS:
     {
         store(*database, imported("S", whole));
         store(*database, saved("S", nameOf(2, 1), own));
-        const QVector<int> before = storedrows::attemptIds(*database);
+        const QVector<int> before = testdatabase::attemptIds(*database);
         QCOMPARE(before.size(), 2);
         store(*database, saved("S", nameOf(1, 1), begun)); // a third one, until its run is known
         store(*database, saved("S", nameOf(1, 2), whole));
         store(*database, saved("S", nameOf(2, 3), log("z", 11, passedWith18())));
         store(*database, saved("R", nameOf(2, 2), log("z", 10, passed())));
-        QCOMPARE(storedrows::attemptIds(*database), before);
+        QCOMPARE(testdatabase::attemptIds(*database), before);
     }
 
     void renamed_data()
@@ -234,9 +223,9 @@ private Q_SLOTS:
         for (const Fact& fact : facts)
             store(*database, fact);
         attemptstore::renameStation(*database, "Old", "New");
-        QCOMPARE(storedrows::all(*database), rows);
+        QCOMPARE(testdatabase::rows(*database), rows);
         attemptstore::renameStation(*database, "New", "New");
-        QCOMPARE(storedrows::all(*database), rows);
+        QCOMPARE(testdatabase::rows(*database), rows);
         QCOMPARE(errorOf([&] { attemptstore::renameStation(*database, "Old", "New"); }),
                  QString("unusable: no station is named \"Old\""));
     }
@@ -321,6 +310,20 @@ private Q_SLOTS:
         QCOMPARE(found, QSet<QString>(serials.begin(), serials.end()));
     }
 
+    /// All of the logs are stored, or none.
+    void fullDisk()
+    {
+        if (isServer())
+            return;
+        database->run("PRAGMA max_page_count = 1"); // as many as there are
+        std::vector<LogFile> logs;
+        for (int minute = 0; minute < 1000; ++minute)
+            logs.push_back({log("x", minute, passed())});
+        const auto act = [&] { attemptstore::store(*database, {"S"}, logs); };
+        QVERIFY(errorOf(act).startsWith("unavailable: "));
+        QCOMPARE(testdatabase::rows(*database), QStringList());
+    }
+
     void errors()
     {
         const auto read = [&] { attemptreader::forEachByUnit(*database, [](const Attempt&) {}); };
@@ -332,7 +335,7 @@ private Q_SLOTS:
         QCOMPARE(errorOf(read), QString("data: the marks of an attempt in the database are damaged "
                                         "(serial \"a\uFFFD\")"));
         QVERIFY(run("SELECT none FROM stations").startsWith("unavailable: "));
-        database = emptyDatabase(isServer() ? &server : nullptr);
+        database = testdatabase::empty(isServer() ? &server : nullptr);
         QVERIFY(errorOf(read).contains("holds no attempts yet"));
         if (!isServer()) {
             const QTemporaryDir folder;
