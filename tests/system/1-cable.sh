@@ -31,7 +31,7 @@ plug unit
 check 'a unit is found' linked
 is_read_by_others() { grep -A2 '"Zorvi_Control MIDI 1"' /proc/asound/seq/clients | grep -q ' 14:0'; }
 check 'the other program reads the unit too' wait_for is_read_by_others
-check 'the label says that it is connected' wait_for label_is_other
+check 'the label shows that it is connected' wait_for label_is_other
 screenshot connected
 
 type_serial WHOLE
@@ -47,8 +47,8 @@ type_serial PULLED
 turn 1 0 63
 hush
 unplug unit
-check 'the cable is pulled: the unit is let go' wait_for is_let_go
-check 'the label says that it is not connected' wait_for label_is_as_without_unit
+check 'the cable is pulled: the station closes the input' wait_for is_let_go
+check 'the label shows that it is not connected' wait_for label_is_as_without_unit
 screenshot pulled
 plug unit
 check 'the cable is put back: the unit is found' linked
