@@ -48,7 +48,8 @@ double unitoptions::number(const QCommandLineParser& parser, const QString& opti
     const double value = parser.value(option).toDouble(&isNumber);
     if (!isNumber || !(value >= min && value <= max)) // NaN is neither
         fail(QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\".")
-                 .arg(option, QString::number(min), QString::number(max), parser.value(option)));
+                 .arg(option, QString::number(min, 'g', 10), QString::number(max, 'g', 10),
+                      parser.value(option)));
     return value;
 }
 
