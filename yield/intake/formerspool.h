@@ -3,17 +3,21 @@
 
 #pragma once
 
-#include <QString>
+#include "yield/store/attemptstore.h"
 
-class Database;
+#include <QStringList>
 
 /// The spool of version 1.2.0, a folder where logs waited for their database. Nothing adds to it
-/// any more; what was pending there is stored once.
+/// any more.
 namespace formerspool
 {
-/// Stores the logs below the folder that --spool named, as the stations that they were spooled for,
-/// and moves each to a folder "stored" beside it. Logs that were spooled for another database than
-/// location stay. Prints what the user should know. Returns false if a log was not stored. Throws
-/// DatabaseError.
-bool store(Database& database, const QString& location, const QString& root);
+/// The logs that were spooled for one database and station.
+struct Spool {
+    Station station;
+    QStringList logs;
+};
+
+/// Reads the folder that --spool named. Prints which logs it leaves out because they were spooled
+/// for another database.
+std::vector<Spool> read(const QString& root, const QString& database);
 } // namespace formerspool
