@@ -12,21 +12,13 @@
 
 namespace
 {
-QList<QCommandLineOption> stationOptions()
+QList<QCommandLineOption> intakeOptions()
 {
     return {{"station", "The station that the logs come from (default: this computer's name).",
              "name", QSysInfo::machineHostName()},
             {"tests-component-18", "The station tests component 18. The database remembers it."},
-            command::hiddenOption("tests-18")};
-}
-
-QCommandLineOption spoolOption()
-{
-    const QString standard =
-        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
-    const QString help = "The spool of version 1.2.0, whose pending logs are imported when the "
-                         "outbox is made (default: %1).";
-    return {"spool", help.arg(standard), "folder", standard};
+            command::hiddenOption("tests-18"),
+            command::hiddenOption("spool", "folder")}; // of version 1.2.0
 }
 
 Station stationOf(const QCommandLineParser& parser)
@@ -38,18 +30,17 @@ Station stationOf(const QCommandLineParser& parser)
     return station;
 }
 
-CollectRequest collectRequest(const QCommandLineParser& parser)
+ExitStatus collect(const QCommandLineParser& parser)
 {
     const QStringList folders = parser.positionalArguments();
     if (folders.size() != 1)
         command::fail("collect takes one LOGS, the folder that a station writes to");
-    return {parser.value("database"), stationOf(parser), folders[0], parser.value("spool")};
-}
-
-ExitStatus collect(const QCommandLineParser& parser)
-{
-    Collector collector(collectRequest(parser));
-    if (!parser.isSet("once"))
+    const QString spool =
+        parser.isSet("spool")
+            ? parser.value("spool")
+            : QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
+    Collector collector({parser.value("database"), stationOf(parser), folders[0], spool});
+    if (!parser.optionNames().contains("once")) // which "import --watch" does not have
         collector.run();
     return collector.pass() ? ExitStatus::Success : ExitStatus::ProblemsFound;
 }
@@ -59,7 +50,7 @@ ExitStatus importLogs(const QCommandLineParser& parser)
     if (parser.isSet("watch")) {
         messages::warn("\"import --watch\" is \"collect\" since version 1.3.0, and goes with the "
                        "next one");
-        Collector(collectRequest(parser)).run();
+        return collect(parser);
     }
     const Station station = stationOf(parser);
     const QStringList paths = parser.positionalArguments();
@@ -101,22 +92,18 @@ Command collectCommand()
         "stores what is in it and moves it to Outbox/Stored. Goes on until it is ended, which "
         "is safe at any moment.",
         collect,
-        stationOptions() +
+        intakeOptions() +
             QList<QCommandLineOption>{{"once", "Store what is in the outbox now, then end. Exit "
-                                               "status 1 if a log stays there or was rejected."},
-                                      spoolOption()},
+                                               "status 1 if a log stays there or was rejected."}},
         "LOGS"};
 }
 
 Command importCommand()
 {
-    QCommandLineOption spool = spoolOption(); // of --watch
-    spool.setFlags(QCommandLineOption::HiddenFromHelp);
     return {"import",
             "Reads logs, or all in a folder, into the database: logs of earlier times, copies, and "
             "Outbox/Stored after a database was lost. Nothing in the folder is changed. The same "
             "logs again change nothing. Exit status 1 if a file was rejected.",
-            importLogs,
-            stationOptions() + QList<QCommandLineOption>{command::hiddenOption("watch"), spool},
+            importLogs, intakeOptions() + QList<QCommandLineOption>{command::hiddenOption("watch")},
             "FOLDER|FILE..."};
 }

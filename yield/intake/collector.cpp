@@ -3,15 +3,18 @@
 
 #include "yield/intake/collector.h"
 
-#include "yield/intake/formerspool.h"
 #include "yield/intake/messages.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
+#include <optional>
 #include <thread>
 
 namespace
@@ -29,6 +32,35 @@ void printCounts(const StoreCounts& counts)
     if (counts.added > 0)
         messages::print(QString("new logs: %1").arg(counts.added));
     logimport::printWarnings(counts);
+}
+
+/// Logs of before the outbox.
+struct EarlierLogs {
+    Station station;
+    QStringList files;
+};
+
+/// What version 1.2.0 left in a folder of its spool: a file that names the database and the
+/// station, the logs that waited, and those that were set aside because the tables refused them.
+std::optional<EarlierLogs> readSpool(const QString& folder, const QString& database)
+{
+    EarlierLogs logs;
+    for (const char* kind : {"/logs", "/aside"})
+        for (const QFileInfo& file : QDir(folder + kind).entryInfoList(QDir::Files))
+            if (file.suffix() != "reason")
+                logs.files << file.filePath();
+    QFile file(folder + "/about.json");
+    file.open(QIODevice::ReadOnly);
+    const QJsonObject about = QJsonDocument::fromJson(file.readAll()).object();
+    logs.station = {about["station"].toString(), about["tests_18"].toBool()};
+    const QString location =
+        Database::isAddress(database) ? database : QFileInfo(database).absoluteFilePath();
+    if (about["database"].toString() == location)
+        return logs;
+    if (!logs.files.isEmpty())
+        messages::warn(folder + ": not imported: its logs are for the database " +
+                       about["database"].toString());
+    return std::nullopt;
 }
 } // namespace
 
@@ -129,11 +161,14 @@ std::unique_ptr<Database> Collector::openDatabase()
 /// a kill loses none, and a later start does not import a log whose run is in the outbox.
 void Collector::importEarlierLogs(Database& database)
 {
-    auto sources = formerspool::read(request.spool, request.database);
-    sources.push_back({request.station, logfiles::filesOf(request.logs)});
-    for (const auto& source : sources)
-        for (const QStringList& files : logimport::batches(source.logs)) {
-            const auto batch = logimport::store(database, source.station, files);
+    std::vector<EarlierLogs> sources{{request.station, logfiles::filesOf(request.logs)}};
+    for (const QFileInfo& folder :
+         QDir(request.spool + "/v1").entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
+        if (const auto logs = readSpool(folder.filePath(), request.database))
+            sources.push_back(*logs);
+    for (const EarlierLogs& logs : sources)
+        for (const QStringList& files : logimport::batches(logs.files)) {
+            const auto batch = logimport::store(database, logs.station, files);
             printCounts(batch.counts);
             hasProblem = logimport::printProblems(batch) > 0 || hasProblem;
         }
@@ -145,10 +180,11 @@ void Collector::finish(const logimport::Batch& batch)
     printCounts(batch.counts);
     for (const QString& log : batch.stored)
         moveLog(log, {});
-    for (const auto& problem : batch.rejected)
-        moveLog(problem.path, problem.reason);
-    for (const auto& problem : batch.unreadable)
-        postpone(problem.path, problem.reason);
+    for (const auto& problem : batch.problems)
+        if (problem.isRejected)
+            moveLog(problem.path, problem.reason);
+        else
+            postpone(problem.path, problem.reason);
 }
 
 /// To Stored, or to Rejected if there is a reason.

@@ -25,7 +25,7 @@ void storeLogs(Database& database, const Station& station, const QStringList& pa
         if (error.kind() != DatabaseError::Kind::Data || paths.isEmpty())
             throw;
         if (paths.size() == 1) {
-            batch.rejected.push_back({paths[0], error.text()});
+            batch.problems.push_back({paths[0], error.text(), true});
             return;
         }
         const int half = paths.size() / 2;
@@ -57,10 +57,8 @@ logimport::Batch logimport::store(Database& database, const Station& station,
         if (log) {
             paths << path;
             logs.push_back({*log, OutboxName::read(QFileInfo(path).fileName())});
-        } else if (bytes) {
-            batch.rejected.push_back({path, reason});
-        } else if (!logfiles::isGone(path)) {
-            batch.unreadable.push_back({path, reason});
+        } else if (bytes || !logfiles::isGone(path)) {
+            batch.problems.push_back({path, reason, bytes.has_value()});
         }
     }
     storeLogs(database, station, paths, logs, batch);
@@ -69,14 +67,10 @@ logimport::Batch logimport::store(Database& database, const Station& station,
 
 int logimport::printProblems(const Batch& batch)
 {
-    int count = 0;
-    for (const auto& problems : {batch.rejected, batch.unreadable})
-        for (const Problem& problem : problems) {
-            messages::warn(QString("%1: not imported: %2")
-                               .arg(printableText(problem.path), printableText(problem.reason)));
-            ++count;
-        }
-    return count;
+    for (const Problem& problem : batch.problems)
+        messages::warn(QString("%1: not imported: %2")
+                           .arg(printableText(problem.path), printableText(problem.reason)));
+    return static_cast<int>(batch.problems.size());
 }
 
 void logimport::printWarnings(const StoreCounts& counts)

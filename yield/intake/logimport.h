@@ -19,14 +19,14 @@ namespace logimport
 struct Problem {
     QString path;
     QString reason;
+    bool isRejected; ///< No log, or refused by the tables; else another try may succeed.
 };
 
 /// What became of files. Files that vanished before they were read are in no list.
 struct Batch {
     StoreCounts counts;
-    QStringList stored;              ///< Duplicates and empty logs too.
-    std::vector<Problem> rejected;   ///< No log, or refused by the tables: stays so.
-    std::vector<Problem> unreadable; ///< Another try may succeed.
+    QStringList stored; ///< Duplicates and empty logs too.
+    std::vector<Problem> problems;
 };
 
 /// Files for one transaction each, few enough that others wait for a moment only. At least one

@@ -30,6 +30,7 @@ public:
     /// left alone.
     QStringList pending() const;
 
+    /// The paths of the rejected logs.
     QStringList rejected() const;
 
     /// Moves a pending log to Stored/<yyyy-mm>, the month of the run's start. Returns false if that
