@@ -5,7 +5,6 @@
 #include "yield/figures/reportcounter.h"
 #include "yield/intake/messages.h"
 #include "yield/page/page.h"
-#include "yield/page/reportjson.h"
 #include "yield/store/attemptreader.h"
 
 namespace
