@@ -371,7 +371,7 @@ private Q_SLOTS:
         const auto row = [](const QString& change, const QByteArray& printed, int status) {
             QTest::newRow(qPrintable(change)) << change << printed << status;
         };
-        const QString age = "touch -d '2 minutes ago' Logs/Outbox/Stored Logs/Outbox/Stored/*/*; ";
+        const QString age = "find Logs/Outbox -exec touch -d '2 minutes ago' {} +; ";
         const QString pend = "cp log Logs/Outbox/" + runName(1) + "; ";
         row(":", "station \"S\": last log 2026-11-21 12:00:00\noutbox Logs/Outbox: 0 pending, 0 ",
             0);

@@ -37,15 +37,16 @@ bool showDatabase(const QString& location)
     }
 }
 
-/// When the newest log of the outbox was written, pending, stored or rejected. Stored itself
-/// counts: it was made when the earlier logs had been imported.
-QDateTime newestLog(const QString& outbox)
+/// When something in the outbox was written last. Its folders count: Stored was made when the
+/// earlier logs had been imported.
+QDateTime lastChange(const QString& outbox)
 {
-    QDateTime newest = QFileInfo(outbox + "/Stored").lastModified();
-    for (QDirIterator logs(outbox, {"*.txt"}, QDir::Files, QDirIterator::Subdirectories);
-         logs.hasNext();) {
-        logs.next();
-        newest = std::max(newest, logs.fileInfo().lastModified());
+    QDateTime newest;
+    QDirIterator entries(outbox, QDir::AllEntries | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        entries.next();
+        newest = std::max(newest, entries.fileInfo().lastModified());
     }
     return newest;
 }
@@ -84,7 +85,7 @@ bool showOutbox(const QString& logs)
             .arg(outbox.path(), QString::number(pending.size()),
                  pending.isEmpty() ? "" : oldest.toString("', oldest 'yyyy-MM-dd HH:mm:ss"),
                  QString::number(rejected)));
-    const QString newer = newerLog(logs, newestLog(outbox.path()));
+    const QString newer = newerLog(logs, lastChange(outbox.path()));
     if (!newer.isEmpty())
         messages::print(QString("  %1 is newer than every log of the outbox: restart the station, "
                                 "it was started before the update")

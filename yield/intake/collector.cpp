@@ -72,32 +72,28 @@ Collector::Collector(const CollectRequest& whatToCollect)
 
 void Collector::run()
 {
-    for (;;)
-        std::this_thread::sleep_for(passAndPause());
-}
-
-/// Returns how long to wait.
-std::chrono::seconds Collector::passAndPause()
-{
-    try {
-        pass();
-        if (!isAvailable)
-            messages::print("database available again");
-        isAvailable = true;
-        printState("collecting " + outbox.path());
-    } catch (const DatabaseError& error) {
-        if (error.kind() == DatabaseError::Kind::Unusable && !isMigrated)
-            throw;
-        if (isAvailable || nextWarning.hasExpired()) {
-            messages::warn("database unavailable: " + error.text());
-            nextWarning.setRemainingTime(warningPause);
+    for (;;) {
+        auto pause = scanPause;
+        try {
+            pass();
+            if (!isAvailable)
+                messages::print("database available again");
+            isAvailable = true;
+            printState("collecting " + outbox.path());
+        } catch (const DatabaseError& error) {
+            if (error.kind() == DatabaseError::Kind::Unusable && !isMigrated)
+                throw;
+            if (isAvailable || nextWarning.hasExpired()) {
+                messages::warn("database unavailable: " + error.text());
+                nextWarning.setRemainingTime(warningPause);
+            }
+            isAvailable = false;
+            pause = databasePause;
+        } catch (const std::runtime_error& error) {
+            printState(QString::fromUtf8(error.what()));
         }
-        isAvailable = false;
-        return databasePause;
-    } catch (const std::runtime_error& error) {
-        printState(QString::fromUtf8(error.what()));
+        std::this_thread::sleep_for(pause);
     }
-    return scanPause;
 }
 
 bool Collector::pass()

@@ -36,7 +36,6 @@ public:
     bool pass();
 
 private:
-    std::chrono::seconds passAndPause();
     void makeOutbox();
     QStringList dueLogs();
     std::unique_ptr<Database> openDatabase();
