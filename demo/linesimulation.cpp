@@ -83,7 +83,7 @@ public:
     void collectLogs()
     {
         for (const auto& collector : collectors)
-            if (collector->pass() != Collector::Result::Done)
+            if (!collector->pass())
                 command::fail(QStringLiteral("the logs in %1 cannot be collected").arg(folder));
     }
 

@@ -20,7 +20,6 @@ _zorvi_yield() {
     fi
     case ${COMP_WORDS[COMP_CWORD - 1]} in
         --database | --output) _zorvi_paths -f && return ;;
-        --spool) _zorvi_paths -d && return ;;
         --format)
             if [ "$command" = report ]; then _zorvi_words html json; else _zorvi_words csv json; fi
             return
@@ -29,7 +28,7 @@ _zorvi_yield() {
         --station | --since | --until | --days | --exclude) return ;;
     esac
     case $command in
-        collect) options+=' --station --tests-component-18 --once --spool' ;;
+        collect) options+=' --station --tests-component-18 --once' ;;
         import) options+=' --station --tests-component-18' ;;
         report) options+=' --since --until --days --station --exclude --format --output' ;;
         export) options+=' --format' ;;

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/commands/progress.h"
+#include "yield/intake/messages.h"
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
 #include "yield/logs/printabletext.h"
@@ -45,14 +45,13 @@ QByteArray csvText(QString text)
 /// "3: 0 1; 18: 0": each component that missed bands with the bands.
 QString csvBands(const std::vector<bandmarks::Band>& bands)
 {
-    QStringList controls;
-    for (const auto& missed : bands) {
-        const QString control = QString::number(missed.componentNum) + ':';
-        if (controls.isEmpty() || !controls.constLast().startsWith(control))
-            controls << control;
-        controls.last() += ' ' + QString::number(missed.band);
-    }
-    return controls.join("; ");
+    QMap<int, QString> controls;
+    for (const auto& missed : bands)
+        controls[missed.componentNum] += ' ' + QString::number(missed.band);
+    QStringList texts;
+    for (auto control = controls.cbegin(); control != controls.cend(); ++control)
+        texts << QString::number(control.key()) + ':' + control.value();
+    return texts.join("; ");
 }
 
 QByteArray csv(const Attempt& attempt)
@@ -90,19 +89,15 @@ ExitStatus exportAttempts(const QCommandLineParser& parser)
         command::fail(QString("--format takes csv or json, not \"%1\"").arg(format));
     Database database(parser.value("database"), Database::Access::Read);
     // Written when it is whole: a reader that takes its time must not keep others from importing.
-    QByteArray records =
-        isJson ? "["
-               : "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n";
-    QByteArray before = "\n";
-    Progress progress{"attempts"};
+    QByteArrayList records;
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
-        progress.add(1);
-        records += isJson ? before + json(attempt) : csv(attempt);
-        before = ",\n";
+        records << (isJson ? json(attempt) : csv(attempt));
     });
-    if (isJson)
-        records += "\n]\n";
-    command::writeFile("-", [&](QFileDevice& out) { return out.write(records) == records.size(); });
+    const QByteArray text =
+        isJson ? "[\n" + records.join(",\n") + "\n]\n"
+               : "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n" +
+                     records.join();
+    command::writeFile("-", [&](QFileDevice& out) { return out.write(text) == text.size(); });
     return ExitStatus::Success;
 }
 

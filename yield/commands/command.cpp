@@ -8,8 +8,6 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStandardPaths>
-#include <QSysInfo>
 #include <QVector>
 
 #include <cstdio>
@@ -43,10 +41,9 @@ QString overview()
 }
 
 /// The argument is not repeated: there might be a password in it.
-void rejectAddress(const QString& argument, bool isSerial)
+void rejectAddress(const QString& argument)
 {
-    if (argument.startsWith("postgres:") || argument.startsWith("postgresql:") ||
-        (Database::isAddress(argument) && !isSerial)) // a serial may be any other address
+    if (argument.startsWith("postgres:") || argument.startsWith("postgresql:"))
         command::fail("a database's address goes after --database");
 }
 
@@ -69,7 +66,7 @@ ExitStatus runCommand(const Command& chosen, QStringList words)
         parser.showHelp();
     const QStringList arguments = parser.positionalArguments();
     for (const QString& argument : arguments)
-        rejectAddress(argument, chosen.name == "unit");
+        rejectAddress(argument);
     if (chosen.argument.isEmpty() && !arguments.isEmpty())
         command::fail(QString("unexpected argument \"%1\"").arg(arguments[0]));
     return chosen.run(parser);
@@ -83,7 +80,7 @@ ExitStatus command::run(const QStringList& words)
         for (const Command& known : commands())
             if (known.name == name)
                 return runCommand(known, words);
-        rejectAddress(name, false);
+        rejectAddress(name);
         if (name == "--version" || name == "-v")
             messages::print("zorvi_yield " + QCoreApplication::applicationVersion());
         else if (name == "--help" || name == "-h")
@@ -109,40 +106,6 @@ QCommandLineOption command::hiddenOption(const QString& name, const QString& val
     QCommandLineOption option(name, {}, valueName);
     option.setFlags(QCommandLineOption::HiddenFromHelp);
     return option;
-}
-
-QList<QCommandLineOption> command::stationOptions()
-{
-    return {{"station", "The station that the logs come from (default: this computer's name).",
-             "name", QSysInfo::machineHostName()},
-            {"tests-component-18", "The station tests component 18. The database remembers it."},
-            hiddenOption("tests-18")};
-}
-
-QCommandLineOption command::spoolOption()
-{
-    const QString standard =
-        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
-    const QString help =
-        "The spool of version 1.2.0, whose pending logs are stored at the start (default: %1).";
-    return {"spool", help.arg(standard), "folder", standard};
-}
-
-Station command::stationOf(const QCommandLineParser& parser)
-{
-    const Station station{parser.value("station"),
-                          parser.isSet("tests-component-18") || parser.isSet("tests-18")};
-    if (station.name.isEmpty())
-        fail("a station needs a name");
-    return station;
-}
-
-CollectRequest command::collectRequest(const QCommandLineParser& parser)
-{
-    const QStringList folders = parser.positionalArguments();
-    if (folders.size() != 1)
-        fail("collect takes one LOGS, the folder that a station writes to");
-    return {parser.value("database"), stationOf(parser), folders[0], parser.value("spool")};
 }
 
 void command::writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write)

@@ -3,9 +3,7 @@
 
 #pragma once
 
-#include "yield/commands/exitstatus.h"
 #include "yield/figures/report.h"
-#include "yield/intake/collector.h"
 #include "yield/store/database.h"
 
 #include <QCommandLineOption>
@@ -15,6 +13,16 @@
 #include <QString>
 
 #include <functional>
+
+/// The exit status of zorvi_yield, as grep and diff have it.
+enum class ExitStatus {
+    Success = 0,
+    /// A file was rejected, a log stays in the outbox, the last attempt did not pass, or status
+    /// found something that needs attention, also an unavailable database.
+    ProblemsFound = 1,
+    /// The command line makes no sense, the database cannot be used or output not be written.
+    Error = 2
+};
 
 /// A command of the program, with its help.
 struct Command {
@@ -49,18 +57,6 @@ ExitStatus run(const QStringList& words);
 /// An option that is not in the help: a former name, kept for one version. valueName: empty for an
 /// option without a value.
 QCommandLineOption hiddenOption(const QString& name, const QString& valueName = {});
-
-/// The options of a command that stores logs.
-QList<QCommandLineOption> stationOptions();
-
-/// What stationOptions() say. Throws std::runtime_error without a name.
-Station stationOf(const QCommandLineParser& parser);
-
-/// The spool of version 1.2.0.
-QCommandLineOption spoolOption();
-
-/// What is to be collected, by these options and the one argument. Throws std::runtime_error.
-CollectRequest collectRequest(const QCommandLineParser& parser);
 
 /// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is
 /// written through instead, and "-" is standard output. write returns false if not all arrived.

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/commands/progress.h"
 #include "yield/figures/reportcounter.h"
+#include "yield/intake/messages.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
 
@@ -82,11 +82,7 @@ Report readReport(Database& database, ReportRequest request)
         command::fail(QString("no station is named \"%1\"; there are: %2")
                           .arg(request.station, names.join(", ")));
     ReportCounter counter(request);
-    Progress progress{"attempts"};
-    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
-        counter.add(attempt);
-        progress.add(1);
-    });
+    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) { counter.add(attempt); });
     return counter.finish();
 }
 

@@ -4,6 +4,7 @@
 #include "yield/commands/command.h"
 #include "yield/intake/messages.h"
 #include "yield/logs/printabletext.h"
+#include "yield/store/attemptstore.h"
 
 namespace
 {

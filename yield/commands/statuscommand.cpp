@@ -37,24 +37,22 @@ bool showDatabase(const QString& location)
     }
 }
 
-/// When the newest file of the outbox and Stored was written. Stored itself counts: it was made
-/// with the outbox, and the logs of before were imported then.
-QDateTime newestFile(const QString& outbox)
+/// When something in the outbox was written last. Its folders count: Stored was made when the
+/// earlier logs had been imported.
+QDateTime lastChange(const QString& outbox)
 {
-    const QString stored = outbox + "/Stored";
-    QDateTime newest = QFileInfo(stored).lastModified();
-    QDirIterator inOutbox(outbox, QDir::Files);
-    QDirIterator inStored(stored, QDir::Files, QDirIterator::Subdirectories);
-    for (QDirIterator* files : {&inOutbox, &inStored})
-        while (files->hasNext()) {
-            files->next();
-            newest = std::max(newest, files->fileInfo().lastModified());
-        }
+    QDateTime newest;
+    QDirIterator entries(outbox, QDir::AllEntries | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        entries.next();
+        newest = std::max(newest, entries.fileInfo().lastModified());
+    }
     return newest;
 }
 
-/// A log with a mark in LOGS that was written a minute or more after every file of the outbox.
-/// Empty if there is none.
+/// A log with a mark in LOGS that was written a minute or more after every log of the outbox. Empty
+/// if there is none.
 QString newerLog(const QString& logs, const QDateTime& newest)
 {
     for (const QString& path : logfiles::filesOf(logs)) {
@@ -68,32 +66,31 @@ QString newerLog(const QString& logs, const QDateTime& newest)
     return {};
 }
 
-/// Returns false if it needs attention.
+/// Returns false if it needs attention. Throws std::runtime_error for an outbox that cannot be
+/// read.
 bool showOutbox(const QString& logs)
 {
     const Outbox outbox(logs);
     if (!outbox.exists())
-        throw OutboxError("missing, nothing collects");
+        throw std::runtime_error("missing, nothing collects");
     const QStringList pending = outbox.pending();
-    const QStringList rejected = outbox.rejected();
+    const int rejected = outbox.rejected().size();
     const QDateTime now = QDateTime::currentDateTime();
     QDateTime oldest = now;
-    for (const QString& name : pending)
-        if (const QFileInfo info(outbox.pathOf(name)); info.exists()) // or just collected
+    for (const QString& log : pending)
+        if (const QFileInfo info(log); info.exists()) // or just collected
             oldest = std::min(oldest, info.lastModified());
     messages::print(
         QString("outbox %1: %2 pending%3, %4 rejected")
             .arg(outbox.path(), QString::number(pending.size()),
                  pending.isEmpty() ? "" : oldest.toString("', oldest 'yyyy-MM-dd HH:mm:ss"),
-                 QString::number(rejected.size())));
-    for (const QString& log : rejected)
-        messages::print("  rejected: " + printableText(log));
-    const QString newer = newerLog(logs, newestFile(outbox.path()));
+                 QString::number(rejected)));
+    const QString newer = newerLog(logs, lastChange(outbox.path()));
     if (!newer.isEmpty())
-        messages::print(QString("  %1 is newer than every file of the outbox: restart the station, "
+        messages::print(QString("  %1 is newer than every log of the outbox: restart the station, "
                                 "it was started before the update")
                             .arg(printableText(newer)));
-    return rejected.isEmpty() && newer.isEmpty() && oldest.secsTo(now) < hourSeconds;
+    return rejected == 0 && newer.isEmpty() && oldest.secsTo(now) < hourSeconds;
 }
 
 ExitStatus showStatus(const QCommandLineParser& parser)
@@ -104,7 +101,7 @@ ExitStatus showStatus(const QCommandLineParser& parser)
     for (const QString& logs : parser.positionalArguments())
         try {
             isFine = showOutbox(logs) && isFine;
-        } catch (const OutboxError& error) {
+        } catch (const std::runtime_error& error) {
             messages::print(QString("outbox %1/Outbox: %2").arg(logs, error.what()));
             isFine = false;
         }

@@ -3,35 +3,64 @@
 
 #include "yield/intake/collector.h"
 
-#include "yield/intake/formerspool.h"
 #include "yield/intake/messages.h"
-#include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
-#include <chrono>
+#include <optional>
 #include <thread>
-#include <utility>
 
 namespace
 {
 using namespace std::chrono_literals;
 
-constexpr auto scanPause = 1s;
-constexpr auto databasePause = 2s;
-constexpr auto maxRetryPause = 60s;
-constexpr auto makeOutboxPause = 60s;
-constexpr qint64 hourMs = 3600000;
+constexpr std::chrono::seconds scanPause = 1s;
+constexpr std::chrono::seconds databasePause = 2s;
+constexpr std::chrono::seconds maxRetryPause = 60s;
+constexpr std::chrono::seconds makeOutboxPause = 60s;
+constexpr std::chrono::seconds warningPause = 1h;
 
 void printCounts(const StoreCounts& counts)
 {
     if (counts.added > 0)
         messages::print(QString("new logs: %1").arg(counts.added));
     logimport::printWarnings(counts);
+}
+
+/// Logs of before the outbox.
+struct EarlierLogs {
+    Station station;
+    QStringList files;
+};
+
+/// What version 1.2.0 left in a folder of its spool: a file that names the database and the
+/// station, the logs that waited, and those that were set aside because the tables refused them.
+std::optional<EarlierLogs> readSpool(const QString& folder, const QString& database)
+{
+    EarlierLogs logs;
+    for (const char* kind : {"/logs", "/aside"})
+        for (const QFileInfo& file : QDir(folder + kind).entryInfoList(QDir::Files))
+            if (file.suffix() != "reason")
+                logs.files << file.filePath();
+    QFile file(folder + "/about.json");
+    file.open(QIODevice::ReadOnly);
+    const QJsonObject about = QJsonDocument::fromJson(file.readAll()).object();
+    logs.station = {about["station"].toString(), about["tests_18"].toBool()};
+    const QString location =
+        Database::isAddress(database) ? database : QFileInfo(database).absoluteFilePath();
+    if (about["database"].toString() == location)
+        return logs;
+    if (!logs.files.isEmpty())
+        messages::warn(folder + ": not imported: its logs are for the database " +
+                       about["database"].toString());
+    return std::nullopt;
 }
 } // namespace
 
@@ -44,100 +73,73 @@ Collector::Collector(const CollectRequest& whatToCollect)
 void Collector::run()
 {
     for (;;) {
-        std::chrono::seconds pause = scanPause;
+        auto pause = scanPause;
         try {
             pass();
-            noteAvailable();
+            if (!isAvailable)
+                messages::print("database available again");
+            isAvailable = true;
+            printState("collecting " + outbox.path());
         } catch (const DatabaseError& error) {
             if (error.kind() == DatabaseError::Kind::Unusable && !isMigrated)
                 throw;
-            noteUnavailable(error.text());
+            if (isAvailable || nextWarning.hasExpired()) {
+                messages::warn("database unavailable: " + error.text());
+                nextWarning.setRemainingTime(warningPause);
+            }
+            isAvailable = false;
             pause = databasePause;
+        } catch (const std::runtime_error& error) {
+            printState(QString::fromUtf8(error.what()));
         }
         std::this_thread::sleep_for(pause);
     }
 }
 
-Collector::Result Collector::pass()
+bool Collector::pass()
 {
     hasProblem = false;
-    bool hasOutbox = false;
-    QStringList names;
-    try {
-        makeOutbox();
-        names = dueLogs();
-        hasOutbox = true;
-        noteOutbox({});
-    } catch (const OutboxError& error) {
-        noteOutbox(QString::fromUtf8(error.what()));
-    }
+    makeOutbox();
+    const QStringList logs = dueLogs();
+    const bool isImportDue = !outbox.hasStoredFolder();
     // Open only while there is something to do: no connection is left behind, and another file in
     // the place of the database is the database from then on.
-    std::unique_ptr<Database> database;
-    if (!isAvailable || !names.isEmpty() || (hasOutbox && isImportDue))
-        database = openDatabase();
-    if (!hasOutbox)
-        return Result::NoOutbox;
-    // Before anything is moved to Stored, whose first file tells the next start that this is done.
+    if (logs.isEmpty() && !isImportDue && isMigrated && isAvailable)
+        return postponed.isEmpty();
+    const auto database = openDatabase();
     if (isImportDue)
-        importLogs(*database);
-    QStringList paths;
-    for (const QString& name : qAsConst(names))
-        paths << outbox.pathOf(name);
-    if (!paths.isEmpty())
-        logimport::store(*database, request.station, paths,
-                         [this](const logimport::Batch& batch) { finish(batch); });
-    return hasProblem ? Result::ProblemsFound : Result::Done;
+        importEarlierLogs(*database);
+    for (const QStringList& files : logimport::batches(logs))
+        finish(logimport::store(*database, request.station, files));
+    return !hasProblem;
 }
 
 /// At the start, and where LOGS has stood without an outbox for a minute: the empty folder of a
 /// missing mount gets none at once.
 void Collector::makeOutbox()
 {
-    // The minute begins again while LOGS is missing, or has an outbox.
-    const auto makeAt = std::exchange(makeOutboxAt, QDeadlineTimer(makeOutboxPause));
-    const bool isMissing = !outbox.exists();
-    if (isMissing) {
-        makeOutboxAt = makeAt;
-        if (!makeAt.hasExpired())
-            throw OutboxError(outbox.path() + " is missing; it is made in a minute");
-    }
+    if (outbox.exists() || !QFileInfo::exists(request.logs))
+        makeOutboxAt.setRemainingTime(makeOutboxPause);
+    else if (!makeOutboxAt.hasExpired())
+        throw std::runtime_error(
+            (outbox.path() + " is missing; it is made in a minute").toStdString());
     outbox.make();
-    if (isMissing || !hadOutbox)
-        isImportDue = !outbox.hasStored();
-    hadOutbox = true;
 }
 
-/// False while nothing came. A folder that once held very many files takes milliseconds to list
-/// for ever after.
-bool Collector::isScanDue()
-{
-    const auto previousChange =
-        std::exchange(outboxChangedAt, QFileInfo(outbox.path()).lastModified());
-    passesSinceChange = outboxChangedAt == previousChange ? passesSinceChange + 1 : 0;
-    // Once more after a change, as another file may have come in the same tick of the clock; and
-    // now and then, for a file system that does not note changes.
-    return hasPending || passesSinceChange < 2 || passesSinceChange % 10 == 0;
-}
-
-/// The pending logs but those that are tried again later.
+/// The pending logs but those that are tried again later. The pauses between two tries grow to a
+/// minute.
 QStringList Collector::dueLogs()
 {
-    if (!isScanDue())
-        return {};
-    const QStringList names = outbox.pending();
-    hasPending = !names.isEmpty();
-    QStringList due;
-    QHash<QString, Retry> pendingRetries;
-    for (const QString& name : names) {
-        const auto retry = retries.constFind(name);
-        if (retry != retries.constEnd())
-            pendingRetries.insert(name, *retry);
-        if (retry == retries.constEnd() || retry->next.hasExpired())
-            due << name;
+    QStringList logs = outbox.pending();
+    postponed.intersect(QSet<QString>(logs.begin(), logs.end()));
+    if (retryAt.hasExpired()) {
+        retryPause = postponed.isEmpty() ? scanPause : std::min(2 * retryPause, maxRetryPause);
+        retryAt.setRemainingTime(retryPause);
+        return logs;
     }
-    retries = pendingRetries;
-    return due;
+    const auto isPostponed = [this](const QString& log) { return postponed.contains(log); };
+    logs.erase(std::remove_if(logs.begin(), logs.end(), isPostponed), logs.end());
+    return logs;
 }
 
 /// The first time the database is made or migrated; later it must be there.
@@ -147,88 +149,69 @@ std::unique_ptr<Database> Collector::openDatabase()
         return std::make_unique<Database>(request.database, Database::Access::Read);
     auto database = std::make_unique<Database>(request.database, Database::Access::Write);
     schema::migrate(*database);
-    attemptstore::store(*database, request.station, {}); // known from now on, also without a log
-    hasProblem = !formerspool::store(*database, request.database, request.spool) || hasProblem;
     isMigrated = true;
     return database;
 }
 
-/// What was tested before there was an outbox.
-void Collector::importLogs(Database& database)
+/// What was tested before there was an outbox. Stored is made when all of it is committed, so that
+/// a kill loses none, and a later start does not import a log whose run is in the outbox.
+void Collector::importEarlierLogs(Database& database)
 {
-    logimport::store(database, request.station, logfiles::filesOf(request.logs),
-                     [this](const logimport::Batch& batch) {
-                         printCounts(batch.counts);
-                         hasProblem = logimport::printProblems(batch) > 0 || hasProblem;
-                     });
-    isImportDue = false;
+    std::vector<EarlierLogs> sources{{request.station, logfiles::filesOf(request.logs)}};
+    for (const QFileInfo& folder :
+         QDir(request.spool + "/v1").entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
+        if (const auto logs = readSpool(folder.filePath(), request.database))
+            sources.push_back(*logs);
+    for (const EarlierLogs& logs : sources)
+        for (const QStringList& files : logimport::batches(logs.files)) {
+            const auto batch = logimport::store(database, logs.station, files);
+            printCounts(batch.counts);
+            hasProblem = logimport::printProblems(batch) > 0 || hasProblem;
+        }
+    outbox.makeStoredFolder();
 }
 
 void Collector::finish(const logimport::Batch& batch)
 {
     printCounts(batch.counts);
-    for (const QString& path : batch.stored)
-        moveLog(path);
-    for (const auto& problem : batch.rejected)
-        moveLog(problem.path, problem.reason);
-    for (const auto& problem : batch.unreadable)
-        postpone(QFileInfo(problem.path).fileName(), problem.reason);
+    for (const QString& log : batch.stored)
+        moveLog(log, {});
+    for (const auto& problem : batch.problems)
+        if (problem.isRejected)
+            moveLog(problem.path, problem.reason);
+        else
+            postpone(problem.path, problem.reason);
 }
 
 /// To Stored, or to Rejected if there is a reason.
-void Collector::moveLog(const QString& path, QString rejection)
+void Collector::moveLog(const QString& log, QString rejection)
 {
-    const QString name = QFileInfo(path).fileName();
     try {
-        if (rejection.isEmpty() && outbox.hasStored(name))
+        if (rejection.isEmpty() && !outbox.moveToStored(log))
             rejection = "Stored has a file of this name already";
-        if (rejection.isEmpty()) {
-            outbox.moveToStored(name);
-        } else if (outbox.reject(name, rejection)) {
-            messages::warn(QString("rejected: %1: %2").arg(path, printableText(rejection)));
+        if (!rejection.isEmpty() && outbox.reject(log, rejection)) {
+            messages::warn(QString("rejected: %1: %2").arg(log, printableText(rejection)));
             hasProblem = true;
         }
-    } catch (const OutboxError& error) {
-        postpone(name, QString::fromUtf8(error.what()));
+    } catch (const std::runtime_error& error) {
+        postpone(log, QString::fromUtf8(error.what()));
     }
 }
 
-/// The log stays in the outbox; the pauses between two tries grow to a minute.
-void Collector::postpone(const QString& name, const QString& reason)
+/// The log stays in the outbox.
+void Collector::postpone(const QString& log, const QString& reason)
 {
-    Retry& retry = retries[name];
-    if (retry.pause == 0s)
-        messages::warn(
-            QString("%1 stays pending: %2").arg(outbox.pathOf(name), printableText(reason)));
-    retry.pause = std::clamp<std::chrono::seconds>(2 * retry.pause, scanPause, maxRetryPause);
-    retry.next.setRemainingTime(retry.pause);
     hasProblem = true;
-}
-
-void Collector::noteOutbox(const QString& problem)
-{
-    if (problem == outboxProblem)
+    if (postponed.contains(log))
         return;
-    outboxProblem = problem;
-    if (problem.isEmpty())
-        messages::print("collecting " + outbox.path());
-    else
-        messages::warn(problem);
+    postponed.insert(log);
+    messages::warn(QString("%1 stays pending: %2").arg(log, printableText(reason)));
 }
 
-void Collector::noteUnavailable(const QString& reason)
+/// Of the outbox, once for each change.
+void Collector::printState(const QString& state)
 {
-    isAvailable = false;
-    if (unavailableSince.isValid() && !unavailableSince.hasExpired(hourMs))
-        return;
-    messages::warn("database unavailable: " + reason);
-    unavailableSince.start();
-}
-
-void Collector::noteAvailable()
-{
-    if (unavailableSince.isValid())
-        messages::print("database available again");
-    unavailableSince.invalidate();
-    isAvailable = true;
+    if (state != outboxState)
+        messages::warn(state);
+    outboxState = state;
 }

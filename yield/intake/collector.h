@@ -6,14 +6,11 @@
 #include "yield/intake/logimport.h"
 #include "yield/intake/outbox.h"
 
-#include <QDateTime>
 #include <QDeadlineTimer>
-#include <QElapsedTimer>
-#include <QHash>
+#include <QSet>
 
 #include <chrono>
 #include <memory>
-#include <optional>
 
 /// What is collected, and where it goes.
 struct CollectRequest {
@@ -34,48 +31,31 @@ public:
     /// Goes on until the process ends. Throws DatabaseError for a database that can never be used.
     [[noreturn]] void run();
 
-    enum class Result {
-        Done,
-        ProblemsFound, ///< A log stays in the outbox, or was rejected.
-        NoOutbox
-    };
-
-    /// Stores what is in the outbox now. Throws DatabaseError.
-    Result pass();
+    /// Stores what is in the outbox now. Returns false if a log stays there or was rejected. Throws
+    /// DatabaseError, or std::runtime_error if the outbox cannot be made or read.
+    bool pass();
 
 private:
-    /// A log that could not be read or moved.
-    struct Retry {
-        std::chrono::seconds pause{0};
-        QDeadlineTimer next;
-    };
-
     void makeOutbox();
-    bool isScanDue();
     QStringList dueLogs();
     std::unique_ptr<Database> openDatabase();
-    void importLogs(Database& database);
+    void importEarlierLogs(Database& database);
     void finish(const logimport::Batch& batch);
-    void moveLog(const QString& path, QString rejection = {});
-    void postpone(const QString& name, const QString& reason);
-    void noteOutbox(const QString& problem);
-    void noteUnavailable(const QString& reason);
-    void noteAvailable();
+    void moveLog(const QString& log, QString rejection);
+    void postpone(const QString& log, const QString& reason);
+    void printState(const QString& state);
 
     const CollectRequest request;
     const Outbox outbox;
-
     QDeadlineTimer makeOutboxAt{0};
-    bool hadOutbox = false;
-    bool isImportDue = false;             ///< Of the logs in LOGS.
-    std::optional<QString> outboxProblem; ///< As printed last; empty while there is none.
-    bool hasPending = true;               ///< At the last scan.
-    QDateTime outboxChangedAt;
-    int passesSinceChange = 0;
-    QHash<QString, Retry> retries; ///< By name.
-    bool hasProblem = false;       ///< In this pass.
+    QString outboxState;     ///< As printed last.
+    bool hasProblem = false; ///< In this pass.
 
-    bool isMigrated = false;        ///< The database.
-    bool isAvailable = false;       ///< The database.
-    QElapsedTimer unavailableSince; ///< Since it was printed last; invalid while it is available.
+    QSet<QString> postponed; ///< Logs that could not be read or moved.
+    std::chrono::seconds retryPause{0};
+    QDeadlineTimer retryAt{0};
+
+    bool isMigrated = false;       ///< The database.
+    bool isAvailable = true;       ///< The database.
+    QDeadlineTimer nextWarning{0}; ///< While the database is unavailable.
 };

@@ -12,79 +12,65 @@
 
 namespace
 {
-/// So many logs are stored in one transaction: few enough that others wait for a moment only.
 constexpr int batchSize = 1000;
 
-struct ReadFile {
-    QString path;
-    LogFile log;
-};
-
-/// The logs among the files; the others go to the batch.
-std::vector<ReadFile> readFiles(const QStringList& paths, logimport::Batch& batch)
-{
-    std::vector<ReadFile> files;
-    for (const QString& path : paths) {
-        QString reason;
-        const auto bytes = logfiles::bytesOf(path, reason);
-        const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
-        if (log)
-            files.push_back({path, {*log, OutboxName::read(QFileInfo(path).fileName())}});
-        else if (bytes)
-            batch.rejected.push_back({path, reason});
-        else if (!logfiles::isGone(path))
-            batch.unreadable.push_back({path, reason});
-    }
-    return files;
-}
-
 /// A log that the tables refuse is found by halves, so that it stops no other.
-void storeFiles(Database& database, const Station& station, const std::vector<ReadFile>& files,
-                logimport::Batch& batch)
+void storeLogs(Database& database, const Station& station, const QStringList& paths,
+               const std::vector<LogFile>& logs, logimport::Batch& batch)
 {
-    std::vector<LogFile> logs;
-    for (const ReadFile& file : files)
-        logs.push_back(file.log);
     try {
         batch.counts += attemptstore::store(database, station, logs);
+        batch.stored << paths;
     } catch (const DatabaseError& error) {
-        if (error.kind() != DatabaseError::Kind::Data || files.empty())
+        if (error.kind() != DatabaseError::Kind::Data || paths.isEmpty())
             throw;
-        if (files.size() == 1) {
-            batch.rejected.push_back({files.front().path, error.text()});
+        if (paths.size() == 1) {
+            batch.problems.push_back({paths[0], error.text(), true});
             return;
         }
-        const auto middle = files.begin() + static_cast<std::ptrdiff_t>(files.size() / 2);
-        storeFiles(database, station, {files.begin(), middle}, batch);
-        storeFiles(database, station, {middle, files.end()}, batch);
-        return;
+        const int half = paths.size() / 2;
+        const auto middle = logs.begin() + half;
+        storeLogs(database, station, paths.mid(0, half), {logs.begin(), middle}, batch);
+        storeLogs(database, station, paths.mid(half), {middle, logs.end()}, batch);
     }
-    for (const ReadFile& file : files)
-        batch.stored << file.path;
 }
 } // namespace
 
-void logimport::store(Database& database, const Station& station, const QStringList& files,
-                      const std::function<void(const Batch&)>& onBatch)
+std::vector<QStringList> logimport::batches(const QStringList& files)
 {
-    for (int begin = 0; begin == 0 || begin < files.size(); begin += batchSize) {
-        Batch batch;
-        const auto logs = readFiles(files.mid(begin, batchSize), batch);
-        storeFiles(database, station, logs, batch);
-        onBatch(batch);
+    std::vector<QStringList> batches{files.mid(0, batchSize)};
+    for (int begin = batchSize; begin < files.size(); begin += batchSize)
+        batches.push_back(files.mid(begin, batchSize));
+    return batches;
+}
+
+logimport::Batch logimport::store(Database& database, const Station& station,
+                                  const QStringList& files)
+{
+    Batch batch;
+    QStringList paths;
+    std::vector<LogFile> logs;
+    for (const QString& path : files) {
+        QString reason;
+        const auto bytes = logfiles::bytesOf(path, reason);
+        const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
+        if (log) {
+            paths << path;
+            logs.push_back({*log, OutboxName::read(QFileInfo(path).fileName())});
+        } else if (bytes || !logfiles::isGone(path)) {
+            batch.problems.push_back({path, reason, bytes.has_value()});
+        }
     }
+    storeLogs(database, station, paths, logs, batch);
+    return batch;
 }
 
 int logimport::printProblems(const Batch& batch)
 {
-    int count = 0;
-    for (const auto& problems : {batch.rejected, batch.unreadable})
-        for (const Problem& problem : problems) {
-            messages::warn(QString("%1: not imported: %2")
-                               .arg(printableText(problem.path), printableText(problem.reason)));
-            ++count;
-        }
-    return count;
+    for (const Problem& problem : batch.problems)
+        messages::warn(QString("%1: not imported: %2")
+                           .arg(printableText(problem.path), printableText(problem.reason)));
+    return static_cast<int>(batch.problems.size());
 }
 
 void logimport::printWarnings(const StoreCounts& counts)

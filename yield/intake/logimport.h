@@ -8,7 +8,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <functional>
 #include <vector>
 
 class Database;
@@ -20,21 +19,23 @@ namespace logimport
 struct Problem {
     QString path;
     QString reason;
+    bool isRejected; ///< No log, or refused by the tables; else another try may succeed.
 };
 
 /// What became of files. Files that vanished before they were read are in no list.
 struct Batch {
     StoreCounts counts;
-    QStringList stored;              ///< Committed; duplicates and empty logs too.
-    std::vector<Problem> rejected;   ///< No log, or refused by the tables: stays so.
-    std::vector<Problem> unreadable; ///< Another try may succeed.
+    QStringList stored; ///< Duplicates and empty logs too.
+    std::vector<Problem> problems;
 };
 
-/// Stores the logs in the files, many in one transaction, and calls onBatch after each commit, also
-/// once without a file: the database remembers the station. Throws DatabaseError if the database
-/// fails, and what onBatch throws; what was committed before stays.
-void store(Database& database, const Station& station, const QStringList& files,
-           const std::function<void(const Batch&)>& onBatch);
+/// Files for one transaction each, few enough that others wait for a moment only. At least one
+/// batch, which may be empty.
+std::vector<QStringList> batches(const QStringList& files);
+
+/// Stores the logs in the files of a batch. The database knows the station afterwards, also without
+/// a file. Throws DatabaseError if the database fails.
+Batch store(Database& database, const Station& station, const QStringList& files);
 
 /// Prints a line for each file that was not stored; returns how many there are.
 int printProblems(const Batch& batch);

@@ -6,21 +6,9 @@
 #include <QString>
 #include <QStringList>
 
-#include <stdexcept>
-
-/// What cannot be done in an outbox, in one line that names the file or folder.
-class OutboxError : public std::runtime_error
-{
-public:
-    explicit OutboxError(const QString& text)
-        : std::runtime_error(text.toStdString())
-    {
-    }
-};
-
 /// The folder LOGS/Outbox, where a station puts each log of a run under a name of its own, with the
 /// folders Stored and Rejected in it. No function deletes or overwrites a file or follows a link.
-/// Logs are named by their file names. Everything throws OutboxError.
+/// Everything throws std::runtime_error, whose text names the file or folder.
 class Outbox
 {
 public:
@@ -28,33 +16,33 @@ public:
     explicit Outbox(const QString& logs);
 
     QString path() const { return folder; }
-    QString pathOf(const QString& name) const { return folder + '/' + name; }
 
-    /// Throws while LOGS is missing.
     bool exists() const;
 
-    /// Makes the folders that are missing, as open as LOGS and writable for its group.
+    /// Makes the outbox and Rejected, as open as LOGS and writable for its group. Throws while LOGS
+    /// is missing.
     void make() const;
 
-    /// The logs that are not stored yet, oldest run first. Files with other names are left alone.
+    bool hasStoredFolder() const;
+    void makeStoredFolder() const;
+
+    /// The paths of the logs that are not stored yet, oldest run first. Files with other names are
+    /// left alone.
     QStringList pending() const;
 
-    /// Whether Stored has a file of that name, or without a name, any.
-    bool hasStored(const QString& name = {}) const;
-
-    /// Moves a log to Stored/<yyyy-mm>, the month of the run's start. Nothing happens if another
-    /// collector has moved it meanwhile.
-    void moveToStored(const QString& name) const;
-
-    /// Moves a log to Rejected, the reason in a file beside it. Returns false if another collector
-    /// has moved it meanwhile.
-    bool reject(const QString& name, const QString& reason) const;
-
-    /// A line for each rejected log: its name and the reason.
+    /// The paths of the rejected logs.
     QStringList rejected() const;
 
+    /// Moves a pending log to Stored/<yyyy-mm>, the month of the run's start. Returns false if that
+    /// name is taken. Nothing happens if another collector has moved the log meanwhile.
+    bool moveToStored(const QString& log) const;
+
+    /// Moves a pending log to Rejected, the reason in a file beside it. Returns false if another
+    /// collector has moved it meanwhile.
+    bool reject(const QString& log, const QString& reason) const;
+
 private:
-    QString storedPath(const QString& name) const;
+    void makeFolder(const QString& path) const;
 
     const QString logsFolder;
     const QString folder;

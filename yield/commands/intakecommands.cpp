@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "yield/commands/command.h"
+#include "yield/intake/collector.h"
+#include "yield/intake/messages.h"
+#include "yield/logs/logfiles.h"
+#include "yield/store/schema.h"
+
+#include <QStandardPaths>
+#include <QSysInfo>
+
+namespace
+{
+QList<QCommandLineOption> intakeOptions()
+{
+    return {{"station", "The station that the logs come from (default: this computer's name).",
+             "name", QSysInfo::machineHostName()},
+            {"tests-component-18", "The station tests component 18. The database remembers it."},
+            command::hiddenOption("tests-18"),
+            command::hiddenOption("spool", "folder")}; // of version 1.2.0
+}
+
+Station stationOf(const QCommandLineParser& parser)
+{
+    const Station station{parser.value("station"),
+                          parser.isSet("tests-component-18") || parser.isSet("tests-18")};
+    if (station.name.isEmpty())
+        command::fail("a station needs a name");
+    return station;
+}
+
+ExitStatus collect(const QCommandLineParser& parser)
+{
+    const QStringList folders = parser.positionalArguments();
+    if (folders.size() != 1)
+        command::fail("collect takes one LOGS, the folder that a station writes to");
+    const QString spool =
+        parser.isSet("spool")
+            ? parser.value("spool")
+            : QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
+    Collector collector({parser.value("database"), stationOf(parser), folders[0], spool});
+    if (!parser.optionNames().contains("once")) // which "import --watch" does not have
+        collector.run();
+    return collector.pass() ? ExitStatus::Success : ExitStatus::ProblemsFound;
+}
+
+ExitStatus importLogs(const QCommandLineParser& parser)
+{
+    if (parser.isSet("watch")) {
+        messages::warn("\"import --watch\" is \"collect\" since version 1.3.0, and goes with the "
+                       "next one");
+        return collect(parser);
+    }
+    const Station station = stationOf(parser);
+    const QStringList paths = parser.positionalArguments();
+    if (paths.isEmpty())
+        command::fail("missing FOLDER or FILE");
+    Database database(parser.value("database"), Database::Access::Write);
+    schema::migrate(database);
+    StoreCounts counts;
+    int rejected = 0;
+    QStringList files;
+    for (const QString& path : paths) {
+        files += logfiles::filesOf(path);
+        if (logfiles::isGone(path)) {
+            messages::warn(path + ": not imported: No such file or directory");
+            ++rejected;
+        }
+    }
+    for (const QStringList& batchFiles : logimport::batches(files)) {
+        const auto batch = logimport::store(database, station, batchFiles);
+        counts += batch.counts;
+        rejected += logimport::printProblems(batch);
+    }
+    messages::print(QString("%1 logs: %2 new, %3 duplicates, %4 empty, %5 rejected")
+                        .arg(counts.added + counts.duplicates + counts.empty + rejected)
+                        .arg(counts.added)
+                        .arg(counts.duplicates)
+                        .arg(counts.empty)
+                        .arg(rejected));
+    logimport::printWarnings(counts);
+    return rejected == 0 ? ExitStatus::Success : ExitStatus::ProblemsFound;
+}
+} // namespace
+
+Command collectCommand()
+{
+    return {
+        "collect",
+        "Stores every run of a station: makes LOGS/Outbox, where the station puts each log, "
+        "stores what is in it and moves it to Outbox/Stored. Goes on until it is ended, which "
+        "is safe at any moment.",
+        collect,
+        intakeOptions() +
+            QList<QCommandLineOption>{{"once", "Store what is in the outbox now, then end. Exit "
+                                               "status 1 if a log stays there or was rejected."}},
+        "LOGS"};
+}
+
+Command importCommand()
+{
+    return {"import",
+            "Reads logs, or all in a folder, into the database: logs of earlier times, copies, and "
+            "Outbox/Stored after a database was lost. Nothing in the folder is changed. The same "
+            "logs again change nothing. Exit status 1 if a file was rejected.",
+            importLogs, intakeOptions() + QList<QCommandLineOption>{command::hiddenOption("watch")},
+            "FOLDER|FILE..."};
+}
