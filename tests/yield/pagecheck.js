@@ -197,8 +197,8 @@
     for (const shape of all('svg:not(.marks) *')) {
         const box = shape.getBBox ? shape.getBBox() : {x: 0, y: 0, width: 0, height: 0};
         const view = shape.ownerSVGElement.viewBox.baseVal;
-        if (Math.min(box.x, box.y, view.width - box.x - box.width,
-                     view.height - box.y - box.height) < -1)
+        const [x, y] = [box.x - view.x, box.y - view.y];
+        if (Math.min(x, y, view.width - x - box.width, view.height - y - box.height) < -1)
             wrong('outside its chart: ' + shape.outerHTML);
     }
     for (const chart of all('svg'))
