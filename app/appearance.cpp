@@ -52,14 +52,15 @@ private:
     void set()
     {
         isSetting = true;
-        QApplication::setPalette(lightPalette());
-        setCaptionFont();
+        setCaptionFont(); // a new style lays the captions out with it
         if (style == nullptr) {
             style = QStyleFactory::create(QStringLiteral("Fusion"));
             QApplication::setStyle(style);
             // The application deletes a style that is replaced, while it sets the new one.
             connect(style, &QObject::destroyed, this, &AppearanceKeeper::set, Qt::QueuedConnection);
         }
+        QApplication::setPalette(lightPalette());
+        setCaptionFont(); // with some platform themes a new style takes the desktop's font back
         isSetting = false;
     }
 

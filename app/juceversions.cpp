@@ -12,8 +12,19 @@ void juceversions::processAnnouncements()
     for (const int fd : LinuxEventLoopInternal::getRegisteredFds())
         LinuxEventLoopInternal::invokeEventLoopCallbackForFd(fd);
 }
+
+const juce::AudioDeviceManager::AudioDeviceSetup* juceversions::preferredSetup()
+{
+    static juce::AudioDeviceManager::AudioDeviceSetup setup;
+    setup.sampleRate = 44100; // that of the sounds; the nearest one is taken
+    return &setup;
+}
 #else
 void juceversions::processAnnouncements() {}
+const juce::AudioDeviceManager::AudioDeviceSetup* juceversions::preferredSetup()
+{
+    return nullptr;
+}
 #endif
 
 #if JUCE_MAJOR_VERSION == 8

@@ -5,8 +5,8 @@
 
 #include <juce_audio_devices/juce_audio_devices.h>
 
-/// What JUCE's versions do differently about MIDI ports. Each function does nothing with the other
-/// versions, and says until when it is needed. On the GUI thread.
+/// What JUCE's versions do differently about MIDI ports and sound devices. Each function does
+/// nothing with the other versions, and says until when it is needed. On the GUI thread.
 namespace juceversions
 {
 /// JUCE 9 lists the ports as they were when its own message loop, which does not run here, last
@@ -21,4 +21,9 @@ void releaseSequencer(juce::AudioDeviceManager& manager);
 /// Holds the client again. Otherwise JUCE would start and end its MIDI thread at each listing. Only
 /// with JUCE 8: can go with Debian 13.
 void holdSequencer(juce::AudioDeviceManager& manager);
+
+/// How the sound device is to be opened. By itself JUCE 9 takes the lowest rate of the device,
+/// which may be 8 kHz; JUCE 7 and 8 take the lowest from 44.1 kHz on, and get null. Needed from
+/// JUCE 9 on.
+const juce::AudioDeviceManager::AudioDeviceSetup* preferredSetup();
 } // namespace juceversions

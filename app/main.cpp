@@ -5,6 +5,7 @@
 #include "app/captionsize.h"
 #include "app/mainwindow.h"
 #include "audio/soundfiles.h"
+#include "audio/soundserver.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -14,18 +15,18 @@
 
 namespace
 {
-/// Long enough to read the box; without an operator the program ends by itself.
-constexpr int boxStaysMs = 60000;
+/// Long enough to read the message; without an operator the program ends by itself.
+constexpr int messageBoxMs = 60000;
 
 /// Shows why the station cannot start, on the terminal and on the screen if there is one. Returns
 /// the exit status.
-int refuseToStart(const QString& reason)
+int failToStart(const QString& reason)
 {
     std::cerr << qPrintable(reason) << '\n';
     const QString platform = QGuiApplication::platformName();
     if (platform != QLatin1String("offscreen") && platform != QLatin1String("minimal")) {
         QMessageBox box(QMessageBox::Critical, QString(), reason);
-        QTimer::singleShot(boxStaysMs, &box, &QDialog::reject);
+        QTimer::singleShot(messageBoxMs, &box, &QDialog::reject);
         box.exec();
     }
     return EXIT_FAILURE;
@@ -34,13 +35,14 @@ int refuseToStart(const QString& reason)
 
 int main(int argc, char* argv[])
 {
+    soundserver::startTest(); // while the process has one thread
     fitCaptionsToLayout();
     QApplication application(argc, argv);
     setAppearance();
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
     const QString problem = soundFileProblem(QCoreApplication::applicationDirPath());
     if (!problem.isEmpty())
-        return refuseToStart(problem);
+        return failToStart(problem);
 
     MainWindow window;
     window.show();

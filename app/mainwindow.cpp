@@ -3,11 +3,13 @@
 
 #include "app/mainwindow.h"
 
+#include "app/juceversions.h"
 #include "app/runorder.h"
 #include "app/serialentry.h"
 #include "app/testlog.h"
 #include "app/unitidentity.h"
 #include "app/unitlink.h"
+#include "audio/soundserver.h"
 #include "panels/zorvi_0908_button.h"
 #include "panels/zorvi_0908_fader.h"
 #include "panels/zorvi_0908_rotary.h"
@@ -34,19 +36,6 @@ constexpr int noticeDelayMs = 500;
 /// not be opened. One for the process, which has one window at a time.
 bool deviceConnected = false;
 
-/// JUCE 9 takes the lowest rate of the device, which may be 8 kHz. JUCE 7 and 8 by themselves take
-/// the lowest from 44.1 kHz on.
-const juce::AudioDeviceManager::AudioDeviceSetup* preferredSetup()
-{
-#if JUCE_MAJOR_VERSION >= 9
-    static juce::AudioDeviceManager::AudioDeviceSetup setup;
-    setup.sampleRate = 44100; // that of the sounds; the nearest one is taken
-    return &setup;
-#else
-    return nullptr;
-#endif
-}
-
 QThread* startedThread()
 {
     auto* thread = new QThread;
@@ -58,8 +47,8 @@ QThread* startedThread()
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
     , form(std::make_unique<Ui::MainWindow>())
-    , unitLink(std::make_unique<UnitLink>(deviceManager))
     , outbox(testlog::folder(QCoreApplication::applicationDirPath()))
+    , unitLink(std::make_unique<UnitLink>(*deviceManager))
 {
     tarvekStation =
         QCoreApplication::applicationName().contains(QLatin1String("TARVEK"), Qt::CaseSensitive)
@@ -81,7 +70,8 @@ MainWindow::MainWindow(QWidget* parent)
     slot_Init();
 
     // After the run is armed. The result is ignored: the station works without sound.
-    deviceManager.initialise(2, 2, nullptr, true, {}, preferredSetup());
+    if (soundserver::isRunning())
+        deviceManager->initialise(2, 2, nullptr, true, {}, juceversions::preferredSetup());
     connect(&pollTimer, SIGNAL(timeout()), this, SLOT(slot_PollDevices()));
     pollTimer.start(pollIntervalMs);
 }
@@ -91,8 +81,13 @@ MainWindow::~MainWindow()
     // First what calls the window from other threads: the MIDI input, then the sound.
     closeUnitInput();
     deviceConnected = false; // for the next window of this process
+    const bool canClose =
+        deviceManager->getCurrentAudioDevice() == nullptr || audioEngine->waitForBlock();
     audioSourcePlayer.setSource(nullptr);
-    deviceManager.removeAudioCallback(&audioSourcePlayer);
+    deviceManager->removeAudioCallback(&audioSourcePlayer);
+    // A sound server that has stopped blocks whoever closes a device: the process's end closes it.
+    if (!canClose)
+        static_cast<void>(deviceManager.release());
     // The processor uses the monitor, a member of the window. The parser does not, and its thread
     // runs until the process ends.
     processorThread->quit();
@@ -122,7 +117,7 @@ void MainWindow::createSound()
 {
     audioEngine = std::make_unique<AudioEngine>();
     audioSourcePlayer.setSource(audioEngine.get());
-    deviceManager.addAudioCallback(&audioSourcePlayer);
+    deviceManager->addAudioCallback(&audioSourcePlayer);
 
     connect(this, SIGNAL(signal_Beep()), audioEngine.get(), SLOT(slot_Beep()));
     connect(this, SIGNAL(signal_Click()), audioEngine.get(), SLOT(slot_Click()));

@@ -116,13 +116,15 @@ private:
     std::array<Zorvi_0908_Fader*, roster::faderCount> faderPanels{};
     QTimer pollTimer;
     juce::MidiInput* midiInput = nullptr;
-    juce::AudioDeviceManager deviceManager;
+    /// Left undestroyed when the sound server has stopped.
+    std::unique_ptr<juce::AudioDeviceManager> deviceManager =
+        std::make_unique<juce::AudioDeviceManager>();
     juce::AudioSourcePlayer audioSourcePlayer;
     std::unique_ptr<AudioEngine> audioEngine;
     QStringList logLines;
     int currentComponent = -1;
     int tarvekStation = -1;
     std::unique_ptr<Ui::MainWindow> form;
-    std::unique_ptr<UnitLink> unitLink;
     OutboxWriter outbox;
+    std::unique_ptr<UnitLink> unitLink;
 };

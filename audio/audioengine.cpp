@@ -9,6 +9,7 @@
 #include <juce_audio_formats/juce_audio_formats.h>
 
 #include <QCoreApplication>
+#include <QThread>
 
 #include <array>
 
@@ -87,6 +88,7 @@ void AudioEngine::releaseResources() {}
 
 void AudioEngine::getNextAudioBlock(const juce::AudioSourceChannelInfo& block)
 {
+    blockCount.store(blockCount.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     block.clearActiveBufferRegion();
 
     if (!audioOn.load(std::memory_order_relaxed)) {
@@ -108,6 +110,20 @@ void AudioEngine::getNextAudioBlock(const juce::AudioSourceChannelInfo& block)
     }
     // On purpose from sample 0, not from the block's start: the blocks of a device start at 0.
     synth.renderNextBlock(*block.buffer, juce::MidiBuffer(), 0, block.numSamples);
+}
+
+bool AudioEngine::waitForBlock() const
+{
+    constexpr qint64 maxWaitMs = 1000;
+    const quint32 before = blockCount.load(std::memory_order_relaxed);
+    QElapsedTimer waiting;
+    waiting.start();
+    while (blockCount.load(std::memory_order_relaxed) == before) {
+        if (waiting.elapsed() > maxWaitMs)
+            return false;
+        QThread::msleep(1);
+    }
+    return true;
 }
 
 void AudioEngine::slot_Beep()

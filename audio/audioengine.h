@@ -29,11 +29,13 @@ public:
     /// Sets the sample rate in Hz, truncated to a whole number. The block size is ignored.
     void prepareToPlay(int samplesPerBlockExpected, double sampleRate) override;
     void releaseResources() override;
-    /// Plays the requests and renders one block, on the audio thread. Takes only the
-    /// synthesiser's own locks; allocates only where the library does, to choose a voice once all
-    /// are taken. A block without a buffer leaves the requests for the
-    /// next.
+    /// Plays the requests and renders one block, on the audio thread. Does not allocate, and takes
+    /// only the synthesiser's own lock, which no other thread takes meanwhile. A block without a
+    /// buffer leaves the requests for the next.
     void getNextAudioBlock(const juce::AudioSourceChannelInfo& block) override;
+
+    /// Whether the device asks for a block within a second. On the GUI thread.
+    bool waitForBlock() const;
 
 public Q_SLOTS:
     /// Requests a beep; see beepdebounce.h for the requests that are dropped.
@@ -53,5 +55,6 @@ private:
     std::atomic<bool> playClick{false};
     std::atomic<bool> playBell{false};
     QElapsedTimer beepTimer;
-    std::atomic<bool> audioOn{true}; // as the window's check box shows from the start
+    std::atomic<bool> audioOn{true};    // as the window's check box shows from the start
+    std::atomic<quint32> blockCount{0}; // written by the audio thread alone
 };

@@ -3,6 +3,8 @@
 
 #include "audio/layeredsynthesiser.h"
 
+#include <algorithm>
+
 void LayeredSynthesiser::noteOn(int midiChannel, int midiNoteNumber, float velocity)
 {
     const juce::ScopedLock sl(lock);
@@ -23,16 +25,28 @@ void LayeredSynthesiser::noteOn(int midiChannel, int midiNoteNumber, float veloc
     }
 }
 
-juce::SynthesiserVoice* LayeredSynthesiser::findVoiceToSteal(juce::SynthesiserSound* sound,
-                                                             int midiChannel,
+juce::SynthesiserVoice* LayeredSynthesiser::findVoiceToSteal(juce::SynthesiserSound*, int,
                                                              int midiNoteNumber) const
 {
-    auto* voice = Synthesiser::findVoiceToSteal(sound, midiChannel, midiNoteNumber);
-    if (voice == nullptr || firstLayer == nullptr || voice->wasStartedBefore(*firstLayer))
-        return voice;
-    // The library prefers the note's oldest voice, and this request has started that. For a note
-    // that no voice plays it chooses the oldest one; but for the lowest and the highest note, which
-    // it takes last. The layers of this request are the youngest.
-    constexpr int noNote = -1;
-    return Synthesiser::findVoiceToSteal(sound, midiChannel, noNote);
+    const auto hasLowerNote = [](const auto* a, const auto* b) {
+        return a->getCurrentlyPlayingNote() < b->getCurrentlyPlayingNote();
+    };
+    const auto* lowest = *std::min_element(voices.begin(), voices.end(), hasLowerNote);
+    const auto* highest = *std::max_element(voices.begin(), voices.end(), hasLowerNote);
+    enum Preference { SameNote, AnyOther, LowestOrHighest };
+    const auto preferenceOf = [&](const juce::SynthesiserVoice* voice) {
+        if (voice->getCurrentlyPlayingNote() == midiNoteNumber)
+            return SameNote;
+        return voice == lowest || voice == highest ? LowestOrHighest : AnyOther;
+    };
+
+    juce::SynthesiserVoice* chosen = nullptr;
+    for (auto* voice : voices) {
+        if (firstLayer != nullptr && !voice->wasStartedBefore(*firstLayer))
+            continue;
+        if (chosen == nullptr || preferenceOf(voice) < preferenceOf(chosen) ||
+            (preferenceOf(voice) == preferenceOf(chosen) && voice->wasStartedBefore(*chosen)))
+            chosen = voice;
+    }
+    return chosen;
 }

@@ -6,7 +6,7 @@
 #include <juce_audio_basics/juce_audio_basics.h>
 
 /// A synthesiser whose notes sound in layers: every sound that answers a note is played.
-/// juce::Synthesiser (7 and 8) stops the voices of a note before each sound that it starts, and
+/// juce::Synthesiser (7, 8 and 9) stops the voices of a note before each sound that it starts, and
 /// takes the oldest voice of that note when all are busy. Both would end the layer that the same
 /// request has just started. Here the voices are stopped once, before the first layer, and a
 /// request never takes a voice that it started itself.
@@ -17,8 +17,10 @@ public:
     void noteOn(int midiChannel, int midiNoteNumber, float velocity) override;
 
 protected:
-    /// The library's choice; if that is a layer of the request that is starting, its choice for
-    /// another note: the oldest other voice, stopped ones first.
+    /// The library's choice, without the voices of the request that is starting: the oldest voice
+    /// of the note; if there is none, the oldest one, and one of the lowest and one of the highest
+    /// note last. A stopped voice counts as any other until its sample ends. The library's own
+    /// function allocates memory.
     juce::SynthesiserVoice* findVoiceToSteal(juce::SynthesiserSound* sound, int midiChannel,
                                              int midiNoteNumber) const override;
 

@@ -15,26 +15,31 @@ _zorvi_paths() { # -f: files, -d: folders
 _zorvi_yield() {
     local command=${COMP_WORDS[1]:-} options='--database --help'
     if [ "$COMP_CWORD" = 1 ]; then
-        _zorvi_words import report unit export check status station --help --version
+        _zorvi_words collect import report unit export status station --help --version
         return
     fi
     case ${COMP_WORDS[COMP_CWORD - 1]} in
         --database | --output) _zorvi_paths -f && return ;;
         --spool) _zorvi_paths -d && return ;;
-        --format) _zorvi_words csv json && return ;;
-        # Words of the user's own.
-        --station | --since | --until | --days | --without) return ;;
+        --format)
+            if [ "$command" = report ]; then _zorvi_words html json; else _zorvi_words csv json; fi
+            return
+            ;;
+        # The user's own words.
+        --station | --since | --until | --days | --exclude) return ;;
     esac
     case $command in
-        import) options+=' --station --tests-18 --watch --spool' ;;
-        report) options+=' --since --until --days --station --without --output' ;;
+        collect) options+=' --station --tests-component-18 --once --spool' ;;
+        import) options+=' --station --tests-component-18' ;;
+        report) options+=' --since --until --days --station --exclude --format --output' ;;
         export) options+=' --format' ;;
-        status) options+=' --spool' ;;
     esac
     if [[ ${COMP_WORDS[COMP_CWORD]} == -* ]]; then
         _zorvi_words "$options"
     elif [ "$command" = import ]; then
         _zorvi_paths -f
+    elif [ "$command" = collect ] || [ "$command" = status ]; then
+        _zorvi_paths -d
     elif [ "$command $COMP_CWORD" = 'station 2' ]; then
         _zorvi_words rename
     fi

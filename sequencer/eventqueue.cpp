@@ -10,7 +10,7 @@
 
 namespace
 {
-constexpr std::size_t largestPiece = 256;
+constexpr std::size_t maxChunkBytes = 256;
 } // namespace
 
 namespace memorysequencer
@@ -34,10 +34,10 @@ void EventQueue::push(const snd_seq_event_t& event)
     }
     const auto* data = static_cast<const unsigned char*>(event.data.ext.ptr);
     for (std::size_t rest = event.data.ext.len; rest > 0;) {
-        const std::size_t piece = std::min(rest, largestPiece);
-        append(event, data, piece);
-        data += piece;
-        rest -= piece;
+        const std::size_t chunk = std::min(rest, maxChunkBytes);
+        append(event, data, chunk);
+        data += chunk;
+        rest -= chunk;
     }
 }
 

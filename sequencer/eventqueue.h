@@ -26,7 +26,7 @@ public:
     std::size_t size() const { return events.size(); }
 
     /// Appends a copy of the event, its variable-length data included. System exclusive data is
-    /// split into pieces of at most 256 bytes, as the kernel does.
+    /// split into chunks of at most 256 bytes, as the kernel does.
     void push(const snd_seq_event_t& event);
 
     /// The oldest event, valid until the next call; null if none waits.

@@ -13,8 +13,8 @@ const QString paceOption = QStringLiteral("pace");
 const QString faultOption = QStringLiteral("fault");
 const QString componentOption = QStringLiteral("component");
 
-constexpr double slowestPace = 1.0;
-constexpr double fastestPace = 100000.0;
+constexpr double minPace = 1.0;
+constexpr double maxPace = 100000.0;
 } // namespace
 
 void unitoptions::addTo(QCommandLineParser& parser, double defaultPace)
@@ -34,28 +34,28 @@ void unitoptions::addTo(QCommandLineParser& parser, double defaultPace)
 }
 
 std::optional<double> unitoptions::number(const QCommandLineParser& parser, const QString& option,
-                                          double lowest, double highest, QString& error)
+                                          double min, double max, QString& error)
 {
     bool isNumber = false;
     const double value = parser.value(option).toDouble(&isNumber);
-    if (isNumber && value >= lowest && value <= highest)
+    if (isNumber && value >= min && value <= max)
         return value;
     error =
         QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\".")
-            .arg(option, QString::number(lowest), QString::number(highest), parser.value(option));
+            .arg(option, QString::number(min), QString::number(max), parser.value(option));
     return std::nullopt;
 }
 
 std::optional<int> unitoptions::wholeNumber(const QCommandLineParser& parser, const QString& option,
-                                            int lowest, int highest, QString& error)
+                                            int min, int max, QString& error)
 {
     bool isNumber = false;
     const int value = parser.value(option).toInt(&isNumber);
-    if (isNumber && value >= lowest && value <= highest)
+    if (isNumber && value >= min && value <= max)
         return value;
     error =
         QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\".")
-            .arg(option, QString::number(lowest), QString::number(highest), parser.value(option));
+            .arg(option, QString::number(min), QString::number(max), parser.value(option));
     return std::nullopt;
 }
 
@@ -65,7 +65,7 @@ std::optional<UnitOptions> unitoptions::readFrom(const QCommandLineParser& parse
         error = QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]);
         return std::nullopt;
     }
-    const auto pace = number(parser, paceOption, slowestPace, fastestPace, error);
+    const auto pace = number(parser, paceOption, minPace, maxPace, error);
     if (!pace)
         return std::nullopt;
 

@@ -23,13 +23,13 @@ namespace unitoptions
 void addTo(QCommandLineParser& parser, double defaultPace);
 
 /// The options of a parsed command line. Nothing if a value is out of range or an argument is no
-/// option; `error` then says what is wrong.
+/// option; `error` then holds the reason.
 std::optional<UnitOptions> readFrom(const QCommandLineParser& parser, QString& error);
 
-/// The value of an option as a number, or a whole number, from lowest to highest; otherwise nothing
+/// The value of an option as a number, or a whole number, from min to max; otherwise nothing
 /// and an error as above.
-std::optional<double> number(const QCommandLineParser& parser, const QString& option, double lowest,
-                             double highest, QString& error);
-std::optional<int> wholeNumber(const QCommandLineParser& parser, const QString& option, int lowest,
-                               int highest, QString& error);
+std::optional<double> number(const QCommandLineParser& parser, const QString& option, double min,
+                             double max, QString& error);
+std::optional<int> wholeNumber(const QCommandLineParser& parser, const QString& option, int min,
+                               int max, QString& error);
 } // namespace unitoptions

@@ -14,8 +14,8 @@ constexpr double msPerSecond = 1e3;
 constexpr double nsPerSecond = 1e9;
 /// After a late tick at most 20 ms of messages are sent, two at least; the rest of the delay is
 /// dropped.
-constexpr double longestTickSeconds = 0.02;
-constexpr double smallestBurst = 2.0;
+constexpr double maxTickSeconds = 0.02;
+constexpr double minBurst = 2.0;
 } // namespace
 
 UnitPlayer::UnitPlayer(SimulatedUnit& simulatedUnit, QObject* parent)
@@ -57,7 +57,7 @@ void UnitPlayer::slot_Tick()
         return;
     if (pauseMs == 0)
         budget += std::min(static_cast<double>(sinceLast.nsecsElapsed()) * pace / nsPerSecond,
-                           std::max(smallestBurst, longestTickSeconds * pace));
+                           std::max(minBurst, maxTickSeconds * pace));
     pauseMs = 0;
     sinceLast.start();
 

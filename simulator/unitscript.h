@@ -20,7 +20,7 @@ using UnitScript = std::vector<UnitStep>;
 /// What a unit sends, piece by piece. Component numbers are 0 to 43.
 namespace unitscript
 {
-/// The components in the order of a run; the channel button only at a station with the marker.
+/// The components in the order of a run; the channel button only at a TARVEK station.
 std::vector<int> runOrder(bool withChannelButton);
 
 /// What a good control sends while it is worked: faders and rotaries report every value up and

@@ -54,7 +54,7 @@ std::optional<Options> optionsOf(const QCoreApplication& application, QString& e
                                      "the unit and the operator is ready (default: 3)."),
                       QStringLiteral("seconds"), QStringLiteral("3")});
     parser.addOption({QStringLiteral("tarvek"),
-                      QStringLiteral("Work component 18 too, for a station with the marker.")});
+                      QStringLiteral("Work component 18 too, for a TARVEK station.")});
     parser.process(application);
 
     const auto unit = unitoptions::readFrom(parser, error);

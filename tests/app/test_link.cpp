@@ -76,7 +76,7 @@ class TestLink : public QObject
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
 
 private Q_SLOTS:
-    /// Has to be the first: JUCE opens the sequencer anew only while it has no port.
+    /// Has to be the first: JUCE opens the sequencer again only while it has no port.
     void sequencerComesLater()
     {
         if (JUCE_MAJOR_VERSION >= 9)

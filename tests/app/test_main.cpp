@@ -112,6 +112,7 @@ private Q_SLOTS:
     {
         QApplication::setCursorFlashTime(0);
         const QImage light = window->grab().toImage();
+        const QFont font = QApplication::font(); // also that of the notice
         const auto setPalette = [] {
             QApplication::setPalette(QPalette(Qt::darkGray, Qt::black));
             QApplication::setPalette(QPalette(Qt::darkGray, Qt::black), "QLabel");
@@ -125,6 +126,7 @@ private Q_SLOTS:
             for (const auto& change : changes)
                 change();
             QTRY_COMPARE(window->grab().toImage(), light);
+            QTRY_COMPARE(QApplication::font(), font);
         }
         QCOMPARE(light.pixelColor(window->rect().bottomLeft()), QColor(0xef, 0xef, 0xef));
 

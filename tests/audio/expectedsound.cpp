@@ -15,14 +15,16 @@ namespace
 struct Layer {
     const char* sound;
     int semitones; ///< Up from the file's own pitch.
-    char request;
+    Request request;
     double level;
     double fadeSeconds; ///< At its start, and when it is stopped.
 };
-constexpr Layer layers[] = {
-    {"Beep", 0, 'b', 100 / 127.0, 0.005},  {"Click", -1, 'b', 100 / 127.0, 0.01},
-    {"Bell", -2, 'b', 100 / 127.0, 0.005}, {"Click", 0, 'c', 20 / 127.0, 0.01},
-    {"Bell", -1, 'c', 20 / 127.0, 0.005},  {"Bell", 0, 'd', 50 / 127.0, 0.005}};
+constexpr Layer layers[] = {{"Beep", 0, Request::Beep, 100 / 127.0, 0.005},
+                            {"Click", -1, Request::Beep, 100 / 127.0, 0.01},
+                            {"Bell", -2, Request::Beep, 100 / 127.0, 0.005},
+                            {"Click", 0, Request::Click, 20 / 127.0, 0.01},
+                            {"Bell", -1, Request::Click, 20 / 127.0, 0.005},
+                            {"Bell", 0, Request::Bell, 50 / 127.0, 0.005}};
 
 /// Adds a layer that is stopped after so many samples.
 void add(Samples& mix, const Layer& layer, std::size_t at, double stop, double rate)

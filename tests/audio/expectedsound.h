@@ -14,10 +14,11 @@ using Samples = std::vector<double>;
 inline constexpr double fileRate = 44100.0;
 inline constexpr double inaudible = 0.001;
 
-/// A request by its letter, b(eep), c(lick), d(ing) or none, and the device's sample at which it
-/// begins.
+enum class Request { None, Beep, Click, Bell };
+
+/// A request and the device's sample at which it begins.
 struct Begin {
-    char request;
+    Request request;
     std::size_t at = 0;
 };
 

@@ -14,8 +14,29 @@
 
 #include <sys/time.h>
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker gives these names.
+/// Of each thread. The linker puts these functions in the place of the C library's.
+static thread_local int allocations = 0;
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size)
+{
+    ++allocations;
+    return __real_malloc(size);
+}
+void* __real_realloc(void* memory, std::size_t size);
+void* __wrap_realloc(void* memory, std::size_t size)
+{
+    ++allocations;
+    return __real_realloc(memory, size);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
 namespace
 {
+int allocationsInBlocks = 0;
+
 /// What the engine plays on the last channel, in whole blocks, after what was heard before.
 Samples play(AudioEngine& engine, std::size_t samples, int blockSize = 512, int channels = 2,
              Samples heard = {})
@@ -24,21 +45,38 @@ Samples play(AudioEngine& engine, std::size_t samples, int blockSize = 512, int 
     for (samples += heard.size(); heard.size() < samples;) {
         for (int channel = 0; channel < channels; ++channel) // must not be heard
             juce::FloatVectorOperations::fill(buffer.getWritePointer(channel), 0.7F, blockSize);
+        const int before = allocations;
         engine.getNextAudioBlock(juce::AudioSourceChannelInfo(buffer));
+        allocationsInBlocks += allocations - before;
         const float* last = buffer.getReadPointer(channels - 1);
         heard.insert(heard.end(), last, last + blockSize);
     }
     return heard;
 }
 
-void ask(AudioEngine& engine, char request)
+void ask(AudioEngine& engine, Request request)
 {
-    if (request == 'b')
+    if (request == Request::Beep)
         engine.slot_Beep();
-    if (request == 'c')
+    if (request == Request::Click)
         engine.slot_Click();
-    if (request == 'd')
+    if (request == Request::Bell)
         engine.slot_Ding();
+}
+
+using Requests = std::vector<Request>;
+
+Requests joined(const std::vector<Requests>& parts)
+{
+    Requests all;
+    for (const Requests& part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+Requests repeated(std::size_t times, const Requests& part)
+{
+    return joined(std::vector<Requests>(times, part));
 }
 } // namespace
 
@@ -60,34 +98,42 @@ private Q_SLOTS:
     void requestsSoundInLayers()
     {
         struct Row {
-            QByteArray requests; ///< One for each block.
+            const char* name;
+            Requests requests; ///< One for each block.
             double rate = fileRate;
             int blockSize = 512;
             int channels = 2;
             bool allHeard = true;
         };
-        const QByteArray dings(60, 'd');
+        const Request none = Request::None;
+        const Request beep = Request::Beep;
+        const Request click = Request::Click;
+        const Request bell = Request::Bell;
+        const Requests sweep = repeated(6, {none, none, click});
         const Row rows[] = {
-            {"dcbcd"}, // a note stops the one like it alone
-            {"c", fileRate, 1, 1},
-            {"b", 48000, 480},
-            {"d", 8000.9, 8192},
-            {"d..c..c..c..c..c..cbdc..c..c..c..c..c..cd"}, // a fader swept in half a second
+            {"a note stops the one like it alone", {bell, click, beep, click, bell}},
+            {"blocks of one sample", {click}, fileRate, 1, 1},
+            {"48 kHz", {beep}, 48000, 480},
+            {"a rate that is truncated", {bell}, 8000.9, 8192},
+            {"a fader swept in half a second",
+             joined({{bell}, sweep, {beep, bell, click}, sweep, {bell}})},
             // Stopped notes keep their voices, of which there are 39, until their samples end: a
-            // ding one, a click one for its bell. The beep at the end finds two for its layers and
-            // takes that of the stopped click;
-            {"cc" + dings.left(35) + 'b'},
-            {"cc" + dings.left(36) + 'b', fileRate, 512, 2, false}, // here also the other click's.
-            {dings + 'b'},
-            {'d' + QByteArray(45, 'c') + 'b'}, // the ding rings on
+            // bell request one, a click request one for its bell. The beep at the end finds two for
+            // its layers and takes that of the stopped click;
+            {"two voices left", joined({{click, click}, repeated(35, {bell}), {beep}})},
+            // here also the other click's.
+            {"one voice left", joined({{click, click}, repeated(36, {bell}), {beep}}), fileRate,
+             512, 2, false},
+            {"stopped bells alone", joined({repeated(60, {bell}), {beep}})},
+            {"the bell rings on", joined({{bell}, repeated(45, {click}), {beep}})},
         };
-        for (const auto& [requests, rate, blockSize, channels, allHeard] : rows) {
+        for (const auto& [name, requests, rate, blockSize, channels, allHeard] : rows) {
             init();
             engine->prepareToPlay(blockSize, rate);
             std::vector<Begin> begins;
             Samples heard = play(*engine, 1000, blockSize, channels);
             QCOMPARE(peak(heard), 0.0);
-            for (const char request : requests) {
+            for (const Request request : requests) {
                 for (int i = 0; i < 3; ++i)
                     ask(*engine, request);
                 engine->getNextAudioBlock({nullptr, 0, blockSize});
@@ -96,9 +142,11 @@ private Q_SLOTS:
             }
             const auto expected = mixOf(begins, std::floor(rate));
             heard = play(*engine, expected.size(), blockSize, channels, heard);
-            QVERIFY2((distance(heard, expected) < inaudible) == allHeard, requests);
-            QVERIFY2(peak(heard) > 50 * inaudible && peak(heard) < 1.0, requests);
+            QVERIFY2((distance(heard, expected) < inaudible) == allHeard, name);
+            QVERIFY2(peak(heard) > 50 * inaudible && peak(heard) < 1.0, name);
         }
+        QVERIFY(allocations > 0); // those of the construction
+        QCOMPARE(allocationsInBlocks, 0);
     }
 
     /// Off silences at once and drops requests; on goes on where the bell stood.
@@ -112,7 +160,8 @@ private Q_SLOTS:
         engine->slot_Ding();
         QCOMPARE(peak(play(*engine, 10000)), 0.0);
         engine->slot_SetAudioOnOff(true);
-        QVERIFY(distance(play(*engine, 60000, 512, 2, begin), mixOf({{'d'}})) < inaudible);
+        QVERIFY(distance(play(*engine, 60000, 512, 2, begin), mixOf({{Request::Bell}})) <
+                inaudible);
     }
 
     void blockIsClearedFromItsStartButRenderedFromZero()
@@ -121,7 +170,7 @@ private Q_SLOTS:
         juce::FloatVectorOperations::fill(buffer.getWritePointer(0), 0.5F, 1200);
         engine->slot_Ding();
         engine->getNextAudioBlock({&buffer, 600, 400});
-        auto expected = mixOf({{'d'}});
+        auto expected = mixOf({{Request::Bell}});
         expected.resize(400);
         expected.resize(1200);
         for (std::size_t i = 0; i < 1200; ++i)
@@ -155,7 +204,7 @@ private Q_SLOTS:
     {
         std::thread audio([this] { play(*engine, 500000); });
         for (int i = 0; i < 60000; ++i) {
-            ask(*engine, "bcd"[i % 3]);
+            ask(*engine, static_cast<Request>(1 + i % 3));
             engine->slot_SetAudioOnOff(i % 64 != 0);
         }
         audio.join();
@@ -205,7 +254,7 @@ private Q_SLOTS:
             write(bell.fileName(), contents);
             init();
             engine->slot_Ding();
-            worst = std::max(worst, distance(play(*engine, 500000), mixOf({{'d'}})));
+            worst = std::max(worst, distance(play(*engine, 500000), mixOf({{Request::Bell}})));
         }
         write(bell.fileName(), original);
         QVERIFY(worst < inaudible);

@@ -37,10 +37,10 @@ class TestPrograms : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// One line says what is wrong.
-    void refused()
+    /// One line names the error.
+    void rejectsBadOptions()
     {
-        QMap<QString, QString> refused{{"--pace fast", "\"fast\""},
+        QMap<QString, QString> errors{{"--pace fast", "\"fast\""},
                                        {"--pace 0", "--pace"},
                                        {"--pace nan", "--pace"},
                                        {"--fault broken", "no-low-end"},
@@ -50,11 +50,11 @@ private Q_SLOTS:
                                        {"--fault stuck --component 39", "\"39\""},
                                        {"loud", "loud"}};
         if (!QFileInfo::exists("/dev/snd/seq"))
-            refused[""] = "/dev/snd/seq";
-        for (const QString& arguments : refused.keys()) {
+            errors[""] = "/dev/snd/seq";
+        for (const QString& arguments : errors.keys()) {
             Program unit(ZORVI_UNIT, arguments);
             QCOMPARE(unit.status(), 1);
-            QVERIFY2(unit.errors.contains(refused[arguments]) && unit.errors.count('\n') == 1,
+            QVERIFY2(unit.errors.contains(errors[arguments]) && unit.errors.count('\n') == 1,
                      qPrintable(unit.errors));
         }
         // Needs no screen to say so.
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY2(demo.errors.contains("/proc/pictures"), qPrintable(demo.errors));
     }
 
-    /// The unit over the sequencer in memory.
+    /// The unit over the in-memory sequencer.
     void unitPlaysWholeRuns()
     {
         const QString options = "--runs 2 --delay 0 --pace 100000";

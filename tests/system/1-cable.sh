@@ -6,13 +6,14 @@
 # program that connects whatever it can.
 . "$(dirname "$0")/station.sh"
 
-# As session managers do: each new port is connected to one port, and that one to it.
+# As session managers do: each new port is connected to one port, and that one to each new program.
 connect_new_ports() {
     local event kind address
     while read -r _ event kind address _; do
         [ "$event $kind" = 'Port start' ] || continue
         aconnect "$address" 14:0
-        aconnect 14:0 "$address"
+        # Not to a card: the unit's own would be taken by that.
+        [ "${address%:*}" -lt 128 ] || aconnect 14:0 "$address"
     done
 }
 modprobe snd-seq-dummy # has the port 14:0
@@ -31,7 +32,7 @@ plug unit
 check 'a unit is found' linked
 is_read_by_others() { grep -A2 '"Zorvi_Control MIDI 1"' /proc/asound/seq/clients | grep -q ' 14:0'; }
 check 'the other program reads the unit too' wait_for is_read_by_others
-check 'the label says that it is connected' wait_for label_is_other
+check 'the label shows that it is connected' wait_for label_is_other
 screenshot connected
 
 type_serial WHOLE
@@ -47,8 +48,8 @@ type_serial PULLED
 turn 1 0 63
 hush
 unplug unit
-check 'the cable is pulled: the unit is let go' wait_for is_let_go
-check 'the label says that it is not connected' wait_for label_is_as_without_unit
+check 'the cable is pulled: the station closes the input' wait_for is_let_go
+check 'the label shows that it is not connected' wait_for label_is_as_without_unit
 screenshot pulled
 plug unit
 check 'the cable is put back: the unit is found' linked

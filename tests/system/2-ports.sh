@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# Which station, and which port: the marked station, units of other names, a unit with two ports.
+# Which station, and which port: the TARVEK station, units of other names, a unit with two ports.
 . "$(dirname "$0")/station.sh"
 
 start_station zorvi_assembly_test_TARVEK
@@ -21,17 +21,17 @@ check 'of all ports the station takes the first one of the unit with two' \
 cat /proc/asound/seq/clients
 screenshot ports
 
-type_serial MARKED
+type_serial TARVEK
 speak double
-work_from 1 marked
-check 'the marked station tests component 18 too' log_says MARKED complete --tests-18
-screenshot marked
+work_from 1 TARVEK
+check 'the TARVEK station tests component 18 too' log_says TARVEK complete --tests-18
+screenshot tarvek
 close_notice
 
 hush
 unplug double
 check 'the unit is let go' wait_for is_let_go
-# Three of the station's looks at the ports.
+# Three polls of the station.
 pause 4
 check 'the names that differ are still there, and still not linked' is_linked_to ''
 check 'their ports are listed' ports_are_listed 2

@@ -5,15 +5,9 @@
 # The sound card is taken away in the middle of a run.
 . "$(dirname "$0")/station.sh"
 
-modprobe snd-aloop index=0 pcm_substreams=1
-start_station zorvi_assembly_test
-playing() { grep -q RUNNING /proc/asound/Loopback/pcm0p/sub0/status; }
-check 'the station plays' wait_for playing
-build_unit unit Zorvi_Control
-plug unit
-wait_for is_linked_to 'Zorvi_Control MIDI 1'
+start_on_card
+connect_unit
 type_serial NOCARD
-speak unit
 touch_bands 1 0 12
 touch_bands 2 0 6
 # It waits until the station lets go of the card, which may take until the station ends.

@@ -6,9 +6,7 @@
 . "$(dirname "$0")/station.sh"
 
 start_station zorvi_assembly_test
-build_unit unit Zorvi_Control
-plug unit
-check 'the unit is found' wait_for is_linked_to 'Zorvi_Control MIDI 1'
+connect_unit
 pause 3
 
 # thread_named PATTERN: not the first one, which has the program's name.

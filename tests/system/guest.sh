@@ -5,7 +5,7 @@
 # usage: guest.sh ["GROUP..." [TREE]]
 #
 # Runs in the machine that run.sh boots, as its first process: prepares it, runs each group of
-# tests, switches the machine off. TREE: the Debian in a folder whose station is tried.
+# tests, switches the machine off. TREE: the chroot whose station is tested.
 export PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8
 here=$(dirname "$(readlink -f "$0")")
 project=$(readlink -f "$here/../..")
@@ -36,10 +36,13 @@ fi
 
 exec 3> /dev/ttyS1 # for the results; everything else goes to the console
 stty -F /dev/ttyS1 -opost
-export DISPLAY=:1
-Xvfb :1 -screen 0 1280x800x24 -nolisten tcp > /run/output/xvfb.log 2>&1 &
-until xdotool getmouselocation > /dev/null 2>&1; do sleep 0.2; done
-for number in ${1:-1 2 3 4 5 6 7}; do
+# The server writes the display's number once it accepts connections.
+Xvfb -displayfd 4 -noreset -screen 0 1280x800x24 -nolisten tcp \
+    4> /run/display > /run/output/xvfb.log 2>&1 &
+while [ ! -s /run/display ] && kill -0 $!; do sleep 0.2; done
+DISPLAY=:$(cat /run/display)
+export DISPLAY
+for number in ${1:-1 2 3 4 5 6 7 8}; do
     group=$(echo "$here/$number"-*.sh)
     name=$(basename "$group" .sh)
     echo "# $name, $(cut -d' ' -f1 /proc/uptime) s after the start" >&3

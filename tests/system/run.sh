@@ -38,6 +38,8 @@ done
 linux=$system/linux-${kernel:-$(sed -n s/^VERSION_CODENAME=//p /etc/os-release)}
 "$here/kernel.sh" "$linux" "$kernel"
 
+[[ -n $group && $group != *8* ]] || "$here/desktop.sh" "$system/desktop${tree:+-${tree##*/}}" "$tree"
+
 output=$system/output
 rm -rf "$output" "$system/initramfs"
 mkdir -p "$output" "$system/initramfs/modules"

@@ -7,7 +7,7 @@ set -uo pipefail
 here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 built=${project:?}/build/release/bin
 bin=$built
-# The station of a Debian in a folder is started in there, with its libraries.
+# The station of a chroot is started in it, with its libraries.
 [ -z "${tree:-}" ] || bin=$tree/station/build/release/bin
 group=$(basename "$0" .sh)
 failures=0
@@ -36,10 +36,18 @@ lost_messages() { awk '/Alloc failures/ { sum += $NF } END { print sum + 0 }' /p
 # note TEXT: a figure among the results.
 note() { echo "# $*" | tee /dev/fd/3; }
 
-# wait_for COMMAND...: succeeds as soon as the command does, fails after a minute.
+# end_group REASON: a failure after which the other checks could only wait.
+end_group() {
+    echo "FAILED ${group%%-*} $*" | tee /dev/fd/3
+    exit
+}
+
+# wait_for COMMAND...: succeeds as soon as the command does, fails after a minute. Ends the group if the
+# station is not there any more.
 wait_for() {
     local end=$((SECONDS + 60))
     until "$@"; do
+        [ -z "$station" ] || kill -0 "$station" || end_group 'the station is not there any more'
         [ "$SECONDS" -lt "$end" ] || return 1
         pause 0.2
     done
@@ -62,9 +70,16 @@ start() {
 start_station() {
     start "$1" &
     station=$!
-    wait_for windows_are 1 || return
+    wait_for windows_are 1 || end_group 'the station has no window after a minute'
     # All of its code into memory: it should not wait for the disk later.
     awk '/\.so/ { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
+}
+
+# start_on_card: with a loopback card as the default device.
+start_on_card() {
+    modprobe snd-aloop index=0 pcm_substreams=1
+    start_station zorvi_assembly_test
+    check 'the station plays' wait_for grep -q RUNNING /proc/asound/Loopback/pcm0p/sub0/status
 }
 
 stop_station() {

@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
 # Units: USB MIDI devices that the kernel plays itself, plugged into its own USB sockets, and what
-# such a unit says.
+# such a unit sends.
 gadgets=/sys/kernel/config/usb_gadget
 
 # build_unit ID NAME [PORTS]: a unit with that product string.
@@ -22,6 +22,14 @@ build_unit() {
 # plug ID [SOCKET]: the cable, into socket 0, 1 or 2.
 plug() { echo "dummy_udc.${2:-0}" > "$gadgets/$1/UDC"; }
 unplug() { echo '' > "$gadgets/$1/UDC"; }
+
+# connect_unit: a unit that the station finds, and whose messages say sends.
+connect_unit() {
+    build_unit unit Zorvi_Control
+    plug unit
+    check 'the unit is found' wait_for is_linked_to 'Zorvi_Control MIDI 1'
+    speak unit
+}
 
 take_units_apart() {
     local gadget
@@ -72,13 +80,12 @@ press() {
     say $((0x80 + $1 - 1)) "$2" 0
 }
 
-# work_from CONTROLLER [marked]: the rest of a run, from this fader on; marked: as a station with
-# the marker tests it.
+# work_from CONTROLLER [TARVEK]: the rest of a run, from this fader on; TARVEK: as a TARVEK station tests it.
 work_from() {
     local number
     for ((number = $1; number <= 9; ++number)); do touch_bands "$number" 0 12; done
     for number in {1..9}; do press 1 "$number"; done
-    [ "${2:-}" != marked ] || press 2 0
+    [ "${2:-}" != TARVEK ] || press 2 0
     for number in {10..29}; do press 1 "$number"; done
     for number in {10..13}; do touch_bands "$number" 0 12; done
 }

@@ -4,6 +4,8 @@
 #include "tests/yield/unitlogs.h"
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -34,6 +36,7 @@ private Q_SLOTS:
         unitlogs::write(logs + "of last year/whole.txt", "last year", unitlogs::passed());
         unitlogs::write(logs + "half.txt", "half", unitlogs::passed());
         QVERIFY(QFile::resize(logs + "half.txt", 3000));
+        unitlogs::write(logs + ".hidden.txt", "hidden", unitlogs::passed());
         foreign = QFile::encodeName(logs + "Gr") + "\xF6\xDF.txt";
         QVERIFY(mknod(foreign.constData(), S_IFREG | 0600, 0) == 0);
         QVERIFY(mkfifo(QFile::encodeName(folder.filePath("pipe")).constData(), 0600) == 0);
@@ -47,48 +50,56 @@ private Q_SLOTS:
     void commandLines_data()
     {
         QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("text"); // somewhere in what is said
+        QTest::addColumn<QByteArray>("text"); // somewhere in the output
         const auto row = [](const char* words, int status, const QByteArray& text) {
             QTest::newRow(words) << status << text;
         };
         row("import --station +Line logs pipe nowhere", 1,
-            "7 logs: 2 new, 0 already known, 1 without any mark, 4 refused\n"
-            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name has a foreign encoding\n"
+            "7 logs: 2 new, 0 duplicates, 1 empty, 4 rejected\n"
+            "nowhere: not imported: No such file or directory\n"
             "logs/half.txt: not imported: it is half a log: it ends in component 20\n"
-            "pipe: not imported: it is no file\n"
-            "nowhere: not imported: No such file or directory\n");
-        row("unit =cmd|'/C'!A0", 0, "2026-11-21 12:00:00  +Line  complete\n");
+            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name is not valid UTF-8\n"
+            "pipe: not imported: it is no file\n");
+        row("unit =cmd|'/C'!A0", 0, "2026-11-21 12:00:00  +Line  passed\n");
         row("unit a\"b,\t<b>\x1B[31m\r\n\u00FC", 1,
-            "2026-11-21 12:00:00  +Line  missed Fader 3: 50 to 69; Button 1: pressed\n");
+            "2026-11-21 12:00:00  +Line  failed, missed Fader 3: 50 to 69; Button 1: pressed\n");
         row("unit -- -\x1B[31m", 1, "serial \"-\uFFFD[31m\"\n");
         row("export --format csv", 0,
-            "station,serial,tested_at,complete,missed_bands,ended_at\r\n"
-            "\"'+Line\",\"'=cmd|'/C'!A0\",2026-11-21T12:00:00,1,\"\",\r\n"
+            "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n"
+            "\"'+Line\",\"'=cmd|'/C'!A0\",2026-11-21T12:00:00,1,\"\",,\r\n"
             "\"'+Line\",\"a\"\"b,\t<b>\x1B[31m\r\n\u00FC\",2026-11-21T12:00:00,0,"
-            "\"3: 5 6; 10: 1\",\r\n");
+            "\"3: 5 6; 10: 1\",,\r\n");
         row("export --format json", 0,
-            "[\n{\"complete\":true,\"ended_at\":null,\"missed_bands\":[],"
-            "\"serial\":\"=cmd|'/C'!A0\",\"station\":\"+Line\","
+            "[\n{\"aborted_component\":null,\"missed_bands\":[],\"passed\":true,"
+            "\"serial\":\"=cmd|'/C'!A0\",\"started_at\":null,\"station\":\"+Line\","
             "\"tested_at\":\"2026-11-21T12:00:00\"},\n"
-            "{\"complete\":false,\"ended_at\":null,\"missed_bands\":[{\"band\":5,\"component\":3},"
-            "{\"band\":6,\"component\":3},{\"band\":1,\"component\":10}],"
-            "\"serial\":\"a\\\"b,\\t<b>\\u001b[31m\\r\\n\u00FC\",\"station\":\"+Line\","
+            "{\"aborted_component\":null,\"missed_bands\":[{\"band\":5,\"component\":3},"
+            "{\"band\":6,\"component\":3},{\"band\":1,\"component\":10}],\"passed\":false,"
+            "\"serial\":\"a\\\"b,\\t<b>\\u001b[31m\\r\\n\u00FC\",\"started_at\":null,"
+            "\"station\":\"+Line\","
             "\"tested_at\":\"2026-11-21T12:00:00\"}\n]\n");
-        row("import --station Quiet --tests-18 logs/formula.txt", 0, "1 logs: 1 new");
-        row("unit -- =cmd|'/C'!A0", 1, "  Quiet  missed Button 9: all\n");
+        row("import --station Quiet --tests-component-18 logs/formula.txt", 0, "1 logs: 1 new");
+        row("unit -- =cmd|'/C'!A0", 1, "  Quiet  failed, missed Button 9: all\n");
         row("import --station Silent data", 0, "0 logs: 0 new");
-        row("status", 0, "  station \"Silent\": newest log none\n");
-        row("", 2, "which command?");
+        row("status", 0, "  station \"Silent\": last log none\n");
+        row("", 2, "missing COMMAND");
         row("exprot", 2, "no command \"exprot\"");
         row("--help", 0, "  import   Reads logs");
         row("import --help", 0, "FOLDER|FILE...");
-        row("--format csv export", 2, "comes first");
+        row("--format csv export", 2, "missing COMMAND");
         row("--version", 0, "zorvi_yield 1");
         row("unit 1 --format csv", 2, "format");
-        row("import", 2, "which folder");
-        row("unit", 2, "which serial");
-        row("unit 1 2", 2, "which serial");
-        row("status 1", 2, "unexpected argument \"1\"");
+        row("import", 2, "missing FOLDER");
+        row("import --watch logs data", 2, "takes one LOGS");
+        row("collect", 2, "takes one LOGS");
+        row("collect --once nowhere", 2, "nowhere: No such file");
+        row("collect --once --station  logs", 2, "needs a name");
+        row("collect logs --database postgresql:x", 2, "has the form");
+        row("unit", 2, "takes one SERIAL");
+        row("unit 1 2", 2, "takes one SERIAL");
+        row("export 1", 2, "unexpected argument \"1\"");
+        row("status nowhere", 1, "outbox nowhere/Outbox: nowhere: No such file");
+        row("status --database nowhere", 1, "nowhere: unavailable: ");
         row("export", 2, "--format takes");
         row("report --since yesterday", 2, "--since takes a date");
         row("report --since 2026-02-02 --until 2026-02-01", 2, "before");
@@ -138,39 +149,71 @@ private Q_SLOTS:
             QVERIFY(QFileInfo::exists(device) && !QFileInfo(device).isFile());
     }
 
-    /// The last attempt decides; one that ended early is not complete, and named.
-    void unitsOneAfterTheOther()
+    /// The last attempt decides. A file name of the outbox says when the run started.
+    void attemptsOfOneUnit()
     {
         const auto import = [&](const QString& name, const QDateTime& when,
                                 const BandMarks& marks = unitlogs::passed()) {
-            unitlogs::write(folder.filePath(name), name, marks, when);
+            unitlogs::write(folder.filePath(name), "@u", marks, when);
             return run("import --station S " + name).errors;
         };
-        QCOMPARE(import("@u", unitlogs::noon()), QByteArray());
-        QCOMPARE(import("@u", unitlogs::noon().addSecs(3600), unitlogs::abortedAt(12)),
-                 QByteArray());
+        const QString runName = "20261121T123000.250-0123456789abcdef-1.txt";
+        QCOMPARE(import(runName, unitlogs::noon().addSecs(3600), unitlogs::abortedAt(12)), "");
+        QCOMPARE(import("first", unitlogs::noon()), "");
         const Outcome unit = run("unit @u");
         QCOMPARE(unit.status, 1);
-        QVERIFY(unit.out.endsWith("13:00:00  S  ended early at Button 3\n"));
+        QCOMPARE(unit.out, "2026-11-21 12:00:00  S  passed\n"
+                           "2026-11-21 13:00:00  S  aborted at Button 3, started 2026-11-21 "
+                           "12:30:00.250\n");
         QVERIFY(
-            run("export --format csv").out.contains("\"'@u\",2026-11-21T13:00:00,0,\"\",12\r\n"));
-        // Each is told once, and clocks that differ by a little not at all.
-        const QString again = "import --station T @u";
-        QVERIFY(run(again).errors.startsWith("1 logs are known under another station"));
-        QCOMPARE(run(again).errors, QByteArray());
+            run("export --format csv")
+                .out.contains("\"'@u\",2026-11-21T13:00:00,0,\"\",12,2026-11-21T12:30:00.250\r\n"));
+        // Each is printed once, and clocks that differ by a little not at all.
+        const QString again = "import --station T first";
+        QVERIFY(run(again).errors.startsWith("1 logs are known at another station"));
+        QCOMPARE(run(again).errors, "");
         const QDateTime now = QDateTime::currentDateTime();
         QVERIFY(import("f", now.addDays(2)).startsWith("1 logs have a date in the future"));
-        QCOMPARE(import("f", now.addDays(2)), QByteArray());
-        QCOMPARE(import("n", now.addSecs(300)), QByteArray());
+        QCOMPARE(import("f", now.addDays(2)), "");
+        QCOMPARE(import("n", now.addSecs(300)), "");
 
-        QCOMPARE(
-            run("station rename T S").out,
-            QByteArray("\"T\" is \"S\" now; a watch that still runs as \"T\" makes it again\n"));
+        QCOMPARE(run("station rename T S").out,
+                 "renamed \"T\" to \"S\"; a collector running as \"T\" recreates it\n");
         QVERIFY(!run("export --format csv").out.contains("\"T\""));
         auto database = QSqlDatabase::addDatabase("QSQLITE");
         database.setDatabaseName(folder.filePath("data/zorvi_yield/attempts.sqlite"));
         QVERIFY(database.open() && database.exec("DELETE FROM attempts").isActive());
-        QCOMPARE(run("export --format json").out, QByteArray("[\n]\n"));
+        QCOMPARE(run("export --format json").out, "[\n]\n");
+    }
+
+    /// Longer than what a pipe takes at once.
+    void longExport()
+    {
+        constexpr int count = 100;
+        QVERIFY(QDir(folder.path()).mkdir("long"));
+        for (int i = 0; i < count; ++i)
+            unitlogs::write(folder.filePath(QString("long/%1").arg(i)),
+                            QString(900, 'x') + QString::number(i), unitlogs::passed());
+        QCOMPARE(run("import --database long.sqlite long").status, 0);
+        QCOMPARE(run("export --format csv --database long.sqlite").out.count("\r\n"), count + 1);
+        const QByteArray json = run("export --format json --database long.sqlite").out;
+        QCOMPARE(QJsonDocument::fromJson(json).array().size(), count);
+    }
+
+    /// A folder that may be listed but not entered; root may enter every one.
+    void closedFolder()
+    {
+        if (geteuid() != 0)
+            QSKIP("needs root");
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::Permissions(0x7777)) &&
+                QFile::setPermissions(folder.filePath("logs"), QFile::Permissions(0x7744)));
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.start("setpriv", {"--reuid=65534", "--clear-groups", ZORVI_YIELD, "import",
+                                  "--database", "closed.sqlite", "logs"});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.readAllStandardError(), "logs: not imported: the folder cannot be read\n");
+        QCOMPARE(process.exitCode(), 1);
     }
 
 private:

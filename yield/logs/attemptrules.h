@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-/// What logs mean. Pure functions; the one place for these rules.
+/// The meaning of a log. Pure functions; the one place for these rules.
 namespace attemptrules
 {
 /// The marks of component 18: only a station that tests it leaves one.
@@ -32,7 +32,4 @@ struct Outcome {
 };
 
 Outcome outcomeOf(const BandMarks& marks, bool tests18);
-
-/// Between two times of logs; the same on a computer in any time zone.
-qint64 secondsBetween(const QString& earlier, const QString& later);
 } // namespace attemptrules
