@@ -36,7 +36,7 @@ for controller in {10..13}; do touch_bands "$controller" 0 12; done
 pause 2
 kill "$recorder"
 wait "$recorder"
-check 'the run is complete' log_is_complete SOUNDS
+check 'the run passes' has_passed SOUNDS
 stop_station
 rm "${tree:-}/root/.asoundrc"
 

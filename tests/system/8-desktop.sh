@@ -76,7 +76,7 @@ close_station() {
 run_and_close() {
     type_serial "$1"
     work_from "${2:-1}"
-    check "$1: a whole run" log_is_complete "$1"
+    check "$1: a whole run" has_passed "$1"
     check "$1: the notice comes and goes" close_notice
     check "$1: the window closes, status 0" close_station
 }
