@@ -42,10 +42,10 @@ end_group() {
     exit
 }
 
-# wait_for COMMAND...: succeeds as soon as the command does, fails after a minute. Ends the group if the
-# station is not there any more.
+# wait_for COMMAND...: succeeds as soon as the command does, fails after two minutes. Ends the group if
+# the station is not there any more.
 wait_for() {
-    local end=$((SECONDS + 60))
+    local end=$((SECONDS + 120))
     until "$@"; do
         [ -z "$station" ] || kill -0 "$station" || end_group 'the station is not there any more'
         [ "$SECONDS" -lt "$end" ] || return 1
@@ -66,11 +66,15 @@ start() {
     fi
 }
 
-# start_station PROGRAM: with the serial number field empty and the run armed.
+# start_station PROGRAM: with the serial number field empty and the run armed. Leaves in window_ms how
+# long the window took.
 start_station() {
+    local begin
+    begin=$(date +%s%3N)
     start "$1" &
     station=$!
-    wait_for windows_are 1 || end_group 'the station has no window after a minute'
+    wait_for windows_are 1 || end_group 'the station has no window after two minutes'
+    window_ms=$(($(date +%s%3N) - begin))
     # All of its code into memory: it should not wait for the disk later.
     awk '/\.so/ { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
 }
