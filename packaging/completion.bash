@@ -22,7 +22,7 @@ _zorvi_yield() {
         --database | --output) _zorvi_paths -f && return ;;
         --spool) _zorvi_paths -d && return ;;
         --format)
-            [ "$command" = report ] && _zorvi_words html json || _zorvi_words csv json
+            if [ "$command" = report ]; then _zorvi_words html json; else _zorvi_words csv json; fi
             return
             ;;
         # The user's own words.

@@ -3,55 +3,63 @@
 
 #pragma once
 
+#include "tests/yield/postgresserver.h"
 #include "yield/store/database.h"
 #include "yield/store/statement.h"
 
 #include <QStringList>
+#include <QVector>
 
-/// The rows of a database, for people to compare.
-namespace storedrows
+#include <memory>
+
+/// An empty database of a server, or without one of SQLite in memory.
+inline std::unique_ptr<Database> emptyDatabase(const PostgresServer* server)
 {
-/// An attempt as "station: serial at 12:05, passed, save 2 of run 1"; a row of repeated_saves as
-/// "station: serial at 12:00, repeated, save 1 of run 1"; the last digit stands for the run.
-inline QString text(const Statement& select)
-{
-    QString text = QString("%1: %2 at %3, %4 marks, %5")
-                       .arg(select.value(0).toString(), select.value(1).toString(),
-                            select.value(2).toString().mid(11, 5))
-                       .arg(bandmarks::unpacked(select.value(3).toByteArray()).count())
-                       .arg(select.value(4).toString());
-    if (!select.value(5).isNull())
-        text += " at " + select.value(5).toString();
-    if (select.number(6) != 0)
-        text += ", 18 tested";
-    if (!select.value(7).isNull())
-        text += QString(", save %1 of run %2")
-                    .arg(select.number(8))
-                    .arg(select.value(7).toString().right(1));
-    return text;
+    auto database = std::make_unique<Database>(server != nullptr ? server->location() : ":memory:",
+                                               Database::Access::Write);
+    if (server != nullptr)
+        database->run("DROP SCHEMA public CASCADE; CREATE SCHEMA public");
+    return database;
 }
 
-/// All rows but for their ids, sorted; behind an attempt the bands that it missed.
+/// What a database holds.
+namespace storedrows
+{
+/// All rows but for their ids, sorted: "station: serial at 12:05, passed, save 2 of run 1, 227
+/// marks", of repeated_saves "station: serial at 12:00, repeated, …"; a row for each missed band.
 inline QStringList all(Database& database)
 {
-    Statement select(database, R"(
-        SELECT name, serial, tested_at, marks,
-               CASE WHEN passed = 1 THEN 'passed' WHEN aborted_component IS NULL THEN 'failed'
-                    ELSE 'aborted' END,
-               aborted_component, attempts.tests_18, run, save_number, component, band
+    const QString log = "name || ': ' || serial || ' at ' || substr(tested_at, 12, 5)";
+    const QString save =
+        "coalesce(', save ' || save_number || ' of run ' || substr(run, 36, 1), '')";
+    Statement select(database, "SELECT " + log + R"(
+               || CASE WHEN passed = 1 THEN ', passed'
+                       WHEN aborted_component IS NULL THEN ', failed'
+                       ELSE ', aborted at ' || aborted_component END
+               || CASE WHEN attempts.tests_18 = 1 THEN ', 18 tested' ELSE '' END || )" +
+                                   save + R"(
+               || coalesce(', missed ' || component || ':' || band, ''), marks
         FROM attempts JOIN stations ON stations.id = station_id
              LEFT JOIN missed_bands ON attempt_id = attempts.id
         UNION ALL
-        SELECT name, serial, tested_at, marks, 'repeated', NULL, 0, run, save_number, NULL, NULL
+        SELECT )" + log + " || ', repeated' || " +
+                                   save + R"(, marks
         FROM repeated_saves JOIN stations ON stations.id = station_id)");
     select.run();
     QStringList rows;
     while (select.next())
-        rows << text(select) +
-                    (select.value(9).isNull()
-                         ? QString()
-                         : QString(", missed %1:%2").arg(select.number(9)).arg(select.number(10)));
+        rows << QString("%1, %2 marks").arg(select.text(0)).arg(select.marks(1, {}).count());
     rows.sort();
     return rows;
+}
+
+inline QVector<int> attemptIds(Database& database)
+{
+    Statement select(database, "SELECT id FROM attempts ORDER BY id");
+    select.run();
+    QVector<int> ids;
+    while (select.next())
+        ids << select.number(0);
+    return ids;
 }
 } // namespace storedrows

@@ -58,7 +58,7 @@ private Q_SLOTS:
             "7 logs: 2 new, 0 duplicates, 1 empty, 4 rejected\n"
             "nowhere: not imported: No such file or directory\n"
             "logs/half.txt: not imported: it is half a log: it ends in component 20\n"
-            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name has a foreign encoding\n"
+            "logs/Gr\uFFFD\uFFFD.txt: not imported: its name is not valid UTF-8\n"
             "pipe: not imported: it is no file\n");
         row("unit =cmd|'/C'!A0", 0, "2026-11-21 12:00:00  +Line  passed\n");
         row("unit a\"b,\t<b>\x1B[31m\r\n\u00FC", 1,
@@ -98,7 +98,7 @@ private Q_SLOTS:
         row("unit", 2, "takes one SERIAL");
         row("unit 1 2", 2, "takes one SERIAL");
         row("export 1", 2, "unexpected argument \"1\"");
-        row("status nowhere", 1, "outbox nowhere/Outbox: missing");
+        row("status nowhere", 1, "outbox nowhere/Outbox: nowhere: No such file");
         row("status --database nowhere", 1, "nowhere: unavailable: ");
         row("export", 2, "--format takes");
         row("report --since yesterday", 2, "--since takes a date");

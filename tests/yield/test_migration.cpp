@@ -12,7 +12,6 @@
 #include <QTest>
 
 #include <functional>
-#include <memory>
 
 using unitlogs::abortedAt;
 using unitlogs::log;
@@ -21,19 +20,12 @@ using unitlogs::without;
 
 namespace
 {
-/// The logs that the tables of both releases hold; the last one is a repeated save.
-std::vector<LogFile> logs()
-{
-    return {{log("whole", 0, passed())},
-            {log("dead", 1, without(passed(), 3, 5))},
-            {log("short", 2, abortedAt(42))},
-            {log("whole", 9, passed())}};
-}
-
-void run(Database& database, const QString& sql)
-{
-    Statement(database, sql).run();
-}
+// The logs that the tables of both releases hold; the last one is a repeated save.
+const StationLog whole = log("whole", 0, passed());
+const StationLog dead = log("dead", 1, without(passed(), 3, 5));
+const StationLog cut = log("short", 2, abortedAt(42));
+const StationLog again = log("whole", 9, passed());
+const std::vector<LogFile> logs{{whole}, {dead}, {cut}, {again}};
 
 /// Makes the tables of a release, with the logs in them as it had them.
 void makeTables(Database& database, bool isServer, int version)
@@ -48,30 +40,27 @@ void makeTables(Database& database, bool isServer, int version)
     text.replace("{keyonly}", isServer ? "" : " WITHOUT ROWID");
     text.replace("{bytewise}", isServer ? "COLLATE \"C\"" : "COLLATE BINARY");
     for (const QString& statement : text.split(";\n", Qt::SkipEmptyParts))
-        run(database, statement);
-    run(database, "INSERT INTO stations (name, tests_18) VALUES ('S', 0), ('TARVEK', 1)");
+        database.run(statement);
+    database.run("INSERT INTO stations (name, tests_18) VALUES ('S', 0), ('TARVEK', 1)");
     Statement attempt(database, "INSERT INTO attempts (id, station_id, serial, tested_at, marks, "
                                 "complete) VALUES (?, ?, ?, ?, ?, ?)");
-    int id = 0;
-    for (const LogFile& file : logs()) {
-        const QVariantList values{file.log.serial, file.log.testedAt,
-                                  bandmarks::packed(file.log.marks)};
-        if (id < 3)
-            attempt.run(QVariantList{7 + id, 1} + values + QVariantList{id == 0 ? 1 : 0});
-        else
-            Statement(database, QString("INSERT INTO %1 (station_id, serial, tested_at, marks) "
-                                        "VALUES (1, ?, ?, ?)")
-                                    .arg(version == 1 ? "other_saves" : "repeated_saves"))
-                .run(values);
-        ++id;
-    }
-    const BandMarks all = ~BandMarks();
-    attempt.run({21, 2, "all", log("", 3, {}).testedAt, bandmarks::packed(all), 1});
-    run(database, "INSERT INTO missed_bands VALUES (8, 3, 5)");
+    const auto add = [&](int id, int station, const StationLog& log, bool isComplete) {
+        attempt.run({id, station, log.serial, log.testedAt, bandmarks::packed(log.marks),
+                     isComplete ? 1 : 0});
+    };
+    add(7, 1, whole, true);
+    add(8, 1, dead, false);
+    add(9, 1, cut, false);
+    add(21, 2, log("all", 3, unitlogs::passedWith18()), true);
+    Statement(database, QString("INSERT INTO %1 (station_id, serial, tested_at, marks) "
+                                "VALUES (1, ?, ?, ?)")
+                            .arg(version == 1 ? "other_saves" : "repeated_saves"))
+        .run({again.serial, again.testedAt, bandmarks::packed(again.marks)});
+    database.run("INSERT INTO missed_bands VALUES (8, 3, 5)");
     if (version == 1) // which did not know aborted runs
-        run(database, "INSERT INTO missed_bands VALUES (9, 42, 0), (9, 43, 0)");
+        database.run("INSERT INTO missed_bands VALUES (9, 42, 0), (9, 43, 0)");
     else
-        run(database, "UPDATE attempts SET ended_at = 42 WHERE id = 9");
+        database.run("UPDATE attempts SET ended_at = 42 WHERE id = 9");
 }
 
 /// Columns and indexes, a line each.
@@ -102,16 +91,6 @@ QStringList schemaOf(Database& database, bool isServer)
     return lines;
 }
 
-QVector<int> ids(Database& database)
-{
-    Statement select(database, "SELECT id FROM attempts ORDER BY id");
-    select.run();
-    QVector<int> found;
-    while (select.next())
-        found << select.number(0);
-    return found;
-}
-
 /// The error of reading, or nothing.
 QString readError(Database& database)
 {
@@ -139,15 +118,7 @@ private Q_SLOTS:
 
     void initTestCase() { QCOMPARE(server.create(), QString()); }
 
-    void init()
-    {
-        database = std::make_unique<Database>(isServer() ? server.location() : ":memory:",
-                                              Database::Access::Write);
-        if (!isServer())
-            return;
-        run(*database, "DROP SCHEMA public CASCADE");
-        run(*database, "CREATE SCHEMA public");
-    }
+    void init() { database = emptyDatabase(isServer() ? &server : nullptr); }
 
     void migrates_data()
     {
@@ -165,29 +136,29 @@ private Q_SLOTS:
         init();
         makeTables(*database, isServer(), version);
         if (isServer())
-            run(*database, "DROP ROLE IF EXISTS reader; CREATE ROLE reader; "
-                           "GRANT SELECT ON attempts TO reader");
+            database->run("DROP ROLE IF EXISTS reader; CREATE ROLE reader; "
+                          "GRANT SELECT ON attempts TO reader");
         const QStringList old = schemaOf(*database, isServer());
         QVERIFY(readError(*database).contains("older"));
-        QVERIFY_EXCEPTION_THROWN(attemptstore::store(*database, {"S"}, logs()), DatabaseError);
+        QVERIFY_EXCEPTION_THROWN(attemptstore::store(*database, {"S"}, logs), DatabaseError);
         QCOMPARE(schemaOf(*database, isServer()), old); // reading migrates nothing
 
         schema::migrate(*database);
         QCOMPARE(schemaOf(*database, isServer()), fresh);
-        const QStringList rows{"S: dead at 12:01, 226 marks, failed, missed 3:5",
-                               "S: short at 12:02, 201 marks, aborted at 42",
-                               "S: whole at 12:00, 227 marks, passed",
-                               "S: whole at 12:09, 227 marks, repeated",
-                               "TARVEK: all at 12:03, 229 marks, passed, 18 tested"};
+        const QStringList rows{"S: dead at 12:01, failed, missed 3:5, 226 marks",
+                               "S: short at 12:02, aborted at 42, 201 marks",
+                               "S: whole at 12:00, passed, 227 marks",
+                               "S: whole at 12:09, repeated, 227 marks",
+                               "TARVEK: all at 12:03, passed, 18 tested, 229 marks"};
         QCOMPARE(storedrows::all(*database), rows);
-        QCOMPARE(ids(*database), QVector<int>({7, 8, 9, 21}));
+        QCOMPARE(storedrows::attemptIds(*database), QVector<int>({7, 8, 9, 21}));
         QCOMPARE(readError(*database), QString());
-        run(*database, "SELECT * FROM results");
+        database->run("SELECT * FROM results");
         if (isServer())
-            run(*database, "SET ROLE reader; SELECT run FROM attempts; RESET ROLE");
+            database->run("SET ROLE reader; SELECT run FROM attempts; RESET ROLE");
 
         schema::migrate(*database);
-        QCOMPARE(attemptstore::store(*database, {"S"}, logs()).duplicates, 4);
+        QCOMPARE(attemptstore::store(*database, {"S"}, logs).duplicates, 4);
         QCOMPARE(storedrows::all(*database), rows);
     }
 
@@ -195,20 +166,20 @@ private Q_SLOTS:
     void fails()
     {
         makeTables(*database, isServer(), 2);
-        run(*database, "CREATE TABLE attempts_by_station (of_a_user INTEGER)");
+        database->run("CREATE TABLE attempts_by_station (of_a_user INTEGER)");
         const QStringList old = schemaOf(*database, isServer());
         QVERIFY_EXCEPTION_THROWN(schema::migrate(*database), DatabaseError);
         QCOMPARE(schemaOf(*database, isServer()), old);
-        run(*database, "DROP TABLE attempts_by_station");
+        database->run("DROP TABLE attempts_by_station");
         schema::migrate(*database);
-        QCOMPARE(ids(*database).size(), 4);
+        QCOMPARE(storedrows::attemptIds(*database).size(), 4);
     }
 
     /// A program that meets tables of a newer one changes nothing.
     void newerTables()
     {
         schema::migrate(*database);
-        run(*database, "UPDATE schema_version SET version = 4");
+        database->run("UPDATE schema_version SET version = 4");
         const auto kindOf = [](const std::function<void()>& act) {
             try {
                 act();
@@ -219,11 +190,11 @@ private Q_SLOTS:
         };
         const auto newer = DatabaseError::Kind::NewerSchema;
         QCOMPARE(kindOf([&] { schema::migrate(*database); }), newer);
-        QCOMPARE(kindOf([&] { attemptstore::store(*database, {"S"}, logs()); }), newer);
+        QCOMPARE(kindOf([&] { attemptstore::store(*database, {"S"}, logs); }), newer);
         QCOMPARE(kindOf([&] { attemptstore::renameStation(*database, "S", "T"); }), newer);
         QCOMPARE(kindOf([&] { attemptreader::lastLogs(*database, unitlogs::noon()); }), newer);
         QVERIFY(readError(*database).contains("newer"));
-        run(*database, "UPDATE schema_version SET version = 3");
+        database->run("UPDATE schema_version SET version = 3");
         QCOMPARE(storedrows::all(*database), QStringList());
     }
 

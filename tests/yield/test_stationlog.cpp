@@ -1,15 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/logs/stationlog.h"
+#include "yield/logs/logfiles.h"
 
 #include "tests/yield/unitlogs.h"
 
+#include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <random>
 
-/// The reader on what the station's own writer gives, and on what it never gives.
+#include <unistd.h>
+
+/// The reader on logs of the station's own writer, and on others.
 class TestStationLog : public QObject
 {
     Q_OBJECT
@@ -21,7 +25,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("from");
         QTest::addColumn<QByteArray>("to");  // instead of what from is in the log
-        QTest::addColumn<QString>("reason"); // why it is refused, if it is
+        QTest::addColumn<QString>("reason"); // why it is rejected, if it is
         const auto row = [](const char* name, const QByteArray& from, const QByteArray& to,
                             const char* reason) {
             QTest::newRow(name) << from << to << QString::fromUtf8(reason);
@@ -47,9 +51,9 @@ private Q_SLOTS:
         row("two logs", all, all + all, "too long");
         row("more text", all, all + "\n", "goes on after");
         row("DOS line ends", "\n", "\r\n", "line ends");
-        row("UTF-16", all, "\xFF\xFE" + QByteArray(9000, 'N'), "encoding");
-        row("UTF-8 with a mark", "Norvane", "\xEF\xBB\xBFNorvane", "encoding");
-        row("Latin 1", "4711", "\xF6", "encoding");
+        row("UTF-16", all, "\xFF\xFE" + QByteArray(9000, 'N'), "byte order mark");
+        row("UTF-8 with a mark", "Norvane", "\xEF\xBB\xBFNorvane", "byte order mark");
+        row("Latin 1", "4711", "\xF6", "not valid UTF-8");
         row("NUL", "4711", QByteArray("4\0", 2), "NUL");
         row("endless serial", "4711", QByteArray(1001, 'x'), "longer than a file name");
         row("mark of 2", "Range 12: ", "Range 12: 2", "component 0");
@@ -82,6 +86,32 @@ private Q_SLOTS:
         QCOMPARE(read->testedAt, QString("2026-03-29T02:30:00"));
         QVERIFY(read->marks == marks());
         QVERIFY(bandmarks::unpacked(bandmarks::packed(read->marks)) == marks());
+    }
+
+    /// Hidden files and those in folders are none; a folder that may be listed but not entered is
+    /// read itself, so that the reading gives the reason.
+    void filesOfFolder()
+    {
+        const QTemporaryDir folder;
+        for (const char* name : {"b.txt", ".hidden.txt", "a.txt"})
+            unitlogs::write(folder.filePath(name), name, marks());
+        QVERIFY(QDir(folder.path()).mkdir("more"));
+        const QStringList files{folder.filePath("a.txt"), folder.filePath("b.txt")};
+        QCOMPARE(logfiles::filesOf(folder.path()), files);
+        QCOMPARE(logfiles::filesOf(files[0]), QStringList{files[0]});
+
+        constexpr uid_t nobody = 65534;
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::Permissions(0x4444)));
+        if (geteuid() == 0)
+            QVERIFY(setresuid(nobody, nobody, 0) == 0);
+        const QStringList unentered = logfiles::filesOf(folder.path());
+        QString reason;
+        const bool isRead = logfiles::read(folder.path(), reason).has_value();
+        if (getuid() == nobody)
+            QVERIFY(setresuid(0, 0, 0) == 0);
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::Permissions(0x7777)));
+        QCOMPARE(unentered, QStringList{folder.path()});
+        QVERIFY(!isRead && !reason.isEmpty());
     }
 
 private:

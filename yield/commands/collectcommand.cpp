@@ -29,9 +29,10 @@ Command collectCommand()
             "stores what is in it and moves it to Outbox/Stored. Goes on until it is ended, which "
             "is safe at any moment.",
             collect,
-            command::intakeOptions() +
+            command::stationOptions() +
                 QList<QCommandLineOption>{
                     {"once", "Store what is in the outbox now, then end. Exit status 1 if a log "
-                             "stays in the outbox or was rejected."}},
+                             "stays in the outbox or was rejected."},
+                    command::spoolOption()},
             "LOGS"};
 }

@@ -111,19 +111,21 @@ QCommandLineOption command::hiddenOption(const QString& name, const QString& val
     return option;
 }
 
-QList<QCommandLineOption> command::intakeOptions()
+QList<QCommandLineOption> command::stationOptions()
 {
-    const QString spool =
-        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
     return {{"station", "The station that the logs come from (default: this computer's name).",
              "name", QSysInfo::machineHostName()},
             {"tests-component-18", "The station tests component 18. The database remembers it."},
-            hiddenOption("tests-18"),
-            {"spool",
-             QString("For collect: the spool of version 1.2.0; what is pending there is stored at "
-                     "the start (default: %1).")
-                 .arg(spool),
-             "folder", spool}};
+            hiddenOption("tests-18")};
+}
+
+QCommandLineOption command::spoolOption()
+{
+    const QString standard =
+        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
+    const QString help =
+        "The spool of version 1.2.0, whose pending logs are stored at the start (default: %1).";
+    return {"spool", help.arg(standard), "folder", standard};
 }
 
 Station command::stationOf(const QCommandLineParser& parser)

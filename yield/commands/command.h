@@ -50,13 +50,16 @@ ExitStatus run(const QStringList& words);
 /// option without a value.
 QCommandLineOption hiddenOption(const QString& name, const QString& valueName = {});
 
-/// The options of commands that store logs: the station, and the spool of version 1.2.0.
-QList<QCommandLineOption> intakeOptions();
+/// The options of a command that stores logs.
+QList<QCommandLineOption> stationOptions();
 
-/// What intakeOptions() say. Throws std::runtime_error without a name.
+/// What stationOptions() say. Throws std::runtime_error without a name.
 Station stationOf(const QCommandLineParser& parser);
 
-/// What is to be collected, by intakeOptions() and the one argument. Throws std::runtime_error.
+/// The spool of version 1.2.0.
+QCommandLineOption spoolOption();
+
+/// What is to be collected, by these options and the one argument. Throws std::runtime_error.
 CollectRequest collectRequest(const QCommandLineParser& parser);
 
 /// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is

@@ -76,11 +76,14 @@ ExitStatus importLogs(const QCommandLineParser& parser)
 
 Command importCommand()
 {
+    QCommandLineOption spool = command::spoolOption(); // of --watch
+    spool.setFlags(QCommandLineOption::HiddenFromHelp);
     return {"import",
             "Reads logs, or all in a folder, into the database: logs of earlier times, copies, and "
             "Outbox/Stored after a database was lost. Nothing in the folder is changed. The same "
             "logs again change nothing. Exit status 1 if a file was rejected.",
             importLogs,
-            command::intakeOptions() + QList<QCommandLineOption>{command::hiddenOption("watch")},
+            command::stationOptions() +
+                QList<QCommandLineOption>{command::hiddenOption("watch"), spool},
             "FOLDER|FILE..."};
 }

@@ -3,12 +3,20 @@
 
 #include "yield/commands/command.h"
 #include "yield/intake/messages.h"
-#include "yield/intake/outboxstatus.h"
+#include "yield/intake/outbox.h"
+#include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/attemptreader.h"
 
+#include <QDirIterator>
+
+#include <algorithm>
+
 namespace
 {
+constexpr int minuteSeconds = 60;
+constexpr int hourSeconds = 3600;
+
 /// Returns false if it needs attention.
 bool showDatabase(const QString& location)
 {
@@ -29,27 +37,63 @@ bool showDatabase(const QString& location)
     }
 }
 
+/// When the newest file of the outbox and Stored was written. Stored itself counts: it was made
+/// with the outbox, and the logs of before were imported then.
+QDateTime newestFile(const QString& outbox)
+{
+    const QString stored = outbox + "/Stored";
+    QDateTime newest = QFileInfo(stored).lastModified();
+    QDirIterator inOutbox(outbox, QDir::Files);
+    QDirIterator inStored(stored, QDir::Files, QDirIterator::Subdirectories);
+    for (QDirIterator* files : {&inOutbox, &inStored})
+        while (files->hasNext()) {
+            files->next();
+            newest = std::max(newest, files->fileInfo().lastModified());
+        }
+    return newest;
+}
+
+/// A log with a mark in LOGS that was written a minute or more after every file of the outbox.
+/// Empty if there is none.
+QString newerLog(const QString& logs, const QDateTime& newest)
+{
+    for (const QString& path : logfiles::filesOf(logs)) {
+        QString reason;
+        if (newest.secsTo(QFileInfo(path).lastModified()) < minuteSeconds)
+            continue;
+        const auto file = logfiles::read(path, reason);
+        if (file && file->log.marks.any())
+            return path;
+    }
+    return {};
+}
+
 /// Returns false if it needs attention.
 bool showOutbox(const QString& logs)
 {
-    const QString path = Outbox(logs).path();
-    try {
-        const OutboxStatus status = outboxstatus::read(logs);
-        QString line = QString("outbox %1: %2 pending").arg(path).arg(status.pending);
-        if (status.pending > 0)
-            line += status.oldest.toString("', oldest 'yyyy-MM-dd HH:mm:ss");
-        messages::print(line + QString(", %1 rejected").arg(status.rejected.size()));
-        for (const RejectedLog& log : status.rejected)
-            messages::print(QString("  rejected: %1: %2").arg(log.name, printableText(log.reason)));
-        if (!status.newerLog.isEmpty())
-            messages::print(QString("  %1 is newer than every file in the outbox: restart the "
-                                    "station, it ran before the update")
-                                .arg(printableText(status.newerLog)));
-        return !status.needsAttention(QDateTime::currentDateTime());
-    } catch (const std::runtime_error& error) {
-        messages::print(QString("outbox %1: %2").arg(path, error.what()));
-        return false;
-    }
+    const Outbox outbox(logs);
+    if (!outbox.exists())
+        throw OutboxError("missing, nothing collects");
+    const QStringList pending = outbox.pending();
+    const QStringList rejected = outbox.rejected();
+    const QDateTime now = QDateTime::currentDateTime();
+    QDateTime oldest = now;
+    for (const QString& name : pending)
+        if (const QFileInfo info(outbox.pathOf(name)); info.exists()) // or just collected
+            oldest = std::min(oldest, info.lastModified());
+    messages::print(
+        QString("outbox %1: %2 pending%3, %4 rejected")
+            .arg(outbox.path(), QString::number(pending.size()),
+                 pending.isEmpty() ? "" : oldest.toString("', oldest 'yyyy-MM-dd HH:mm:ss"),
+                 QString::number(rejected.size())));
+    for (const QString& log : rejected)
+        messages::print("  rejected: " + printableText(log));
+    const QString newer = newerLog(logs, newestFile(outbox.path()));
+    if (!newer.isEmpty())
+        messages::print(QString("  %1 is newer than every file of the outbox: restart the station, "
+                                "it was started before the update")
+                            .arg(printableText(newer)));
+    return rejected.isEmpty() && newer.isEmpty() && oldest.secsTo(now) < hourSeconds;
 }
 
 ExitStatus showStatus(const QCommandLineParser& parser)
@@ -58,7 +102,12 @@ ExitStatus showStatus(const QCommandLineParser& parser)
     Database::check(location);
     bool isFine = showDatabase(location);
     for (const QString& logs : parser.positionalArguments())
-        isFine = showOutbox(logs) && isFine;
+        try {
+            isFine = showOutbox(logs) && isFine;
+        } catch (const OutboxError& error) {
+            messages::print(QString("outbox %1/Outbox: %2").arg(logs, error.what()));
+            isFine = false;
+        }
     return isFine ? ExitStatus::Success : ExitStatus::ProblemsFound;
 }
 } // namespace

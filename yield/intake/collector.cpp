@@ -90,30 +90,30 @@ Collector::Result Collector::pass()
     return hasProblem ? Result::ProblemsFound : Result::Done;
 }
 
-/// At the start, and again where a folder has stood in the place of LOGS for a minute: the empty
-/// folder of a missing mount gets no outbox at once.
+/// At the start, and where LOGS has stood without an outbox for a minute: the empty folder of a
+/// missing mount gets none at once.
 void Collector::makeOutbox()
 {
-    const auto previousLogs = std::exchange(logsId, Outbox::FolderId{});
-    logsId = outbox.logsId();
-    if (previousLogs && previousLogs != logsId)
-        makeOutboxAt.setRemainingTime(makeOutboxPause);
+    // The minute begins again while LOGS is missing, or has an outbox.
+    const auto makeAt = std::exchange(makeOutboxAt, QDeadlineTimer(makeOutboxPause));
     const bool isMissing = !outbox.exists();
-    if (isMissing && !makeOutboxAt.hasExpired())
-        throw OutboxError(
-            QString("%1 is another folder now, without an outbox; it gets one in a minute")
-                .arg(request.logs));
+    if (isMissing) {
+        makeOutboxAt = makeAt;
+        if (!makeAt.hasExpired())
+            throw OutboxError(outbox.path() + " is missing; it is made in a minute");
+    }
     outbox.make();
-    const auto previousOutbox = std::exchange(outboxId, outbox.id());
-    if (isMissing || previousOutbox != outboxId)
+    if (isMissing || !hadOutbox)
         isImportDue = !outbox.hasStored();
+    hadOutbox = true;
 }
 
 /// False while nothing came. A folder that once held very many files takes milliseconds to list
 /// for ever after.
 bool Collector::isScanDue()
 {
-    const qint64 previousChange = std::exchange(outboxChangedAt, outbox.changedAt());
+    const auto previousChange =
+        std::exchange(outboxChangedAt, QFileInfo(outbox.path()).lastModified());
     passesSinceChange = outboxChangedAt == previousChange ? passesSinceChange + 1 : 0;
     // Once more after a change, as another file may have come in the same tick of the clock; and
     // now and then, for a file system that does not note changes.
@@ -168,34 +168,28 @@ void Collector::finish(const logimport::Batch& batch)
 {
     printCounts(batch.counts);
     for (const QString& path : batch.stored)
-        moveOut(QFileInfo(path).fileName());
+        moveLog(path);
     for (const auto& problem : batch.rejected)
-        reject(QFileInfo(problem.path).fileName(), problem.reason);
+        moveLog(problem.path, problem.reason);
     for (const auto& problem : batch.unreadable)
         postpone(QFileInfo(problem.path).fileName(), problem.reason);
 }
 
-void Collector::moveOut(const QString& name)
+/// To Stored, or to Rejected if there is a reason.
+void Collector::moveLog(const QString& path, QString rejection)
 {
+    const QString name = QFileInfo(path).fileName();
     try {
-        if (outbox.isStored(name))
-            reject(name, "Stored has a file of this name already");
-        else
+        if (rejection.isEmpty() && outbox.hasStored(name))
+            rejection = "Stored has a file of this name already";
+        if (rejection.isEmpty()) {
             outbox.moveToStored(name);
+        } else if (outbox.reject(name, rejection)) {
+            messages::warn(QString("rejected: %1: %2").arg(path, printableText(rejection)));
+            hasProblem = true;
+        }
     } catch (const OutboxError& error) {
         postpone(name, QString::fromUtf8(error.what()));
-    }
-}
-
-void Collector::reject(const QString& name, const QString& reason)
-{
-    try {
-        if (!outbox.reject(name, reason))
-            return;
-        messages::warn(QString("rejected: %1: %2").arg(outbox.pathOf(name), printableText(reason)));
-        hasProblem = true;
-    } catch (const OutboxError& error) {
-        postpone(name, QString("%1; %2").arg(reason, error.what()));
     }
 }
 

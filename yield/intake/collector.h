@@ -6,6 +6,7 @@
 #include "yield/intake/logimport.h"
 #include "yield/intake/outbox.h"
 
+#include <QDateTime>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QHash>
@@ -55,8 +56,7 @@ private:
     std::unique_ptr<Database> openDatabase();
     void importLogs(Database& database);
     void finish(const logimport::Batch& batch);
-    void moveOut(const QString& name);
-    void reject(const QString& name, const QString& reason);
+    void moveLog(const QString& path, QString rejection = {});
     void postpone(const QString& name, const QString& reason);
     void noteOutbox(const QString& problem);
     void noteUnavailable(const QString& reason);
@@ -65,19 +65,17 @@ private:
     const CollectRequest request;
     const Outbox outbox;
 
-    std::optional<Outbox::FolderId> logsId; ///< Zeros while LOGS is missing.
-    std::optional<Outbox::FolderId> outboxId;
     QDeadlineTimer makeOutboxAt{0};
-    std::optional<QString> outboxProblem; ///< As printed last; empty while there is none.
+    bool hadOutbox = false;
     bool isImportDue = false;             ///< Of the logs in LOGS.
+    std::optional<QString> outboxProblem; ///< As printed last; empty while there is none.
     bool hasPending = true;               ///< At the last scan.
-    qint64 outboxChangedAt = 0;
+    QDateTime outboxChangedAt;
     int passesSinceChange = 0;
+    QHash<QString, Retry> retries; ///< By name.
+    bool hasProblem = false;       ///< In this pass.
 
     bool isMigrated = false;        ///< The database.
     bool isAvailable = false;       ///< The database.
     QElapsedTimer unavailableSince; ///< Since it was printed last; invalid while it is available.
-
-    QHash<QString, Retry> retries; ///< By name.
-    bool hasProblem = false;       ///< In this pass.
 };

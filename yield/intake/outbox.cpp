@@ -5,10 +5,10 @@
 
 #include "unit/outboxname.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -25,11 +25,6 @@ const QString reasonEnding = ".reason";
 [[noreturn]] void fail(const QString& path, int error)
 {
     throw OutboxError(path + ": " + QString::fromLocal8Bit(std::strerror(error)));
-}
-
-fs::path nativePath(const QString& path)
-{
-    return QFile::encodeName(path).toStdString();
 }
 
 /// False without anything of that name; a link is not followed.
@@ -66,26 +61,15 @@ void makeFolder(const QString& path, mode_t mode)
         fail(path, error);
 }
 
-struct stat statusOf(const QString& path)
-{
-    struct stat status = {};
-    if (stat(QFile::encodeName(path).constData(), &status) != 0)
-        fail(path, errno);
-    return status;
-}
-
-/// Every member of the group may write; others as in LOGS.
+/// Of LOGS, which may be a link. Every member of the group may write to the outbox.
 mode_t folderMode(const QString& logs)
 {
-    constexpr mode_t rightsOfAll = 0777;
-    constexpr mode_t rightsOfGroup = 0770;
-    return (statusOf(logs).st_mode & rightsOfAll) | rightsOfGroup;
-}
-
-Outbox::FolderId idOf(const QString& path)
-{
-    const struct stat status = statusOf(path);
-    return {status.st_dev, status.st_ino};
+    constexpr mode_t allRights = 0777;
+    constexpr mode_t groupRights = 0770;
+    struct stat status = {};
+    if (stat(QFile::encodeName(logs).constData(), &status) != 0)
+        fail(logs, errno);
+    return (status.st_mode & allRights) | groupRights;
 }
 
 /// Never overwrites a file. Nothing happens where there is no file any more.
@@ -106,17 +90,22 @@ void moveFile(const QString& from, const QString& to)
         fail(to, error);
 }
 
-/// The names of the files in a folder, in no order; links are left out.
-QStringList filesIn(const QString& folder)
+/// The names of the logs in a folder, sorted; a link is none.
+QStringList logsIn(const QString& folder)
 {
     std::error_code problem;
+    std::error_code ignored;
     QStringList names;
-    for (fs::directory_iterator entry(nativePath(folder), problem);
-         entry != fs::directory_iterator(); entry.increment(problem))
-        if (std::error_code ignored; !entry->is_symlink(ignored) && entry->is_regular_file(ignored))
-            names << QFile::decodeName(entry->path().filename().c_str());
+    for (fs::directory_iterator entry(QFile::encodeName(folder).toStdString(), problem);
+         entry != fs::directory_iterator(); entry.increment(problem)) {
+        const QString name = QFile::decodeName(entry->path().filename().c_str());
+        if (!entry->is_symlink(ignored) && entry->is_regular_file(ignored) &&
+            OutboxName::read(name))
+            names << name;
+    }
     if (problem)
         fail(folder, problem.value());
+    names.sort();
     return names;
 }
 } // namespace
@@ -129,24 +118,8 @@ Outbox::Outbox(const QString& logs)
 
 bool Outbox::exists() const
 {
+    folderMode(logsFolder);
     return isFolder(folder);
-}
-
-Outbox::FolderId Outbox::logsId() const
-{
-    return idOf(logsFolder);
-}
-
-Outbox::FolderId Outbox::id() const
-{
-    return idOf(folder);
-}
-
-qint64 Outbox::changedAt() const
-{
-    constexpr qint64 nsPerSecond = 1000000000;
-    const timespec time = statusOf(folder).st_mtim;
-    return time.tv_sec * nsPerSecond + time.tv_nsec;
 }
 
 void Outbox::make() const
@@ -158,39 +131,26 @@ void Outbox::make() const
 
 QStringList Outbox::pending() const
 {
-    QStringList names;
-    for (const QString& name : filesIn(folder))
-        if (OutboxName::read(name))
-            names << name;
-    names.sort();
-    return names;
+    return logsIn(folder);
 }
 
-QString Outbox::monthFolder(const QString& name) const
+QString Outbox::storedPath(const QString& name) const
 {
     constexpr int monthSize = 7; // yyyy-MM
-    return folder + "/Stored/" + OutboxName::read(name)->startedAt().left(monthSize);
+    const QString month = OutboxName::read(name)->startedAt().left(monthSize);
+    return folder + "/Stored/" + month + '/' + name;
+}
+
+bool Outbox::hasStored(const QString& name) const
+{
+    return name.isEmpty() ? !QDir(folder + "/Stored").isEmpty() : isThere(storedPath(name));
 }
 
 void Outbox::moveToStored(const QString& name) const
 {
-    const QString month = monthFolder(name);
-    makeFolder(month, folderMode(logsFolder));
-    moveFile(pathOf(name), month + '/' + name);
-}
-
-bool Outbox::isStored(const QString& name) const
-{
-    return isThere(monthFolder(name) + '/' + name);
-}
-
-bool Outbox::hasStored() const
-{
-    std::error_code problem;
-    const fs::directory_iterator entry(nativePath(folder + "/Stored"), problem);
-    if (problem)
-        fail(folder + "/Stored", problem.value());
-    return entry != fs::directory_iterator();
+    const QString target = storedPath(name);
+    makeFolder(target.chopped(name.size() + 1), folderMode(logsFolder));
+    moveFile(pathOf(name), target);
 }
 
 bool Outbox::reject(const QString& name, const QString& reason) const
@@ -209,18 +169,13 @@ bool Outbox::reject(const QString& name, const QString& reason) const
     return true;
 }
 
-std::vector<RejectedLog> Outbox::rejected() const
+QStringList Outbox::rejected() const
 {
-    QStringList names = filesIn(folder + "/Rejected");
-    names.sort();
-    std::vector<RejectedLog> logs;
-    for (const QString& name : qAsConst(names)) {
-        if (!OutboxName::read(name))
-            continue;
+    QStringList lines;
+    for (const QString& name : logsIn(folder + "/Rejected")) {
         QFile reason(folder + "/Rejected/" + name + reasonEnding);
-        const bool isOpen = reason.open(QIODevice::ReadOnly);
-        logs.push_back(
-            {name, isOpen ? QString::fromUtf8(reason.readAll()).trimmed() : "no reason given"});
+        reason.open(QIODevice::ReadOnly);
+        lines << name + ": " + QString::fromUtf8(reason.readAll()).trimmed();
     }
-    return logs;
+    return lines;
 }

@@ -6,9 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-#include <array>
 #include <stdexcept>
-#include <vector>
 
 /// What cannot be done in an outbox, in one line that names the file or folder.
 class OutboxError : public std::runtime_error
@@ -18,12 +16,6 @@ public:
         : std::runtime_error(text.toStdString())
     {
     }
-};
-
-/// A log that was rejected, and why.
-struct RejectedLog {
-    QString name;
-    QString reason;
 };
 
 /// The folder LOGS/Outbox, where a station puts each log of a run under a name of its own, with the
@@ -38,16 +30,8 @@ public:
     QString path() const { return folder; }
     QString pathOf(const QString& name) const { return folder + '/' + name; }
 
-    bool exists() const;
-
-    /// Device and number of a folder: which one it is, whatever its name.
-    using FolderId = std::array<quint64, 2>;
-
     /// Throws while LOGS is missing.
-    FolderId logsId() const;
-    FolderId id() const;
-    /// When a file came into the outbox or left it, in nanoseconds since 1970.
-    qint64 changedAt() const;
+    bool exists() const;
 
     /// Makes the folders that are missing, as open as LOGS and writable for its group.
     void make() const;
@@ -55,24 +39,22 @@ public:
     /// The logs that are not stored yet, oldest run first. Files with other names are left alone.
     QStringList pending() const;
 
-    /// Moves a log to Stored/<yyyy-mm>, the month of the run's start. A log that another collector
-    /// has moved meanwhile is no error.
+    /// Whether Stored has a file of that name, or without a name, any.
+    bool hasStored(const QString& name = {}) const;
+
+    /// Moves a log to Stored/<yyyy-mm>, the month of the run's start. Nothing happens if another
+    /// collector has moved it meanwhile.
     void moveToStored(const QString& name) const;
-
-    /// Whether Stored has a file of that name already.
-    bool isStored(const QString& name) const;
-
-    /// Whether anything was ever stored.
-    bool hasStored() const;
 
     /// Moves a log to Rejected, the reason in a file beside it. Returns false if another collector
     /// has moved it meanwhile.
     bool reject(const QString& name, const QString& reason) const;
 
-    std::vector<RejectedLog> rejected() const;
+    /// A line for each rejected log: its name and the reason.
+    QStringList rejected() const;
 
 private:
-    QString monthFolder(const QString& name) const;
+    QString storedPath(const QString& name) const;
 
     const QString logsFolder;
     const QString folder;

@@ -9,7 +9,7 @@
 
 namespace
 {
-/// The last control, in the order of a run, with a mark; -1 without one.
+/// The last control with a mark, in the order of a run; -1 without a mark.
 int lastControl(const BandMarks& marks)
 {
     std::size_t mark = marks.size();
@@ -18,8 +18,8 @@ int lastControl(const BandMarks& marks)
     return mark == 0 ? -1 : bandmarks::bandOf(mark - 1).componentNum;
 }
 
-/// What the attempts of a unit are sorted by. Packed marks are compared so that the order of
-/// different marks, as many, is always the same.
+/// The attempts of a unit are sorted by this. Packed marks give an order to different marks of the
+/// same number.
 auto sortKey(const Attempt& attempt)
 {
     return std::make_tuple(attempt.testedAt, attempt.station.toUtf8(), attempt.marks.count(),
@@ -56,11 +56,11 @@ attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests
     int end = lastControl(marks & ~untested) + 1;
     while (!isTested(end, tests18))
         ++end;
-    // The last control alone was tried: it may be dead.
+    // The last control alone has no mark: it was tested, and may be dead.
     if (end < roster::lastComponent)
         outcome.abortedAt = end;
-    const auto tried = outcome.abortedAt ? bandmarks::markIndex(end, 0) : marks.size();
-    for (std::size_t mark = 0; mark < tried; ++mark)
+    const auto tested = outcome.abortedAt ? bandmarks::markIndex(end, 0) : marks.size();
+    for (std::size_t mark = 0; mark < tested; ++mark)
         if (!counted[mark])
             outcome.missed.push_back(bandmarks::bandOf(mark));
     return outcome;

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-/// What logs mean. Pure functions; the one place for these rules.
+/// The meaning of a log. Pure functions; the one place for these rules.
 namespace attemptrules
 {
 /// The marks of component 18: only a station that tests it leaves one.

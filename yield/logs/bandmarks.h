@@ -37,7 +37,7 @@ using BandMarks = std::bitset<bandMarkCount>;
 
 namespace bandmarks
 {
-/// Which band of which component a mark stands for.
+/// The band that a mark stands for.
 struct Band {
     int componentNum;
     int band;
@@ -59,7 +59,8 @@ constexpr Band bandOf(std::size_t mark)
     return {componentNum, band};
 }
 
-/// How the database keeps marks: mark i is bit i % 8 of byte i / 8, lowest bit first.
+/// The size of packed marks, as the database stores them: mark i is bit i % 8 of byte i / 8, lowest
+/// bit first.
 constexpr int packedSize = (bandMarkCount + 7) / 8;
 
 QByteArray packed(const BandMarks& marks);

@@ -9,7 +9,7 @@
 
 #include <vector>
 
-/// What controls and their bands are called where people read about them.
+/// The names of controls and bands in texts for users.
 namespace controlnames
 {
 /// "Fader 3", with the number that the log's heading gives; componentNum 0 to 43.
@@ -18,7 +18,7 @@ QString control(int componentNum);
 /// The values of one band: "10 to 19"; of a button "released" or "pressed".
 QString band(int componentNum, int band);
 
-/// What was missed, a text for each control: "Fader 3: 0 to 19, 120 to 127"; "Fader 3: all" if they
-/// are all its bands. In the order of the marks.
+/// The missed bands, a text for each control: "Fader 3: 0 to 19, 120 to 127"; "Fader 3: all" if
+/// they are all its bands. In the order of the marks.
 QStringList missed(const std::vector<bandmarks::Band>& bands);
 } // namespace controlnames

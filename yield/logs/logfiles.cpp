@@ -11,16 +11,16 @@
 
 namespace
 {
-/// What Qt reads where a name is not in the system's encoding.
-const QChar foreign(QChar::ReplacementCharacter);
+/// What Qt reads where a name is not valid UTF-8.
+const QChar invalid(QChar::ReplacementCharacter);
 } // namespace
 
 QStringList logfiles::filesOf(const QString& path)
 {
-    // In a folder whose files nobody may open they would look as if they were gone.
+    // In a folder that may be listed but not entered the files would seem gone.
     if (!QFileInfo(path).isExecutable())
         return {path};
-    // Not by QDir, which leaves out a file whose name is in a foreign encoding.
+    // Not by QDir, which leaves out a file whose name is not valid UTF-8.
     std::error_code problem;
     std::error_code noFile;
     QStringList files;
@@ -39,7 +39,7 @@ QStringList logfiles::filesOf(const QString& path)
 
 bool logfiles::isGone(const QString& path)
 {
-    return !path.contains(foreign) && !QFileInfo::exists(path);
+    return !path.contains(invalid) && !QFileInfo::exists(path);
 }
 
 std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason)
@@ -52,11 +52,10 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
     QFile file(path);
     QByteArray bytes;
     if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        bytes = file.read(stationlog::longestLog + 1);
+        bytes = file.read(stationlog::maxLogSize + 1);
     if (file.error() == QFileDevice::NoError)
         return bytes;
-    reason =
-        path.contains(foreign) ? QString("its name has a foreign encoding") : file.errorString();
+    reason = path.contains(invalid) ? QString("its name is not valid UTF-8") : file.errorString();
     return std::nullopt;
 }
 

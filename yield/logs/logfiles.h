@@ -21,17 +21,18 @@ struct LogFile {
 /// The files that logs are read from; none is ever written, moved or locked.
 namespace logfiles
 {
-/// The files that a path stands for: the visible files of a folder, without those of folders in
-/// it, or the path itself. The path itself too if there is nothing, so that its reading says so.
+/// The files that a path stands for: the visible files of a folder, without those of its folders,
+/// sorted; or the path itself. The path itself too where a folder cannot be read, so that reading
+/// it gives the reason.
 QStringList filesOf(const QString& path);
 
-/// Whether a file is no longer there: a log in the making gets its own name when it is complete.
+/// Whether a file is gone: a log that is being written gets its own name at the end.
 bool isGone(const QString& path);
 
-/// What a file holds, but not much more than a log can. Nothing, and a reason for people, if it is
-/// no file or cannot be read.
+/// Reads a file, but not much more than a log can hold. Nothing, and a reason for the user, if it
+/// is no file or cannot be read.
 std::optional<QByteArray> bytesOf(const QString& path, QString& reason);
 
-/// Reads a log. Nothing, and a reason for people, if the file cannot be read or is no log.
+/// Reads a log. Nothing, and a reason for the user, if the file cannot be read or is no log.
 std::optional<LogFile> read(const QString& path, QString& reason);
 } // namespace logfiles

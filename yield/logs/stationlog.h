@@ -10,7 +10,7 @@
 
 #include <optional>
 
-/// What a log of the station says.
+/// The content of a log of the station.
 struct StationLog {
     QString serial;   ///< As typed: may be empty or hold any character but NUL.
     QString testedAt; ///< yyyy-MM-ddTHH:mm:ss, the station's wall clock.
@@ -26,9 +26,9 @@ struct StationLog {
 namespace stationlog
 {
 /// No log is longer: it holds a serial that has to fit into a file name.
-constexpr int longestLog = 8192;
+constexpr int maxLogSize = 8192;
 
-/// Reads a whole log. Strict: nothing, and a reason for people, if any byte differs from what the
+/// Reads a whole log. Strict: nothing, and a reason for the user, if any byte differs from what the
 /// station writes.
 std::optional<StationLog> read(const QByteArray& bytes, QString& reason);
 } // namespace stationlog

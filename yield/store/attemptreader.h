@@ -24,7 +24,7 @@ using Visit = std::function<void(const Attempt&)>;
 void forEachByUnit(Database& database, const Visit& visit,
                    const std::optional<QString>& serial = std::nullopt);
 
-/// The newest log of each station that is not later than now (this computer's wall clock), by the
-/// stations' names; saves that are no attempt of their own count too.
+/// The last log of each station that is not later than now (this computer's wall clock), by the
+/// stations' names; repeated saves count too.
 std::vector<LastLog> lastLogs(Database& database, const QDateTime& now);
 } // namespace attemptreader

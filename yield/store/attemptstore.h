@@ -11,13 +11,13 @@
 
 class Database;
 
-/// Where logs come from.
+/// The station that logs come from.
 struct Station {
     QString name;
-    bool tests18 = false; ///< Once true for a name, the database keeps it.
+    bool tests18 = false; ///< Tests component 18. Once true, the database keeps it.
 };
 
-/// What became of logs.
+/// What was done with logs.
 struct StoreCounts {
     int added = 0;         ///< A new attempt, or a new save of one.
     int duplicates = 0;    ///< Imported before.
@@ -37,8 +37,8 @@ namespace attemptstore
 /// today's version, see schema.h.
 StoreCounts store(Database& database, const Station& station, const std::vector<LogFile>& logs);
 
-/// Gives a station another name. If there is a station of that name already, it gets the logs of
-/// both, grouped anew, each log once, and tests component 18 if either does. Throws DatabaseError,
-/// also where no station has the old name.
+/// Renames a station. If there is a station of the new name already, it gets the logs of both, each
+/// log once, and tests component 18 if either does. Throws DatabaseError, also where no station has
+/// the old name.
 void renameStation(Database& database, const QString& oldName, const QString& newName);
 } // namespace attemptstore
