@@ -21,9 +21,6 @@ connects_new_ports() { grep -q '"aseqdump"' /proc/asound/seq/clients; }
 check 'another program connects new ports' wait_for connects_new_ports
 
 start_station zorvi_assembly_test
-unplugged_label=$(device_label)
-label_is_as_without_unit() { [ "$(device_label)" = "$unplugged_label" ]; }
-label_is_other() { ! label_is_as_without_unit; }
 linked() { wait_for is_linked_to 'Zorvi_Control MIDI 1'; }
 
 build_unit unit Zorvi_Control
@@ -31,8 +28,6 @@ plug unit
 check 'a unit is found' linked
 is_read_by_others() { grep -A2 '"Zorvi_Control MIDI 1"' /proc/asound/seq/clients | grep -q ' 14:0'; }
 check 'the other program reads the unit too' wait_for is_read_by_others
-check 'the label shows that it is connected' wait_for label_is_other
-screenshot connected
 
 type_serial WHOLE
 speak unit
@@ -48,13 +43,10 @@ turn 1 0 63
 hush
 unplug unit
 check 'the cable is pulled: the station closes the input' wait_for is_let_go
-check 'the label shows that it is not connected' wait_for label_is_as_without_unit
-screenshot pulled
 plug unit
 check 'the cable is put back: the unit is found' linked
 speak unit
 turn 1 64 127
-screenshot put-back
 work_from 2
 check 'the bands covered before the cable was pulled have stayed' has_passed PULLED
 close_notice

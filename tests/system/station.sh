@@ -104,8 +104,6 @@ press_start_test() { xdotool mousemove 335 566 click 1; }
 press_save_log() { xdotool mousemove 510 561 click 1; }
 type_serial() { xdotool mousemove 375 535 click --repeat 3 1 type "$1"; }
 close_notice() { wait_for windows_are 2 && xdotool key Return && wait_for windows_are 1; }
-# The device label, as a number that is the same for the same picture.
-device_label() { import -window root -crop 175x20+25+524 rgb:- | cksum; }
 
 log_of() { echo "$bin/Logs/ZORVI_$1.txt"; }
 
