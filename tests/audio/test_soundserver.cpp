@@ -20,6 +20,7 @@ public:
         qputenv("HOME", QFile::encodeName(home.path())); // where ALSA looks
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.path()));
         qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket));
+        qputenv("PULSE_LATENCY_MSEC", "50"); // else this sink plays once in two seconds
         QFile alsa(home.filePath(".asoundrc"));
         alsa.open(QIODevice::WriteOnly);
         alsa.write("pcm.!default { type pulse }\n");
