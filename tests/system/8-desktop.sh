@@ -17,12 +17,13 @@ export XDG_RUNTIME_DIR=/run/user/0 DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/
 mkdir -p "$XDG_RUNTIME_DIR" /run/systemd/{seats,sessions,users,machines} && chmod 700 "$XDG_RUNTIME_DIR"
 ${tree:+chroot "$tree"} dbus-daemon --session --address="$DBUS_SESSION_BUS_ADDRESS" --fork
 
-# serve SERVER...: starts these, each known by its name.
+# serve SERVER...: starts these, each known by its name. Without real-time priority, with which they leave
+# nothing of an emulated processor to the station.
 declare -A servers
 serve() {
     local server
     for server; do
-        ${tree:+chroot "$tree"} "$server" &
+        ${tree:+chroot "$tree"} setpriv --bounding-set -sys_nice "$server" &
         servers[$server]=$!
     done
 }
