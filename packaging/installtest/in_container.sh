@@ -68,7 +68,7 @@ lock_database() {
 upgrade() {
     local before after main
     systemctl enable --now zorvi-yield
-    debian/tests/play_unit BEFORE
+    debian/tests/write_log BEFORE 'Fri Nov 20 09:59:55 2026'
     for serial in EARLY LATE BEFORE; do wait_for has_attempts $serial 1; done
     before=$(attempts) main=$(systemctl show -p MainPID --value zorvi-yield)
     lock_database

@@ -6,13 +6,14 @@
 # program that connects whatever it can.
 . "$(dirname "$0")/station.sh"
 
-# As session managers do: each new port is connected to one port, and that one to it.
+# As session managers do: each new port is connected to one port, and that one to each new program.
 connect_new_ports() {
     local event kind address
     while read -r _ event kind address _; do
         [ "$event $kind" = 'Port start' ] || continue
         aconnect "$address" 14:0
-        aconnect 14:0 "$address"
+        # Not to a card: the unit's own would be taken by that.
+        [ "${address%:*}" -lt 128 ] || aconnect 14:0 "$address"
     done
 }
 modprobe snd-seq-dummy # has the port 14:0

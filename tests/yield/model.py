@@ -3,7 +3,7 @@
 
 """A second opinion on the figures of a report, written from the words of docs/quality-guide.md and
 docs/log-format.md: simulates the logs of random plants, has PROGRAM import them and report, and
-prints each figure of the JSON that differs. Chromium checks the page of each plant (pagecheck.js);
+prints the figures of the JSON that differ. Chromium checks the page of each plant (pagecheck.js);
 with ZORVI_AXE, a copy of axe.min.js, axe-core does too.
 
 model.py PROGRAM SEED COUNT"""
@@ -26,13 +26,12 @@ from scipy import stats
 
 BANDS = [13] * 9 + [2] * 30 + [0] + [13] * 4
 TAIL = 0.00135
-COLUMNS = ["first_pass_yield", "control_limits", "final_yield", "aborted"]
 SECOND = datetime.timedelta(seconds=1)
 HOUR = 3600 * SECOND
 
-# marks: for each of the 44 components a text with 0 or 1 for each band. run: empty for a log that
-# does not name it, or its identity; started: the start of the run.
-Log = collections.namedtuple("Log", "station serial time marks run save started")
+# marks: for each of the 44 components a text with 0 or 1 for each band. started: the start of a run;
+# None for a log that does not name its run.
+Log = collections.namedtuple("Log", "station serial time marks started")
 Attempt = collections.namedtuple("Attempt", "log missed aborted result")
 
 
@@ -41,12 +40,6 @@ Attempt = collections.namedtuple("Attempt", "log missed aborted result")
 
 def tested(tests_18):
     return [c for c in range(44) if c != 39 and (tests_18 or c != 18)]
-
-
-def order_of(attempt):
-    log, bits = attempt.log, "".join(attempt.log.marks)
-    packed = bytes(int(bits[i : i + 8][::-1], 2) for i in range(0, len(bits), 8))
-    return log.time, log.station.encode(), bits.count("1"), packed
 
 
 def attempt_of(log, tests_18):
@@ -63,13 +56,10 @@ def attempt_of(log, tests_18):
 
 def units_of(logs, tests_18):
     """All attempts, those of a unit in their order."""
-    last_saves = {}
-    for log in sorted(filter(has_mark, logs), key=lambda log: log.save):
-        last_saves[log.run or log] = log
     units = collections.defaultdict(list)
-    for log in last_saves.values():
+    for log in filter(has_mark, logs):
         units[log.serial].append(attempt_of(log, tests_18[log.station]))
-    return [sorted(unit, key=order_of) for unit in units.values()]
+    return [sorted(unit, key=lambda attempt: attempt.log.time) for unit in units.values()]
 
 
 def has_mark(log):
@@ -120,11 +110,14 @@ def limits(part, units):
 
 def yields(part, units):
     """The columns that days, periods and stations share."""
-    if not part:
-        return dict.fromkeys(COLUMNS)
-    passed, last, aborted = results(part, 0), results(part, -1), results(part, 0, "aborted")
-    cells = share(passed, len(part)), limits(part, units), share(last, len(part)), aborted
-    return dict(zip(COLUMNS, cells))
+    passed, last = results(part, 0), results(part, -1)
+    row = {
+        "first_pass_yield": share(passed, len(part)),
+        "control_limits": limits(part, units) if part else None,
+        "final_yield": share(last, len(part)),
+        "aborted": results(part, 0, "aborted"),
+    }
+    return row
 
 
 def periods(units):
@@ -156,7 +149,7 @@ def false_failures(units):
 
 
 def test_time(attempts):
-    times = [a.log.time - a.log.started for a in attempts if a.result == "passed" and a.log.run]
+    times = [a.log.time - a.log.started for a in attempts if a.result == "passed" and a.log.started]
     times = [t.total_seconds() for t in times if 0 * HOUR <= t <= 24 * HOUR]
     return {"seconds": statistics.median(times), "attempts": len(times)} if times else None
 
@@ -200,16 +193,20 @@ def newest_first(unit):
 
 def unit_row(unit):
     row = {"serial": unit[0].log.serial, "attempts": len(unit)}
-    for name, attempt in ("first", unit[0]), ("last", unit[-1]):
-        row[name + "_tested_at"] = attempt.log.time.isoformat()
-        row[name + "_station"] = attempt.log.station
-        row[name + "_result"] = attempt.result
+    for prefix, attempt in ("first_", unit[0]), ("last_", unit[-1]):
+        row |= {prefix + key: value for key, value in attempt_row(attempt).items()}
     return row
 
 
+def attempt_row(attempt):
+    log = attempt.log
+    return {"tested_at": log.time.isoformat(), "station": log.station, "result": attempt.result}
+
+
 def not_passed_row(unit):
-    row = {"serial": unit[0].log.serial, "attempts": len(unit), "station": unit[-1].log.station}
-    return {**row, "tested_at": unit[-1].log.time.isoformat()}
+    row = {"serial": unit[0].log.serial, "attempts": len(unit), **attempt_row(unit[-1])}
+    row.pop("result")
+    return row
 
 
 def control_rows(units, tests_18):
@@ -292,83 +289,44 @@ def figures(logs, tests_18, request, made_at):
     }
 
 
-def differences(found, expected, path=""):
-    if isinstance(expected, dict) and isinstance(found, dict):
-        for key in expected.keys() | found.keys():
-            yield from differences(found.get(key, "-"), expected.get(key, "-"), f"{path}.{key}")
-    elif isinstance(expected, list) and isinstance(found, list) and len(found) == len(expected):
-        for i, pair in enumerate(zip(found, expected)):
-            yield from differences(*pair, f"{path}[{i}]")
-    elif isinstance(expected, float) and isinstance(found, (int, float)):
-        if abs(found - expected) > 1e-9:
-            yield path, found, expected
-    elif found != expected:
-        yield path, found, expected
-
-
 # Plants
 
 
-def marks_of_run(tests_18, end, failures):
-    """The marks of a run up to a component; failures: the share of controls that miss bands."""
+def run_log(station, serial, tests_18, time):
+    """Units pass at the last station only, and a tenth of the days is bad."""
+    end = random.choice([44] * 12 + [43, 42, 41, 40, 38, 19, 18, 5, 1, 0])
+    failures = 0.2 if (datetime.date.today() - time.date()).days % 10 == 3 else 0.01
+    end, failures = (44, 0) if station == "\u4e00" else (end, failures)
     marks = ["0" * count for count in BANDS]
     for c in tested(tests_18):
         if c < end:
-            marks[c] = "1" * BANDS[c]
-            if random.random() < failures:
-                marks[c] = "".join(random.choice("01") for _ in marks[c])
-    return marks
-
-
-def saves_of_run(marks):
-    """The marks of a run in its middle, a few times, and at its end, once or twice."""
-    for _ in range(random.choice([0, 0, 0, 1, 2])):
-        cut = random.randrange(44)
-        yield tuple(marks[: cut + 1] + ["0" * count for count in BANDS[cut + 1 :]])
-    for _ in range(random.choice([1, 1, 1, 2])):
-        yield tuple(marks)
-
-
-def run_logs(station, serial, tests_18, time):
-    """Most logs name their run, as those from an outbox; some are old ones that do not. Units pass
-    at the last station only, and a tenth of the days is bad."""
-    end = random.choice([44] * 12 + [43, 42, 41, 40, 38, 19, 18, 5, 1])
-    failures = 0.2 if (datetime.date.today() - time.date()).days % 10 == 3 else 0.01
-    marks = marks_of_run(tests_18, *((44, 0) if station == "\u4e00" else (end, failures)))
+            bad = random.random() < failures
+            marks[c] = "".join(random.choice("01" if bad else "1") for _ in marks[c])
     duration = random.choice([1, 60, 61, 150, 150, 3600, 86400, 86401, -1])
     started = time - duration * SECOND + random.choice([0, 0, 1, 500]) * SECOND / 1000
-    run = f"{started:%Y%m%dT%H%M%S}.{started.microsecond // 1000:03}-{random.getrandbits(64):016x}"
-    if random.random() < 0.2:
-        yield Log(station, serial, time, tuple(marks), "", 1, None)
-        return
-    for save, part in enumerate(saves_of_run(marks), 1):
-        yield Log(station, serial, time, part, run, save, started)
-        time += random.choice([1, 61, 300]) * SECOND
+    return Log(station, serial, time, tuple(marks), random.choice([None] + [started] * 4))
 
 
 def unit_logs(serial, stations, day):
     time = datetime.datetime.combine(day, datetime.time(6)) + random.randrange(36000) * SECOND
     station = random.choice(list(stations))
     for _ in range(random.choice([1] * 12 + [2, 2, 2, 3, 4, 13])):
-        logs = list(run_logs(station, serial, stations[station], time))
-        yield from logs
-        time = logs[-1].time + random.choice([1, 30, 60, 900, 3600, 3601, 90000]) * SECOND
+        yield run_log(station, serial, stations[station], time)
+        time += random.choice([1, 30, 60, 900, 3600, 3601, 90000]) * SECOND
         if random.random() < 0.4:
             station = random.choice(list(stations))
 
 
 def random_requests(days, logs):
-    """All units, one day, and others."""
+    """All units, those of one day, of a station, and others."""
     fields = ["since", "until", "station", "exclude"]
     day = logs[0].time.date().isoformat()
+    first, last = [day.isoformat() for day in sorted(random.sample(days, 2))]
+    exclude = random.choice([["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]])
     yield dict(zip(fields, ["", "", "", []]))
     yield dict(zip(fields, [day, day, "", []]))
-    for _ in range(2):
-        first, last = [day.isoformat() for day in sorted(random.sample(days, 2))]
-        time = random.choice(["", first]), random.choice(["", last])
-        station = random.choice(["", random.choice(logs).station])
-        exclude = random.choice([["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]])
-        yield dict(zip(fields, [*time, station, exclude]))
+    yield dict(zip(fields, [first, "", random.choice(logs).station, []]))
+    yield dict(zip(fields, ["", last, "", exclude]))
 
 
 def plant():
@@ -387,33 +345,32 @@ def plant():
     return logs, tests_18, list(random_requests(days, logs))
 
 
-def name(c):
-    return f"Fader {c}" if c < 9 else f"Button {c - 9}" if c < 40 else f"Rotary {c - 40}"
-
-
 def log_bytes(log):
     elements = ["Norvane Instruments"]
     elements.append(f"ZORVI\t#{log.serial}\t{log.time:%a %b} {log.time.day} {log.time:%H:%M:%S %Y}")
     for c, marks in enumerate(log.marks):
-        control = name(c).upper().replace(" ", ": ")
+        name = f"FADER: {c}" if c < 9 else f"BUTTON: {c - 9}" if c < 40 else f"ROTARY: {c - 40}"
         ranges = [f"Range {band}: {mark}" for band, mark in enumerate(marks)]
-        head = f"---------------- {control} (Component {c}) ----------------"
+        head = f"---------------- {name} (Component {c}) ----------------"
         elements.append("\r\n".join([head, *(ranges or [" NOT TESTED (Power Button)"])]))
     return ("\n\r\n\r\n".join(elements) + "\n").encode()
 
 
+def file_name(log, number, has_18):
+    if log.started is None:
+        return f"{number}.txt"
+    ms = log.started.microsecond // 1000
+    return f"{log.started:%Y%m%dT%H%M%S}.{ms:03}-{number:016x}-1{'-TARVEK' * has_18}.txt"
+
+
 def import_logs(program, folder, logs, tests_18):
-    for number, (station, has_18) in enumerate(tests_18.items()):
-        path = folder / str(number)
-        path.mkdir()
-        for i, log in enumerate(logs):
-            end = "-TARVEK.txt" if has_18 else ".txt"
-            file = f"{log.run}-{log.save}{end}" if log.run else f"{i}.txt"
+    for station, has_18 in tests_18.items():
+        path = pathlib.Path(tempfile.mkdtemp(dir=folder))
+        for number, log in enumerate(logs):
             if log.station == station:
-                (path / file).write_bytes(log_bytes(log))
+                (path / file_name(log, number, has_18)).write_bytes(log_bytes(log))
         options = ["--station", station] + ["--tests-component-18"] * has_18
-        database = ["--database", folder / "a.sqlite"]
-        run([program, "import", *database, *options, path])
+        run([program, "import", "--database", folder / "a.sqlite", *options, path])
 
 
 # The page in Chromium
@@ -469,6 +426,10 @@ def check_paper(folder, page):
         sys.exit(f"{sheets} sheets of paper")
 
 
+def rounded(text):
+    return json.loads(text, parse_float=lambda digits: round(float(digits), 9))
+
+
 def check_figures(program, folder):
     """Compares the figures of a plant; returns the page of all its units and their figures."""
     logs, tests_18, requests = plant()
@@ -477,12 +438,14 @@ def check_figures(program, folder):
         options = [f"--{key}={each}" for key, each in request.items() if each and key != "exclude"]
         options += [f"--exclude={wild}" for wild in request["exclude"]]
         report = [program, "report", "--database", folder / "a.sqlite", *options]
-        found = json.loads(run([*report, "--format=json"]))
+        found = rounded(run([*report, "--format=json"]))
         for row in found["not_passed"]:
             row.pop("failures")  # a text, see test_page
         expected = figures(logs, tests_18, request, found["request"]["made_at"])
-        for difference in differences(found, expected):
-            sys.exit(f"{request}\n  {difference}")
+        expected = rounded(json.dumps(expected))
+        for key in expected.keys() | found.keys():
+            if found.get(key) != expected.get(key):
+                sys.exit(f"{request}\n{key}: {found.get(key)}\nnot {expected.get(key)}")
         if request == requests[0]:
             result = run([*report, "--output=-"]), json.dumps(found)
     return result

@@ -1,18 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/yield/storedrows.h"
+#include "tests/yield/testdatabase.h"
 #include "tests/yield/unitlogs.h"
 #include "yield/store/attemptreader.h"
 #include "yield/store/attemptstore.h"
 #include "yield/store/schema.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
-#include <functional>
 #include <numeric>
 
+using testdatabase::errorOf;
 using unitlogs::abortedAt;
 using unitlogs::log;
 using unitlogs::passed;
@@ -53,18 +54,7 @@ StoreCounts store(Database& database, const Fact& fact)
     return attemptstore::store(database, fact.station, {fact.file});
 }
 
-QString errorOf(const std::function<void()>& act)
-{
-    try {
-        act();
-    } catch (const DatabaseError& error) {
-        const char* kinds[] = {"unusable", "newer", "unavailable", "data"};
-        return QString("%1: %2").arg(kinds[static_cast<int>(error.kind())], error.text());
-    }
-    return "none";
-}
-
-const StationLog begun = log("x", 0, abortedAt(20));
+const StationLog begun = log("x", 0, without(abortedAt(20), 3, 5));
 const StationLog whole = log("y", 5, passed());
 const StationLog own = log("z", 9, passed());
 } // namespace
@@ -89,7 +79,7 @@ private Q_SLOTS:
 
     void init()
     {
-        database = emptyDatabase(isServer() ? &server : nullptr);
+        database = testdatabase::empty(isServer() ? &server : nullptr);
         schema::migrate(*database);
     }
 
@@ -104,43 +94,49 @@ private Q_SLOTS:
         const Fact save2 = saved("S", nameOf(1, 2), whole);
         row("saves of a run, its serial corrected",
             {save1, save2, saved("S", nameOf(1, 3), log("y", 9, without(passed(), 3, 5)))},
-            {"S: x at 12:00, repeated, save 1 of run 1, 137 marks",
+            {"S: x at 12:00, repeated, save 1 of run 1, 136 marks",
              "S: y at 12:05, repeated, save 2 of run 1, 227 marks",
              "S: y at 12:09, failed, save 3 of run 1, missed 3:5, 226 marks"});
         row("imported logs that are saves of a run",
             {save1, save2, imported("S", begun), imported("S", whole), imported("R", whole)},
-            {"S: x at 12:00, repeated, save 1 of run 1, 137 marks",
+            {"S: x at 12:00, repeated, save 1 of run 1, 136 marks",
              "S: y at 12:05, passed, save 2 of run 1, 227 marks"});
         row("a run by the names of two stations",
-            {save1, save2, saved("R", nameOf(1, 1), begun), saved("R", nameOf(1, 2), whole),
-             imported("Q", begun)},
-            {"R: x at 12:00, repeated, save 1 of run 1, 137 marks",
+            {save1, save2, saved("R", nameOf(1, 2), whole), imported("Q", begun)},
+            {"R: x at 12:00, repeated, save 1 of run 1, 136 marks",
              "R: y at 12:05, passed, save 2 of run 1, 227 marks"});
         row("the same log at two saves",
             {saved("S", nameOf(1, 1), whole), save2, saved("S", nameOf(1, 3), begun),
              saved("S", nameOf(1, 4), whole)},
-            {"S: x at 12:00, repeated, save 3 of run 1, 137 marks",
+            {"S: x at 12:00, repeated, save 3 of run 1, 136 marks",
              "S: y at 12:05, passed, save 4 of run 1, 227 marks"});
         row("the same log of two stations",
             {imported("S", whole), imported("R", whole), imported("S", begun)},
-            {"R: y at 12:05, passed, 227 marks", "S: x at 12:00, aborted at 20, 137 marks",
+            {"R: y at 12:05, passed, 227 marks",
+             "S: x at 12:00, aborted at 20, missed 3:5, 136 marks",
              "S: y at 12:05, passed, 227 marks"});
         const QStringList known18{
-            "S: x at 12:00, aborted at 20, 18 tested, missed 18:0, 137 marks",
-            "S: x at 12:00, aborted at 20, 18 tested, missed 18:1, 137 marks",
+            "S: x at 12:00, aborted at 20, 18 tested, missed 18:0, 136 marks",
+            "S: x at 12:00, aborted at 20, 18 tested, missed 18:1, 136 marks",
+            "S: x at 12:00, aborted at 20, 18 tested, missed 3:5, 136 marks",
             "S: y at 12:05, passed, save 2 of run 1, 227 marks",
         };
         row("TARVEK by a run's name",
             {imported("S", begun), save2,
-             saved("S", nameOf(2, 1, true), log("z", 7, passedWith18())),
-             saved("S", nameOf(3, 1, true), log("z", 8, without(passedWith18(), 18, 1)))},
+             saved("S", nameOf(2, 1, true), log("z", 7, without(passedWith18(), 18, 1))),
+             saved("S", nameOf(3, 1, true), log("z", 8, abortedAt(2)))},
             known18 +
                 QStringList{
-                    "S: z at 12:07, passed, 18 tested, save 1 of run 2, 229 marks",
-                    "S: z at 12:08, failed, 18 tested, save 1 of run 3, missed 18:1, 228 marks"});
+                    "S: z at 12:07, failed, 18 tested, save 1 of run 2, missed 18:1, 228 marks",
+                    "S: z at 12:08, aborted at 2, 18 tested, save 1 of run 3, 26 marks"});
         row("TARVEK by a mark",
             {imported("S", begun), save2, imported("S", log("z", 7, passedWith18()))},
             known18 + QStringList{"S: z at 12:07, passed, 18 tested, 229 marks"});
+        row("TARVEK by a mark of a run",
+            {imported("S", begun), save2, saved("S", nameOf(2, 1), log("z", 7, abortedAt(2))),
+             saved("S", nameOf(2, 2), log("z", 8, passedWith18()))},
+            known18 + QStringList{"S: z at 12:07, repeated, save 1 of run 2, 26 marks",
+                                  "S: z at 12:08, passed, 18 tested, save 2 of run 2, 229 marks"});
         row("TARVEK by the option", {imported("S", begun), save2, tests18("S")}, known18);
     }
 
@@ -156,7 +152,7 @@ private Q_SLOTS:
                 continue;
             for (const std::size_t fact : order)
                 store(*database, facts[fact]);
-            QCOMPARE(storedrows::all(*database), rows);
+            QCOMPARE(testdatabase::rows(*database), rows);
             for (const char* table : {"attempts", "repeated_saves", "stations"})
                 database->run(QString("DELETE FROM %1").arg(table));
         }
@@ -188,20 +184,20 @@ private Q_SLOTS:
     {
         store(*database, imported("S", whole));
         store(*database, saved("S", nameOf(2, 1), own));
-        const QVector<int> before = storedrows::attemptIds(*database);
+        const QVector<int> before = testdatabase::attemptIds(*database);
         QCOMPARE(before.size(), 2);
         store(*database, saved("S", nameOf(1, 1), begun)); // a third one, until its run is known
         store(*database, saved("S", nameOf(1, 2), whole));
         store(*database, saved("S", nameOf(2, 3), log("z", 11, passedWith18())));
         store(*database, saved("R", nameOf(2, 2), log("z", 10, passed())));
-        QCOMPARE(storedrows::attemptIds(*database), before);
+        QCOMPARE(testdatabase::attemptIds(*database), before);
     }
 
     void renamed_data()
     {
         QTest::addColumn<Facts>("others"); // beside the logs of Old
         QTest::addColumn<QStringList>("rows");
-        const QStringList run{"New: x at 12:00, repeated, save 1 of run 1, 137 marks",
+        const QStringList run{"New: x at 12:00, repeated, save 1 of run 1, 136 marks",
                               "New: y at 12:05, passed, save 2 of run 1, 227 marks"};
         const QStringList passed18{"New: z at 12:09, failed, 18 tested, missed 18:0, 227 marks",
                                    "New: z at 12:09, failed, 18 tested, missed 18:1, 227 marks"};
@@ -227,9 +223,9 @@ private Q_SLOTS:
         for (const Fact& fact : facts)
             store(*database, fact);
         attemptstore::renameStation(*database, "Old", "New");
-        QCOMPARE(storedrows::all(*database), rows);
+        QCOMPARE(testdatabase::rows(*database), rows);
         attemptstore::renameStation(*database, "New", "New");
-        QCOMPARE(storedrows::all(*database), rows);
+        QCOMPARE(testdatabase::rows(*database), rows);
         QCOMPARE(errorOf([&] { attemptstore::renameStation(*database, "Old", "New"); }),
                  QString("unusable: no station is named \"Old\""));
     }
@@ -314,6 +310,20 @@ private Q_SLOTS:
         QCOMPARE(found, QSet<QString>(serials.begin(), serials.end()));
     }
 
+    /// All of the logs are stored, or none.
+    void fullDisk()
+    {
+        if (isServer())
+            return;
+        database->run("PRAGMA max_page_count = 1"); // as many as there are
+        std::vector<LogFile> logs;
+        for (int minute = 0; minute < 1000; ++minute)
+            logs.push_back({log("x", minute, passed())});
+        const auto act = [&] { attemptstore::store(*database, {"S"}, logs); };
+        QVERIFY(errorOf(act).startsWith("unavailable: "));
+        QCOMPARE(testdatabase::rows(*database), QStringList());
+    }
+
     void errors()
     {
         const auto read = [&] { attemptreader::forEachByUnit(*database, [](const Attempt&) {}); };
@@ -325,12 +335,14 @@ private Q_SLOTS:
         QCOMPARE(errorOf(read), QString("data: the marks of an attempt in the database are damaged "
                                         "(serial \"a\uFFFD\")"));
         QVERIFY(run("SELECT none FROM stations").startsWith("unavailable: "));
-        database = emptyDatabase(isServer() ? &server : nullptr);
+        database = testdatabase::empty(isServer() ? &server : nullptr);
         QVERIFY(errorOf(read).contains("holds no attempts yet"));
         if (!isServer()) {
-            const auto open = [] { Database("missing", Database::Access::Read); };
-            QVERIFY(errorOf(open).startsWith("unusable: there is no database missing"));
-            QVERIFY(!QFile::exists("missing"));
+            const QTemporaryDir folder;
+            const QString missing = folder.filePath("missing");
+            const auto open = [&] { Database(missing, Database::Access::Read); };
+            QVERIFY(errorOf(open).startsWith("unusable: there is no database " + missing));
+            QVERIFY(!QFile::exists(missing));
             // Otherwise a power cut undoes a commit that was reported.
             Statement synchronous(*database, "PRAGMA synchronous");
             synchronous.run();

@@ -5,7 +5,6 @@
 #include "yield/commands/progress.h"
 #include "yield/figures/reportcounter.h"
 #include "yield/page/page.h"
-#include "yield/page/reportjson.h"
 #include "yield/store/attemptreader.h"
 
 namespace

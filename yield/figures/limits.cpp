@@ -44,11 +44,3 @@ ControlLimits controlLimits(int units, const Tally& all)
     return {lowerLimit(units, 1.0 * all.passedFirst / all.units),
             units - lowerLimit(units, 1.0 * (all.units - all.passedFirst) / all.units)};
 }
-
-Position positionOf(const Tally& part, const Tally& all)
-{
-    const ControlLimits limits = controlLimits(part.units, all);
-    if (part.passedFirst < limits.lower)
-        return Position::BelowLcl;
-    return part.passedFirst > limits.upper ? Position::AboveUcl : Position::Within;
-}

@@ -22,10 +22,20 @@ struct Tally {
     }
 };
 
+/// Where a first-pass yield lies.
+enum class Position { BelowLcl, Within, AboveUcl };
+
 /// The control limits of a p-chart as numbers of passed units, both ends included.
 struct ControlLimits {
     int lower = 0;
     int upper = 0;
+
+    Position positionOf(int passed) const
+    {
+        if (passed < lower)
+            return Position::BelowLcl;
+        return passed > upper ? Position::AboveUcl : Position::Within;
+    }
 };
 
 /// The control limits of that many units (0 or more) around the first-pass yield of all units.
@@ -33,8 +43,3 @@ struct ControlLimits {
 /// and so do more than upper. Both are 0 without units; if none or all of all units passed, both
 /// are none or all.
 ControlLimits controlLimits(int units, const Tally& all);
-
-/// Where the first-pass yield of a part of all units lies: below its LCL, within its control
-/// limits, or above its UCL.
-enum class Position { BelowLcl, Within, AboveUcl };
-Position positionOf(const Tally& part, const Tally& all);

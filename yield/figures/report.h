@@ -14,6 +14,7 @@
 #include <QVector>
 
 #include <optional>
+#include <set>
 #include <vector>
 
 /// Which units a report is about: those first tested in the time and at the station, and whose
@@ -50,14 +51,6 @@ struct AttemptsByNumber {
     int aborted = 0; ///< Neither passed nor failed.
 };
 
-/// Failed attempts, and those of them whose unit passed when it was next tested, at the same
-/// station and at most an hour later: most likely failures of the test, not of the unit. Aborted
-/// attempts are ignored.
-struct FalseFailures {
-    int failed = 0;
-    int passedNext = 0;
-};
-
 /// The time from the start of an attempt to its last log.
 struct TestTimes {
     int attempts = 0;                    ///< Passed ones with a start and a plausible time.
@@ -71,21 +64,19 @@ struct TestedUnit {
     int attempts = 0;
 };
 
-/// The control that failed most often.
-struct TopFailure {
-    int componentNum = 0;
-    int units = 0;
+/// The order of a list of units: of several with as many attempts, by the last attempt.
+struct LastTestedFirst {
+    bool operator()(const TestedUnit& a, const TestedUnit& b) const;
+};
+struct MostAttemptsFirst {
+    bool operator()(const TestedUnit& a, const TestedUnit& b) const;
 };
 
 /// The units first tested at one station.
 struct StationReport {
-    QString name;
     Tally tally;
     TestTimes testTimes; ///< Of the attempts made at this station.
     QVector<int> failed = QVector<int>(roster::componentCount); ///< As in ControlFailures.
-
-    /// The first of several; empty if no control failed.
-    std::optional<TopFailure> topFailure() const;
 };
 
 struct Report {
@@ -97,18 +88,22 @@ struct Report {
     QMap<QDate, Tally> days;
     /// Units first tested before 2000 or more than a day after the report: a wrong clock. They
     /// count in the total and everywhere else.
-    Tally implausibleDates;
+    int implausibleDates = 0;
 
     /// First attempts first; the last of maxNumbers counts all later ones too.
     QVector<AttemptsByNumber> attemptsByNumber;
-    FalseFailures falseFailures;
+    int failedAttempts = 0;
+    /// Failed attempts whose unit passed when it was next tested, at the same station and at most
+    /// an hour later: most likely failures of the test, not of the unit. Aborted attempts are
+    /// ignored.
+    int falseFailures = 0;
     TestTimes testTimes;
     QMap<QString, StationReport> stations; ///< By name; those with units only.
     QVector<ControlFailures> controls;     ///< Of the components 0 to 43.
-    /// Those whose last attempt did not pass, newest first, at most maxNotPassedUnits.
-    QVector<TestedUnit> notPassedUnits;
-    /// Those with several attempts, most attempts first, at most maxRetestedUnits.
-    QVector<TestedUnit> retestedUnits;
+    /// Those whose last attempt did not pass, at most maxNotPassedUnits.
+    std::set<TestedUnit, LastTestedFirst> notPassedUnits;
+    /// Those with several attempts, at most maxRetestedUnits.
+    std::set<TestedUnit, MostAttemptsFirst> retestedUnits;
     int retestedUnitCount = 0; ///< All of them.
 
     static constexpr int maxNumbers = 10;
@@ -116,28 +111,7 @@ struct Report {
     static constexpr int maxNotPassedUnits = 5000;
     static constexpr int maxRetestedUnits = 200;
 
-    struct Day {
-        QDate date;
-        Tally tally;
-    };
-    /// Today and the seven days before it, newest first, as far as requested; days without units
-    /// too.
-    QVector<Day> recentDays() const;
-
-    /// The Pareto chart: the controls with failures, those that failed most often first.
-    QVector<ControlFailures> failedControls() const;
-    /// The first three of these.
-    QVector<ControlFailures> topControls() const { return failedControls().mid(0, 3); }
-
-    /// The seconds since the last log of a station; empty without one.
-    std::optional<qint64> ageOf(const LastLog& lastLog) const;
-    /// Whether a station has no log, or none for more than a day: it stands still, or its logs do
-    /// not arrive.
-    bool needsAttention(const LastLog& lastLog) const;
+    QVector<ControlFailures> failedControls; ///< Those with failures, most failures first.
+    int failureCount = 0;                    ///< All failures of these together.
+    QVector<ControlFailures> topControls() const { return failedControls.mid(0, 3); }
 };
-
-/// "passed", "failed" or "aborted".
-QString resultOf(const Attempt& attempt);
-
-/// All failures of those controls together.
-int failureCount(const QVector<ControlFailures>& controls);

@@ -3,11 +3,9 @@
 
 #include "yield/figures/reportcounter.h"
 
-#include "yield/figures/logtime.h"
-
 #include <algorithm>
+#include <iterator>
 #include <set>
-#include <tuple>
 
 namespace
 {
@@ -21,38 +19,52 @@ QString withoutSlashes(QString text)
     return text.replace('/', QChar(QChar::Null));
 }
 
-bool hasMoreAttempts(const TestedUnit& a, const TestedUnit& b)
+/// The number in those digits of a time, 2026-11-21T14:03:12 or 2026-11-21T14:03:12.345; 0 where it
+/// is shorter. Read digit by digit: QDateTime would take a large part of the time of a report.
+int number(const QString& time, int begin, int digits)
 {
-    return std::tie(b.attempts, b.last.testedAt, a.last.serial) <
-           std::tie(a.attempts, a.last.testedAt, b.last.serial);
+    int value = 0;
+    for (int i = begin; i < begin + digits && i < time.size(); ++i)
+        value = 10 * value + time[i].unicode() - '0';
+    return value;
 }
 
-/// The middle one, or the mean of the middle two; at least one time.
-double medianSeconds(std::vector<int>& timesMs)
+QDate dayOf(const QString& time)
 {
-    const auto middle = timesMs.begin() + static_cast<std::ptrdiff_t>(timesMs.size() / 2);
-    std::nth_element(timesMs.begin(), middle, timesMs.end());
-    const double upper = *middle;
-    const bool isOdd = timesMs.size() % 2 == 1;
-    const double lower = isOdd ? upper : *std::max_element(timesMs.begin(), middle);
-    return (lower + upper) / 2 / 1000;
+    return {number(time, 0, 4), number(time, 5, 2), number(time, 8, 2)};
 }
 
-bool isNewer(const TestedUnit& a, const TestedUnit& b)
+/// Between two times of a station's wall clock: the same on a computer in any time zone.
+qint64 msBetween(const QString& earlier, const QString& later)
 {
-    return std::tie(b.last.testedAt, a.last.serial) < std::tie(a.last.testedAt, b.last.serial);
+    const auto msOf = [](const QString& time) {
+        const qint64 hours = dayOf(time).toJulianDay() * 24 + number(time, 11, 2);
+        const qint64 seconds = (hours * 60 + number(time, 14, 2)) * 60 + number(time, 17, 2);
+        return seconds * 1000 + number(time, 20, 3);
+    };
+    return msOf(later) - msOf(earlier);
 }
 
-/// units: a heap whose top is dropped first when there are more than maxUnits.
-template <typename IsBefore>
-void keep(QVector<TestedUnit>& units, const TestedUnit& unit, int maxUnits, IsBefore isBefore)
+/// Of the middle one, or the mean of the middle two.
+TestTimes testTimesOf(std::vector<int>& timesMs)
 {
-    units.append(unit);
-    std::push_heap(units.begin(), units.end(), isBefore);
-    if (units.size() <= maxUnits)
-        return;
-    std::pop_heap(units.begin(), units.end(), isBefore);
-    units.removeLast();
+    if (timesMs.empty())
+        return {};
+    const auto sorted = [&](std::size_t index) {
+        const auto element = timesMs.begin() + static_cast<std::ptrdiff_t>(index);
+        std::nth_element(timesMs.begin(), element, timesMs.end());
+        return *element / 1000.0;
+    };
+    const std::size_t count = timesMs.size();
+    return {static_cast<int>(count), (sorted((count - 1) / 2) + sorted(count / 2)) / 2};
+}
+
+template <typename Units>
+void keep(Units& units, const TestedUnit& unit, std::size_t maxUnits)
+{
+    units.insert(unit);
+    if (units.size() > maxUnits)
+        units.erase(std::prev(units.end()));
 }
 } // namespace
 
@@ -100,16 +112,26 @@ void ReportCounter::add(const Attempt& attempt)
 Report ReportCounter::finish()
 {
     finishUnit();
-    finishTestTimes();
-    std::sort_heap(report.notPassedUnits.begin(), report.notPassedUnits.end(), isNewer);
-    std::sort_heap(report.retestedUnits.begin(), report.retestedUnits.end(), hasMoreAttempts);
+    std::vector<int> all;
+    for (auto& [station, times] : testTimesMs) {
+        if (report.stations.contains(station))
+            report.stations[station].testTimes = testTimesOf(times);
+        all.insert(all.end(), times.begin(), times.end());
+    }
+    report.testTimes = testTimesOf(all);
+    for (const ControlFailures& control : qAsConst(report.controls)) {
+        report.failureCount += control.failed;
+        if (control.failed > 0)
+            report.failedControls.append(control);
+    }
+    std::stable_sort(report.failedControls.begin(), report.failedControls.end(),
+                     [](const auto& a, const auto& b) { return a.failed > b.failed; });
     return report;
 }
 
 bool ReportCounter::isCounted(const Attempt& first)
 {
-    if (!report.request.includes(logtime::dayOf(first.testedAt)) ||
-        !report.request.includes(first.station))
+    if (!report.request.includes(dayOf(first.testedAt)) || !report.request.includes(first.station))
         return false;
     const QString serial = withoutSlashes(first.serial);
     const bool isExcluded = std::any_of(exclude.begin(), exclude.end(), [&](const auto& pattern) {
@@ -125,7 +147,6 @@ void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
     unit.tally.passedFirst = outcome.hasPassed() ? 1 : 0;
     unit.tally.abortedFirst = outcome.abortedAt ? 1 : 0;
     StationReport& station = report.stations[unit.first.station];
-    station.name = unit.first.station;
     const int end = outcome.abortedAt.value_or(report.controls.size());
     for (int c = roster::firstComponent; c < end; ++c)
         if (attemptrules::isTested(c, unit.first.tests18))
@@ -158,15 +179,13 @@ void ReportCounter::countFailure(const attemptrules::Outcome& outcome)
 {
     if (outcome.abortedAt)
         return;
-    FalseFailures& failures = report.falseFailures;
     const bool passed = outcome.hasPassed();
     if (passed && unit.failure && unit.failure->station == unit.last.station &&
-        logtime::msOf(unit.last.testedAt) - logtime::msOf(unit.failure->testedAt) <=
-            maxFalseFailureMs)
-        ++failures.passedNext;
+        msBetween(unit.failure->testedAt, unit.last.testedAt) <= maxFalseFailureMs)
+        ++report.falseFailures;
     unit.failure.reset();
     if (!passed) {
-        ++failures.failed;
+        ++report.failedAttempts;
         unit.failure = unit.last;
     }
 }
@@ -175,7 +194,7 @@ void ReportCounter::countTestTime(const Attempt& attempt)
 {
     if (attempt.startedAt.isEmpty())
         return;
-    const qint64 time = logtime::msOf(attempt.testedAt) - logtime::msOf(attempt.startedAt);
+    const qint64 time = msBetween(attempt.startedAt, attempt.testedAt);
     if (time >= 0 && time <= maxTestTimeMs)
         testTimesMs[attempt.station].push_back(static_cast<int>(time));
 }
@@ -186,27 +205,16 @@ void ReportCounter::finishUnit()
         return;
     report.total += unit.tally;
     report.stations[unit.first.station].tally += unit.tally;
-    const QDate day = logtime::dayOf(unit.first.testedAt);
-    const bool isPlausible = day.year() >= 2000 && day <= report.request.now.date().addDays(1);
-    (isPlausible ? report.days[day] : report.implausibleDates) += unit.tally;
+    const QDate day = dayOf(unit.first.testedAt);
+    if (day.year() >= 2000 && day <= report.request.now.date().addDays(1))
+        report.days[day] += unit.tally;
+    else
+        ++report.implausibleDates;
 
     if (unit.tally.passedLast == 0)
-        keep(report.notPassedUnits, unit, Report::maxNotPassedUnits, isNewer);
+        keep(report.notPassedUnits, unit, Report::maxNotPassedUnits);
     if (unit.attempts == 1)
         return;
     ++report.retestedUnitCount;
-    keep(report.retestedUnits, unit, Report::maxRetestedUnits, hasMoreAttempts);
-}
-
-void ReportCounter::finishTestTimes()
-{
-    std::vector<int> all;
-    for (auto& [station, times] : testTimesMs) {
-        if (report.stations.contains(station))
-            report.stations[station].testTimes = {static_cast<int>(times.size()),
-                                                  medianSeconds(times)};
-        all.insert(all.end(), times.begin(), times.end());
-    }
-    if (!all.empty())
-        report.testTimes = {static_cast<int>(all.size()), medianSeconds(all)};
+    keep(report.retestedUnits, unit, Report::maxRetestedUnits);
 }

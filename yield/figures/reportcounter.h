@@ -46,7 +46,6 @@ private:
     void countFailure(const attemptrules::Outcome& outcome);
     void countTestTime(const Attempt& attempt);
     void finishUnit();
-    void finishTestTimes();
 
     Report report;
     std::vector<QRegularExpression> exclude;

@@ -5,18 +5,24 @@
 
 #include <QLocale>
 
-#include <algorithm>
-
 namespace
 {
-constexpr int maxPeriods = 70;
 constexpr int daysInWeek = 7;
 
-QString periodFor(qint64 days)
+struct PeriodKind {
+    QString period;
+    QString nameFormat;
+    QString labelFormat;
+};
+
+PeriodKind kindFor(qint64 days)
 {
+    constexpr int maxPeriods = 70;
     if (days <= maxPeriods)
-        return "day";
-    return days <= maxPeriods * daysInWeek ? "week" : "month";
+        return {"day", "dddd, d MMM yyyy", "d MMM"};
+    if (days <= maxPeriods * daysInWeek)
+        return {"week", "'Week of' d MMM yyyy", "d MMM"};
+    return {"month", "MMMM yyyy", "MMM yy"};
 }
 
 QDate beginOf(const QString& period, const QDate& day)
@@ -33,45 +39,23 @@ int slotOf(const QString& period, const QDate& begin, const QDate& firstBegin)
     const auto days = static_cast<int>(firstBegin.daysTo(begin));
     return period == "week" ? days / daysInWeek : days;
 }
-
-QString nameOf(const QString& period, const QDate& begin)
-{
-    const QString format = period == "day"    ? "dddd, d MMM yyyy"
-                           : period == "week" ? "'Week of' d MMM yyyy"
-                                              : "MMMM yyyy";
-    return QLocale::c().toString(begin, format);
-}
 } // namespace
 
 Timeline timelineOf(const QMap<QDate, Tally>& days)
 {
-    Timeline timeline;
     if (days.isEmpty())
-        return timeline;
-    const QString period = periodFor(days.firstKey().daysTo(days.lastKey()) + 1);
-    const QDate firstBegin = beginOf(period, days.firstKey());
-    const QString labelFormat = period == "month" ? "MMM yy" : "d MMM";
-    timeline.period = period;
+        return {};
+    const auto kind = kindFor(days.firstKey().daysTo(days.lastKey()) + 1);
+    const QDate firstBegin = beginOf(kind.period, days.firstKey());
+    const QLocale english = QLocale::c();
+    Timeline timeline{kind.period, {}};
     for (auto day = days.cbegin(); day != days.cend(); ++day) {
-        const QDate begin = beginOf(period, day.key());
+        const QDate begin = beginOf(kind.period, day.key());
         if (timeline.periods.isEmpty() || timeline.periods.last().begin != begin)
-            timeline.periods.append({slotOf(period, begin, firstBegin), nameOf(period, begin),
-                                     QLocale::c().toString(begin, labelFormat), Tally(), begin});
+            timeline.periods.append({slotOf(kind.period, begin, firstBegin),
+                                     english.toString(begin, kind.nameFormat),
+                                     english.toString(begin, kind.labelFormat), Tally(), begin});
         timeline.periods.last().tally += day.value();
-    }
-    timeline.slotCount = timeline.periods.last().slot + 1;
-    return timeline;
-}
-
-Timeline stationTimeline(const QMap<QString, StationReport>& stations)
-{
-    constexpr int lettersOfAxis = 120;
-    const int maxLength = std::max(2, lettersOfAxis / std::max(1, stations.size()));
-    Timeline timeline{"station", {}, 2 * stations.size() - 1, maxLength};
-    for (const StationReport& station : stations) {
-        const QString& name = station.name;
-        const QString label = name.size() <= maxLength ? name : "…" + name.right(maxLength - 1);
-        timeline.periods.append({2 * timeline.periods.size(), name, label, station.tally});
     }
     return timeline;
 }

@@ -3,7 +3,12 @@
 
 #pragma once
 
-#include "yield/figures/report.h"
+#include "yield/figures/limits.h"
+
+#include <QDate>
+#include <QMap>
+#include <QString>
+#include <QVector>
 
 /// The trend of a report: its days, or its weeks or months where there are too many days for one
 /// chart.
@@ -16,14 +21,9 @@ struct Timeline {
         QDate begin = {};
     };
 
-    QString period; ///< "day", "week" or "month".
+    QString period; ///< "day", "week" or "month"; empty without days.
     QVector<Period> periods;
-    int slotCount = 0;
     int maxLabelLength = 6;
 };
 
 Timeline timelineOf(const QMap<QDate, Tally>& days);
-
-/// Stations as periods, with gaps between them: no line connects them. Names too long for their
-/// slots keep their ends, which differ.
-Timeline stationTimeline(const QMap<QString, StationReport>& stations);

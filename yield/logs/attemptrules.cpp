@@ -3,8 +3,6 @@
 
 #include "yield/logs/attemptrules.h"
 
-#include <QDateTime>
-
 #include <tuple>
 
 namespace
@@ -64,11 +62,4 @@ attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests
         if (!counted[mark])
             outcome.missed.push_back(bandmarks::bandOf(mark));
     return outcome;
-}
-
-qint64 attemptrules::secondsBetween(const QString& earlier, const QString& later)
-{
-    const auto utc = "Z";
-    return QDateTime::fromString(earlier + utc, Qt::ISODate)
-        .secsTo(QDateTime::fromString(later + utc, Qt::ISODate));
 }

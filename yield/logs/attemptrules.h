@@ -32,7 +32,4 @@ struct Outcome {
 };
 
 Outcome outcomeOf(const BandMarks& marks, bool tests18);
-
-/// Between two times of logs; the same on a computer in any time zone.
-qint64 secondsBetween(const QString& earlier, const QString& later);
 } // namespace attemptrules

@@ -62,9 +62,7 @@ std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason
 std::optional<LogFile> logfiles::read(const QString& path, QString& reason)
 {
     const auto bytes = bytesOf(path, reason);
-    if (!bytes)
-        return std::nullopt;
-    const auto log = stationlog::read(*bytes, reason);
+    const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
     if (!log)
         return std::nullopt;
     return LogFile{*log, OutboxName::read(QFileInfo(path).fileName())};

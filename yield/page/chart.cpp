@@ -62,34 +62,28 @@ QString namedBar(QRectF area, int units, const Scale& scale, const QString& name
            svg::text({x, area.bottom() + 15}, name, "label middle");
 }
 
-/// A dot within the control limits; outside, a triangle that points away from them.
-QString yieldMark(QPointF centre, Position position)
-{
-    switch (position) {
-    case Position::BelowLcl:
-        return svg::triangle(centre, svg::Tip::Down, "below");
-    case Position::AboveUcl:
-        return svg::triangle(centre, svg::Tip::Up, "above");
-    case Position::Within:
-        break;
-    }
-    return svg::circle(centre, "dot");
-}
-
-/// The axes of a timeline's chart.
-struct Axes {
-    double pitch;
-    Scale yields;
-    Scale units;
+/// A p-chart: what it shows of each period, and its axes.
+struct YieldChart {
+    YieldChart(const Timeline& timeline, const Tally& allUnits);
 
     double begin(const Timeline::Period& period) const { return axisLeft + pitch * period.slot; }
-    QPointF mark(const Timeline::Period& period) const
+    QPointF centre(const Timeline::Period& period) const
     {
         return {begin(period) + pitch / 2, yields.at(period.tally)};
     }
+    QString limitsArea(const Timeline::Period& period) const;
+    QString barAndMark(const Timeline::Period& period) const;
+    QString frame() const;
+
+    Tally all;
+    double pitch;
+    Scale yields{0, 100, 196, 28};
+    Scale units{0, 0, 290, 236};
 };
 
-Axes axesOf(const Timeline& timeline, const Tally& all)
+YieldChart::YieldChart(const Timeline& timeline, const Tally& allUnits)
+    : all(allUnits)
+    , pitch((width - axisLeft) / (timeline.periods.last().slot + 1))
 {
     int maxUnits = 0;
     double lowest = 100;
@@ -99,89 +93,102 @@ Axes axesOf(const Timeline& timeline, const Tally& all)
     }
     // All yields are on the axis, and the control limits of the period with most units.
     lowest = std::min(lowest, 100.0 * controlLimits(maxUnits, all).lower / maxUnits);
-    const double begin = std::clamp(std::floor((lowest - 1) / 10) * 10, 0.0, 80.0);
-    return {(width - axisLeft) / timeline.slotCount,
-            {begin, 100, 196, 28},
-            {0, static_cast<double>(maxUnits), 290, 236}};
+    yields.lowest = std::clamp(std::floor((lowest - 1) / 10) * 10, 0.0, 80.0);
+    units.highest = maxUnits;
 }
 
 /// The area between the control limits of a period.
-QString limitsArea(const Timeline::Period& period, const Tally& all, const Axes& axes)
+QString YieldChart::limitsArea(const Timeline::Period& period) const
 {
-    const int units = period.tally.units;
-    const ControlLimits limits = controlLimits(units, all);
-    const QRectF area(
-        QPointF(axes.begin(period), axes.yields.at(limits.upper, units)),
-        QPointF(axes.begin(period) + axes.pitch, axes.yields.at(limits.lower, units)));
+    const int count = period.tally.units;
+    const ControlLimits limits = controlLimits(count, all);
+    const double top = yields.at(limits.upper, count);
+    const QRectF area(begin(period), top, pitch, yields.at(limits.lower, count) - top);
     return svg::rect(area, "within") + svg::line({area.topLeft(), area.topRight()}, "limit") +
            svg::line({area.bottomLeft(), area.bottomRight()}, "limit");
 }
 
 /// The number of units as a bar, and the yield as a mark.
-QString barAndMark(const Timeline::Period& period, const Tally& all, const Axes& axes)
+QString YieldChart::barAndMark(const Timeline::Period& period) const
 {
+    const QStringList marks{"below", "dot", "above"}; // as Position
     const Tally& tally = period.tally;
-    const Position position = positionOf(tally, all);
+    const Position position = controlLimits(tally.units, all).positionOf(tally.passedFirst);
     const QString hover = QString("%1: %2, first-pass yield %3")
                               .arg(period.name, cells::unitsText(tally.units),
                                    cells::share(tally.passedFirst, tally.units).fullText());
-    const double top = axes.units.at(tally.units);
-    const QRectF area(axes.begin(period), top, axes.pitch, axes.units.begin - top);
-    const QPointF centre = axes.mark(period);
-    const QString marks = svg::titled(hover, bar(area) + yieldMark(centre, position));
-    if (position == Position::Within)
-        return marks;
-    const double textOffset = position == Position::BelowLcl ? 22 : -13;
-    return marks + svg::text(centre + QPointF(0, textOffset),
-                             cells::percentText(tally.passedFirst, tally.units), "value middle");
+    const double top = units.at(tally.units);
+    return svg::titled(hover, bar({begin(period), top, pitch, units.begin - top}) +
+                                  svg::mark(centre(period), marks.at(static_cast<int>(position))));
 }
 
 /// The axes and their labels.
-QString frame(const Axes& axes)
+QString YieldChart::frame() const
 {
-    const double bottom = axes.units.begin;
-    const QString maxUnits = cells::countText(qRound(axes.units.highest));
-    return percentAxis(axes.yields) + svg::line({{axisLeft, bottom}, {width, bottom}}, "axis") +
-           svg::text({axisLeft - 8, axes.units.end + 8}, maxUnits, "label end") +
-           svg::text({axisLeft - 8, bottom}, "units", "label end");
+    const double bottom = units.begin;
+    const double centreLine = yields.at(all);
+    return percentAxis(yields) + svg::line({{axisLeft, bottom}, {width, bottom}}, "axis") +
+           svg::text({axisLeft - 8, units.end + 8}, cells::countText(qRound(units.highest)),
+                     "label end") +
+           svg::text({axisLeft - 8, bottom}, "units", "label end") +
+           svg::line({{axisLeft, centreLine}, {width, centreLine}}, "centre");
 }
 } // namespace
 
-QString chart::timeline(const Timeline& timeline, const Tally& all)
+QString chart::trend(const Timeline& timeline, const Tally& all)
 {
     if (timeline.periods.isEmpty())
         return {};
-    const Axes axes = axesOf(timeline, all);
+    const YieldChart chart(timeline, all);
     constexpr double letterWidth = 8;
     const int labelStep =
-        static_cast<int>(std::ceil(letterWidth * timeline.maxLabelLength / axes.pitch));
-    const double bottom = axes.units.begin;
+        static_cast<int>(std::ceil(letterWidth * timeline.maxLabelLength / chart.pitch));
+    const double bottom = chart.units.begin;
 
-    const double centre = axes.yields.at(all);
     QString areas;
-    QString marks = svg::line({{axisLeft, centre}, {width, centre}}, "centre");
+    QString marks;
     const Timeline::Period* previous = nullptr;
     for (const Timeline::Period& period : timeline.periods) {
-        areas += limitsArea(period, all, axes);
+        areas += chart.limitsArea(period);
         // Not across periods without units.
         if (previous && previous->slot + 1 == period.slot)
-            marks += svg::line({axes.mark(*previous), axes.mark(period)}, "trend");
-        marks += barAndMark(period, all, axes);
+            marks += svg::line({chart.centre(*previous), chart.centre(period)}, "trend");
+        marks += chart.barAndMark(period);
         if (period.slot % labelStep == 0)
-            marks += svg::text({axes.mark(period).x(), bottom + 18}, period.label, "label middle");
+            marks +=
+                svg::text({chart.centre(period).x(), bottom + 18}, period.label, "label middle");
         previous = &period;
     }
-    return svg::chart({width + rightMargin, bottom + 26},
+    return svg::chart({0, 0, width + rightMargin, bottom + 26},
                       "First-pass yield and units by " + timeline.period,
-                      frame(axes) + areas + marks);
+                      areas + chart.frame() + marks);
 }
 
-QString chart::pareto(const QVector<ControlFailures>& controls, int allFailures)
+QString chart::stations(const QMap<QString, StationReport>& stations, const Tally& all)
 {
+    constexpr int lettersOfAxis = 120;
+    const int maxLength = std::max(2, lettersOfAxis / std::max(1, stations.size()));
+    Timeline timeline{"station", {}, maxLength};
+    for (auto each = stations.cbegin(); each != stations.cend(); ++each) {
+        const QString& name = each.key();
+        // The ends of long names differ.
+        const QString label = name.size() <= maxLength ? name : "…" + name.right(maxLength - 1);
+        timeline.periods.append({2 * timeline.periods.size(), name, label, each->tally});
+    }
+    return trend(timeline, all);
+}
+
+QString chart::pareto(const Report& report)
+{
+    constexpr int maxBars = 14;
+    const auto controls = report.failedControls.mid(0, maxBars);
+    if (controls.isEmpty())
+        return {};
     // Both scales end at all failures, so that the line starts on the first bar.
-    const Scale units{0, static_cast<double>(allFailures), 246, 14};
+    const Scale units{0, static_cast<double>(report.failureCount), 246, 14};
     const double pitch = std::min((width - axisLeft) / controls.size(), 120.0);
-    QString bars;
+    QString elements = percentAxis({0, 100, units.begin, units.end}) +
+                       svg::line({{axisLeft, units.begin}, {width, units.begin}}, "axis");
     QString dots;
     QVector<QPointF> sums;
     int sum = 0;
@@ -189,13 +196,12 @@ QString chart::pareto(const QVector<ControlFailures>& controls, int allFailures)
         const QRectF area(axisLeft + pitch * sums.size(), units.begin, pitch, 0);
         sum += control.failed;
         sums.append({area.center().x() + pitch * 0.35, units.at(sum)});
-        bars += namedBar(area, control.failed, units, controlnames::control(control.componentNum));
-        dots += svg::circle(sums.last(), "dot");
+        elements +=
+            namedBar(area, control.failed, units, controlnames::control(control.componentNum));
+        dots += svg::mark(sums.last(), "dot");
     }
-    return svg::chart({width, 272}, "Failed units by control, most failures first",
-                      percentAxis({0, 100, units.begin, units.end}) +
-                          svg::line({{axisLeft, units.begin}, {width, units.begin}}, "axis") + bars +
-                          svg::line(sums, "trend") + dots);
+    return svg::chart({0, 0, width, 272}, "Failed units by control, most failures first",
+                      elements + svg::line(sums, "trend") + dots);
 }
 
 QString chart::bands(const ControlFailures& control)
@@ -210,6 +216,6 @@ QString chart::bands(const ControlFailures& control)
     for (int band = 0; band < bands.size(); ++band)
         elements += namedBar({pitch * band, units.begin, pitch, 0}, bands.at(band), units,
                              controlnames::band(control.componentNum, band).section(' ', 0, 0));
-    return svg::chart({chartWidth, 118},
+    return svg::chart({0, 0, chartWidth, 118},
                       "Missed bands of " + controlnames::control(control.componentNum), elements);
 }

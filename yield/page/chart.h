@@ -11,11 +11,14 @@ namespace chart
 {
 /// A p-chart: the first-pass yield of each period with its control limits, the yield of all units
 /// as the centre line, and the number of units as bars below. Empty without a period.
-QString timeline(const Timeline& timeline, const Tally& all);
+QString trend(const Timeline& timeline, const Tally& all);
 
-/// A bar for the failures of each of these controls, at least one, and a line for their cumulative
-/// share of all failures, those of other controls included.
-QString pareto(const QVector<ControlFailures>& controls, int allFailures);
+/// The same for stations, with gaps between them: no line connects them.
+QString stations(const QMap<QString, StationReport>& stations, const Tally& all);
+
+/// A bar for the failures of each of the first controls, and a line for their cumulative share of
+/// all failures. Empty without failures.
+QString pareto(const Report& report);
 
 /// How many units missed each band of a control; at least one did.
 QString bands(const ControlFailures& control);

@@ -20,25 +20,11 @@ QString text(const QString& characters);
 QString element(const QString& name, const QString& content, const QString& classes = {},
                 const QString& attributes = {});
 
-/// " name="value"".
-QString attribute(const QString& name, const QString& value);
-
-/// The attribute that shows what a term means under the mouse; empty for other words.
-QString definition(const QString& term);
-
 /// Empty without a text.
 QString paragraph(const QString& characters, const QString& classes = "quiet");
 
-/// Content that scrolls where it is wider than the page, also with the keyboard; label: for screen
-/// readers. Empty without content.
-QString scrollArea(const QString& label, const QString& content, const QString& classes = "scroll");
-
-/// A table in a scroll area. A heading that is a defined term shows its definition under the mouse.
-/// Empty without rows.
-QString table(const Table& table, const QString& classes = "scroll");
-
-/// A table that opens below the chart that shows it.
-QString data(const Table& table);
+/// The rows of a table.
+QString rows(const Rows& rows);
 } // namespace html
 
 /// A chart inside a page and its elements, as markup. Colours and fonts come from the page's style
@@ -47,16 +33,15 @@ QString data(const Table& table);
 namespace svg
 {
 /// label: for screen readers.
-QString chart(QSizeF size, const QString& label, const QString& elements);
+QString chart(const QRectF& area, const QString& label, const QString& elements);
 
 /// Elements with a text that is shown while the mouse is over them.
 QString titled(const QString& hover, const QString& elements);
 
 QString rect(const QRectF& area, const QString& classes);
-QString circle(QPointF centre, const QString& classes);
-/// A triangle around the centre, its tip up or down.
-enum class Tip { Up, Down };
-QString triangle(QPointF centre, Tip tip, const QString& classes);
+
+/// One of the marks of sections.html: "dot", "below" or "above".
+QString mark(QPointF centre, const QString& name);
 QString line(const QVector<QPointF>& points, const QString& classes);
 QString text(QPointF baseline, const QString& content, const QString& classes);
 } // namespace svg

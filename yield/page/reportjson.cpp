@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/page/reportjson.h"
-
 #include "yield/figures/timeline.h"
+#include "yield/page/page.h"
 #include "yield/page/tables.h"
 
 #include <QJsonArray>
@@ -12,16 +11,20 @@
 
 namespace
 {
-QJsonArray rowsOf(const Table& table)
+QJsonObject objectOf(const Row& row)
 {
-    QJsonArray rows;
-    for (const Row& row : table.rows) {
-        QJsonObject object;
-        for (int column = 0; column < row.size(); ++column)
-            object[table.columns.at(column).key] = row.at(column).value;
-        rows.append(object);
-    }
-    return rows;
+    QJsonObject object;
+    for (const auto& [key, cell] : row)
+        object[key] = cell.value;
+    return object;
+}
+
+QJsonArray arrayOf(const Rows& rows)
+{
+    QJsonArray array;
+    for (const Row& row : rows)
+        array.append(objectOf(row));
+    return array;
 }
 
 /// Null instead of an empty text.
@@ -30,35 +33,32 @@ QJsonValue textOrNull(const QString& text)
     return text.isEmpty() ? QJsonValue() : QJsonValue(text);
 }
 
-QJsonObject requestObject(const Report& report)
-{
-    const ReportRequest& request = report.request;
-    return {{"made_at", request.now.toString("yyyy-MM-ddTHH:mm:ss")},
-            {"since", textOrNull(request.since.toString(Qt::ISODate))},
-            {"until", textOrNull(request.until.toString(Qt::ISODate))},
-            {"station", textOrNull(request.station)},
-            {"exclude", QJsonArray::fromStringList(request.exclude)},
-            {"excluded_units", report.excluded}};
-}
 } // namespace
 
 QByteArray reportJson(const Report& report)
 {
-    const QJsonObject object{{"request", requestObject(report)},
-                             {"last_logs", rowsOf(tables::lastLogs(report))},
-                             {"recent_days", rowsOf(tables::recentDays(report))},
-                             {"not_passed", rowsOf(tables::notPassed(report))},
-                             {"totals", rowsOf(tables::totals(report)).first()},
-                             {"implausible_dates", report.implausibleDates.units},
+    const ReportRequest& request = report.request;
+    const QJsonObject requestObject{{"made_at", request.now.toString("yyyy-MM-ddTHH:mm:ss")},
+                                    {"since", textOrNull(request.since.toString(Qt::ISODate))},
+                                    {"until", textOrNull(request.until.toString(Qt::ISODate))},
+                                    {"station", textOrNull(request.station)},
+                                    {"exclude", QJsonArray::fromStringList(request.exclude)},
+                                    {"excluded_units", report.excluded}};
+    const QJsonObject object{{"request", requestObject},
+                             {"last_logs", arrayOf(tables::lastLogs(report))},
+                             {"recent_days", arrayOf(tables::recentDays(report))},
+                             {"not_passed", arrayOf(tables::notPassed(report))},
+                             {"totals", objectOf(tables::totals(report))},
+                             {"implausible_dates", report.implausibleDates},
                              {"period", textOrNull(timelineOf(report.days).period)},
-                             {"trend", rowsOf(tables::trend(report))},
-                             {"stations", rowsOf(tables::stations(report))},
-                             {"controls", rowsOf(tables::controls(report))},
-                             {"pareto", rowsOf(tables::pareto(report))},
-                             {"missed_bands", rowsOf(tables::bands(report))},
-                             {"aborted", rowsOf(tables::aborted(report))},
-                             {"attempts_by_number", rowsOf(tables::attemptsByNumber(report))},
-                             {"retested", rowsOf(tables::retested(report))},
+                             {"trend", arrayOf(tables::trend(report))},
+                             {"stations", arrayOf(tables::stations(report))},
+                             {"controls", arrayOf(tables::controls(report))},
+                             {"pareto", arrayOf(tables::pareto(report))},
+                             {"missed_bands", arrayOf(tables::bands(report))},
+                             {"aborted", arrayOf(tables::aborted(report))},
+                             {"attempts_by_number", arrayOf(tables::attemptsByNumber(report))},
+                             {"retested", arrayOf(tables::retested(report))},
                              {"retested_units", report.retestedUnitCount}};
     return QJsonDocument(object).toJson();
 }

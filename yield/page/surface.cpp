@@ -24,7 +24,7 @@ QString colourClass(int failed, int units)
 
 QRectF panelArea(int componentNum)
 {
-    const auto topLeft = panelPlace(componentNum);
+    const auto topLeft = panelPosition(componentNum);
     return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 
@@ -34,27 +34,13 @@ QString controlMark(const ControlFailures& control, const QRectF& area)
     const QString colour = isTested ? colourClass(control.failed, control.units) : "untested";
     const QString rate = isTested ? cells::percentText(control.failed, control.units) : QString();
     const QString hover =
-        cells::controlText(control.componentNum) + ": " + cells::failedUnits(control).fullText();
+        cells::control(control.componentNum).text + ": " + cells::failedUnits(control).fullText();
     const QPointF numberAt = area.center() - QPointF(0, 1);
     const QPointF rateAt = numberAt + QPointF(0, 12);
     return svg::titled(hover, svg::rect(area.adjusted(1, 1, -1, -1), "control " + colour)) +
            svg::text(numberAt, QString::number(control.componentNum),
                      "number on-" + colour + " middle") +
            svg::text(rateAt, rate, "rate on-" + colour + " middle");
-}
-
-/// The key to the colours, in one line.
-QString key(QPointF topLeft)
-{
-    constexpr double pitch = 110;
-    QString elements;
-    for (const int percent : maxPercentOfColour) {
-        const QString share = percent == 0 ? "none" : QString("up to %1 %").arg(percent);
-        elements += svg::rect({topLeft, QSizeF(22, 16)}, "control " + colourClass(percent, 100)) +
-                    svg::text(topLeft + QPointF(30, 13), share, "label");
-        topLeft.rx() += pitch;
-    }
-    return elements;
 }
 } // namespace
 
@@ -64,14 +50,12 @@ QString chart::surface(const QVector<ControlFailures>& controls)
     for (const ControlFailures& control : controls)
         ground = ground.united(panelArea(control.componentNum));
     ground.adjust(-margin, -margin, margin, margin);
-    constexpr double keyHeight = 36;
 
-    QString elements =
-        svg::rect({QPointF(), ground.size()}, "ground") + key({margin, ground.height() + 14});
+    QString elements = svg::rect(ground, "ground");
     for (const ControlFailures& control : controls)
         if (const QRectF area = panelArea(control.componentNum); !area.isEmpty())
-            elements += controlMark(control, area.translated(-ground.topLeft()));
-    return svg::chart(ground.size() + QSizeF(0, keyHeight),
+            elements += controlMark(control, area);
+    return svg::chart(ground,
                       "The control surface, each control coloured by its share of failed units",
                       elements);
 }

@@ -5,37 +5,30 @@
 
 #include "yield/page/cells.h"
 
+#include <QPair>
 #include <QVector>
 
-struct Column {
-    QString heading;
-    QString key; ///< In the JSON object of a row.
-};
-using Row = QVector<Cell>;
+/// The figures of a row by their keys in the JSON, in the order of the page's columns.
+using Row = QVector<QPair<QString, Cell>>;
+using Rows = QVector<Row>;
 
-struct Table {
-    QString label; ///< For screen readers.
-    QVector<Column> columns;
-    QVector<Row> rows = {};
-};
-
-/// The figures of a report: the page shows them as tables and tiles, the JSON has them by their
+/// The figures of a report: the page shows them in its tables and tiles, the JSON has them by their
 /// keys, so that both always agree.
 namespace tables
 {
-Table lastLogs(const Report& report);
-Table recentDays(const Report& report);
-Table totals(const Report& report); ///< One row.
-Table trend(const Report& report);
-Table stations(const Report& report);
+Rows lastLogs(const Report& report);
+Rows recentDays(const Report& report);
+Row totals(const Report& report);
+Rows trend(const Report& report);
+Rows stations(const Report& report);
 
-Table controls(const Report& report);
-Table pareto(const Report& report);
+Rows controls(const Report& report);
+Rows pareto(const Report& report);
 /// Of the controls of the charts of missed bands.
-Table bands(const Report& report);
-Table aborted(const Report& report);
+Rows bands(const Report& report);
+Rows aborted(const Report& report);
 
-Table attemptsByNumber(const Report& report);
-Table notPassed(const Report& report);
-Table retested(const Report& report);
+Rows attemptsByNumber(const Report& report);
+Rows notPassed(const Report& report);
+Rows retested(const Report& report);
 } // namespace tables

@@ -8,126 +8,145 @@
 #include <QJsonObject>
 #include <QLocale>
 
+#include <algorithm>
+
 namespace
 {
-const QVector<Column> yieldColumns{{"First-pass yield", "first_pass_yield"},
-                                   {"Control limits", "control_limits"},
-                                   {"Final yield so far", "final_yield"},
-                                   {"Aborted", "aborted"}};
-const QVector<Column> periodColumns =
-    QVector<Column>{{"First tested", "first_tested"}, {"Units", "units"}} + yieldColumns;
+constexpr qint64 hourSeconds = 60 * 60;
+constexpr qint64 daySeconds = 24 * hourSeconds;
+
+const Cell empty{"–", {}};
+
+Cell limitsCell(const Tally& part, const Tally& all)
+{
+    const QStringList positions{"below LCL", "within", "above UCL"};
+    const QStringList prefixes{"▼ below LCL, ", "within ", "▲ above UCL, "};
+    const ControlLimits limits = controlLimits(part.units, all);
+    const Position position = limits.positionOf(part.passedFirst);
+    const auto index = static_cast<int>(position);
+    const QString range = cells::percentText(limits.lower, part.units) + " to " +
+                          cells::percentText(limits.upper, part.units);
+    const QJsonObject value{{"lcl", cells::ratio(limits.lower, part.units)},
+                            {"ucl", cells::ratio(limits.upper, part.units)},
+                            {"position", positions.at(index)}};
+    return {prefixes.at(index) + range, value, position == Position::BelowLcl ? "bad" : "line"};
+}
 
 /// all: the units of the page.
-Row yieldCells(const Tally& tally, const Tally& all)
+Row yieldFigures(const Tally& tally, const Tally& all)
 {
-    if (tally.units == 0)
-        return {cells::empty(), cells::empty(), cells::empty(), {"–", {}, "number"}};
-    return {cells::share(tally.passedFirst, tally.units), cells::controlLimits(tally, all),
-            cells::share(tally.passedLast, tally.units), cells::count(tally.abortedFirst)};
+    return {{"first_pass_yield", cells::share(tally.passedFirst, tally.units)},
+            {"control_limits", tally.units == 0 ? empty : limitsCell(tally, all)},
+            {"final_yield", cells::share(tally.passedLast, tally.units)},
+            {"aborted", cells::count(tally.abortedFirst)}};
 }
 
 /// begin: the first day of the period.
-Row periodRow(const QString& name, const QDate& begin, const Tally& tally, const Tally& all)
+Row periodFigures(const QString& name, const QDate& begin, const Tally& tally, const Tally& all)
 {
-    return Row{{name, begin.toString(Qt::ISODate), "line"}, cells::count(tally.units)} +
-           yieldCells(tally, all);
+    return Row{{"first_tested", {name, begin.toString(Qt::ISODate), "line"}},
+               {"units", cells::count(tally.units)}} +
+           yieldFigures(tally, all);
 }
 
-/// Whole minutes; from 2 hours or 2 days on whole hours or days.
-QString ageText(qint64 seconds)
+/// "2 min 35 s", "1 h 0 min 12 s".
+QString durationText(qint64 seconds)
 {
-    constexpr qint64 hour = 3600;
-    constexpr qint64 day = 24 * hour;
-    if (seconds >= 2 * day)
-        return QString("%1 days").arg(seconds / day);
-    if (seconds >= 2 * hour)
-        return QString("%1 hours").arg(seconds / hour);
-    return QString("%1 min").arg(seconds / 60);
+    const qint64 hours = seconds / hourSeconds;
+    const QString hoursText = hours > 0 ? cells::countText(static_cast<int>(hours)) + " h " : "";
+    return hoursText + QString("%1 min %2 s").arg(seconds / 60 % 60).arg(seconds % 60);
 }
 
-Row lastLogRow(const LastLog& lastLog, const Report& report)
+Cell testTimeCell(const TestTimes& times)
 {
-    const auto age = report.ageOf(lastLog);
-    if (!age)
-        return {cells::station(lastLog.station), {"no log yet", {}, "bad"}, cells::empty()};
+    if (!times.medianSeconds)
+        return {"–", {}, "line"};
+    const QJsonObject value{{"seconds", *times.medianSeconds}, {"attempts", times.attempts}};
+    return {durationText(qRound(*times.medianSeconds)), value, "line",
+            cells::countText(times.attempts) + " attempts"};
+}
+
+Row lastLogFigures(const LastLog& lastLog, const QDateTime& now)
+{
+    const Cell station = cells::station(lastLog.station);
+    if (lastLog.testedAt.isEmpty())
+        return {
+            {"station", station}, {"tested_at", {"no log yet", {}, "bad"}}, {"age_seconds", empty}};
+    // Both as UTC: the difference on the wall clock.
     const auto time = QDateTime::fromString(lastLog.testedAt + 'Z', Qt::ISODate);
+    const qint64 age = time.secsTo({now.date(), now.time(), Qt::UTC});
     const QString text = QLocale::c().toString(time, QString("ddd d MMM hh:mm"));
-    const Cell timeCell = report.needsAttention(lastLog)
-                              ? Cell{"no log since " + text, lastLog.testedAt, "bad"}
-                              : Cell{text, lastLog.testedAt, "line"};
-    return {cells::station(lastLog.station), timeCell, {ageText(*age), *age, "line"}};
+    const Cell timeCell = age > daySeconds ? Cell{"no log since " + text, lastLog.testedAt, "bad"}
+                                           : Cell{text, lastLog.testedAt, "line"};
+    return {{"station", station},
+            {"tested_at", timeCell},
+            {"age_seconds", {durationText(age), age, "line"}}};
 }
 
-Cell topFailureCell(const StationReport& station)
+/// The control that failed most often, the first of several.
+Cell topFailureCell(const QVector<int>& failed)
 {
-    const auto top = station.topFailure();
-    if (!top)
-        return cells::empty();
-    return {controlnames::control(top->componentNum) + ", " + cells::unitsText(top->units),
-            QJsonObject{{"component", top->componentNum}, {"failed_units", top->units}}, "line"};
+    const auto top = std::max_element(failed.cbegin(), failed.cend());
+    if (*top == 0)
+        return empty;
+    const auto componentNum = static_cast<int>(std::distance(failed.cbegin(), top));
+    return {controlnames::control(componentNum) + ", " + cells::unitsText(*top),
+            QJsonObject{{"component", componentNum}, {"failed_units", *top}}, "line"};
 }
 } // namespace
 
-Table tables::lastLogs(const Report& report)
+Rows tables::lastLogs(const Report& report)
 {
-    Table table{"Last log of each station",
-                {{"Station", "station"}, {"Last log", "tested_at"}, {"Age", "age_seconds"}}};
+    Rows rows;
     for (const LastLog& lastLog : report.request.lastLogs)
-        table.rows.append(lastLogRow(lastLog, report));
-    return table;
+        rows.append(lastLogFigures(lastLog, report.request.now));
+    return rows;
 }
 
-Table tables::recentDays(const Report& report)
+Rows tables::recentDays(const Report& report)
 {
-    Table table{"Last days", periodColumns};
-    for (const Report::Day& day : report.recentDays()) {
-        const auto ago = day.date.daysTo(report.request.now.date());
-        const QString prefix = ago == 0 ? "Today so far, " : ago == 1 ? "Yesterday, " : "";
-        const QString date = QLocale::c().toString(day.date, QString("ddd d MMM yyyy"));
-        table.rows.append(periodRow(prefix + date, day.date, day.tally, report.total));
+    constexpr int maxDays = 8;
+    const QStringList prefixes{"Today so far, ", "Yesterday, "};
+    Rows rows;
+    for (int ago = 0; ago < maxDays; ++ago) {
+        const QDate date = report.request.now.date().addDays(-ago);
+        const QString name = QLocale::c().toString(date, QString("ddd d MMM yyyy"));
+        if (report.request.includes(date))
+            rows.append(periodFigures(prefixes.value(ago) + name, date, report.days.value(date),
+                                      report.total));
     }
-    return table;
+    return rows;
 }
 
-Table tables::totals(const Report& report)
+Row tables::totals(const Report& report)
 {
     const Tally& total = report.total;
-    return {
-        "Totals",
-        {{"Units", "units"},
-         {"Attempts", "attempts"},
-         {"First-pass yield", "first_pass_yield"},
-         {"Final yield so far", "final_yield"},
-         {"Aborted", "aborted"},
-         {"False failures", "false_failures"},
-         {"Median test time", "median_test_time"}},
-        {{cells::count(total.units), cells::count(total.attempts),
-          cells::share(total.passedFirst, total.units), cells::share(total.passedLast, total.units),
-          cells::share(total.abortedFirst, total.units),
-          cells::share(report.falseFailures.passedNext, report.falseFailures.failed),
-          cells::testTime(report.testTimes)}}};
+    return {{"units", cells::count(total.units)},
+            {"attempts", cells::count(total.attempts)},
+            {"first_pass_yield", cells::share(total.passedFirst, total.units)},
+            {"final_yield", cells::share(total.passedLast, total.units)},
+            {"aborted", cells::share(total.abortedFirst, total.units)},
+            {"false_failures", cells::share(report.falseFailures, report.failedAttempts)},
+            {"median_test_time", testTimeCell(report.testTimes)}};
 }
 
-Table tables::trend(const Report& report)
+Rows tables::trend(const Report& report)
 {
-    Table table{"First-pass yield over time", periodColumns};
+    Rows rows;
     for (const Timeline::Period& period : timelineOf(report.days).periods)
-        table.rows.append(periodRow(period.name, period.begin, period.tally, report.total));
-    return table;
+        rows.append(periodFigures(period.name, period.begin, period.tally, report.total));
+    return rows;
 }
 
-Table tables::stations(const Report& report)
+Rows tables::stations(const Report& report)
 {
-    Table table{
-        "First-pass yield by station",
-        QVector<Column>{{"Station", "station"}, {"Units", "units"}, {"Attempts", "attempts"}} +
-            yieldColumns +
-            QVector<Column>{{"Median test time", "median_test_time"},
-                            {"Top failure", "top_failure"}}};
-    for (const StationReport& station : report.stations)
-        table.rows.append(Row{cells::station(station.name), cells::count(station.tally.units),
-                              cells::count(station.tally.attempts)} +
-                          yieldCells(station.tally, report.total) +
-                          Row{cells::testTime(station.testTimes), topFailureCell(station)});
-    return table;
+    Rows rows;
+    for (auto each = report.stations.cbegin(); each != report.stations.cend(); ++each)
+        rows.append(Row{{"station", cells::station(each.key())},
+                        {"units", cells::count(each->tally.units)},
+                        {"attempts", cells::count(each->tally.attempts)}} +
+                    yieldFigures(each->tally, report.total) +
+                    Row{{"median_test_time", testTimeCell(each->testTimes)},
+                        {"top_failure", topFailureCell(each->failed)}});
+    return rows;
 }

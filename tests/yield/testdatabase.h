@@ -10,10 +10,14 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
+/// Databases of the tests, and what they hold.
+namespace testdatabase
+{
 /// An empty database of a server, or without one of SQLite in memory.
-inline std::unique_ptr<Database> emptyDatabase(const PostgresServer* server)
+inline std::unique_ptr<Database> empty(const PostgresServer* server)
 {
     auto database = std::make_unique<Database>(server != nullptr ? server->location() : ":memory:",
                                                Database::Access::Write);
@@ -22,12 +26,21 @@ inline std::unique_ptr<Database> emptyDatabase(const PostgresServer* server)
     return database;
 }
 
-/// What a database holds.
-namespace storedrows
+/// Returns "none", or the kind and the text of the error.
+inline QString errorOf(const std::function<void()>& act)
 {
+    try {
+        act();
+    } catch (const DatabaseError& error) {
+        const char* kinds[] = {"unusable", "newer", "unavailable", "data"};
+        return QString("%1: %2").arg(kinds[static_cast<int>(error.kind())], error.text());
+    }
+    return "none";
+}
+
 /// All rows but for their ids, sorted: "station: serial at 12:05, passed, save 2 of run 1, 227
 /// marks", of repeated_saves "station: serial at 12:00, repeated, …"; a row for each missed band.
-inline QStringList all(Database& database)
+inline QStringList rows(Database& database)
 {
     const QString log = "name || ': ' || serial || ' at ' || substr(tested_at, 12, 5)";
     const QString save =
@@ -46,11 +59,11 @@ inline QStringList all(Database& database)
                                    save + R"(, marks
         FROM repeated_saves JOIN stations ON stations.id = station_id)");
     select.run();
-    QStringList rows;
+    QStringList found;
     while (select.next())
-        rows << QString("%1, %2 marks").arg(select.text(0)).arg(select.marks(1, {}).count());
-    rows.sort();
-    return rows;
+        found << QString("%1, %2 marks").arg(select.text(0)).arg(select.marks(1, {}).count());
+    found.sort();
+    return found;
 }
 
 inline QVector<int> attemptIds(Database& database)
@@ -62,4 +75,4 @@ inline QVector<int> attemptIds(Database& database)
         ids << select.number(0);
     return ids;
 }
-} // namespace storedrows
+} // namespace testdatabase
