@@ -12,8 +12,8 @@ import wave
 
 import numpy
 
-# name, level, part of the file: first sample and length, distance in samples (less than a control takes)
-SOUNDS = [("Bell", 50 / 127, 250, 1250, 8000), ("Beep", 100 / 127, 1000, 1000, 6000)]
+# name, level, part of the file: first sample and length, distance in samples
+SOUNDS = [("Bell", 50 / 127, 250, 1250, 4000), ("Beep", 100 / 127, 1000, 1000, 6000)]
 
 # Share of the level that a sound is played with. Measured: a beep alone reaches 0.51 of a bell, the bells of
 # a run, with clicks beside them, 0.68 and more.
