@@ -13,7 +13,7 @@ import wave
 import numpy
 
 # name, level, part of the file: first sample and length, distance in samples
-SOUNDS = [("Bell", 50 / 127, 250, 1250, 4000), ("Beep", 100 / 127, 1000, 1000, 6000)]
+SOUNDS = [("Bell", 50 / 127, 250, 1250, 8000), ("Beep", 100 / 127, 1000, 1000, 6000)]
 
 # Share of the level that a sound is played with. Measured: a beep alone reaches 0.51 of a bell, the bells of
 # a run, with clicks beside them, 0.68 and more.
@@ -25,7 +25,7 @@ def sound_file(path):
         return numpy.frombuffer(file.readframes(file.getnframes()), "<i2") / 32768
 
 
-recording = numpy.fromfile(sys.argv[1], "<i2") / 32768
+recording = numpy.trim_zeros(numpy.fromfile(sys.argv[1], "<i2")) / 32768
 size = 1 << (len(recording) + 2000).bit_length()
 spectrum = numpy.fft.rfft(recording, size)
 for name, level, first, length, distance in SOUNDS:
