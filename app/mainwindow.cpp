@@ -153,7 +153,7 @@ Panel* MainWindow::addPanel(int componentNum)
 {
     constexpr int tag = -1;
     auto* panel = new Panel(this, tag, componentNum);
-    if (const auto position = panelPlace(componentNum))
+    if (const auto position = panelPosition(componentNum))
         panel->move(*position);
     const bool isTestedElsewhere = componentNum == roster::channelButton && tarvekStation == 0;
     panel->setVisible(componentNum != roster::powerButton && !isTestedElsewhere);

@@ -10,8 +10,9 @@
 #if defined(__linux__)
 #include <alsa/asoundlib.h>
 
-#include <array>
+#include <algorithm>
 #include <csignal>
+#include <vector>
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -27,7 +28,7 @@ constexpr pid_t notStarted = -1;
 pid_t child = notStarted;
 
 /// The default device as JUCE opens it: 44.1 kHz, four periods of 512 frames; null if it cannot be.
-constexpr std::size_t periodFrames = 512;
+constexpr snd_pcm_uframes_t periodFrames = 512;
 snd_pcm_t* openDefault(snd_pcm_stream_t direction)
 {
     constexpr unsigned channels = 2;
@@ -48,17 +49,20 @@ void ignoreError(const char*, int, const char*, int, const char*, ...) {} // NOL
 /// Opens, starts and closes the device in JUCE's order, and does not return if JUCE would not.
 void playSilence()
 {
-    constexpr int periods = 6; // more than the device keeps: the last ones wait until it plays
-    std::array<short, 2 * periodFrames> period{};
     snd_lib_error_set_handler(ignoreError); // the station prints what matters
     snd_pcm_t* input = openDefault(SND_PCM_STREAM_CAPTURE);
     snd_pcm_t* output = openDefault(SND_PCM_STREAM_PLAYBACK);
+    snd_pcm_uframes_t bufferFrames = 0;
+    snd_pcm_uframes_t unused = 0;
+    if (output != nullptr)
+        snd_pcm_get_params(output, &bufferFrames, &unused);
+    // One frame more than the device keeps: it takes that once it has played something.
+    std::vector<short> silence(2 * (bufferFrames + periodFrames));
     if (input != nullptr)
-        snd_pcm_readi(input, period.data(), periodFrames);
-    period.fill(0);
-    for (int i = 0; output != nullptr && i < periods; ++i)
-        if (snd_pcm_writei(output, period.data(), periodFrames) < 0)
-            break;
+        snd_pcm_readi(input, silence.data(), periodFrames);
+    std::fill(silence.begin(), silence.end(), short{0});
+    if (output != nullptr)
+        snd_pcm_writei(output, silence.data(), bufferFrames + 1);
     for (snd_pcm_t* device : {output, input})
         if (device != nullptr)
             snd_pcm_close(device);

@@ -94,7 +94,7 @@ private:
         for (int c = first; c < end; ++c) {
             panel = new QWidget(this);
             Form().setupUi(panel);
-            panel->move(panelPlace(c).value_or(QPoint()));
+            panel->move(panelPosition(c).value_or(QPoint()));
             panel->setVisible(c != roster::channelButton && c != roster::powerButton);
         }
         return panel;

@@ -5,7 +5,7 @@
 
 #include "app/mainwindow.h"
 #include "app/testlog.h"
-#include "demo/logcheck.h"
+#include "demo/panelrun.h"
 #include "panels/componentpanel.h"
 
 #include <QApplication>
@@ -200,7 +200,7 @@ void DemoDirector::slot_CheckLog()
     print(QStringLiteral("Log: %1").arg(logPath()));
     const QByteArray log = file.readAll();
     const QString differences =
-        logcheck::differences(log, options.unit.unit, options.isTarvekStation);
+        PanelRun().differences(log, options.unit.unit, options.isTarvekStation);
     if (!differences.isEmpty()) {
         fail(QStringLiteral("the log is not as expected: %1").arg(differences));
         return;

@@ -104,9 +104,7 @@ private:
         for (int station = 0; station < stations.size(); ++station) {
             const auto& rates = stations.at(station);
             const int count = linesimulation::unitsAt(station, units);
-            const auto share = [count](double rate) {
-                return linesimulation::unitsWith(rate, count);
-            };
+            const auto share = [count](double rate) { return qRound(rate * count); };
             QVector<Test> tests;
             for (const auto& fault : rates.faults)
                 tests += QVector<Test>(share(fault.rate), {{}, station, fault.unit});
@@ -239,11 +237,6 @@ int linesimulation::unitsAt(int station, int units)
 {
     const int count = stations().size();
     return units * (station + 1) / count - units * station / count;
-}
-
-int linesimulation::unitsWith(double rate, int unitsAtStation)
-{
-    return qRound(rate * unitsAtStation);
 }
 
 void linesimulation::run(const QString& folder, int units, const QDate& lastDay)

@@ -41,9 +41,6 @@ QVector<LineStation> stations();
 /// How many of so many units are first tested at a station, counted from 0.
 int unitsAt(int station, int units);
 
-/// How many of the units at a station a rate stands for.
-int unitsWith(double rate, int unitsAtStation);
-
 /// Makes in an existing folder yield.html, the report of the next morning without the known-good
 /// units, and, in place of an earlier one, the folder simulated-line: what the line leaves by the
 /// end of its last day, attempts.sqlite and a folder with Logs/ for each station. Most units with a

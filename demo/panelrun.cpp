@@ -5,6 +5,7 @@
 
 #include "panels/makepanel.h"
 #include "simulator/unitscript.h"
+#include "yield/logs/stationlog.h"
 
 PanelRun::PanelRun()
 {
@@ -30,4 +31,25 @@ testlog::Coverage PanelRun::coverageOf(const UnitFault& unit, bool isTarvekStati
     for (std::size_t c = 0; c < panels.size(); ++c)
         coverage.at(c) = panels.at(c)->coverage();
     return coverage;
+}
+
+QString PanelRun::differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation)
+{
+    QString reason;
+    const auto read = stationlog::read(log, reason);
+    if (!read)
+        return reason;
+    const testlog::Coverage expected = coverageOf(unit, isTarvekStation);
+    QStringList found;
+    for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
+        QStringList bands;
+        for (int band = 0; band < bandmarks::bandCount(c); ++band)
+            if (read->marks[bandmarks::markIndex(c, band)] !=
+                (expected.at(static_cast<std::size_t>(c)).at(band).covered != 0.0F))
+                bands << QString::number(band);
+        if (!bands.isEmpty())
+            found << QStringLiteral("component %1 differs in band %2")
+                         .arg(QString::number(c), bands.join(QLatin1Char(' ')));
+    }
+    return found.join(QStringLiteral("; "));
 }

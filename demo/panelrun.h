@@ -25,6 +25,10 @@ public:
     /// once, at a TARVEK station or another one.
     testlog::Coverage coverageOf(const UnitFault& unit, bool isTarvekStation);
 
+    /// Returns in words what in a log differs from such a run, or why it is no log; empty if
+    /// nothing does.
+    QString differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation);
+
 private:
     std::vector<std::unique_ptr<ComponentPanel>> panels; ///< By component number.
 };

@@ -13,6 +13,7 @@
 #include <QTextStream>
 
 #include <optional>
+#include <stdexcept>
 
 namespace
 {
@@ -25,9 +26,9 @@ int fail(const QString& line)
     return 1;
 }
 
-/// Nothing and an error text for a bad value; QCommandLineParser ends the program on --help,
+/// Throws std::runtime_error for a bad value; QCommandLineParser ends the program on --help,
 /// --version and unknown options.
-std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QString& error)
+DemoOptions optionsOf(const QCoreApplication& application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
@@ -52,32 +53,28 @@ std::optional<DemoOptions> optionsOf(const QCoreApplication& application, QStrin
         {QStringLiteral("tarvek"), QStringLiteral("A TARVEK station: tests component 18 too.")});
     parser.process(application);
 
-    const auto unit = unitoptions::readFrom(parser, error);
-    if (!unit)
-        return std::nullopt;
-
+    const auto unit = unitoptions::readFrom(parser);
     const bool once = parser.isSet(QStringLiteral("once"));
     QString folder = once ? QStringLiteral(".") : QString();
     if (parser.isSet(QStringLiteral("output")))
         folder = parser.value(QStringLiteral("output"));
-    if (!folder.isEmpty() && !QDir().mkpath(folder)) {
-        error = QStringLiteral("the folder %1 cannot be created.").arg(folder);
-        return std::nullopt;
-    }
-    return DemoOptions{*unit, once, parser.isSet(QStringLiteral("tarvek")),
-                       parser.value(QStringLiteral("serial")), folder};
+    if (!folder.isEmpty() && !QDir().mkpath(folder))
+        throw std::runtime_error("the folder " + folder.toStdString() + " cannot be created.");
+    return {unit, once, parser.isSet(QStringLiteral("tarvek")),
+            parser.value(QStringLiteral("serial")), folder};
 }
 } // namespace
 
 int main(int argc, char* argv[])
 {
     QCoreApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
-    QString error;
-    // Before there is a window system, so that --help needs none.
-    const auto options = optionsOf(QCoreApplication(argc, argv), error);
-    if (!options)
-        return fail(error);
-
+    std::optional<DemoOptions> options;
+    try {
+        // Before there is a window system, so that --help needs none.
+        options = optionsOf(QCoreApplication(argc, argv));
+    } catch (const std::runtime_error& error) {
+        return fail(QString::fromUtf8(error.what()));
+    }
     fitCaptionsToLayout();
     const QApplication application(argc, argv);
     setAppearance();

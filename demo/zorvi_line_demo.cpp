@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "demo/linesimulation.h"
+#include "simulator/unitoptions.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -10,15 +11,6 @@
 #include <QTextStream>
 
 #include <stdexcept>
-
-namespace
-{
-int fail(const QString& problem)
-{
-    QTextStream(stderr) << "zorvi_line_demo: " << problem << Qt::endl;
-    return 1;
-}
-} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -44,19 +36,16 @@ int main(int argc, char* argv[])
                       QStringLiteral("folder"), QStringLiteral(".")});
     parser.process(application);
 
-    constexpr int maxUnits = 100000;
-    bool isNumber = false;
-    const int units = parser.value(QStringLiteral("units")).toInt(&isNumber);
-    if (!isNumber || units < 1 || units > maxUnits)
-        return fail(QStringLiteral("--units takes a number from 1 to %1").arg(maxUnits));
     const QString folder = parser.value(QStringLiteral("output"));
-    if (!QDir().mkpath(folder))
-        return fail(QStringLiteral("the folder %1 cannot be made").arg(folder));
-
+    int units = 0;
     try {
+        units = unitoptions::wholeNumber(parser, QStringLiteral("units"), 1, 100000);
+        if (!QDir().mkpath(folder))
+            throw std::runtime_error("the folder " + folder.toStdString() + " cannot be created.");
         linesimulation::run(folder, units, QDate::currentDate().addDays(-1));
     } catch (const std::runtime_error& error) {
-        return fail(QString::fromUtf8(error.what()));
+        QTextStream(stderr) << "zorvi_line_demo: " << error.what() << Qt::endl;
+        return 1;
     }
     QTextStream(stdout) << "Report on " << units
                         << " units: " << QDir(folder).absoluteFilePath(QStringLiteral("yield.html"))

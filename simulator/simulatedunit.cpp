@@ -5,19 +5,22 @@
 
 #include <alsa/asoundlib.h>
 
-SimulatedUnit::SimulatedUnit(juce::String portName, Ports ports)
-    : name(std::move(portName))
-    , kinds(ports)
+namespace
 {
-}
-
-bool SimulatedUnit::isSequencerPresent()
+bool isSequencerPresent()
 {
     snd_seq_t* handle = nullptr;
     if (snd_seq_open(&handle, "default", SND_SEQ_OPEN_DUPLEX, 0) < 0)
         return false;
     snd_seq_close(handle);
     return true;
+}
+} // namespace
+
+SimulatedUnit::SimulatedUnit(juce::String portName, Ports ports)
+    : name(std::move(portName))
+    , kinds(ports)
+{
 }
 
 bool SimulatedUnit::plug()

@@ -17,9 +17,6 @@ public:
 
     explicit SimulatedUnit(juce::String portName = "Zorvi_Control", Ports ports = Ports::Both);
 
-    /// Whether the machine has a MIDI sequencer that ports can be made on.
-    static bool isSequencerPresent();
-
     /// Makes the ports. False, with no port made, if that is not possible; no effect on a plugged
     /// unit.
     bool plug();

@@ -166,18 +166,6 @@ const FaultRow& rowOf(Fault fault)
     return *std::find_if(faults.begin(), faults.end(),
                          [fault](const FaultRow& row) { return row.fault == fault; });
 }
-
-bool sends(const UnitScript& script, const UnitStep& wanted)
-{
-    const juce::MidiMessage& message = wanted.message;
-    const auto isSame = [&message](const UnitStep& step) {
-        return step.action == UnitStep::Action::Send &&
-               step.message.getRawDataSize() == message.getRawDataSize() &&
-               std::equal(message.getRawData(), message.getRawData() + message.getRawDataSize(),
-                          step.message.getRawData());
-    };
-    return std::any_of(script.begin(), script.end(), isSame);
-}
 } // namespace
 
 QStringList unitfault::names()
@@ -214,17 +202,4 @@ UnitScript unitfault::scriptFor(int componentNum, const UnitFault& unit)
     if (componentNum == unit.componentNum + 1)
         return row.nextScript(componentNum);
     return unitscript::good(componentNum);
-}
-
-bool unitfault::leavesUncovered(const UnitFault& unit, int componentNum, int band)
-{
-    const UnitScript script = scriptFor(componentNum, unit);
-    if (isButton(componentNum))
-        return !sends(script, band == 0 ? unitscript::release(componentNum)
-                                        : unitscript::press(componentNum, highestValue));
-    const auto [min, max] = valuebands::band(roster::kindOf(componentNum), band);
-    for (int value = min; value <= std::min(max, highestValue); ++value)
-        if (sends(script, unitscript::position(componentNum, value)))
-            return false;
-    return true;
 }

@@ -44,8 +44,4 @@ int defaultComponent(Fault fault);
 
 /// What the unit sends while the operator works this component, 0 to 43.
 UnitScript scriptFor(int componentNum, const UnitFault& unit);
-
-/// Whether a band of a component stays uncovered when the unit is worked once. Follows from what
-/// the unit sends. Bands are numbered as in the panels.
-bool leavesUncovered(const UnitFault& unit, int componentNum, int band);
 } // namespace unitfault

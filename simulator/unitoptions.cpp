@@ -7,6 +7,9 @@
 
 #include <QCommandLineParser>
 
+#include <cmath>
+#include <stdexcept>
+
 namespace
 {
 const QString paceOption = QStringLiteral("pace");
@@ -15,6 +18,11 @@ const QString componentOption = QStringLiteral("component");
 
 constexpr double minPace = 1.0;
 constexpr double maxPace = 100000.0;
+
+[[noreturn]] void fail(const QString& reason)
+{
+    throw std::runtime_error(reason.toStdString());
+}
 } // namespace
 
 void unitoptions::addTo(QCommandLineParser& parser, double defaultPace)
@@ -33,58 +41,44 @@ void unitoptions::addTo(QCommandLineParser& parser, double defaultPace)
                       QStringLiteral("number")});
 }
 
-std::optional<double> unitoptions::number(const QCommandLineParser& parser, const QString& option,
-                                          double min, double max, QString& error)
+double unitoptions::number(const QCommandLineParser& parser, const QString& option, double min,
+                           double max)
 {
     bool isNumber = false;
     const double value = parser.value(option).toDouble(&isNumber);
-    if (isNumber && value >= min && value <= max)
-        return value;
-    error =
-        QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\".")
-            .arg(option, QString::number(min), QString::number(max), parser.value(option));
-    return std::nullopt;
+    if (!isNumber || !(value >= min && value <= max)) // NaN is neither
+        fail(QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\".")
+                 .arg(option, QString::number(min, 'g', 10), QString::number(max, 'g', 10),
+                      parser.value(option)));
+    return value;
 }
 
-std::optional<int> unitoptions::wholeNumber(const QCommandLineParser& parser, const QString& option,
-                                            int min, int max, QString& error)
+int unitoptions::wholeNumber(const QCommandLineParser& parser, const QString& option, int min,
+                             int max)
 {
-    bool isNumber = false;
-    const int value = parser.value(option).toInt(&isNumber);
-    if (isNumber && value >= min && value <= max)
-        return value;
-    error =
-        QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\".")
-            .arg(option, QString::number(min), QString::number(max), parser.value(option));
-    return std::nullopt;
+    const double value = number(parser, option, min, max);
+    if (value != std::floor(value))
+        fail(QStringLiteral("--%1 takes a whole number, not \"%2\".")
+                 .arg(option, parser.value(option)));
+    return static_cast<int>(value);
 }
 
-std::optional<UnitOptions> unitoptions::readFrom(const QCommandLineParser& parser, QString& error)
+UnitOptions unitoptions::readFrom(const QCommandLineParser& parser)
 {
-    if (!parser.positionalArguments().isEmpty()) {
-        error = QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]);
-        return std::nullopt;
-    }
-    const auto pace = number(parser, paceOption, minPace, maxPace, error);
-    if (!pace)
-        return std::nullopt;
-
+    if (!parser.positionalArguments().isEmpty())
+        fail(QStringLiteral("unexpected argument \"%1\".").arg(parser.positionalArguments()[0]));
+    const double pace = number(parser, paceOption, minPace, maxPace);
     const auto fault = unitfault::fromName(parser.value(faultOption));
-    if (!fault) {
-        error = QStringLiteral("--fault takes one of %1, not \"%2\".")
-                    .arg(unitfault::names().join(QStringLiteral(", ")), parser.value(faultOption));
-        return std::nullopt;
-    }
+    if (!fault)
+        fail(QStringLiteral("--fault takes one of %1, not \"%2\".")
+                 .arg(unitfault::names().join(QStringLiteral(", ")), parser.value(faultOption)));
 
-    UnitFault unit{*fault, unitfault::defaultComponent(*fault)};
-    if (parser.isSet(componentOption)) {
-        bool isNumber = false;
-        unit.componentNum = parser.value(componentOption).toInt(&isNumber);
-        if (!isNumber || !unitfault::applies(*fault, unit.componentNum)) {
-            error = QStringLiteral("Component \"%1\" cannot have the fault \"%2\".")
-                        .arg(parser.value(componentOption), parser.value(faultOption));
-            return std::nullopt;
-        }
-    }
-    return UnitOptions{*pace, unit};
+    int componentNum = unitfault::defaultComponent(*fault);
+    if (parser.isSet(componentOption))
+        componentNum =
+            wholeNumber(parser, componentOption, roster::firstComponent, roster::lastComponent);
+    if (!unitfault::applies(*fault, componentNum))
+        fail(QStringLiteral("Component \"%1\" cannot have the fault \"%2\".")
+                 .arg(QString::number(componentNum), parser.value(faultOption)));
+    return {pace, {*fault, componentNum}};
 }

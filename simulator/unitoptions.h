@@ -7,8 +7,6 @@
 
 #include <QString>
 
-#include <optional>
-
 class QCommandLineParser;
 
 /// How a simulated unit behaves: the options that its programs share.
@@ -22,14 +20,11 @@ namespace unitoptions
 /// Adds --pace, --fault and --component; the pace in messages per second.
 void addTo(QCommandLineParser& parser, double defaultPace);
 
-/// The options of a parsed command line. Nothing if a value is out of range or an argument is no
-/// option; `error` then holds the reason.
-std::optional<UnitOptions> readFrom(const QCommandLineParser& parser, QString& error);
+/// The options of a parsed command line. Throws std::runtime_error, with what is wrong, if a value
+/// is out of range or an argument is no option.
+UnitOptions readFrom(const QCommandLineParser& parser);
 
-/// The value of an option as a number, or a whole number, from min to max; otherwise nothing
-/// and an error as above.
-std::optional<double> number(const QCommandLineParser& parser, const QString& option, double min,
-                             double max, QString& error);
-std::optional<int> wholeNumber(const QCommandLineParser& parser, const QString& option, int min,
-                               int max, QString& error);
+/// The value of an option as a number, or a whole number, from min to max; throws as above.
+double number(const QCommandLineParser& parser, const QString& option, double min, double max);
+int wholeNumber(const QCommandLineParser& parser, const QString& option, int min, int max);
 } // namespace unitoptions

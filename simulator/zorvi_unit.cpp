@@ -12,6 +12,7 @@
 #include <QTextStream>
 
 #include <optional>
+#include <stdexcept>
 #include <vector>
 
 namespace
@@ -25,7 +26,7 @@ struct Options {
 
 void ignoreLibraryErrors(const char*, int, const char*, int, const char*, ...) {}
 
-void say(const QString& line)
+void print(const QString& line)
 {
     QTextStream(stdout) << line << Qt::endl;
 }
@@ -36,9 +37,9 @@ int fail(const QString& line)
     return 1;
 }
 
-/// Nothing and an error text for a bad value; QCommandLineParser ends the program on --help,
+/// Throws std::runtime_error for a bad value; QCommandLineParser ends the program on --help,
 /// --version and unknown options.
-std::optional<Options> optionsOf(const QCoreApplication& application, QString& error)
+Options optionsOf(const QCoreApplication& application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -53,21 +54,14 @@ std::optional<Options> optionsOf(const QCoreApplication& application, QString& e
                       QStringLiteral("Seconds to wait before each run, so that the station finds "
                                      "the unit and the operator is ready (default: 3)."),
                       QStringLiteral("seconds"), QStringLiteral("3")});
-    parser.addOption({QStringLiteral("tarvek"),
-                      QStringLiteral("Work component 18 too, for a TARVEK station.")});
+    parser.addOption(
+        {QStringLiteral("tarvek"), QStringLiteral("Work component 18 too, for a TARVEK station.")});
     parser.process(application);
 
-    const auto unit = unitoptions::readFrom(parser, error);
-    if (!unit)
-        return std::nullopt;
-    const auto runs = unitoptions::wholeNumber(parser, QStringLiteral("runs"), 1, 1000000, error);
-    if (!runs)
-        return std::nullopt;
-    const auto delay = unitoptions::number(parser, QStringLiteral("delay"), 0, 3600, error);
-    if (!delay)
-        return std::nullopt;
-    return Options{*unit, *runs, static_cast<int>(*delay * 1000),
-                   parser.isSet(QStringLiteral("tarvek"))};
+    const auto unit = unitoptions::readFrom(parser);
+    const int runs = unitoptions::wholeNumber(parser, QStringLiteral("runs"), 1, 1000000);
+    const double delay = unitoptions::number(parser, QStringLiteral("delay"), 0, 3600);
+    return {unit, runs, static_cast<int>(delay * 1000), parser.isSet(QStringLiteral("tarvek"))};
 }
 
 /// Plays the runs and ends the event loop after the last one.
@@ -85,10 +79,10 @@ public:
 
     void start()
     {
-        say(QStringLiteral("Run %1 of %2 begins in %3 s.")
-                .arg(run)
-                .arg(options.runs)
-                .arg(options.delayMs / 1000.0));
+        print(QStringLiteral("Run %1 of %2 begins in %3 s.")
+                  .arg(run)
+                  .arg(options.runs)
+                  .arg(options.delayMs / 1000.0));
         QTimer::singleShot(options.delayMs, &player, [this] { workNext(); });
     }
 
@@ -97,10 +91,10 @@ private:
     {
         if (next < order.size()) {
             const int componentNum = order[next++];
-            say(QStringLiteral("Component %1 (%2 of %3)")
-                    .arg(componentNum)
-                    .arg(next)
-                    .arg(order.size()));
+            print(QStringLiteral("Component %1 (%2 of %3)")
+                      .arg(componentNum)
+                      .arg(next)
+                      .arg(order.size()));
             player.play(unitfault::scriptFor(componentNum, options.unit.unit));
             return;
         }
@@ -126,11 +120,12 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(ZORVI_VERSION));
     snd_lib_error_set_handler(ignoreLibraryErrors);
 
-    QString error;
-    const auto options = optionsOf(application, error);
-    if (!options)
-        return fail(error);
-
+    std::optional<Options> options;
+    try {
+        options = optionsOf(application);
+    } catch (const std::runtime_error& error) {
+        return fail(QString::fromUtf8(error.what()));
+    }
     SimulatedUnit unit;
     if (!unit.plug())
         return fail(QStringLiteral("this machine has no ALSA sequencer (/dev/snd/seq) to plug the "

@@ -6,7 +6,7 @@
 namespace
 {
 /// Fader 8 stands apart: the gap before it is wider.
-QPoint faderPlace(int fader)
+QPoint faderPosition(int fader)
 {
     constexpr int lastFader = roster::faderCount - 1;
     constexpr int faderTop = 200;
@@ -16,14 +16,14 @@ QPoint faderPlace(int fader)
     return {(width + 30) * fader + 120, faderTop};
 }
 
-QPoint rotaryPlace(int rotary)
+QPoint rotaryPosition(int rotary)
 {
-    return {faderPlace(2 * rotary).x() + 10, 10};
+    return {faderPosition(2 * rotary).x() + 10, 10};
 }
 
 /// The groups of buttons: one above each fader, a column at the left edge, and right of fader 7 a
 /// single one, two columns of six and a cluster of four.
-QPoint buttonPlace(int button)
+QPoint buttonPosition(int button)
 {
     constexpr int rowOverFaders = 150;
     constexpr int firstInLeftColumn = 9;
@@ -33,11 +33,11 @@ QPoint buttonPlace(int button)
     constexpr QPoint cluster[] = {{126, 15}, {126, 85}, {90, 50}, {165, 50}};
 
     if (button < firstInLeftColumn)
-        return {faderPlace(button).x(), rowOverFaders};
+        return {faderPosition(button).x(), rowOverFaders};
     if (button < lone)
         return {30, 210 + 60 * (button - firstInLeftColumn)};
 
-    const QPoint besideFader7 = faderPlace(7);
+    const QPoint besideFader7 = faderPosition(7);
     if (button == lone)
         return {besideFader7.x() + 126, rowOverFaders};
     if (button < firstInCluster) {
@@ -45,8 +45,8 @@ QPoint buttonPlace(int button)
         const bool left = (button - firstInPairs) % 2 == 0;
         return besideFader7 + QPoint(left ? 90 : 165, 48 * row);
     }
-    const QPoint place = cluster[button - firstInCluster];
-    return {besideFader7.x() + place.x(), place.y()};
+    const QPoint inCluster = cluster[button - firstInCluster];
+    return {besideFader7.x() + inCluster.x(), inCluster.y()};
 }
 } // namespace
 
@@ -63,7 +63,7 @@ QSize panelSize(roster::Kind kind)
     return {131, 81};
 }
 
-std::optional<QPoint> panelPlace(int componentNum)
+std::optional<QPoint> panelPosition(int componentNum)
 {
     if (componentNum == roster::powerButton)
         return std::nullopt;
@@ -71,11 +71,11 @@ std::optional<QPoint> panelPlace(int componentNum)
     const int index = roster::indexInKind(componentNum);
     switch (roster::kindOf(componentNum)) {
     case roster::Kind::Fader:
-        return faderPlace(index);
+        return faderPosition(index);
     case roster::Kind::Button:
-        return buttonPlace(index);
+        return buttonPosition(index);
     case roster::Kind::Rotary:
         break;
     }
-    return rotaryPlace(index);
+    return rotaryPosition(index);
 }

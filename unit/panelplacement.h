@@ -15,4 +15,4 @@ QSize panelSize(roster::Kind kind);
 
 /// The position of a component's panel in the window, in pixels; componentNum 0 to 43. The width of
 /// a fader's panel sets the pitch. Nothing for the power button, whose panel is not shown.
-std::optional<QPoint> panelPlace(int componentNum);
+std::optional<QPoint> panelPosition(int componentNum);

@@ -6,7 +6,7 @@
 
 # Makes a chroot of this suite in this folder, from the mirror that this machine's apt uses and in
 # the way it reaches that. What is installed later is kept in FOLDER.packages for the next time.
-make_chroot() { # suite, folder
+make_chroot() { # suite, folder, options of mmdebstrap
     local suite=$1 root=$2 mirror
     # shellcheck disable=SC2016 # apt-get fills in the address
     mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Label: Debian' |
@@ -15,7 +15,7 @@ make_chroot() { # suite, folder
     mkdir -p "$root.packages"
     mmdebstrap --variant=minbase --include=ca-certificates --dpkgopt=force-unsafe-io \
         --aptopt="$(apt-config dump | grep -E '^Acquire::(http|https|Check-.*)[: ]')" \
-        "$suite" "$root" "${mirror:-http://deb.debian.org/debian}"
+        "${@:3}" "$suite" "$root" "${mirror:-http://deb.debian.org/debian}"
 }
 
 # Runs a command in a chroot. What it started ends with it.

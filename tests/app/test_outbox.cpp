@@ -6,40 +6,27 @@
 
 #include <QDir>
 
-#include <sys/mount.h>
 #include <unistd.h>
 
 namespace
 {
-constexpr auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-
-/// What the process writes to stderr while it lives.
-class StderrCapture
+/// What the process prints on stderr meanwhile.
+QByteArray stderrOf(const std::function<void()>& work)
 {
-public:
-    StderrCapture()
-    {
-        file.open();
-        dup2(file.handle(), STDERR_FILENO);
-    }
-    ~StderrCapture() { dup2(oldFd, STDERR_FILENO); }
-    QByteArray lines() const { return station::contentOf(file.fileName()); }
-
-private:
     QTemporaryFile file;
+    file.open();
     const int oldFd = dup(STDERR_FILENO);
-};
+    dup2(file.handle(), STDERR_FILENO);
+    work();
+    dup2(oldFd, STDERR_FILENO);
+    close(oldFd);
+    return station::contentOf(file.fileName());
+}
 
 void coverBandOf(MainWindow& window, int component)
 {
     Q_EMIT window.signal_QueueComponent(component);
     station::receive(window, passingMessages(component).mid(0, 1));
-}
-
-void saveLog(MainWindow& window, const QString& serial)
-{
-    station::setSerial(window, serial);
-    station::click(window, "log");
 }
 } // namespace
 
@@ -51,11 +38,10 @@ class TestOutbox : public QObject
     const QDir logs{QCoreApplication::applicationDirPath() + "/Logs"};
     const QDir outbox{logs.filePath("Outbox")};
 
-    QStringList names() const { return outbox.entryList(all, QDir::Name); }
+    QStringList names() const { return outbox.entryList(station::allEntries, QDir::Name); }
     OutboxName lastName() const
     {
-        return OutboxName::read(names().isEmpty() ? QString() : names().last())
-            .value_or(OutboxName());
+        return OutboxName::read(names().value(names().size() - 1)).value_or(OutboxName());
     }
     QByteArray logOf(const QString& serial) const
     {
@@ -68,7 +54,6 @@ private Q_SLOTS:
     {
         cleanup();
         QVERIFY(logs.mkdir("Outbox"));
-        QCoreApplication::setApplicationName("zorvi_assembly_test");
     }
     void cleanup()
     {
@@ -76,50 +61,40 @@ private Q_SLOTS:
         QDir(outbox).removeRecursively();
     }
 
-    void readName_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("isName");
-        const QString run = "20260309T070504.001-00fedcba98765432";
-        QTest::newRow("first log") << run + "-1.txt" << true;
-        QTest::newRow("TARVEK station") << run + "-12-TARVEK.txt" << true;
-        QTest::newRow("no such day") << "20260230T070504.001-00fedcba98765432-1.txt" << false;
-        QTest::newRow("15 digits") << "20260309T070504.001-0fedcba98765432-1.txt" << false;
-        QTest::newRow("upper case") << run.toUpper() + "-1.txt" << false;
-        QTest::newRow("log 0") << run + "-0.txt" << false;
-        QTest::newRow("hidden") << "." + run + "-1.txt" << false;
-        QTest::newRow("temporary") << "." + run + "-1.txt.part" << false;
-        QTest::newRow("copy") << run + "-1 (copy).txt" << false;
-        QTest::newRow("line end") << run + "-1.txt\n" << false;
-    }
-
     void readName()
     {
-        QFETCH(QString, name);
-        const auto read = OutboxName::read(name);
-        QTEST(read.has_value(), "isName");
-        if (!read)
-            return;
-        QCOMPARE(read->fileName(), name);
-        QCOMPARE(read->startedAt(), QString("2026-03-09T07:05:04.001"));
+        const QString run = "20260309T070504.001-00fedcba98765432";
+        for (const QString& name : {run + "-1.txt", run + "-12-TARVEK.txt"}) {
+            const auto read = OutboxName::read(name);
+            QVERIFY(read && read->fileName() == name);
+            QCOMPARE(read->startedAt(), QString("2026-03-09T07:05:04.001"));
+        }
+        for (const QString& name :
+             {QString("20260230T070504.001-00fedcba98765432-1.txt"), // no such day
+              QString("20260309T070504.001-0fedcba98765432-1.txt"),  // 15 digits
+              run.toUpper() + "-1.txt", run + "-0.txt", run + "-1 (copy).txt", run + "-1.txt\n",
+              "." + run + "-1.txt", "." + run + "-1.txt.part"})
+            QVERIFY2(!OutboxName::read(name), qPrintable(name));
     }
 
-    void logsOfARun_data()
+    void runs_data()
     {
         QTest::addColumn<QString>("ending");
-        QTest::newRow("zorvi_assembly_test") << "";
-        QTest::newRow("zorvi_assembly_test_TARVEK") << "-TARVEK";
+        QTest::addColumn<bool>("isArmedByNotice");
+        QTest::newRow("zorvi_assembly_test") << ".txt" << false;
+        QTest::newRow("zorvi_assembly_test_TARVEK") << "-TARVEK.txt" << true;
     }
 
     /// Each log has the bytes of the log in Logs/, also under a serial that cannot be in the name
-    /// of a file. They have one run, whatever its serial, which starts with the first band of the
-    /// first panel.
-    void logsOfARun()
+    /// of a file. A run has one identity, whatever its serial, and starts with the first band of
+    /// the first panel. An arming begins another run, with its first band.
+    void runs()
     {
         QFETCH(QString, ending);
+        QFETCH(bool, isArmedByNotice);
         QCoreApplication::setApplicationName(QTest::currentDataTag());
         MainWindow window;
-        saveLog(window, "empty");
+        station::saveLog(window, "empty");
         QCOMPARE(names(), QStringList());
         const QDateTime before = QDateTime::currentDateTime();
         coverBandOf(window, 5);
@@ -128,132 +103,95 @@ private Q_SLOTS:
         station::receive(window, passingMessages(5));
         coverBandOf(window, 0);
         coverBandOf(window, 40);
-        saveLog(window, "mistyped");
-        saveLog(window, "corrected");
-        saveLog(window, "a/b");
-
-        const OutboxName last = lastName();
-        const auto started = QDateTime::fromString(last.startedAt(), Qt::ISODateWithMs);
-        QVERIFY2(before <= started && started <= after, qPrintable(last.run));
         QStringList expected;
-        for (const char* save : {"-1", "-2", "-3"})
-            expected << last.run + save + ending + ".txt";
-        QCOMPARE(names(), expected);
-        QCOMPARE(station::contentOf(outbox.filePath(names().at(0))), logOf("mistyped"));
-        QCOMPARE(station::contentOf(outbox.filePath(names().at(1))), logOf("corrected"));
-        QVERIFY(station::contentOf(outbox.filePath(names().at(2))).contains("#a/b\t"));
-        QVERIFY(logOf("corrected") != logOf("empty"));
-    }
-
-    void arming_data()
-    {
-        QTest::addColumn<bool>("isNotice");
-        QTest::newRow("Start Test") << false;
-        QTest::newRow("notice closed") << true;
-    }
-
-    /// Each arming begins another run, with its first band.
-    void arming()
-    {
-        QFETCH(bool, isNotice);
-        MainWindow window;
-        coverBandOf(window, 0);
-        saveLog(window, "A");
+        for (const char* serial : {"mistyped", "corrected", "a/b"}) {
+            station::saveLog(window, serial);
+            const OutboxName name = lastName();
+            expected << QString("%1-%2%3").arg(name.run).arg(expected.size() + 1).arg(ending);
+            QCOMPARE(names(), expected);
+            const QByteArray log = station::contentOf(outbox.filePath(names().last()));
+            QVERIFY(log == logOf(serial) || (serial == QString("a/b") && log.contains("#a/b\t")));
+        }
         const OutboxName first = lastName();
-        if (isNotice) {
+        const auto started = QDateTime::fromString(first.startedAt(), Qt::ISODateWithMs);
+        QVERIFY2(before <= started && started <= after, qPrintable(first.run));
+
+        if (isArmedByNotice) {
             const station::NoticeCloser closer;
-            window.slot_ProcessComponentResult(43, 1); // writes one more log of the run
-            QTRY_VERIFY(!closer.texts.isEmpty());
+            window.slot_TestComplete();
         } else {
             station::click(window, "startTest");
         }
-        const int logsBefore = names().size();
-        QCOMPARE(logsBefore, isNotice ? 2 : 1);
-        saveLog(window, "A");
-        QCOMPARE(names().size(), logsBefore);
-        QTest::qSleep(2);
+        station::saveLog(window, "A");
+        QCOMPARE(names(), expected);
         coverBandOf(window, 0);
-        saveLog(window, "A");
+        station::saveLog(window, "A");
+        QCOMPARE(names().size(), expected.size() + 1);
         QCOMPARE(lastName().save, 1);
         QVERIFY(lastName().startedAt() > first.startedAt());
         QVERIFY(lastName().run.right(16) != first.run.right(16)); // the random digits
     }
 
-    void noOutbox_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::newRow("nothing") << "";
-        QTest::newRow("link to a folder") << "link";
-        QTest::newRow("file") << "file";
-    }
-
+    /// Nothing, a link or a file in its place: no log, and not a word.
     void noOutbox()
     {
-        QFETCH(QString, kind);
-        cleanup();
         const QTemporaryDir target;
-        QFile file(outbox.path());
-        if (kind == "link")
-            QVERIFY(QFile::link(target.path(), outbox.path()));
-        else if (kind == "file")
-            QVERIFY(file.open(QIODevice::WriteOnly));
-        QFile::remove(logs.filePath("ZORVI_A.txt"));
-        const StderrCapture problems;
-        MainWindow window;
-        coverBandOf(window, 0);
-        saveLog(window, "A");
-        QVERIFY(logOf("A").startsWith("Norvane"));
-        QCOMPARE(QFileInfo::exists(outbox.path()), kind != "");
-        QVERIFY(QDir(target.path()).isEmpty());
-        QCOMPARE(file.size(), kind == "link" ? file.size() : 0);
-        QCOMPARE(problems.lines(), QByteArray());
+        for (const QString kind : {"nothing", "link", "file"}) {
+            cleanup();
+            QVERIFY(kind != "link" || QFile::link(target.path(), outbox.path()));
+            QVERIFY(kind != "file" || QFile(outbox.path()).open(QIODevice::WriteOnly));
+            QFile::remove(logs.filePath("ZORVI_A.txt"));
+            const QByteArray printed = stderrOf([] {
+                MainWindow window;
+                coverBandOf(window, 0);
+                station::saveLog(window, "A");
+            });
+            QVERIFY(logOf("A").startsWith("Norvane"));
+            QCOMPARE(QFileInfo::exists(outbox.path()), kind != "nothing");
+            QVERIFY(QDir(target.path()).isEmpty());
+            QVERIFY(kind != "file" || QFileInfo(outbox.path()).size() == 0);
+            QCOMPARE(printed, QByteArray());
+        }
     }
 
     void failure_data()
     {
-        QTest::addColumn<QByteArray>("options");
-        QTest::addColumn<QByteArray>("reason");
-        QTest::newRow("full") << QByteArray("size=4k") << QByteArray("No space left on device");
-        QTest::newRow("read-only") << QByteArray("ro") << QByteArray("Read-only file system");
-        QTest::newRow("gone") << QByteArray() << QByteArray("No such file or directory");
+        QTest::addColumn<QString>("disk");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("full") << "size=4k"
+                              << "No space left on device";
+        QTest::newRow("read-only") << "ro"
+                                   << "Read-only file system";
+        QTest::newRow("gone") << ""
+                              << "No such file or directory";
     }
 
     /// The run goes on, its log is in Logs/, and nothing is left behind. No name is used twice.
     void failure()
     {
-        QFETCH(QByteArray, options);
-        QFETCH(QByteArray, reason);
-        if (geteuid() != 0 && !options.isEmpty())
-            QSKIP("only root can mount a disk");
+        QFETCH(QString, disk);
+        QFETCH(QString, reason);
+        QCoreApplication::setApplicationName("zorvi_assembly_test");
         MainWindow window;
         coverBandOf(window, 0);
-        saveLog(window, "A");
+        station::saveLog(window, "A");
         const QString run = lastName().run;
-        const QByteArray path = QFile::encodeName(outbox.path());
-        const unsigned long flags = options == "ro" ? MS_RDONLY : 0;
-        if (options.isEmpty())
+        if (disk.isEmpty())
             QVERIFY(QDir(outbox).removeRecursively());
-        else if (mount("none", path, "tmpfs", flags, options == "ro" ? nullptr : options.data()) !=
-                 0)
+        else if (!station::mountDisk(outbox.path(), disk))
             QSKIP("a disk cannot be mounted here");
-        QByteArray problem;
-        {
-            const StderrCapture problems;
-            saveLog(window, "B");
-            problem = problems.lines();
-        }
+        const QByteArray printed = stderrOf([&] { station::saveLog(window, "B"); });
         const QStringList left = names();
-        if (options.isEmpty())
+        if (disk.isEmpty())
             QVERIFY(logs.mkdir("Outbox"));
         else
-            QCOMPARE(umount(path), 0);
+            QVERIFY(station::unmountDisk(outbox.path()));
         QCOMPARE(left, QStringList());
-        QCOMPARE(problem, path + ": the log cannot be written: " + reason + "\n");
+        QCOMPARE(QString::fromLocal8Bit(printed),
+                 outbox.path() + ": the log cannot be written: " + reason + "\n");
         QVERIFY(logOf("B").contains("#B\t"));
-        station::receive(window, passingMessages(0));
-        saveLog(window, "C");
+        station::saveLog(window, "C");
         QCOMPARE(names().last(), run + "-3.txt");
-        QCOMPARE(station::contentOf(outbox.filePath(names().last())), logOf("C"));
     }
 };
 

@@ -113,7 +113,17 @@ private Q_SLOTS:
         Journal journal(window);
         saveInMidRun(window, watch, journal);
         SimulatedUnit unit;
-        workOrSkipEveryControl(window, watch, journal, unit);
+        QVERIFY(unit.plug());
+        QTRY_COMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
+        const auto isWorked = [=](int c) { return isWorkedAt(c, isTarvek); };
+        QTest::ignoreMessage(QtDebugMsg, "TEST COMPLETE");
+        for (int c = 0; c <= 43; c += c == 38 ? 2 : 1)
+            QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Component num %1").arg(c)));
+        station::workOrSkip(window, unit, watch, isWorked);
+        const QStringList expected = journalOfRun(isTarvek);
+        QTRY_COMPARE(journal.entries.size(), expected.size());
+        QCOMPARE(journal.take(), expected);
+        station::compareLog("run ", isWorked);
         closeTheNotices(window, watch, journal);
         for (const MidiMessage& message : passingMessages(0))
             unit.send(message);
@@ -151,9 +161,27 @@ private Q_SLOTS:
 
 private:
     static bool isTested(int c, bool isTarvek) { return c != 39 && (c != 18 || isTarvek); }
-    static bool isWorked(int c, bool isTarvek)
+    static bool isWorkedAt(int c, bool isTarvek)
     {
         return isTested(c, isTarvek) && (c % 4 != 3 || isTarvek);
+    }
+
+    static QStringList journalOfRun(bool isTarvek)
+    {
+        QStringList journal;
+        for (int c = 0; c <= 43; c += c == 38 ? 2 : 1) {
+            const bool isWorked = isWorkedAt(c, isTarvek);
+            const int next = c == 38 ? 40 : c + 1;
+            if (isWorked)
+                journal << "bell";
+            if (c < 43 && isTested(next, isTarvek))
+                journal << QString("queue %1").arg(next);
+            if (c == 43 && !isWorked) // a skipped 43 can still be worked
+                journal << "queue 43";
+            if (!isWorked)
+                journal << QString("skip %1").arg(c);
+        }
+        return journal;
     }
 
     /// "Save Log" writes the log, over an older one; "Start Test" begins again, and so does the
@@ -174,39 +202,6 @@ private:
         QCOMPARE(journal.take(), restart + restart);
     }
 
-    /// The station finds the unit by itself. What is worked comes through JUCE's MIDI thread
-    /// without a pause: each control is judged by the time the next one's messages arrive.
-    static void workOrSkipEveryControl(MainWindow& window, const StateWatch& watch,
-                                       Journal& journal, SimulatedUnit& unit)
-    {
-        QFETCH(bool, isTarvek);
-        QVERIFY(unit.plug());
-        QTRY_COMPARE(station::deviceLabel(window), QString("Device: CONNECTED"));
-        QStringList expected;
-        QTest::ignoreMessage(QtDebugMsg, "TEST COMPLETE");
-        for (int c = 0; c <= 43; c += c == 38 ? 2 : 1) {
-            QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Component num %1").arg(c)));
-            if (isWorked(c, isTarvek)) {
-                for (const MidiMessage& message : passingMessages(c))
-                    unit.send(message);
-                expected << "bell";
-            } else if (isTested(c, isTarvek)) {
-                QVERIFY(QTest::qWaitFor([&] { return watch.armed == c; }));
-                QCOMPARE(watch.problem(), QString());
-                station::click(window, "skipSensorButton");
-            }
-            const int next = c == 38 ? 40 : qMin(c + 1, 43);
-            if (isTested(next, isTarvek) &&
-                (c != 43 || !isTarvek)) // a skipped 43 can still be worked
-                expected << QString("queue %1").arg(next);
-            if (!isWorked(c, isTarvek))
-                expected << QString("skip %1").arg(c);
-        }
-        QTRY_COMPARE(journal.entries.size(), expected.size());
-        QCOMPARE(journal.take(), expected);
-        station::compareLog("run ", [=](int c) { return isWorked(c, isTarvek); });
-    }
-
     /// A skip while the notice is pending: the log once more, and a second notice. Each notice
     /// restarts the run.
     static void closeTheNotices(MainWindow& window, const StateWatch& watch, Journal& journal)
@@ -214,7 +209,7 @@ private:
         QFETCH(bool, isTarvek);
         station::click(window, "skipSensorButton");
         QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
-        station::compareLog("run ", [=](int c) { return isWorked(c, isTarvek); });
+        station::compareLog("run ", [=](int c) { return isWorkedAt(c, isTarvek); });
         const station::NoticeCloser closer;
         QTRY_COMPARE(journal.entries, restart + restart);
         QCOMPARE(closer.texts, (QStringList{"Test Complete.", "Test Complete."}));

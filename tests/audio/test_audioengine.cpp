@@ -64,20 +64,7 @@ void ask(AudioEngine& engine, Request request)
         engine.slot_Ding();
 }
 
-using Requests = std::vector<Request>;
-
-Requests joined(const std::vector<Requests>& parts)
-{
-    Requests all;
-    for (const Requests& part : parts)
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
-Requests repeated(std::size_t times, const Requests& part)
-{
-    return joined(std::vector<Requests>(times, part));
-}
+using Requests = QVector<Request>;
 } // namespace
 
 /// The engine alone: no device, its blocks are asked for by the test.
@@ -109,23 +96,25 @@ private Q_SLOTS:
         const Request beep = Request::Beep;
         const Request click = Request::Click;
         const Request bell = Request::Bell;
-        const Requests sweep = repeated(6, {none, none, click});
+        Requests sweep;
+        for (int i = 0; i < 6; ++i)
+            sweep << none << none << click;
         const Row rows[] = {
             {"a note stops the one like it alone", {bell, click, beep, click, bell}},
             {"blocks of one sample", {click}, fileRate, 1, 1},
             {"48 kHz", {beep}, 48000, 480},
             {"a rate that is truncated", {bell}, 8000.9, 8192},
             {"a fader swept in half a second",
-             joined({{bell}, sweep, {beep, bell, click}, sweep, {bell}})},
+             Requests{bell} + sweep + Requests{beep, bell, click} + sweep + Requests{bell}},
             // Stopped notes keep their voices, of which there are 39, until their samples end: a
             // bell request one, a click request one for its bell. The beep at the end finds two for
             // its layers and takes that of the stopped click;
-            {"two voices left", joined({{click, click}, repeated(35, {bell}), {beep}})},
+            {"two voices left", Requests{click, click} + Requests(35, bell) + Requests{beep}},
             // here also the other click's.
-            {"one voice left", joined({{click, click}, repeated(36, {bell}), {beep}}), fileRate,
-             512, 2, false},
-            {"stopped bells alone", joined({repeated(60, {bell}), {beep}})},
-            {"the bell rings on", joined({{bell}, repeated(45, {click}), {beep}})},
+            {"one voice left", Requests{click, click} + Requests(36, bell) + Requests{beep},
+             fileRate, 512, 2, false},
+            {"stopped bells alone", Requests(60, bell) + Requests{beep}},
+            {"the bell rings on", Requests{bell} + Requests(45, click) + Requests{beep}},
         };
         for (const auto& [name, requests, rate, blockSize, channels, allHeard] : rows) {
             init();

@@ -70,26 +70,22 @@ private Q_SLOTS:
         unit.unplug();
         station::labelAfterPoll(window);
         idlePorts = portTable().portCount();
-        for (int i = 1; i <= units; ++i) {
+        for (int i = 1; i <= units && !QTest::currentTestFailed(); ++i) {
             connectUnit(window, unit);
             sendFlood(unit); // the cable comes out within it,
             unit.unplug();
             if (i % 2 == 0) { // and is back before the next poll: the label stays
-                QVERIFY(station::plug(unit));
-                poll(window, true);
-                QVERIFY(station::receives(window, unit));
+                connectUnit(window, unit);
                 unit.unplug();
             }
-            poll(window, false);
-            connectUnit(window, unit); // at once
+            disconnectUnit(window, unit);
+            connectUnit(window, unit);
             const station::ReceivedMessages received(window);
             sendFlood(unit);
             QTRY_COMPARE(received.messages.size(), floodSize);
             if (i % unitsPerRun == 0)
                 run(window, unit, watch, i);
-            unit.unplug();
-            poll(window, false);
-            QVERIFY(!QTest::currentTestFailed());
+            disconnectUnit(window, unit);
             if (i == figures::count(4, 250)) {
                 heap = heapKilobytes();
                 before = held();
@@ -97,11 +93,11 @@ private Q_SLOTS:
         }
         QCOMPARE(held(), before);
         QVERIFY(heapKilobytes() <= heap + cachesKilobytes);
-        figures::print("cable pulled and put back", units, 0,
+        figures::print(QString("cable pulled and put back, %1 messages at once").arg(floodSize),
+                       units, 0,
                        QString("heap after a quarter: %1 kB, at the end: %2 kB")
                            .arg(heap)
                            .arg(heapKilobytes()));
-        figures::print(QString("messages, %1 at once").arg(floodSize), units * floodSize, 0);
         figures::print("whole runs, some controls skipped", units / unitsPerRun, 0);
     }
 
@@ -138,57 +134,32 @@ private Q_SLOTS:
     }
 
 private:
-    /// A connected station has one port open, its input, beside the unit's two; then none.
-    void poll(MainWindow& window, bool connected)
-    {
-        for (int again = 0; again < 2; ++again) { // nothing changes
-            QCOMPARE(station::labelAfterPoll(window),
-                     QString(connected ? "Device: CONNECTED" : "Device: NOT CONNECTED"));
-            QCOMPARE(portTable().portCount(), idlePorts + (connected ? 3 : 0));
-        }
-    }
-
-    void connectUnit(MainWindow& window, SimulatedUnit& unit)
+    void connectUnit(MainWindow& window, SimulatedUnit& unit) const
     {
         QVERIFY(station::plug(unit));
-        poll(window, true);
+        QCOMPARE(station::labelAfterPoll(window), QString("Device: CONNECTED"));
+        QCOMPARE(portTable().portCount(), idlePorts + 3); // the unit's two, and the input
         QVERIFY(station::receives(window, unit));
     }
 
-    /// A run in which every third control is skipped, another third with each unit. The cable comes
-    /// out while the notice is open.
-    void run(MainWindow& window, SimulatedUnit& unit, const StateWatch& watch, int number)
+    void disconnectUnit(MainWindow& window, SimulatedUnit& unit) const
+    {
+        unit.unplug();
+        QCOMPARE(station::labelAfterPoll(window), QString("Device: NOT CONNECTED"));
+        QCOMPARE(portTable().portCount(), idlePorts);
+    }
+
+    /// A run in which every third control is skipped, another third with each unit.
+    static void run(MainWindow& window, SimulatedUnit& unit, const StateWatch& watch, int number)
     {
         const QString serial = QString(" %1 of a day ").arg(number); // the blanks count
-        const auto isSkipped = [number](int c) { return c % 3 == number % 3; };
+        const auto isWorked = [number](int c) { return c != 18 && c % 3 != number % 3; };
         station::setSerial(window, serial);
-        for (int c = 0; c <= 43; ++c) {
-            if (c == 18 || c == 39)
-                continue;
-            if (isSkipped(c)) {
-                QTRY_COMPARE(watch.armed, c);
-                QCOMPARE(watch.problem(), QString());
-                station::click(window, "skipSensorButton");
-            } else {
-                for (const auto& message : passingMessages(c))
-                    unit.send(message);
-            }
-        }
-        QTimer closing;
-        closing.callOnTimeout(&window, [&] {
-            auto* notice = station::openNotice();
-            if (notice == nullptr)
-                return;
-            closing.stop();
-            unit.unplug();
-            poll(window, false);
-            connectUnit(window, unit);
-            notice->accept();
-        });
-        closing.start(10);
+        station::workOrSkip(window, unit, watch, isWorked);
+        const station::NoticeCloser closer;
         QTRY_COMPARE(watch.armed, 0);
         QCOMPARE(watch.problem(), QString());
-        station::compareLog(serial, [&](int c) { return c != 18 && !isSkipped(c); });
+        station::compareLog(serial, isWorked);
     }
 };
 

@@ -31,10 +31,3 @@ inline QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
         block("ROTARY", c - 40, c, 13);
     return text;
 }
-
-/// The same with all bands of a component marked, or none.
-inline QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
-                              const std::function<bool(int)>& covered)
-{
-    return expectedLog(serial, date, [&](int component, int) { return covered(component); });
-}

@@ -18,7 +18,7 @@ inline int count(int shortForm, int fullForm)
 /// One row of the table: what was tested, how often, how much of it was lost or wrong.
 inline void print(const QString& what, int tested, int lost, const QString& remark = {})
 {
-    QTextStream(stdout) << "figure | " << what << " | " << tested << " | " << lost << " | " << remark
-                        << Qt::endl;
+    QTextStream(stdout) << "figure | " << what << " | " << tested << " | " << lost << " | "
+                        << remark << Qt::endl;
 }
 } // namespace figures

@@ -9,27 +9,36 @@
 
 namespace station
 {
+/// The ports that other programs may connect.
+inline QVector<memorysequencer::Address> openPorts()
+{
+    QVector<memorysequencer::Address> ports;
+    auto& table = memorysequencer::portTable();
+    for (auto client = table.clientAfter(0); client; client = table.clientAfter(client->first))
+        for (auto port = table.portAfter({client->first, -1}); port;
+             port = table.portAfter({client->first, port->first}))
+            if ((port->second.capability &
+                 (SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_SUBS_WRITE)) != 0)
+                ports << memorysequencer::Address(client->first, port->first);
+    return ports;
+}
+
 /// Whether JUCE lists the ports that there are. JUCE 7 and 8 ask the sequencer at each listing.
 /// JUCE 9 processes announcements on its own thread, and has processed all when none is pending.
 inline bool everyPortIsListed()
 {
     if (JUCE_MAJOR_VERSION < 9)
         return true;
-    auto& table = memorysequencer::portTable();
-    QSet<QString> there;
-    for (auto client = table.clientAfter(0); client; client = table.clientAfter(client->first))
-        for (auto port = table.portAfter({client->first, -1}); port;
-             port = table.portAfter({client->first, port->first}))
-            if ((port->second.capability &
-                 (SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_SUBS_WRITE)) != 0)
-                there << QString("%1-%2").arg(client->first).arg(port->first);
-    QSet<QString> listed;
     juceversions::processAnnouncements();
     auto devices = juce::MidiInput::getAvailableDevices();
     devices.addArray(juce::MidiOutput::getAvailableDevices());
+    QSet<QString> listed;
     for (const auto& device : devices)
         listed << device.identifier.toRawUTF8();
-    return listed == there && table.waitingEvents() == 0;
+    QSet<QString> open;
+    for (const auto& [client, port] : openPorts())
+        open << QString("%1-%2").arg(client).arg(port);
+    return listed == open && memorysequencer::portTable().waitingEvents() == 0;
 }
 
 /// JUCE 9 has to see the last port of that number go first, or it takes the new one for gone.

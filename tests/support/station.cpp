@@ -75,6 +75,12 @@ void station::setSerial(const MainWindow& window, const QString& serial)
     window.findChild<QLineEdit*>("serialNumber")->setText(serial);
 }
 
+void station::saveLog(const MainWindow& window, const QString& serial)
+{
+    setSerial(window, serial);
+    click(window, "log");
+}
+
 void station::click(const MainWindow& window, const QString& button)
 {
     QTest::mouseClick(window.findChild<QAbstractButton*>(button), Qt::LeftButton);
@@ -86,6 +92,21 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
         window.handleIncomingMidiMessage(nullptr, message);
 }
 
+void station::workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
+                         const std::function<bool(int)>& isWorked)
+{
+    for (int c = 0; c <= 43; ++c) {
+        if (isWorked(c)) {
+            for (const auto& message : passingMessages(c))
+                unit.send(message);
+        } else if (c != 18 && c != 39) {
+            QTRY_COMPARE(watch.armed, c);
+            QCOMPARE(watch.problem(), QString());
+            click(window, "skipSensorButton");
+        }
+    }
+}
+
 void station::compareLog(const QString& serial, const std::function<bool(int)>& covered)
 {
     const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
@@ -94,8 +115,19 @@ void station::compareLog(const QString& serial, const std::function<bool(int)>& 
     const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
     QVERIFY(qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
     QCOMPARE(QString::fromLocal8Bit(date), written.toLocalTime().toString(Qt::TextDate));
-    QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, covered));
+    const auto bandCovered = [&covered](int component, int) { return covered(component); };
+    QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, bandCovered));
     QVERIFY(QFile::remove(path));
+}
+
+bool station::mountDisk(const QString& folder, const QString& options)
+{
+    return QProcess::execute("mount", {"-t", "tmpfs", "-o", options, "none", folder}) == 0;
+}
+
+bool station::unmountDisk(const QString& folder)
+{
+    return QProcess::execute("umount", {"--lazy", folder}) == 0;
 }
 
 QByteArray station::contentOf(const QString& path)

@@ -7,6 +7,7 @@
 #include "panels/componentpanel.h"
 #include "simulator/simulatedunit.h"
 
+#include <QDir>
 #include <QMessageBox>
 #include <QtTest>
 
@@ -33,13 +34,25 @@ namespace station
 {
 QString deviceLabel(const MainWindow& window);
 void setSerial(const MainWindow& window, const QString& serial);
+/// Types the serial number and clicks "Save Log".
+void saveLog(const MainWindow& window, const QString& serial);
 /// Clicks the button with that object name.
 void click(const MainWindow& window, const QString& button);
 /// Plays a unit's messages to the window, on this thread.
 void receive(MainWindow& window, const QVector<MidiMessage>& messages);
+/// Takes the station through a run: works each control through the unit without a pause, or skips
+/// it. Component 18 is worked or left to the station.
+void workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
+                const std::function<bool(int)>& isWorked);
 /// Compares the log of a serial number with what is expected, the bands of which components are
 /// covered and a date of just now, and removes it.
 void compareLog(const QString& serial, const std::function<bool(int)>& covered);
+/// Everything in a folder but "." and "..".
+constexpr auto allEntries = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+/// Puts an empty disk on a folder, with mount's options for tmpfs. False where that is not
+/// permitted.
+bool mountDisk(const QString& folder, const QString& options);
+bool unmountDisk(const QString& folder);
 /// What is in a file; "(no file)" if it cannot be read.
 QByteArray contentOf(const QString& path);
 /// The notice that is open; null if there is none.

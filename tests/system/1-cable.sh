@@ -22,9 +22,6 @@ connects_new_ports() { grep -q '"aseqdump"' /proc/asound/seq/clients; }
 check 'another program connects new ports' wait_for connects_new_ports
 
 start_station zorvi_assembly_test
-unplugged_label=$(device_label)
-label_is_as_without_unit() { [ "$(device_label)" = "$unplugged_label" ]; }
-label_is_other() { ! label_is_as_without_unit; }
 linked() { wait_for is_linked_to 'Zorvi_Control MIDI 1'; }
 
 build_unit unit Zorvi_Control
@@ -32,8 +29,6 @@ plug unit
 check 'a unit is found' linked
 is_read_by_others() { grep -A2 '"Zorvi_Control MIDI 1"' /proc/asound/seq/clients | grep -q ' 14:0'; }
 check 'the other program reads the unit too' wait_for is_read_by_others
-check 'the label shows that it is connected' wait_for label_is_other
-screenshot connected
 
 type_serial WHOLE
 speak unit
@@ -41,7 +36,7 @@ for controller in {1..9}; do turn "$controller" 0 127; done
 for note in {1..29}; do press 1 "$note"; done
 for controller in {10..13}; do turn "$controller" 127 0; done
 for controller in {10..13}; do turn "$controller" 0 127; done
-check 'a whole run, every value of every control: the log is complete' log_is_complete WHOLE
+check 'a whole run, every value of every control: the unit passes' has_passed WHOLE
 check 'the notice comes and goes' close_notice
 
 type_serial PULLED
@@ -49,15 +44,12 @@ turn 1 0 63
 hush
 unplug unit
 check 'the cable is pulled: the station closes the input' wait_for is_let_go
-check 'the label shows that it is not connected' wait_for label_is_as_without_unit
-screenshot pulled
 plug unit
 check 'the cable is put back: the unit is found' linked
 speak unit
 turn 1 64 127
-screenshot put-back
 work_from 2
-check 'the bands covered before the cable was pulled have stayed' log_is_complete PULLED
+check 'the bands covered before the cable was pulled have stayed' has_passed PULLED
 close_notice
 
 # replugs SERIAL COMMAND...: 20 times, with the command while the unit is out. One band in each link,
@@ -80,7 +72,7 @@ replugs() {
     speak unit
     touch_bands 2 7 12
     work_from 3
-    check "$serial: each of the 20 links was received" log_is_complete "$serial"
+    check "$serial: each of the 20 links was received" has_passed "$serial"
     close_notice
 }
 replugs REPLUGGED wait_for is_let_go

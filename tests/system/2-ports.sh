@@ -24,7 +24,7 @@ screenshot ports
 type_serial TARVEK
 speak double
 work_from 1 TARVEK
-check 'the TARVEK station tests component 18 too' log_says TARVEK complete --tests-18
+check 'the TARVEK station tests component 18 too' log_says TARVEK passed --tests-component-18
 screenshot tarvek
 close_notice
 

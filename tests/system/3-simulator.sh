@@ -23,7 +23,7 @@ save_and_read() {
 start_station zorvi_assembly_test
 for fault in none too-early cable-pulled chatter flood; do
     run_unit "$fault"
-    check "zorvi_unit --fault $fault: the run is complete" log_is_complete "$fault"
+    check "zorvi_unit --fault $fault: the run passes" has_passed "$fault"
     close_notice
 done
 
@@ -31,7 +31,7 @@ done
 stays_at() {
     run_unit "$1"
     check "zorvi_unit --fault $1: the run stays at the control" \
-        wait_for save_and_read "$1" "ended early at $2"
+        wait_for save_and_read "$1" "aborted at $2"
 }
 stays_at stuck 'Fader 4, missed Fader 3: 0 to 59, 70 to 127'
 stays_at no-low-end 'Fader 3, missed Fader 2: 0 to 9'

@@ -11,8 +11,9 @@ import sys
 import wave
 
 import numpy
+from scipy.signal import oaconvolve
 
-# name, level, part of the file: first sample and length, distance in samples (less than a control takes)
+# name, level, part of the file: first sample and length, distance in samples
 SOUNDS = [("Bell", 50 / 127, 250, 1250, 8000), ("Beep", 100 / 127, 1000, 1000, 6000)]
 
 # Share of the level that a sound is played with. Measured: a beep alone reaches 0.51 of a bell, the bells of
@@ -25,13 +26,10 @@ def sound_file(path):
         return numpy.frombuffer(file.readframes(file.getnframes()), "<i2") / 32768
 
 
-recording = numpy.fromfile(sys.argv[1], "<i2") / 32768
-size = 1 << (len(recording) + 2000).bit_length()
-spectrum = numpy.fft.rfft(recording, size)
+recording = numpy.trim_zeros(numpy.fromfile(sys.argv[1], "<i2")) / 32768
 for name, level, first, length, distance in SOUNDS:
     part = sound_file(f"{sys.argv[2]}/Zorvi_AssemblyTest_{name}.wav")[first : first + length]
-    levels = numpy.fft.irfft(spectrum * numpy.conj(numpy.fft.rfft(part, size)), size)
-    levels = levels[: len(recording)] / (level * part.dot(part))
+    levels = oaconvolve(recording, part[::-1])[length - 1 :] / (level * part.dot(part))
     found = [i for i in numpy.flatnonzero(levels > MIN_LEVEL) if levels[i] == levels[max(0, i - distance) : i + distance].max()]
     print(name, len(found))
     print(" ".join(f"{i / 44100:.3f}={levels[i]:.2f}" for i in found), file=sys.stderr)

@@ -20,10 +20,9 @@ ln -s /proc/self/fd /dev/fd # a daemon usually does that
 mount -t devpts pts /dev/pts
 mount -t tmpfs shm /dev/shm
 mount -t 9p -o trans=virtio,version=9p2000.L,msize=512000 output /run/output
-linux=$(dirname "$(find "$project"/build/system/linux-*/lib/modules -maxdepth 1 -name "$(uname -r)" | head -n 1)")
-rm -rf "/lib/modules/$(uname -r)"
 mkdir -p /lib/modules
-ln -s "$linux/$(uname -r)" /lib/modules/
+rm -rf "/lib/modules/$(uname -r)"
+ln -s "$project/build/system/kernel-"*/lib/modules/"$(uname -r)" /lib/modules/
 modprobe -a configfs snd-seq snd-seq-midi snd-usb-audio libcomposite usb_f_midi
 modprobe dummy_hcd num=3 # controllers, so many units can be plugged in at once
 mount -t configfs configfs /sys/kernel/config

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 # SPDX-License-Identifier: GPL-3.0-or-later
 #
-# usage: run.sh [--kernel VERSION] [--kvm] [--group NUMBERS] [--debian SUITE]
+# usage: run.sh [--kernel SUITE] [--kvm] [--group NUMBERS] [--debian SUITE]
 #
 # Boots a Debian kernel in QEMU and runs guest.sh there. The root file system of that machine is
 # this one's, read-only below an overlay in memory; it has no network. Screenshots and logs come to
@@ -18,15 +18,15 @@ fail() {
     exit 1
 }
 
-kernel='' group='' tree=''
+suite=$(sed -n s/^VERSION_CODENAME=//p /etc/os-release) group='' tree=''
 processor=(-accel tcg -cpu max -smp 2)
 while [ $# -gt 0 ]; do
     case "$1" in
-        --kernel) kernel=${2:?--kernel takes a version} && shift ;;
+        --kernel) suite=${2:?--kernel takes a suite} && shift ;;
         --group) group=${2:?--group takes numbers} && shift ;;
         --debian) tree=$project/build/debian/${2:?--debian takes a suite} && shift ;;
         --kvm) processor=(-accel kvm -cpu host -smp 2) ;;
-        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel VERSION] [--kvm] [--group NUMBERS] [--debian SUITE]" ;;
+        *) fail "unexpected argument \"$1\"; usage: ./dev system [--kernel SUITE] [--kvm] [--group NUMBERS] [--debian SUITE]" ;;
     esac
     shift
 done
@@ -35,8 +35,19 @@ done
 [ -z "$tree" ] || [ -x "$tree/station/build/release/bin/zorvi_assembly_test" ] ||
     fail "no station in $tree; \"./dev test-on ${tree##*/} build\" makes it"
 
-linux=$system/linux-${kernel:-$(sed -n s/^VERSION_CODENAME=//p /etc/os-release)}
-"$here/kernel.sh" "$linux" "$kernel"
+# The kernel and its modules, not installed.
+kernel=$system/kernel-$suite
+if [ ! -d "$kernel" ]; then
+    . "$project/packaging/installtest/chroot.sh"
+    make_chroot "$suite" "$kernel.new" --variant=extract --include=linux-image-amd64
+    mkdir -p "$kernel.new/lib"
+    # From Debian 13 on the modules are in /usr/lib.
+    [ -d "$kernel.new/lib/modules" ] || ln -s ../usr/lib/modules "$kernel.new/lib/"
+    /sbin/depmod -b "$kernel.new" "$(ls "$kernel.new/lib/modules")"
+    rmdir "$kernel.new.packages"
+    mv "$kernel.new" "$kernel"
+fi
+release=$(ls "$kernel/lib/modules")
 
 [[ -n $group && $group != *8* ]] || "$here/desktop.sh" "$system/desktop${tree:+-${tree##*/}}" "$tree"
 
@@ -53,19 +64,10 @@ trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
 # What init needs to reach the root file system, in the order in which it is to be loaded.
-count=10
-for module in virtio_pci 9pnet_virtio 9p overlay; do
-    while read -r command file _; do
-        [ "$command" = insmod ] || continue # else it is built in
-        name=${file##*/}
-        [ -z "$(find "$system/initramfs/modules" -name "*-${name%%.ko*}.ko")" ] || continue
-        target=$system/initramfs/modules/$count-${name%%.ko*}.ko
-        case "$name" in
-            *.xz) xz -dc "$file" > "$target" ;;
-            *) cp "$file" "$target" ;;
-        esac
-        count=$((count + 1))
-    done < <(/sbin/modprobe -d "$linux" -S "$(cat "$linux/release")" --show-depends "$module")
+mapfile -t modules < <(/sbin/modprobe -d "$kernel" -S "$release" -a --show-depends \
+    virtio_pci 9pnet_virtio 9p overlay | awk '$1 == "insmod" && !seen[$2]++ { print $2 }')
+for i in "${!modules[@]}"; do
+    xz -dcf "${modules[i]}" > "$system/initramfs/modules/$((10 + i)).ko" # copies what is not compressed
 done
 cp "$here/init" /bin/busybox "$system/initramfs/"
 printf '%s\n' "$project" "$group" "$tree" > "$system/initramfs/project"
@@ -86,11 +88,11 @@ for name in {ext4,xfs}{,-unflushed}; do
     drives+=(-device "virtio-blk-pci,drive=$name,serial=$name")
 done
 
-echo "system: booting Linux $(cat "$linux/release"), ${processor[1]}"
+echo "system: booting Linux $release, ${processor[1]}"
 # The first serial port is the console, the second what guest.sh prints.
 timeout "$longest" qemu-system-x86_64 "${processor[@]}" -m 2G \
     -nodefaults -no-reboot -display none -nic none \
-    -kernel "$linux/vmlinuz" -initrd "$system/initramfs.img" \
+    -kernel "$kernel/boot/vmlinuz-$release" -initrd "$system/initramfs.img" \
     -append "console=ttyS0 quiet panic=-1" \
     -serial "file:$system/console.log" -serial stdio \
     -virtfs "local,path=/,mount_tag=root,security_model=none,readonly=on,multidevs=remap" \

@@ -194,11 +194,11 @@
         need(4.5, style(text).fill, step ? fill(step.slice(3)) : ground(text.closest('div')),
              text.textContent);
     }
-    for (const shape of all('svg:not(.marks) *')) {
-        const box = shape.getBBox ? shape.getBBox() : {x: 0, y: 0, width: 0, height: 0};
+    for (const shape of all('svg:not(.marks) :not(title)')) {
+        const box = shape.getBBox();
         const view = shape.ownerSVGElement.viewBox.baseVal;
-        if (Math.min(box.x, box.y, view.width - box.x - box.width,
-                     view.height - box.y - box.height) < -1)
+        const [x, y] = [box.x - view.x, box.y - view.y];
+        if (Math.min(x, y, view.width - x - box.width, view.height - y - box.height) < -1)
             wrong('outside its chart: ' + shape.outerHTML);
     }
     for (const chart of all('svg'))

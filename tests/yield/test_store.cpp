@@ -297,9 +297,9 @@ private Q_SLOTS:
             {QString(1000, 'x'), QString(333, QChar(0x4E0A)), QString::fromUtf8("\U0001F39B")};
         for (const QChar odd : {0xFEFF, 0xFFFE, 0xFFFF, 0x0001, 0x202E, 0xE000})
             serials += {QString(odd), QString(odd) + "A", QString("A") + odd, QString(2, odd)};
-        std::vector<LogFile> logs;
+        std::vector<LogFile> logs(static_cast<std::size_t>(serials.size()));
         for (int i = 0; i < serials.size(); ++i)
-            logs.push_back({log(serials[i], 0, passed()), nameOf(i, 1)});
+            logs[static_cast<std::size_t>(i)] = {log(serials[i], 0, passed()), nameOf(i, 1)};
         const QString station = QString::fromUtf8("\uFEFFodd \uFFFF");
         QCOMPARE(attemptstore::store(*database, {station}, logs).added, serials.size());
         QCOMPARE(attemptstore::store(*database, {station}, logs).duplicates, serials.size());
@@ -316,9 +316,9 @@ private Q_SLOTS:
         if (isServer())
             return;
         database->run("PRAGMA max_page_count = 1"); // as many as there are
-        std::vector<LogFile> logs;
-        for (int minute = 0; minute < 1000; ++minute)
-            logs.push_back({log("x", minute, passed())});
+        std::vector<LogFile> logs(1000);
+        for (std::size_t i = 0; i < logs.size(); ++i)
+            logs[i].log = log("x", static_cast<int>(i), passed());
         const auto act = [&] { attemptstore::store(*database, {"S"}, logs); };
         QVERIFY(errorOf(act).startsWith("unavailable: "));
         QCOMPARE(testdatabase::rows(*database), QStringList());

@@ -24,7 +24,7 @@ QString colourClass(int failed, int units)
 
 QRectF panelArea(int componentNum)
 {
-    const auto topLeft = panelPlace(componentNum);
+    const auto topLeft = panelPosition(componentNum);
     return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
 }
 

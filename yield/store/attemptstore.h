@@ -35,7 +35,7 @@ namespace attemptstore
 {
 /// Stores all of the logs in one transaction, or none: throws DatabaseError. The tables must have
 /// today's version, see schema.h.
-StoreCounts store(Database& database, const Station& station, const std::vector<LogFile>& logs);
+StoreCounts store(Database& database, const Station& station, const std::vector<LogFile>& files);
 
 /// Renames a station. If there is a station of the new name already, it gets the logs of both, each
 /// log once, and tests component 18 if either does. Throws DatabaseError, also where no station has
