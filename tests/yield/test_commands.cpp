@@ -57,8 +57,8 @@ private Q_SLOTS:
         row("import --station +Line logs pipe nowhere", 1,
             "7 logs: 2 new, 0 duplicates, 1 empty, 4 rejected\n"
             "nowhere: not imported: No such file or directory\n"
-            "logs/half.txt: not imported: it is half a log: it ends in component 20\n"
             "logs/Gr\uFFFD\uFFFD.txt: not imported: its name is not valid UTF-8\n"
+            "logs/half.txt: not imported: it is half a log: it ends in component 20\n"
             "pipe: not imported: it is no file\n");
         row("unit =cmd|'/C'!A0", 0, "2026-11-21 12:00:00  +Line  passed\n");
         row("unit a\"b,\t<b>\x1B[31m\r\n\u00FC", 1,

@@ -22,6 +22,7 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr std::chrono::seconds scanPause = 1s;
+constexpr int maxSkippedScans = 10;
 constexpr std::chrono::seconds databasePause = 2s;
 constexpr std::chrono::seconds maxRetryPause = 60s;
 constexpr std::chrono::seconds makeOutboxPause = 60s;
@@ -130,7 +131,14 @@ void Collector::makeOutbox()
 /// minute.
 QStringList Collector::dueLogs()
 {
+    // A folder that once held very many files takes milliseconds to list for ever after. Listed now
+    // and then all the same: two changes may have the same time.
+    const QDateTime changedAt = QFileInfo(outbox.path()).lastModified();
+    if (changedAt == emptySince && ++skippedScans < maxSkippedScans)
+        return {};
     QStringList logs = outbox.pending();
+    emptySince = logs.isEmpty() ? changedAt : QDateTime();
+    skippedScans = 0;
     postponed.intersect(QSet<QString>(logs.begin(), logs.end()));
     if (retryAt.hasExpired()) {
         retryPause = postponed.isEmpty() ? scanPause : std::min(2 * retryPause, maxRetryPause);

@@ -6,6 +6,7 @@
 #include "yield/intake/logimport.h"
 #include "yield/intake/outbox.h"
 
+#include <QDateTime>
 #include <QDeadlineTimer>
 #include <QSet>
 
@@ -51,6 +52,8 @@ private:
     QString outboxState;     ///< As printed last.
     bool hasProblem = false; ///< In this pass.
 
+    QDateTime emptySince; ///< The outbox's last change, if it had no log then.
+    int skippedScans = 0;
     QSet<QString> postponed; ///< Logs that could not be read or moved.
     std::chrono::seconds retryPause{0};
     QDeadlineTimer retryAt{0};
