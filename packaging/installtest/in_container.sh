@@ -84,7 +84,7 @@ upgrade() {
     systemctl is-enabled zorvi-yield
     wait_for has_attempts MEANWHILE 1
     wait_for has_attempts SPOOLED 2
-    debian/tests/play_unit AFTER # the station, started anew
+    debian/tests/play_unit AFTER # the restarted station
     wait_for has_attempts AFTER 1
     compgen -G "$application/Logs/Outbox/Stored/*/*-1.txt" || fail "the outbox has not been used"
     same "the attempts" "$before" "$(attempts | grep -v -e SPOOLED -e MEANWHILE -e AFTER)"
