@@ -31,7 +31,7 @@ QStringList logfiles::filesOf(const QString& path)
         if (!isHidden && !entry->is_directory(noFile))
             files << QFile::decodeName(entry->path().c_str());
     }
-    if (problem) // the path is no folder, or its reading says so
+    if (problem) // no folder, or the reason comes from reading it
         files << path;
     files.sort();
     return files;

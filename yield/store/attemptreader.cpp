@@ -21,7 +21,7 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
     QHash<int, QString> stations;
     for (const StationRow& row : AttemptRows::stations(database))
         stations.insert(row.id, row.name);
-    // SQL returns them by serial and time; those of one unit and second are put into order here.
+    // SQL returns them by serial and time; those of one unit and second are sorted afterwards.
     std::vector<Attempt> second;
     const auto finishSecond = [&] {
         std::sort(second.begin(), second.end(), attemptrules::isBefore);

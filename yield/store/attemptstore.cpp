@@ -25,7 +25,7 @@ bool showsTest18(const LogFile& file)
            (file.log.marks & attemptrules::channelButtonMarks()).any();
 }
 
-/// From now on the station tests component 18; imported logs do not say it themselves.
+/// From now on the station tests component 18, in its imported logs too: they do not show it.
 void setTests18(Database& database, int stationId)
 {
     Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({stationId});
@@ -156,7 +156,8 @@ LogStore::Found LogStore::addSave(LogRow save)
     return found;
 }
 
-/// Two attempts turn out to be one, or are already: the newer row goes. one may be null.
+/// Two attempts turn out to be one: removes the newer row, returns the older. The same row may be
+/// given twice, one may be null.
 QVariant LogStore::olderAttempt(const QVariant& one, const QVariant& other)
 {
     if (one.isNull() || one == other)
@@ -188,8 +189,8 @@ void LogStore::writeRun(LogRow attempt, const std::optional<LogRow>& former)
         rows.writeAttempt(attempt);
 }
 
-/// Moves all rows of a station to another one. Of a log that both have, one row stays; where one of
-/// them knows that a later save replaced it, that one.
+/// Moves all rows of a station to another one. Of a log that both have one row stays, that of
+/// repeated_saves first.
 void unite(Database& database, const StationRow& from, const StationRow& to)
 {
     const QString remove =

@@ -42,7 +42,7 @@ class Database
 {
 public:
     enum class Access {
-        Read, ///< The database and its tables must exist.
+        Read, ///< The database must exist.
         Write ///< The file of SQLite is created where it is missing.
     };
 
