@@ -72,7 +72,7 @@ private Q_SLOTS:
         QByteArrayList received;
         connect(&parser, &Parser::signal_DistributeMIDI, [&received](const MidiMessage& message) {
             received << QByteArray(reinterpret_cast<const char*>(message.getRawData()),
-                                message.getRawDataSize());
+                                   message.getRawDataSize());
         });
         QByteArrayList sent;
         juce::MidiBuffer midi;

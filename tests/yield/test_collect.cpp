@@ -359,6 +359,7 @@ private Q_SLOTS:
         QCOMPARE(shell("echo damaged >spool/v1/mine/aside/4567.reason; "
                        "echo no log >spool/v1/mine/logs/89ab"),
                  0);
+        QVERIFY(QDir().mkpath("Logs/Outbox/Stored")); // of a collector that had another spool
         start("W", {"import", "--watch", "--tests-18"});
         storeRun("A");
         QCOMPARE(serials(), QStringList({"A", "mine", "mine, aside"}));

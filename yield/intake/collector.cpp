@@ -35,12 +35,6 @@ void printCounts(const StoreCounts& counts)
     logimport::printWarnings(counts);
 }
 
-/// Logs of before the outbox.
-struct EarlierLogs {
-    Station station;
-    QStringList files;
-};
-
 /// What version 1.2.0 left in a folder of its spool: a file that names the database and the
 /// station, the logs that waited, and those that were set aside because the tables refused them.
 std::optional<EarlierLogs> readSpool(const QString& folder, const QString& database)
@@ -108,8 +102,12 @@ bool Collector::pass()
     if (logs.isEmpty() && !isImportDue && isMigrated && isAvailable)
         return postponed.isEmpty();
     const auto database = openDatabase();
-    if (isImportDue)
-        importEarlierLogs(*database);
+    if (isImportDue) {
+        // Stored is made when all is committed, so that a kill loses none, and a later start does
+        // not import a log whose run is in the outbox.
+        importEarlierLogs(*database, {request.station, logfiles::filesOf(request.logs)});
+        outbox.makeStoredFolder();
+    }
     for (const QStringList& files : logimport::batches(logs))
         finish(logimport::store(*database, request.station, files));
     return !hasProblem;
@@ -137,8 +135,9 @@ QStringList Collector::dueLogs()
     if (changedAt == emptySince && ++skippedScans < maxSkippedScans)
         return {};
     QStringList logs = outbox.pending();
+    // Once more after a change: another file may have come in the same tick of the clock.
+    skippedScans = changedAt == emptySince ? 0 : maxSkippedScans - 1;
     emptySince = logs.isEmpty() ? changedAt : QDateTime();
-    skippedScans = 0;
     postponed.intersect(QSet<QString>(logs.begin(), logs.end()));
     if (retryAt.hasExpired()) {
         retryPause = postponed.isEmpty() ? scanPause : std::min(2 * retryPause, maxRetryPause);
@@ -157,26 +156,22 @@ std::unique_ptr<Database> Collector::openDatabase()
         return std::make_unique<Database>(request.database, Database::Access::Read);
     auto database = std::make_unique<Database>(request.database, Database::Access::Write);
     schema::migrate(*database);
+    // At each start: what is stored already is a duplicate.
+    for (const QFileInfo& folder :
+         QDir(request.spool + "/v1").entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
+        if (const auto logs = readSpool(folder.filePath(), request.database))
+            importEarlierLogs(*database, *logs);
     isMigrated = true;
     return database;
 }
 
-/// What was tested before there was an outbox. Stored is made when all of it is committed, so that
-/// a kill loses none, and a later start does not import a log whose run is in the outbox.
-void Collector::importEarlierLogs(Database& database)
+void Collector::importEarlierLogs(Database& database, const EarlierLogs& logs)
 {
-    std::vector<EarlierLogs> sources{{request.station, logfiles::filesOf(request.logs)}};
-    for (const QFileInfo& folder :
-         QDir(request.spool + "/v1").entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
-        if (const auto logs = readSpool(folder.filePath(), request.database))
-            sources.push_back(*logs);
-    for (const EarlierLogs& logs : sources)
-        for (const QStringList& files : logimport::batches(logs.files)) {
-            const auto batch = logimport::store(database, logs.station, files);
-            printCounts(batch.counts);
-            hasProblem = logimport::printProblems(batch) > 0 || hasProblem;
-        }
-    outbox.makeStoredFolder();
+    for (const QStringList& files : logimport::batches(logs.files)) {
+        const auto batch = logimport::store(database, logs.station, files);
+        printCounts(batch.counts);
+        hasProblem = logimport::printProblems(batch) > 0 || hasProblem;
+    }
 }
 
 void Collector::finish(const logimport::Batch& batch)

@@ -21,6 +21,12 @@ struct CollectRequest {
     QString spool; ///< The folder of version 1.2.0's spool.
 };
 
+/// Logs of before the outbox.
+struct EarlierLogs {
+    Station station;
+    QStringList files;
+};
+
 /// Stores the logs of an outbox and moves each to Stored after the commit. Written to be killed at
 /// any moment: a log that was not moved is read again and is a duplicate then. Prints what the user
 /// should know.
@@ -40,7 +46,7 @@ private:
     void makeOutbox();
     QStringList dueLogs();
     std::unique_ptr<Database> openDatabase();
-    void importEarlierLogs(Database& database);
+    void importEarlierLogs(Database& database, const EarlierLogs& logs);
     void finish(const logimport::Batch& batch);
     void moveLog(const QString& log, QString rejection);
     void postpone(const QString& log, const QString& reason);
