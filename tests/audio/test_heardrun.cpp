@@ -54,6 +54,7 @@ class TestHeardRun : public QObject
             const auto frames = played();
             if (frames.empty())
                 return false;
+            left.reserve(left.size() + frames.size() / 2);
             for (std::size_t i = 0; i < frames.size(); i += 2)
                 left.push_back(frames[i]);
         }
