@@ -23,8 +23,8 @@ QList<QCommandLineOption> intakeOptions()
 
 Station stationOf(const QCommandLineParser& parser)
 {
-    const Station station{parser.value("station"),
-                          parser.isSet("tests-component-18") || parser.isSet("tests-18")};
+    Station station{parser.value("station"),
+                    parser.isSet("tests-component-18") || parser.isSet("tests-18")};
     if (station.name.isEmpty())
         command::fail("a station needs a name");
     return station;
