@@ -65,6 +65,13 @@ private Q_SLOTS:
     void texts()
     {
         const QString yields = "|First-pass yield|Control limits|Final yield so far|Aborted|";
+        const QString again =
+            "|again\ufffd&lt;|2026-11-18 07:15|Two|1,234|aborted at Rotary 2; Fader 3: 0 to 19, "
+            "50 to 59, 110 to 127; Button 0: pressed; Button 1: all; and 1 more|";
+        const QString totals =
+            "|Units|12,000|Attempts|14,000|First-pass yield|90.0 %|10,800 of 12,000|"
+            "Final yield so far|57.5 %|6,900 of 12,000|Aborted|1.0 %|120 of 12,000|"
+            "False failures|25.0 %|10 of 40|Median test time|1 h 2 min 35 s|77 attempts|";
         compareParts(
             textOf(report()),
             {"|Station|Last log|Age|One|Tue 17 Nov 08:00|24 h 0 min 0 s|Two|no log since Tue 17 "
@@ -75,12 +82,8 @@ private Q_SLOTS:
              "|First tested|Units" + yields + "Today so far, Wed 18 Nov 2026|0|–|–|–|0|" +
                  "Yesterday, Tue 17 Nov 2026|12,000|90.0 % (10,800 of 12,000)|within 89.2 % to "
                  "90.8 %|57.5 % (6,900 of 12,000)|120|Mon 16 Nov 2026|0|",
-             "|5,100 units whose last attempt did not pass, newest first, up to 5,000. ",
-             "|again\ufffd&lt;|2026-11-18 07:15|Two|1,234|aborted at Rotary 2; Fader 3: 0 to 19, "
-             "50 to 59, 110 to 127; Button 0: pressed; Button 1: all; and 1 more|",
-             "|Units|12,000|Attempts|14,000|First-pass yield|90.0 %|10,800 of 12,000|"
-             "Final yield so far|57.5 %|6,900 of 12,000|Aborted|1.0 %|120 of 12,000|"
-             "False failures|25.0 %|10 of 40|Median test time|1 h 2 min 35 s|77 attempts|",
+             "|5,100 units whose last attempt did not pass, newest first, up to 5,000. ", again,
+             totals,
              "|Tuesday, 17 Nov 2026: 12,000 units, first-pass yield 90.0 % (10,800 of 12,000)|",
              "|Station|Units|Attempts" + yields + "Median test time|Top failure|One|300|350|" +
                  "50.0 % (150 of 300)|▼ below LCL, 84.3 % to 94.7 %|93.3 % (280 of 300)|30|"
