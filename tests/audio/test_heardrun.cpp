@@ -54,12 +54,12 @@ class TestHeardRun : public QObject
             const auto frames = played();
             if (frames.empty())
                 return false;
-            left.reserve(left.size() + frames.size() / 2);
             for (std::size_t i = 0; i < frames.size(); i += 2)
                 left.push_back(frames[i]);
         }
         for (std::size_t delay = 0; delay < 64 * 512; delay += 512) {
             std::vector<Begin> begins;
+            begins.reserve(requests.size());
             for (const Request request : requests)
                 begins.push_back({request, begins.empty() ? 0 : delay});
             if (distance(fromItsBegin(left), fromItsBegin(mixOf(begins))) < inaudible)
