@@ -17,16 +17,6 @@ namespace
 const QString connected = QStringLiteral("Device: CONNECTED");
 const QString notConnected = QStringLiteral("Device: NOT CONNECTED");
 
-/// The unit's listening side.
-struct Listener : juce::MidiInputCallback {
-    void handleIncomingMidiMessage(juce::MidiInput*, const MidiMessage& message) override
-    {
-        if (firstStatus == 0)
-            firstStatus = message.getRawData()[0];
-    }
-    std::atomic<int> firstStatus{0};
-};
-
 /// Another program that reads every port, from a port that is not open to others, and connects
 /// every port to every other, as session managers do.
 class Patchbay
@@ -102,18 +92,21 @@ private Q_SLOTS:
     /// The unit gets no message, an identity request neither.
     void sendsNothing()
     {
-        Listener unit;
-        const auto sending = juce::MidiOutput::createNewDevice("Zorvi_Control");
-        const auto listening = juce::MidiInput::createNewDevice("Zorvi_Control", &unit);
-        listening->start();
+        auto& unit = *portTable().openClient(getpid());
+        portTable().createPort(unit, "Zorvi_Control",
+                               SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ |
+                                   SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE);
         MainWindow window;
         QCOMPARE(labelAfterPoll(window), connected);
+        QCOMPARE(portTable().waitingFor(unit), std::size_t{0});
         const auto ports = unitidentity::unitsIn(juce::MidiOutput::getAvailableDevices());
-        juce::MidiOutput::openDevice(ports[0])->sendMessageNow({0xB0, 1, 1});
-        QTRY_VERIFY(unit.firstStatus != 0);
-        QCOMPARE(unit.firstStatus.load(), 0xB0);
-        QCOMPARE(station::bytesOf(unitidentity::identityRequest()),
+        juce::MidiOutput::openDevice(ports[0])->sendMessageNow(unitidentity::identityRequest());
+        const snd_seq_event_t* event = portTable().receive(unit);
+        QVERIFY(event != nullptr && event->type == SND_SEQ_EVENT_SYSEX);
+        const auto& bytes = event->data.ext;
+        QCOMPARE(QByteArray(static_cast<const char*>(bytes.ptr), static_cast<int>(bytes.len)),
                  QByteArray::fromHex("F07E7F0601F7"));
+        portTable().closeClient(unit);
     }
 
     /// A unit that is back before the next poll is received again after it, once, whoever else is

@@ -1,14 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tests/support/station.h"
+#include "tests/support/figures.h"
+#include "tests/support/poll.h"
 
 #include <QAbstractEventDispatcher>
 
 #include <csignal>
+#include <thread>
 
+#include <malloc.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+using memorysequencer::portTable;
 
 namespace
 {
@@ -57,6 +62,53 @@ QVector<pid_t> workerThreads()
 }
 
 std::atomic<int> thawed{0};
+
+/// Takes the station through a run: works each control through the unit without a pause, or skips
+/// it. Component 18 is worked or left to the station.
+void workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
+                const std::function<bool(int)>& isWorked)
+{
+    for (int c = 0; c <= 43; ++c) {
+        if (isWorked(c)) {
+            for (const auto& message : passingMessages(c))
+                unit.send(message);
+        } else if (c != 18 && c != 39) {
+            QTRY_COMPARE(watch.armed, c);
+            QCOMPARE(watch.problem(), QString());
+            station::click(window, "skipSensorButton");
+        }
+    }
+}
+
+/// Compares the log of a serial number with what is expected, the bands of which components are
+/// covered and a date of just now, and removes it.
+void compareLog(const QString& serial, const std::function<bool(int)>& isCovered)
+{
+    const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
+    const QByteArray log = station::contentOf(path);
+    const QByteArray date = log.split('\n').value(3).split('\t').value(2);
+    const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
+    QVERIFY(qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
+    QCOMPARE(QString::fromLocal8Bit(date), written.toLocalTime().toString(Qt::TextDate));
+    const auto isBandCovered = [&isCovered](int component, int) { return isCovered(component); };
+    QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, isBandCovered));
+    QVERIFY(QFile::remove(path));
+}
+
+/// How many threads, descriptors and MIDI ports there are.
+QVector<int> held()
+{
+    const auto entries = [](const char* folder) {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::System).size();
+    };
+    return {entries("/proc/self/task"), entries("/proc/self/fd"), portTable().portCount()};
+}
+
+int heapKilobytes()
+{
+    const auto heap = mallinfo2();
+    return static_cast<int>((heap.uordblks + heap.hblkhd) / 1024);
+}
 } // namespace
 
 class TestRun : public QObject
@@ -119,11 +171,11 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtDebugMsg, "TEST COMPLETE");
         for (int c = 0; c <= 43; c += c == 38 ? 2 : 1)
             QTest::ignoreMessage(QtDebugMsg, qPrintable(QString("Component num %1").arg(c)));
-        station::workOrSkip(window, unit, watch, isWorked);
+        workOrSkip(window, unit, watch, isWorked);
         const QStringList expected = journalOfRun(isTarvek);
         QTRY_COMPARE(journal.entries.size(), expected.size());
         QCOMPARE(journal.take(), expected);
-        station::compareLog("run ", isWorked);
+        compareLog("run ", isWorked);
         closeTheNotices(window, watch, journal);
         for (const MidiMessage& message : passingMessages(0))
             unit.send(message);
@@ -159,6 +211,84 @@ private Q_SLOTS:
         QCOMPARE(after(43, 2), QStringList{"queue 40"}); // the end, and 40 is still armed
     }
 
+    /// One unit after the other all day: each is plugged in, pulled within a second's worth of a
+    /// full cable's messages, and plugged in again. No later message is lost, and nothing grows.
+    void unitAfterUnit()
+    {
+        constexpr int floodSize = 1000;
+        constexpr int cachesKilobytes = 1024; // may come on top
+        const int units = figures::count(8, 1000);
+        const int unitsPerRun = figures::count(4, 1);
+        station::quiet();
+        MainWindow window;
+        window.show();
+        const StateWatch watch(window);
+        SimulatedUnit unit;
+        int idlePorts = 0;
+        int heap = 0;
+        QVector<int> before;
+        for (int i = 0; i < 2 * units && !QTest::currentTestFailed(); ++i) {
+            QVERIFY(station::plug(unit));
+            for (int poll = 0; poll < 2; ++poll)
+                QCOMPARE(station::labelAfterPoll(window), QString("Device: CONNECTED"));
+            // The unit's two, and the input; the first time an unused input as well.
+            QVERIFY(i == 0 || portTable().portCount() == idlePorts + 3);
+            const station::ReceivedMessages received(window);
+            for (int message = 0; message < floodSize; ++message)
+                unit.send({0xB0, 100, message % 128}); // of no control
+            if (i % 2 != 0)
+                QTRY_COMPARE(received.messages.size(), floodSize);
+            if (i % (2 * unitsPerRun) == 1)
+                run(window, unit, watch, i / 2);
+            unit.unplug();
+            QCOMPARE(station::labelAfterPoll(window), QString("Device: NOT CONNECTED"));
+            idlePorts = portTable().portCount();
+            if (i == units / 2) {
+                heap = heapKilobytes();
+                before = held();
+            }
+        }
+        QCOMPARE(held(), before);
+        QVERIFY(heapKilobytes() <= heap + cachesKilobytes);
+        figures::print(QString("cable pulled and put back, %1 messages at once").arg(floodSize),
+                       units, 0,
+                       QString("heap after a quarter: %1 kB, at the end: %2 kB")
+                           .arg(heap)
+                           .arg(heapKilobytes()));
+        figures::print("whole runs, some controls skipped", units / unitsPerRun, 0);
+    }
+
+    /// In a flood, with the notice open, the station ends at once and in order, and leaves nothing
+    /// that calls into it.
+    void exits()
+    {
+        const int rounds = figures::count(3, 50);
+        station::quiet();
+        SimulatedUnit unit;
+        QVERIFY(unit.plug());
+        const int ports = portTable().portCount();
+        for (int i = 0; i < rounds; ++i) {
+            auto window = std::make_unique<MainWindow>();
+            window->show();
+            station::labelAfterPoll(*window);
+            std::atomic<bool> isFlooding{true};
+            std::thread flood([&] {
+                for (int value = 0; isFlooding; value = (value + 1) % 128)
+                    unit.send({0xB0, value % 13 + 1, value});
+            });
+            QTimer::singleShot(0, window.get(), SLOT(slot_TestComplete()));
+            QTimer closer; // again and again: a notice comes before the window that it blocks
+            closer.callOnTimeout(qApp, &QApplication::closeAllWindows);
+            closer.start(50);
+            QApplication::exec();
+            window.reset();
+            isFlooding = false;
+            flood.join();
+            QCOMPARE(portTable().portCount(), ports);
+        }
+        figures::print("exits in a flood, notice open", rounds, 0);
+    }
+
 private:
     static bool isTested(int c, bool isTarvek) { return c != 39 && (c != 18 || isTarvek); }
     static bool isWorkedAt(int c, bool isTarvek)
@@ -188,18 +318,31 @@ private:
     /// slot without a connection.
     static void saveInMidRun(MainWindow& window, const StateWatch& watch, Journal& journal)
     {
-        station::setSerial(window, "run "); // as it is typed
         station::receive(window, passingMessages(0) + passingMessages(1));
-        station::click(window, "log");
-        station::compareLog("run ", [](int c) { return c <= 1; });
+        station::saveLog(window, "run "); // as it is typed
+        compareLog("run ", [](int c) { return c <= 1; });
         QCOMPARE(watch.problem(), QString());
         journal.take();
         station::click(window, "startTest");
         QCOMPARE(watch.problem(), QString());
         station::click(window, "log");
-        station::compareLog("run ", [](int) { return false; });
+        compareLog("run ", [](int) { return false; });
         window.slot_RestartTest();
         QCOMPARE(journal.take(), restart + restart);
+    }
+
+    /// A run in which every third control is skipped, another third with each unit.
+    static void run(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
+                    int number)
+    {
+        const QString serial = QString(" %1 of a day ").arg(number); // the blanks count
+        const auto isWorked = [number](int c) { return c != 18 && c % 3 != number % 3; };
+        station::saveLog(window, serial);
+        workOrSkip(window, unit, watch, isWorked);
+        const station::NoticeCloser closer;
+        QTRY_COMPARE(watch.armed, 0);
+        QCOMPARE(watch.problem(), QString());
+        compareLog(serial, isWorked);
     }
 
     /// A skip while the notice is pending: the log once more, and a second notice. Each notice
@@ -209,7 +352,7 @@ private:
         QFETCH(bool, isTarvek);
         station::click(window, "skipSensorButton");
         QCOMPARE(journal.take(), (QStringList{"queue 43", "skip 43"}));
-        station::compareLog("run ", [=](int c) { return isWorkedAt(c, isTarvek); });
+        compareLog("run ", [=](int c) { return isWorkedAt(c, isTarvek); });
         const station::NoticeCloser closer;
         QTRY_COMPARE(journal.entries, restart + restart);
         QCOMPARE(closer.texts, (QStringList{"Test Complete.", "Test Complete."}));

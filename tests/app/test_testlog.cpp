@@ -3,7 +3,6 @@
 
 #include "app/outbox.h"
 #include "app/testlog.h"
-#include "tests/support/expectedlog.h"
 #include "tests/support/figures.h"
 #include "tests/support/station.h"
 

@@ -3,7 +3,6 @@
 
 #include "demo/panelrun.h"
 #include "simulator/unitplayer.h"
-#include "tests/support/expectedlog.h"
 #include "tests/support/poll.h"
 
 #include <QSignalSpy>

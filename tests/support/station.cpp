@@ -3,8 +3,6 @@
 
 #include "tests/support/station.h"
 
-#include "tests/support/expectedlog.h"
-
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -22,6 +20,29 @@ QVector<MidiMessage> passingMessages(int componentNum)
     for (int value = 0; value < 130; value += 10)
         messages << MidiMessage(0xB0, controller, value);
     return messages;
+}
+
+QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
+                       const std::function<bool(int, int)>& isCovered)
+{
+    QByteArray text = "Norvane Instruments\n\r\n\r\nZORVI\t#" + serial + "\t" + date + "\n";
+    const auto addBlock = [&](const char* kind, int index, int component, int bands) {
+        text += QByteArray("\r\n\r\n---------------- ") + kind + ": " + QByteArray::number(index) +
+                " (Component " + QByteArray::number(component) + ") ----------------";
+        for (int i = 0; i < bands; ++i)
+            text +=
+                "\r\nRange " + QByteArray::number(i) + ": " + (isCovered(component, i) ? '1' : '0');
+        if (component == 39)
+            text += "\r\n NOT TESTED (Power Button)";
+        text += "\n";
+    };
+    for (int c = 0; c <= 8; ++c)
+        addBlock("FADER", c, c, 13);
+    for (int c = 9; c <= 39; ++c)
+        addBlock("BUTTON", c - 9, c, c == 39 ? 0 : 2);
+    for (int c = 40; c <= 43; ++c)
+        addBlock("ROTARY", c - 40, c, 13);
+    return text;
 }
 
 QVector<int> coveredBands(const ComponentPanel& panel)
@@ -70,14 +91,9 @@ QString station::deviceLabel(const MainWindow& window)
     return window.findChild<QLabel*>("deviceLabel")->text();
 }
 
-void station::setSerial(const MainWindow& window, const QString& serial)
-{
-    window.findChild<QLineEdit*>("serialNumber")->setText(serial);
-}
-
 void station::saveLog(const MainWindow& window, const QString& serial)
 {
-    setSerial(window, serial);
+    window.findChild<QLineEdit*>("serialNumber")->setText(serial);
     click(window, "log");
 }
 
@@ -90,34 +106,6 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
 {
     for (const auto& message : messages)
         window.handleIncomingMidiMessage(nullptr, message);
-}
-
-void station::workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
-                         const std::function<bool(int)>& isWorked)
-{
-    for (int c = 0; c <= 43; ++c) {
-        if (isWorked(c)) {
-            for (const auto& message : passingMessages(c))
-                unit.send(message);
-        } else if (c != 18 && c != 39) {
-            QTRY_COMPARE(watch.armed, c);
-            QCOMPARE(watch.problem(), QString());
-            click(window, "skipSensorButton");
-        }
-    }
-}
-
-void station::compareLog(const QString& serial, const std::function<bool(int)>& covered)
-{
-    const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
-    const QByteArray log = contentOf(path);
-    const QByteArray date = log.split('\n').value(3).split('\t').value(2);
-    const auto written = QDateTime::fromString(QString::fromLocal8Bit(date), Qt::TextDate);
-    QVERIFY(qAbs(written.secsTo(QDateTime::currentDateTime())) < 60);
-    QCOMPARE(QString::fromLocal8Bit(date), written.toLocalTime().toString(Qt::TextDate));
-    const auto bandCovered = [&covered](int component, int) { return covered(component); };
-    QCOMPARE(log, expectedLog(serial.toLocal8Bit(), date, bandCovered));
-    QVERIFY(QFile::remove(path));
 }
 
 bool station::mountDisk(const QString& folder, const QString& options)

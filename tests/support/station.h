@@ -11,9 +11,16 @@
 #include <QMessageBox>
 #include <QtTest>
 
+#include <functional>
+
 /// What makes a control pass, in as few messages as it has bands. The MIDI numbers are not those of
 /// unit/ but written out once more, as the unit's firmware sends them: a wrong one there is found.
 QVector<MidiMessage> passingMessages(int componentNum);
+
+/// The bytes of a log, put together without the station's code: see docs/log-format.md.
+/// isCovered: whether a component's band is to be marked.
+QByteArray expectedLog(const QByteArray& serial, const QByteArray& date,
+                       const std::function<bool(int component, int band)>& isCovered);
 
 /// The bands that are covered, where the labels show the same; otherwise {-1}.
 QVector<int> coveredBands(const ComponentPanel& panel);
@@ -33,20 +40,12 @@ struct StateWatch : QObject {
 namespace station
 {
 QString deviceLabel(const MainWindow& window);
-void setSerial(const MainWindow& window, const QString& serial);
 /// Types the serial number and clicks "Save Log".
 void saveLog(const MainWindow& window, const QString& serial);
 /// Clicks the button with that object name.
 void click(const MainWindow& window, const QString& button);
 /// Plays a unit's messages to the window, on this thread.
 void receive(MainWindow& window, const QVector<MidiMessage>& messages);
-/// Takes the station through a run: works each control through the unit without a pause, or skips
-/// it. Component 18 is worked or left to the station.
-void workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch& watch,
-                const std::function<bool(int)>& isWorked);
-/// Compares the log of a serial number with what is expected, the bands of which components are
-/// covered and a date of just now, and removes it.
-void compareLog(const QString& serial, const std::function<bool(int)>& covered);
 /// Everything in a folder but "." and "..".
 constexpr auto allEntries = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 /// Puts an empty disk on a folder, with mount's options for tmpfs. False where that is not
