@@ -201,13 +201,11 @@ private Q_SLOTS:
     void missingSound()
     {
         const QTemporaryDir folder;
-        const QString program = folder.filePath("zorvi_assembly_test");
-        QVERIFY(QFile::copy(ZORVI_STATION, program));
-        QProcess station;
-        station.start(program, QStringList());
-        QVERIFY2(station.waitForFinished(20000), "the message box does not close by itself");
-        QVERIFY(station.exitStatus() == QProcess::NormalExit && station.exitCode() == 1);
-        QCOMPARE(QString(station.readAllStandardError()).count(folder.path()), 1);
+        const QString path = folder.filePath("zorvi_assembly_test");
+        QVERIFY(QFile::copy(ZORVI_STATION, path));
+        station::Program program(path, {});
+        QCOMPARE(program.status(), 1); // no message box waits for an operator
+        QCOMPARE(QString(program.readAllStandardError()).count(folder.path()), 1);
     }
 };
 

@@ -166,22 +166,20 @@ private Q_SLOTS:
     {
         if (geteuid() != 0)
             QSKIP("only root can be two users");
-        const QDir outbox(logs.filePath("Outbox"));
         give(logs.path(), 0, 02775);
-        give(outbox.path(), 0, 02775);
+        give(logs.filePath("Outbox"), 0, 02775);
         const mode_t mask = umask(077);
-        for (const uid_t user : {nobody, otherUser, nobody}) {
-            const auto text = QString::number(QRandomGenerator::global()->generate());
+        for (const QByteArray text : {"nobody's", "the other's", "nobody's again"}) {
             const auto write = [&] {
                 testlog::write(log, {text});
                 addToOutbox(logs, "1");
             };
-            QVERIFY(isDone(inChild(write, user)));
-            QCOMPARE(station::contentOf(log), text.toLatin1() + '\n');
+            QVERIFY(isDone(inChild(write, text == "the other's" ? otherUser : nobody)));
+            QCOMPARE(station::contentOf(log), text + '\n');
             QCOMPARE(modeOf(log), 0660U);
         }
         umask(mask);
-        const auto files = outbox.entryInfoList(QDir::Files);
+        const auto files = QDir(logs.filePath("Outbox")).entryInfoList(QDir::Files);
         QCOMPARE(files.size(), 3);
         for (const QFileInfo& file : files)
             QCOMPARE(modeOf(file.filePath()), 0660U);
@@ -191,20 +189,17 @@ private Q_SLOTS:
     void links()
     {
         const QString target = folder->filePath("target");
-        const QString between = folder->filePath("between");
-        QVERIFY(QFile::link("target", between) && QFile::link("../between", log));
+        QVERIFY(QFile::link("../target", log));
         for (const QString text : {"old", "new"}) {
             testlog::write(log, {text});
             QCOMPARE(station::contentOf(target), text.toLatin1() + '\n');
-            QVERIFY(QFileInfo(log).isSymLink() && QFileInfo(between).isSymLink());
         }
         QVERIFY(QFile::remove(target) && mkfifo(QFile::encodeName(target), 0666) == 0);
-        const int reader = open(QFile::encodeName(target), O_RDONLY | O_NONBLOCK);
-        testlog::write(log, {"new"});
-        std::array<char, 100> text{};
-        QCOMPARE(read(reader, text.data(), text.size()), ssize_t{4});
-        close(reader);
-        QVERIFY(!QFileInfo(target).isFile());
+        QFile reader(target);
+        QVERIFY(reader.open(open(QFile::encodeName(target), O_RDWR), QFile::ReadOnly));
+        testlog::write(log, {"piped"});
+        QCOMPARE(reader.readLine(), QByteArray("piped\n"));
+        QVERIFY(QFileInfo(log).isSymLink());
     }
 
     /// Two stations write the same serial until they are killed. What is read meanwhile and
@@ -213,7 +208,6 @@ private Q_SLOTS:
     void killed()
     {
         const int rounds = figures::count(100, 2000);
-        const QSet<QByteArray> whole{expected("one"), expected("the other")};
         const QDir outbox(logs.filePath("Outbox"));
         const auto writeForEver = [this] {
             for (;;)
@@ -225,7 +219,6 @@ private Q_SLOTS:
         testlog::write(log, linesOf("one"));
         QSet<QByteArray> found;
         int reads = 0;
-        int collected = 0;
         for (int i = 0; i < rounds; ++i) {
             const auto stations = {inChild(writeForEver), inChild(writeForEver)};
             for (const QDeadlineTimer end(QRandomGenerator::global()->bounded(20));
@@ -235,20 +228,17 @@ private Q_SLOTS:
                 kill(station, SIGKILL);
                 QVERIFY(!isDone(station));
             }
-            found << station::contentOf(log);
-            for (const QFileInfo& file : outbox.entryInfoList(QDir::Files)) {
-                QVERIFY(OutboxName::read(file.fileName()));
-                found << station::contentOf(file.filePath());
-                QVERIFY(QFile::remove(file.filePath()));
-                ++collected;
+            for (const QString& name : outbox.entryList(QDir::Files)) {
+                QVERIFY(OutboxName::read(name));
+                found << station::contentOf(outbox.filePath(name));
+                QVERIFY(QFile::remove(outbox.filePath(name)));
             }
         }
-        QCOMPARE(found, whole);
-        QVERIFY(collected > rounds);
+        found << station::contentOf(log);
+        QCOMPARE(found, (QSet<QByteArray>{expected("one"), expected("the other")}));
         figures::print(
             "two stations killed (SIGKILL) while writing the same log", rounds, 0,
             QString("%1 temporary files left").arg(logs.entryList(allEntries).size() - 2));
-        figures::print("logs in their outbox", collected, 0);
         figures::print("reads meanwhile", reads, 0);
     }
 

@@ -121,18 +121,18 @@ private Q_SLOTS:
             engine->prepareToPlay(blockSize, rate);
             std::vector<Begin> begins;
             Samples heard = play(*engine, 1000, blockSize, channels);
-            QCOMPARE(peak(heard), 0.0);
+            QCOMPARE(peak(heard), 0.0F);
             for (const Request request : requests) {
                 for (int i = 0; i < 3; ++i)
                     ask(*engine, request);
                 engine->getNextAudioBlock({nullptr, 0, blockSize});
-                begins.push_back({request, heard.size()});
+                begins.push_back({request, static_cast<int>(heard.size())});
                 heard = play(*engine, 1, blockSize, channels, heard);
             }
             const auto expected = mixOf(begins, std::floor(rate));
             heard = play(*engine, expected.size(), blockSize, channels, heard);
             QVERIFY2((distance(heard, expected) < inaudible) == allHeard, name);
-            QVERIFY2(peak(heard) > 50 * inaudible && peak(heard) < 1.0, name);
+            QVERIFY2(peak(heard) > 50 * inaudible && peak(heard) < 1.0F, name);
         }
         QVERIFY(allocations > 0); // those of the construction
         QCOMPARE(allocationsInBlocks, 0);
@@ -147,7 +147,7 @@ private Q_SLOTS:
         engine->slot_SetAudioOnOff(false);
         engine->slot_Click();
         engine->slot_Ding();
-        QCOMPARE(peak(play(*engine, 10000)), 0.0);
+        QCOMPARE(peak(play(*engine, 10000)), 0.0F);
         engine->slot_SetAudioOnOff(true);
         QVERIFY(distance(play(*engine, 60000, 512, 2, begin), mixOf({{Request::Bell}})) <
                 inaudible);
@@ -163,7 +163,7 @@ private Q_SLOTS:
         expected.resize(400);
         expected.resize(1200);
         for (std::size_t i = 0; i < 1200; ++i)
-            expected[i] += i >= 600 && i < 1000 ? 0.0 : 0.5;
+            expected[i] += i >= 600 && i < 1000 ? 0.0F : 0.5F;
         const float* left = buffer.getReadPointer(0);
         QVERIFY(distance({left, left + 1200}, expected) < inaudible);
     }
@@ -198,7 +198,7 @@ private Q_SLOTS:
         }
         audio.join();
         engine->slot_Ding();
-        QVERIFY(peak(play(*engine, 4096)) > 0.05);
+        QVERIFY(peak(play(*engine, 4096)) > 0.05F);
     }
 
     void debounce()
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QCOMPARE(decideBeep(true, 501), BeepDecision::Rearm);
         const auto isHeard = [this] {
             engine->slot_Beep();
-            return peak(play(*engine, 70000)) > 0.1;
+            return peak(play(*engine, 70000)) > 0.1F;
         };
         QVERIFY(isHeard());
         QVERIFY(!isHeard());
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QFile bell(soundPath("Bell"));
         QVERIFY(bell.open(QIODevice::ReadOnly));
         const QByteArray original = bell.readAll();
-        double worst = 0.0;
+        float worst = 0.0F;
         for (const auto& contents : {streamed, original.chopped(2), original.left(46)}) {
             write(bell.fileName(), contents);
             init();

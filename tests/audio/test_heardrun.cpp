@@ -4,8 +4,6 @@
 #include "tests/audio/expectedsound.h"
 #include "tests/support/station.h"
 
-#include <QtTest>
-
 #include <thread>
 
 #include <fcntl.h>
@@ -57,9 +55,8 @@ class TestHeardRun : public QObject
             for (std::size_t i = 0; i < frames.size(); i += 2)
                 left.push_back(frames[i]);
         }
-        for (std::size_t delay = 0; delay < 64 * 512; delay += 512) {
+        for (int delay = 0; delay < 64 * 512; delay += 512) {
             std::vector<Begin> begins;
-            begins.reserve(requests.size());
             for (const Request request : requests)
                 begins.push_back({request, begins.empty() ? 0 : delay});
             if (distance(fromItsBegin(left), fromItsBegin(mixOf(begins))) < inaudible)

@@ -124,6 +124,17 @@ QByteArray station::contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
+station::Program::Program(const QString& program, const QString& arguments)
+{
+    start(program, arguments.split(' ', Qt::SkipEmptyParts));
+}
+
+int station::Program::status()
+{
+    const bool hasEnded = state() == NotRunning || waitForFinished();
+    return hasEnded && exitStatus() == NormalExit ? exitCode() : -1;
+}
+
 QMessageBox* station::openNotice()
 {
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

@@ -54,6 +54,13 @@ bool mountDisk(const QString& folder, const QString& options);
 bool unmountDisk(const QString& folder);
 /// What is in a file; "(no file)" if it cannot be read.
 QByteArray contentOf(const QString& path);
+/// A program that was started with some arguments.
+struct Program : QProcess {
+    Program(const QString& program, const QString& arguments);
+    /// Waits for its end. Returns its exit status, -1 if it crashed or did not end.
+    int status();
+};
+
 /// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 

@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "demo/linesimulation.h"
+#include "tests/support/station.h"
+#include "yield/commands/command.h"
+
+using linesimulation::LineStation;
+
+namespace
+{
+constexpr int units = 330;
+const QDate lastDay(2026, 11, 20); // a Friday
+
+QByteArray pageIn(const QTemporaryDir& folder)
+{
+    return station::contentOf(folder.filePath("yield.html"));
+}
+
+Report reportIn(const QTemporaryDir& folder, const QString& exclude)
+{
+    Database database(folder.filePath("simulated-line/attempts.sqlite"), Database::Access::Read);
+    ReportRequest request;
+    request.exclude << exclude;
+    request.now = QDateTime::currentDateTime();
+    return readReport(database, request);
+}
+} // namespace
+
+/// The simulated line, whose rates come out of the report, and the program zorvi_demo.
+class TestDemo : public QObject
+{
+    Q_OBJECT
+
+    const QTemporaryDir folder;
+    const QVector<LineStation> stations = linesimulation::stations();
+
+private Q_SLOTS:
+    void initTestCase() { linesimulation::run(folder.path(), units, lastDay); }
+
+    void yields()
+    {
+        const Report report = reportIn(folder, linesimulation::knownGood);
+        int failed = 0;
+        int aborted = 0;
+        int falseFailures = 0;
+        for (int s = 0; s < stations.size(); ++s) {
+            const int count = linesimulation::unitsAt(s, units);
+            for (const auto& fault : stations.at(s).faults)
+                failed += qRound(fault.rate * count);
+            falseFailures += qRound(stations.at(s).falseFailures * count);
+            aborted += qRound(stations.at(s).aborted * count);
+        }
+        const int passed = units - failed - aborted - falseFailures;
+        QCOMPARE(report.total.units, units);
+        QCOMPARE(report.total.passedFirst, passed);
+        // Repairs take days: only false failures pass within the hour.
+        QCOMPARE(report.falseFailures, falseFailures);
+        QVERIFY(report.total.passedLast > passed + aborted + falseFailures);
+        QCOMPARE(report.controls.at(linesimulation::abortedAt).aborted, aborted);
+        QVERIFY(report.testTimes.medianSeconds > 150 && report.testTimes.medianSeconds < 240);
+        QCOMPARE(report.controls.at(0).failed, falseFailures);
+        QCOMPARE(report.controls.at(18).units, linesimulation::unitsAt(2, units));
+        // Working days only.
+        QCOMPARE(report.days.size(), 10);
+        QCOMPARE(report.days.lastKey(), lastDay);
+        for (const QDate& day : report.days.keys())
+            QVERIFY(day.dayOfWeek() <= Qt::Friday);
+    }
+
+    /// Each station tests its known-good unit every morning.
+    void knownGoodUnits()
+    {
+        const Report report = reportIn(folder, "0908*");
+        QCOMPARE(report.total.attempts, 10 * stations.size());
+        QCOMPARE(report.total.passedFirst, stations.size());
+        QCOMPARE(report.retestedUnits.begin()->first.testedAt, QString("2026-11-09T06:15:00"));
+        QVERIFY(pageIn(folder).contains("excluding KG-*: 3 units excluded. Made on 2026-11-21"));
+    }
+
+    /// Nothing of an earlier one is left, and nothing else has changed.
+    void sameEachTime()
+    {
+        const QTemporaryDir other;
+        for (const int count : {3, units})
+            linesimulation::run(other.path(), count, lastDay);
+        QCOMPARE(pageIn(other), pageIn(folder));
+        QVERIFY_EXCEPTION_THROWN(linesimulation::run("/dev/null", 3, lastDay), std::runtime_error);
+    }
+
+    /// Whole runs at the same time: what they take is mostly pauses.
+    void demos()
+    {
+        const QTemporaryDir pictures;
+        const QString once = "--once --output " + pictures.path();
+        QElapsedTimer time;
+        time.start();
+        station::Program good(ZORVI_DEMO, once + " --pace 2000 --fault cable-pulled");
+        station::Program weak(ZORVI_DEMO, once + "/2 --tarvek --fault weak-button --component 18");
+        station::Program noLog(ZORVI_DEMO, once + "/3 --serial no/such/folder");
+        station::Program noFolder(ZORVI_DEMO, "--once --output /proc/pictures");
+
+        QCOMPARE(good.status(), 0);
+        QVERIFY(time.elapsed() > 6000); // of this five seconds without the cable
+        const QByteArray printed = good.readAllStandardOutput();
+        QVERIFY2(printed.count(" passed.") == 42 && printed.contains("ZORVI_DEMO.txt"), printed);
+        QImage last;
+        for (const char* name : {"start.png", "middle.png", "end.png"}) {
+            const QImage picture(pictures.filePath(name));
+            QVERIFY2(!picture.isNull() && picture != last, name);
+            last = picture;
+        }
+        QCOMPARE(weak.status(), 0);
+        QCOMPARE(weak.readAllStandardOutput().count("did not pass"), 1);
+        QCOMPARE(noLog.status(), 1);
+        QVERIFY(noLog.readAllStandardError().contains("there is no log"));
+        QCOMPARE(noFolder.status(), 1);
+        QVERIFY(noFolder.readAllStandardError().contains("/proc/pictures"));
+    }
+};
+
+QTEST_MAIN(TestDemo)
+#include "test_demo.moc"
