@@ -211,6 +211,64 @@ private Q_SLOTS:
         QCOMPARE(after(43, 2), QStringList{"queue 40"}); // the end, and 40 is still armed
     }
 
+    void outbox_data() { wholeRun_data(); }
+
+    /// Each log has the bytes of the log in Logs/, also under a serial that cannot be in the name
+    /// of a file. A run has one identity, whatever its serial, and starts with the first band of
+    /// the first panel. An arming begins another run, with its first band.
+    void outbox()
+    {
+        QFETCH(bool, isTarvek);
+        QCoreApplication::setApplicationName(QTest::currentDataTag());
+        const QString ending = isTarvek ? "-TARVEK.txt" : ".txt";
+        const QDir logs(QCoreApplication::applicationDirPath() + "/Logs");
+        QDir outbox(logs.filePath("Outbox"));
+        outbox.removeRecursively();
+        QVERIFY(logs.mkdir("Outbox"));
+        const auto names = [&outbox] { return outbox.entryList(station::allEntries, QDir::Name); };
+        MainWindow window;
+        const auto coverBandOf = [&window](int component) {
+            Q_EMIT window.signal_QueueComponent(component);
+            station::receive(window, passingMessages(component).mid(0, 1));
+        };
+        station::saveLog(window, "no band");
+        QCOMPARE(names(), QStringList());
+        const QDateTime before = QDateTime::currentDateTime();
+        coverBandOf(5);
+        const QDateTime after = QDateTime::currentDateTime();
+        QTest::qSleep(2);
+        station::receive(window, passingMessages(5));
+        coverBandOf(0);
+        coverBandOf(40);
+        QStringList expected;
+        for (const QString serial : {"mistyped", "corrected", "a/b"}) {
+            station::saveLog(window, serial);
+            expected << names().value(0).left(37) + QString::number(expected.size() + 1) + ending;
+            QCOMPARE(names(), expected);
+            const QByteArray log = station::contentOf(outbox.filePath(names().last()));
+            QVERIFY(log.contains("#" + serial.toLatin1() + "\t"));
+            QVERIFY(serial == "a/b" ||
+                    log == station::contentOf(logs.filePath("ZORVI_" + serial + ".txt")));
+        }
+        const QString first = expected.first().left(36);
+        const auto started = QDateTime::fromString(first.left(19), "yyyyMMddTHHmmss.zzz");
+        QVERIFY2(before <= started && started <= after, qPrintable(first));
+
+        const station::NoticeCloser closer;
+        if (isTarvek)
+            window.slot_TestComplete();
+        else
+            station::click(window, "startTest");
+        station::saveLog(window, "no band");
+        QCOMPARE(names(), expected);
+        coverBandOf(0);
+        station::saveLog(window, "A");
+        const QString second = names().last().left(36);
+        QCOMPARE(names(), expected << second + "-1" + ending);
+        QVERIFY(second > first && second.right(16) != first.right(16));
+        QVERIFY(outbox.removeRecursively());
+    }
+
     /// One unit after the other all day: each is plugged in, pulled within a second's worth of a
     /// full cable's messages, and plugged in again. No later message is lost, and nothing grows.
     void unitAfterUnit()

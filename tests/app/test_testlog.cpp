@@ -5,6 +5,7 @@
 #include "app/testlog.h"
 #include "tests/support/figures.h"
 #include "tests/support/station.h"
+#include "unit/outboxname.h"
 
 #include <QRandomGenerator>
 #include <QTextCodec>
@@ -67,11 +68,25 @@ QByteArray expected(const QString& serial)
     return expectedLog(serial.toLocal8Bit(), "Mon Mar 9 07:05:04 2026", isCovered);
 }
 
+/// A run with one log in the outbox.
 void addToOutbox(const QDir& logs, const QString& serial)
 {
     OutboxWriter outbox(logs.path());
     outbox.startRun();
     outbox.add(linesOf(serial), QDateTime::currentDateTime(), false);
+}
+
+/// What the process prints on stderr meanwhile.
+QByteArray stderrOf(const std::function<void()>& work)
+{
+    QTemporaryFile file;
+    file.open();
+    const int oldFd = dup(STDERR_FILENO);
+    dup2(file.handle(), STDERR_FILENO);
+    work();
+    dup2(oldFd, STDERR_FILENO);
+    close(oldFd);
+    return station::contentOf(file.fileName());
 }
 
 mode_t modeOf(const QString& path)
@@ -240,6 +255,70 @@ private Q_SLOTS:
             "two stations killed (SIGKILL) while writing the same log", rounds, 0,
             QString("%1 temporary files left").arg(logs.entryList(allEntries).size() - 2));
         figures::print("reads meanwhile", reads, 0);
+    }
+
+    /// Nothing, a link or a file in the outbox's place: no log, and not a word.
+    void noOutbox()
+    {
+        const QString outbox = logs.filePath("Outbox");
+        QVERIFY(logs.rmdir("Outbox"));
+        QCOMPARE(stderrOf([this] { addToOutbox(logs, "1"); }), QByteArray());
+        QVERIFY(!QFileInfo::exists(outbox));
+        QVERIFY(QFile::link(folder->path(), outbox));
+        QCOMPARE(stderrOf([this] { addToOutbox(logs, "1"); }), QByteArray());
+        QCOMPARE(QDir(folder->path()).entryList(allEntries), QStringList("Logs"));
+        QVERIFY(QFile::remove(outbox) && QFile(outbox).open(QFile::WriteOnly));
+        QCOMPARE(stderrOf([this] { addToOutbox(logs, "1"); }), QByteArray());
+        QCOMPARE(station::contentOf(outbox), QByteArray());
+    }
+
+    void failingOutbox_data()
+    {
+        QTest::addColumn<bool>("isFull");
+        QTest::addColumn<QByteArray>("reason");
+        QTest::newRow("full") << true << QByteArray("No space left on device");
+        QTest::newRow("gone") << false << QByteArray("No such file or directory");
+    }
+
+    /// One line says why, nothing is left behind, and no name is used twice.
+    void failingOutbox()
+    {
+        QFETCH(bool, isFull);
+        QFETCH(QByteArray, reason);
+        const QDir outbox(logs.filePath("Outbox"));
+        const auto now = QDateTime::currentDateTime();
+        OutboxWriter writer(logs.path());
+        writer.startRun();
+        writer.add(linesOf("1"), now, true);
+        const QString first = outbox.entryList(allEntries).value(0);
+        if (!isFull)
+            QVERIFY(QDir(outbox).removeRecursively());
+        else if (!station::mountDisk(outbox.path(), "size=4k"))
+            QSKIP("a disk cannot be mounted here");
+        const QByteArray printed = stderrOf([&] { writer.add(linesOf("1"), now, true); });
+        const QStringList left = outbox.entryList(allEntries);
+        QVERIFY(isFull ? station::unmountDisk(outbox.path()) : logs.mkdir("Outbox"));
+        QCOMPARE(left, QStringList());
+        QCOMPARE(printed, QFile::encodeName(outbox.path()) +
+                              ": the log cannot be written: " + reason + "\n");
+        writer.add(linesOf("1"), now, true);
+        QCOMPARE(outbox.entryList(allEntries).last(), first.left(37) + "3-TARVEK.txt");
+    }
+
+    void outboxNames()
+    {
+        const QString run = "20260309T070504.001-00fedcba98765432";
+        for (const QString& name : {run + "-1.txt", run + "-12-TARVEK.txt"}) {
+            const auto read = OutboxName::read(name);
+            QVERIFY(read && read->fileName() == name);
+            QCOMPARE(read->startedAt(), QString("2026-03-09T07:05:04.001"));
+        }
+        for (const QString& name :
+             {QString("20260230T070504.001-00fedcba98765432-1.txt"), // no such day
+              QString("20260309T070504.001-0fedcba98765432-1.txt"),  // 15 digits
+              run.toUpper() + "-1.txt", run + "-0.txt", run + "-1 (copy).txt", run + "-1.txt\n",
+              "." + run + "-1.txt", "." + run + "-1.txt.part"})
+            QVERIFY2(!OutboxName::read(name), qPrintable(name));
     }
 
     /// Full but for some bytes: neither is the old log lost, nor does a new one appear, nor does

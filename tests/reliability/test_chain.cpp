@@ -154,18 +154,10 @@ private:
         ++fullDisks;
         setAvailable(true);
         waitUntilCollected();
-        for (const QString& path : filesIn("Stored"))
-            QVERIFY(QFile::remove(path));
-    }
-
-    QStringList filesIn(const QString& subfolder) const
-    {
-        QStringList paths;
-        for (QDirIterator file(outbox.filePath(subfolder), QDir::Files,
-                               QDirIterator::Subdirectories);
-             file.hasNext();)
-            paths << file.next();
-        return paths;
+        for (QDirIterator stored(outbox.filePath("Stored"), QDir::Files,
+                                 QDirIterator::Subdirectories);
+             stored.hasNext();)
+            QVERIFY(QFile::remove(stored.next()));
     }
 
     void waitUntilCollected() const
@@ -177,8 +169,10 @@ private:
     {
         const auto log = station::contentOf(logs.filePath("ZORVI_" + serial + ".txt"));
         for (const char* subfolder : {".", "Stored"}) // where it may be moved meanwhile
-            for (const QString& path : filesIn(subfolder))
-                if (station::contentOf(path) == log)
+            for (QDirIterator file(outbox.filePath(subfolder), QDir::Files,
+                                   QDirIterator::Subdirectories);
+                 file.hasNext();)
+                if (station::contentOf(file.next()) == log)
                     return true;
         return false;
     }
@@ -187,9 +181,8 @@ private:
     {
         Database database(location, Database::Access::Read);
         Statement select(database, "SELECT serial, save_number FROM attempts");
-        select.run();
         QStringList runs;
-        while (select.next())
+        for (select.run(); select.next();)
             runs << QString("%1/%2").arg(select.value(0).toString()).arg(select.number(1));
         runs.sort();
         return runs;
