@@ -11,21 +11,11 @@
 
 namespace
 {
-/// A signal or slot as the meta-object publishes it.
-QString published(const QMetaMethod& method)
-{
-    QStringList parameters;
-    for (int i = 0; i < method.parameterCount(); ++i)
-        parameters << method.parameterTypes().at(i) + ' ' + method.parameterNames().at(i);
-    return method.name() + '(' + parameters.join(", ") + ')';
-}
-
 /// The widgets with what their forms set, but for style sheets, from the bottom of the stack to the
-/// top; of each class of panel one in full; the station's own signals and slots in the order of the
-/// meta-object.
+/// top; of each kind of panel the first one in full; the station's own signals and slots in the
+/// order of the meta-object.
 void describe(QTextStream& out, const QWidget& widget, const QString& indent)
 {
-    static QSet<QString> seen;
     const QMetaObject& meta = *widget.metaObject();
     const auto* panel = qobject_cast<const ComponentPanel*>(&widget);
     const QRect area = widget.geometry();
@@ -37,24 +27,24 @@ void describe(QTextStream& out, const QWidget& widget, const QString& indent)
         out << " at " << area.x() << ',' << area.y() << (widget.isHidden() ? " hidden" : "");
     if (panel != nullptr)
         out << " component " << panel->getComponentNum();
-    const bool again = panel != nullptr && seen.contains(meta.className());
-    seen << meta.className();
+    const bool isShort = panel != nullptr && roster::indexInKind(panel->getComponentNum()) != 0;
     if (!widget.property("text").toString().isEmpty())
         out << ' ' << widget.font().pointSize() << "pt";
     for (const char* name :
          {"windowTitle", "text", "checked", "frameShape", "frameShadow", "minimum", "maximum",
           "pageStep", "orientation", "maxLength", "inputMask", "alignment", "readOnly"})
         if (const QVariant value = widget.property(name);
-            !again && !value.toString().isEmpty() && value != false)
+            !isShort && !value.toString().isEmpty() && value != false)
             out << ' ' << name << '=' << value.toString().simplified();
     out << '\n';
-    if (again)
+    if (isShort)
         return;
     const QMetaObject& qts =
         widget.isWindow() ? QMainWindow::staticMetaObject : QWidget::staticMetaObject;
     if (panel != nullptr || widget.isWindow())
         for (int i = qts.methodCount(); i < meta.methodCount(); ++i)
-            out << indent << "  " << published(meta.method(i)) << '\n';
+            out << indent << "  " << meta.method(i).methodSignature() << ": "
+                << meta.method(i).parameterNames().join(", ") << ";\n";
     for (const QObject* child : widget.children())
         if (child->isWidgetType() && !child->objectName().startsWith("qt_"))
             describe(out, *static_cast<const QWidget*>(child), indent + "  ");
