@@ -76,17 +76,19 @@ void addToOutbox(const QDir& logs, const QString& serial)
     outbox.add(linesOf(serial), QDateTime::currentDateTime(), false);
 }
 
-/// What the process prints on stderr meanwhile.
+/// What the process and its children print on stderr meanwhile.
 QByteArray stderrOf(const std::function<void()>& work)
 {
-    QTemporaryFile file;
-    file.open();
+    std::array<int, 2> ends{};
     const int oldFd = dup(STDERR_FILENO);
-    dup2(file.handle(), STDERR_FILENO);
+    if (pipe(ends.data()) != 0 || dup2(ends[1], STDERR_FILENO) < 0 || close(ends[1]) != 0)
+        return "no pipe";
     work();
     dup2(oldFd, STDERR_FILENO);
     close(oldFd);
-    return station::contentOf(file.fileName());
+    QFile reader;
+    reader.open(ends[0], QIODevice::ReadOnly, QFile::AutoCloseHandle);
+    return reader.readAll();
 }
 
 mode_t modeOf(const QString& path)
@@ -272,57 +274,36 @@ private Q_SLOTS:
         QCOMPARE(station::contentOf(outbox), QByteArray());
     }
 
-    void failingOutbox_data()
+    /// The outbox goes during a run: one line says why, and no name is used twice.
+    void goneOutbox()
     {
-        QTest::addColumn<bool>("isFull");
-        QTest::addColumn<QByteArray>("reason");
-        QTest::newRow("full") << true << QByteArray("No space left on device");
-        QTest::newRow("gone") << false << QByteArray("No such file or directory");
-    }
-
-    /// One line says why, nothing is left behind, and no name is used twice.
-    void failingOutbox()
-    {
-        QFETCH(bool, isFull);
-        QFETCH(QByteArray, reason);
         const QDir outbox(logs.filePath("Outbox"));
         const auto now = QDateTime::currentDateTime();
         OutboxWriter writer(logs.path());
         writer.startRun();
         writer.add(linesOf("1"), now, true);
         const QString first = outbox.entryList(allEntries).value(0);
-        if (!isFull)
-            QVERIFY(QDir(outbox).removeRecursively());
-        else if (!station::mountDisk(outbox.path(), "size=4k"))
-            QSKIP("a disk cannot be mounted here");
-        const QByteArray printed = stderrOf([&] { writer.add(linesOf("1"), now, true); });
-        const QStringList left = outbox.entryList(allEntries);
-        QVERIFY(isFull ? station::unmountDisk(outbox.path()) : logs.mkdir("Outbox"));
-        QCOMPARE(left, QStringList());
-        QCOMPARE(printed, QFile::encodeName(outbox.path()) +
-                              ": the log cannot be written: " + reason + "\n");
+        QVERIFY(QDir(outbox).removeRecursively());
+        QCOMPARE(stderrOf([&] { writer.add(linesOf("1"), now, true); }),
+                 QFile::encodeName(outbox.path()) +
+                     ": the log cannot be written: No such file or directory\n");
+        QVERIFY(logs.mkdir("Outbox"));
         writer.add(linesOf("1"), now, true);
-        QCOMPARE(outbox.entryList(allEntries).last(), first.left(37) + "3-TARVEK.txt");
+        QCOMPARE(outbox.entryList(allEntries), QStringList(first.left(37) + "3-TARVEK.txt"));
     }
 
     void outboxNames()
     {
         const QString run = "20260309T070504.001-00fedcba98765432";
-        for (const QString& name : {run + "-1.txt", run + "-12-TARVEK.txt"}) {
-            const auto read = OutboxName::read(name);
-            QVERIFY(read && read->fileName() == name);
-            QCOMPARE(read->startedAt(), QString("2026-03-09T07:05:04.001"));
-        }
+        QVERIFY(OutboxName::read(run + "-12-TARVEK.txt"));
         for (const QString& name :
              {QString("20260230T070504.001-00fedcba98765432-1.txt"), // no such day
-              QString("20260309T070504.001-0fedcba98765432-1.txt"),  // 15 digits
-              run.toUpper() + "-1.txt", run + "-0.txt", run + "-1 (copy).txt", run + "-1.txt\n",
-              "." + run + "-1.txt", "." + run + "-1.txt.part"})
+              run + "-0.txt", run + "-1 (copy).txt", "." + run + "-1.txt.part"})
             QVERIFY2(!OutboxName::read(name), qPrintable(name));
     }
 
     /// Full but for some bytes: neither is the old log lost, nor does a new one appear, nor does
-    /// anything else stay.
+    /// anything else stay. Of the outbox one line says so.
     void fullDisk()
     {
         for (const rlim_t room : {0, 4096}) {
@@ -333,10 +314,14 @@ private Q_SLOTS:
                 setrlimit(RLIMIT_FSIZE, &limit);
                 testlog::write(log, linesOf("the other"));
                 testlog::write(logs.filePath("new"), linesOf("the other"));
+                addToOutbox(logs, "the other");
             };
-            QVERIFY(isDone(inChild(write)));
+            QCOMPARE(stderrOf([&] { QVERIFY(isDone(inChild(write))); }),
+                     QFile::encodeName(logs.filePath("Outbox")) +
+                         ": the log cannot be written: File too large\n");
             QCOMPARE(station::contentOf(log), expected("one"));
             QCOMPARE(logs.entryList(allEntries), (QStringList{"Outbox", "ZORVI_1.txt"}));
+            QVERIFY(QDir(logs.filePath("Outbox")).isEmpty());
         }
     }
 };

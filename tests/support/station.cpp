@@ -108,16 +108,6 @@ void station::receive(MainWindow& window, const QVector<MidiMessage>& messages)
         window.handleIncomingMidiMessage(nullptr, message);
 }
 
-bool station::mountDisk(const QString& folder, const QString& options)
-{
-    return QProcess::execute("mount", {"-t", "tmpfs", "-o", options, "none", folder}) == 0;
-}
-
-bool station::unmountDisk(const QString& folder)
-{
-    return QProcess::execute("umount", {"--lazy", folder}) == 0;
-}
-
 QByteArray station::contentOf(const QString& path)
 {
     QFile file(path);

@@ -48,10 +48,6 @@ void click(const MainWindow& window, const QString& button);
 void receive(MainWindow& window, const QVector<MidiMessage>& messages);
 /// Everything in a folder but "." and "..".
 constexpr auto allEntries = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-/// Puts an empty disk on a folder, with mount's options for tmpfs. False where that is not
-/// permitted.
-bool mountDisk(const QString& folder, const QString& options);
-bool unmountDisk(const QString& folder);
 /// What is in a file; "(no file)" if it cannot be read.
 QByteArray contentOf(const QString& path);
 /// A program that was started with some arguments.
