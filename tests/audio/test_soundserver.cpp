@@ -10,11 +10,10 @@
 namespace
 {
 /// A PulseAudio server, which is ALSA's default device.
-class PulseAudio
-{
-public:
+struct PulseAudio : QProcess {
     PulseAudio()
     {
+        const QString socket = home.filePath("native");
         qputenv("HOME", QFile::encodeName(home.path())); // where ALSA looks
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.path()));
         qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket));
@@ -22,31 +21,27 @@ public:
         QFile alsa(home.filePath(".asoundrc"));
         alsa.open(QIODevice::WriteOnly);
         alsa.write("pcm.!default { type pulse }\n");
-        process.start("setpriv",
-                      {"--pdeathsig", "KILL", "pulseaudio", "-n", "--daemonize=no",
-                       "--exit-idle-time=-1", "--use-pid-file=no", "-L", "module-null-sink", "-L",
-                       "module-native-protocol-unix socket=" + socket});
+        start("setpriv", {"--pdeathsig", "KILL", "pulseaudio", "-n", "--daemonize=no",
+                          "--exit-idle-time=-1", "--use-pid-file=no", "-L", "module-null-sink",
+                          "-L", "module-native-protocol-unix socket=" + socket});
         if (!QTest::qWaitFor([&] { return QFile::exists(socket); }, 30000))
             qFatal("PulseAudio does not start");
     }
-    ~PulseAudio()
+    ~PulseAudio() override
     {
-        process.kill();
-        process.waitForFinished();
+        QProcess::kill();
+        waitForFinished();
     }
-    /// Ends or stops the server by a signal; suspends its sink without one.
+    /// Stops or ends the server by a signal; suspends its sink without one.
     void stop(int signal) const
     {
         if (signal != 0)
-            kill(static_cast<pid_t>(process.processId()), signal);
+            ::kill(static_cast<pid_t>(processId()), signal);
         else
             QProcess::execute("pactl", {"suspend-sink", "0", "1"});
     }
 
-private:
     const QTemporaryDir home;
-    const QString socket = home.filePath("native");
-    QProcess process;
 };
 } // namespace
 

@@ -42,11 +42,9 @@ namespace station
 QString deviceLabel(const MainWindow& window);
 /// Types the serial number and clicks "Save Log".
 void saveLog(const MainWindow& window, const QString& serial);
-/// Clicks the button with that object name.
 void click(const MainWindow& window, const QString& button);
 /// Plays a unit's messages to the window, on this thread.
 void receive(MainWindow& window, const QVector<MidiMessage>& messages);
-/// Everything in a folder but "." and "..".
 constexpr auto allEntries = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 /// What is in a file; "(no file)" if it cannot be read.
 QByteArray contentOf(const QString& path);
@@ -57,7 +55,6 @@ struct Program : QProcess {
     int status();
 };
 
-/// The notice that is open; null if there is none.
 QMessageBox* openNotice();
 
 /// Closes each notice that opens while it lives, and keeps the texts.
