@@ -26,15 +26,16 @@ struct OpenMonitor : Monitor {
     using Monitor::rawValuesMutex;
 };
 
-/// Whether an operation waits for one lock; it would never return if it took the other one too.
+/// Whether an operation waits for one lock and not for the other.
 bool waitsForOnly(QMutex& own, QMutex& other, const std::function<void()>& operation)
 {
+    std::future<void> done; // its destructor waits until both locks are free
     const QMutexLocker otherLock(&other);
     own.lock();
-    const auto done = std::async(std::launch::async, operation);
+    done = std::async(std::launch::async, operation);
     const bool waits = done.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
     own.unlock();
-    return waits;
+    return waits && done.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
 }
 } // namespace
 
