@@ -24,7 +24,8 @@ struct PulseAudio : QProcess {
         start("setpriv", {"--pdeathsig", "KILL", "pulseaudio", "-n", "--daemonize=no",
                           "--exit-idle-time=-1", "--use-pid-file=no", "-L", "module-null-sink",
                           "-L", "module-native-protocol-unix socket=" + socket});
-        if (!QTest::qWaitFor([&] { return QFile::exists(socket); }, 30000))
+        const auto answers = [] { return QProcess::execute("pactl", {"stat"}) == 0; };
+        if (!QTest::qWaitFor(answers, 30000))
             qFatal("PulseAudio does not start");
     }
     ~PulseAudio() override
