@@ -58,21 +58,17 @@ ExitStatus importLogs(const QCommandLineParser& parser)
         command::fail("missing FOLDER or FILE");
     Database database(parser.value("database"), Database::Access::Write);
     schema::migrate(database);
-    StoreCounts counts;
-    int rejected = 0;
+    int gone = 0;
     QStringList files;
     for (const QString& path : paths) {
         files += logfiles::filesOf(path);
         if (logfiles::isGone(path)) {
             messages::warn(path + ": not imported: No such file or directory");
-            ++rejected;
+            ++gone;
         }
     }
-    for (const QStringList& batchFiles : logimport::batches(files)) {
-        const auto batch = logimport::store(database, station, batchFiles);
-        counts += batch.counts;
-        rejected += logimport::printProblems(batch);
-    }
+    const auto [counts, notStored] = logimport::importFiles(database, station, files);
+    const int rejected = gone + notStored;
     messages::print(QString("%1 logs: %2 new, %3 duplicates, %4 empty, %5 rejected")
                         .arg(counts.added + counts.duplicates + counts.empty + rejected)
                         .arg(counts.added)

@@ -56,12 +56,12 @@ QDateTime lastChange(const QString& outbox)
 QString newerLog(const QString& logs, const QDateTime& newest)
 {
     for (const QString& path : logfiles::filesOf(logs)) {
-        QString reason;
-        if (newest.secsTo(QFileInfo(path).lastModified()) < minuteSeconds)
-            continue;
-        const auto file = logfiles::read(path, reason);
-        if (file && file->log.marks.any())
-            return path;
+        try {
+            if (newest.secsTo(QFileInfo(path).lastModified()) >= minuteSeconds &&
+                logfiles::read(path).log.marks.any())
+                return path;
+        } catch (const std::runtime_error&) { // not a log
+        }
     }
     return {};
 }

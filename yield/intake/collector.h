@@ -11,7 +11,7 @@
 #include <QSet>
 
 #include <chrono>
-#include <memory>
+#include <optional>
 
 /// What is collected, and where it goes.
 struct CollectRequest {
@@ -19,12 +19,6 @@ struct CollectRequest {
     Station station;
     QString logs;  ///< The folder that the station writes to.
     QString spool; ///< The folder of version 1.2.0's spool.
-};
-
-/// Logs of before the outbox.
-struct EarlierLogs {
-    Station station;
-    QStringList files;
 };
 
 /// Stores the logs of an outbox and moves each to Stored after the commit. Written to be killed at
@@ -45,10 +39,11 @@ public:
 private:
     void makeOutbox();
     QStringList dueLogs();
-    std::unique_ptr<Database> openDatabase();
-    void importEarlierLogs(Database& database, const EarlierLogs& logs);
+    void prepare(Database& database);
+    void importSpool(Database& database, const QString& folder);
+    void importEarlierLogs(Database& database, const Station& station, const QStringList& files);
     void finish(const logimport::Batch& batch);
-    void moveLog(const QString& log, QString rejection);
+    void moveLog(const QString& log, const QString& rejection = {});
     void postpone(const QString& log, const QString& reason);
     void printState(const QString& state);
 
@@ -64,7 +59,6 @@ private:
     std::chrono::seconds retryPause{0};
     QDeadlineTimer retryAt{0};
 
-    bool isMigrated = false;       ///< The database.
-    bool isAvailable = true;       ///< The database.
-    QDeadlineTimer nextWarning{0}; ///< While the database is unavailable.
+    bool isMigrated = false;                   ///< The database.
+    std::optional<QDeadlineTimer> nextWarning; ///< While the database is unavailable.
 };

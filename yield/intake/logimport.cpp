@@ -4,34 +4,31 @@
 #include "yield/intake/logimport.h"
 
 #include "yield/intake/messages.h"
-#include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
-
-#include <QFileInfo>
 
 namespace
 {
 constexpr int batchSize = 1000;
 
 /// A log that the tables refuse is found by halves, so that it stops no other.
-void storeLogs(Database& database, const Station& station, const QStringList& paths,
-               const std::vector<LogFile>& logs, logimport::Batch& batch)
+void storeLogs(Database& database, const Station& station, const std::vector<LogFile>& logs,
+               logimport::Batch& batch)
 {
     try {
         batch.counts += attemptstore::store(database, station, logs);
-        batch.stored << paths;
+        for (const LogFile& log : logs)
+            batch.stored << log.path;
     } catch (const DatabaseError& error) {
-        if (error.kind() != DatabaseError::Kind::Data || paths.isEmpty())
+        if (error.kind() != DatabaseError::Kind::Data || logs.empty())
             throw;
-        if (paths.size() == 1) {
-            batch.problems.push_back({paths[0], error.text(), true});
+        if (logs.size() == 1) {
+            batch.problems.push_back({logs[0].path, error.text(), true});
             return;
         }
-        const int half = paths.size() / 2;
-        const auto middle = logs.begin() + half;
-        storeLogs(database, station, paths.mid(0, half), {logs.begin(), middle}, batch);
-        storeLogs(database, station, paths.mid(half), {middle, logs.end()}, batch);
+        const auto middle = logs.begin() + static_cast<std::ptrdiff_t>(logs.size() / 2);
+        storeLogs(database, station, {logs.begin(), middle}, batch);
+        storeLogs(database, station, {middle, logs.end()}, batch);
     }
 }
 } // namespace
@@ -48,29 +45,35 @@ logimport::Batch logimport::store(Database& database, const Station& station,
                                   const QStringList& files)
 {
     Batch batch;
-    QStringList paths;
     std::vector<LogFile> logs;
     for (const QString& path : files) {
-        QString reason;
-        const auto bytes = logfiles::bytesOf(path, reason);
-        const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
-        if (log) {
-            paths << path;
-            logs.push_back({*log, OutboxName::read(QFileInfo(path).fileName())});
-        } else if (bytes || !logfiles::isGone(path)) {
-            batch.problems.push_back({path, reason, bytes.has_value()});
+        try {
+            logs.push_back(logfiles::read(path));
+        } catch (const NotALog& error) {
+            batch.problems.push_back({path, error.what(), true});
+        } catch (const std::runtime_error& error) {
+            if (!logfiles::isGone(path))
+                batch.problems.push_back({path, error.what(), false});
         }
     }
-    storeLogs(database, station, paths, logs, batch);
+    storeLogs(database, station, logs, batch);
     return batch;
 }
 
-int logimport::printProblems(const Batch& batch)
+std::pair<StoreCounts, int> logimport::importFiles(Database& database, const Station& station,
+                                                   const QStringList& files)
 {
-    for (const Problem& problem : batch.problems)
-        messages::warn(QString("%1: not imported: %2")
-                           .arg(printableText(problem.path), printableText(problem.reason)));
-    return static_cast<int>(batch.problems.size());
+    StoreCounts counts;
+    int problems = 0;
+    for (const QStringList& batchFiles : batches(files)) {
+        const Batch batch = store(database, station, batchFiles);
+        counts += batch.counts;
+        problems += static_cast<int>(batch.problems.size());
+        for (const Problem& problem : batch.problems)
+            messages::warn(QString("%1: not imported: %2")
+                               .arg(printableText(problem.path), printableText(problem.reason)));
+    }
+    return {counts, problems};
 }
 
 void logimport::printWarnings(const StoreCounts& counts)

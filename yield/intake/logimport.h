@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <utility>
 #include <vector>
 
 class Database;
@@ -37,8 +38,10 @@ std::vector<QStringList> batches(const QStringList& files);
 /// a file. Throws DatabaseError if the database fails.
 Batch store(Database& database, const Station& station, const QStringList& files);
 
-/// Prints a line for each file that was not stored; returns how many there are.
-int printProblems(const Batch& batch);
+/// Stores all files, batch by batch, and prints a line for each that was not stored. Returns also
+/// how many these are.
+std::pair<StoreCounts, int> importFiles(Database& database, const Station& station,
+                                        const QStringList& files);
 
 /// Prints what the user should look into, of logs that were added.
 void printWarnings(const StoreCounts& counts);

@@ -6,8 +6,6 @@
 #include "unit/outboxname.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <filesystem>
@@ -21,11 +19,6 @@ namespace
 [[noreturn]] void fail(const QString& path, const QString& reason)
 {
     throw std::runtime_error((path + ": " + reason).toStdString());
-}
-
-std::filesystem::path native(const QString& path)
-{
-    return QFile::encodeName(path).toStdString();
 }
 
 /// A link is not followed.
@@ -52,7 +45,8 @@ bool moveFile(const QString& from, const QString& to)
     if (isThere(to))
         return !isThere(from);
     std::error_code problem;
-    std::filesystem::rename(native(from), native(to), problem);
+    std::filesystem::rename(QFile::encodeName(from).toStdString(),
+                            QFile::encodeName(to).toStdString(), problem);
     if (problem && isThere(from))
         fail(to, QString::fromStdString(problem.message()));
     return true;
@@ -128,9 +122,9 @@ QStringList Outbox::rejected() const
 
 bool Outbox::moveToStored(const QString& log) const
 {
-    constexpr int monthSize = 7; // yyyy-MM
     const QString name = QFileInfo(log).fileName();
-    const QString month = folder + "/Stored/" + OutboxName::read(name)->startedAt().left(monthSize);
+    const QString day = OutboxName::read(name)->startedAt();
+    const QString month = folder + "/Stored/" + day.section('-', 0, 1);
     makeFolder(month);
     return moveFile(log, month + '/' + name);
 }

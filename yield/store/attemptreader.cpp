@@ -4,10 +4,10 @@
 #include "yield/store/attemptreader.h"
 
 #include "yield/logs/attemptrules.h"
-#include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
 #include "yield/store/sqldialect.h"
+#include "yield/store/statement.h"
 
 #include <QHash>
 
@@ -18,9 +18,11 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
 {
     const Transaction transaction(database, Database::Access::Read);
     schema::requireCurrent(database);
+    const SqlDialect& dialect = database.sqlDialect();
     QHash<int, QString> stations;
-    for (const StationRow& row : AttemptRows::stations(database))
-        stations.insert(row.id, row.name);
+    Statement names(database, "SELECT id, " + dialect.utf8Of("name") + " FROM stations");
+    for (names.run(); names.next();)
+        stations[names.number(0)] = names.text(1);
     // SQL returns them by serial and time; those of one unit and second are sorted afterwards.
     std::vector<Attempt> second;
     const auto finishSecond = [&] {
@@ -28,7 +30,6 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
         std::for_each(second.begin(), second.end(), visit);
         second.clear();
     };
-    const SqlDialect& dialect = database.sqlDialect();
     const QString condition =
         serial ? QString("WHERE serial %1 = %2").arg(dialect.bytewise, dialect.textParameter) : "";
     Statement select(database,

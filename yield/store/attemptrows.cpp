@@ -7,27 +7,32 @@
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
 
+#include <tuple>
+
 namespace
 {
-/// Rows of attempts as rowsOf reads them; a condition goes behind it.
-QString selectAttempts(const SqlDialect& dialect)
+/// The columns of an attempt but for its id, and their values.
+QString columns()
 {
-    return QString("SELECT id, station_id, %1, tested_at, marks, run, save_number, tests_18 "
-                   "FROM attempts WHERE ")
-        .arg(dialect.utf8Of("serial"));
+    return "(serial, tested_at, marks, station_id, run, save_number, started_at, tests_18, passed, "
+           "aborted_component)";
 }
 
-std::vector<LogRow> rowsOf(Statement& select)
+QString values(const SqlDialect& dialect)
 {
-    std::vector<LogRow> rows;
-    while (select.next()) {
-        const QString serial = select.text(2);
-        const StationLog log{serial, select.value(3).toString(), select.marks(4, serial)};
-        rows.push_back({select.value(0), select.number(1), log, {}, select.number(7) != 0});
-        if (!select.value(5).isNull())
-            rows.back().save = OutboxName{select.value(5).toString(), select.number(6)};
-    }
-    return rows;
+    return QString("(%1, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(dialect.textParameter);
+}
+
+/// Selects what rowsOf reads; a condition goes behind it.
+QString select(const SqlDialect& dialect, const char* attemptColumns, const char* table)
+{
+    return QString("SELECT %1, station_id, %2, tested_at, marks, run, save_number FROM %3 WHERE ")
+        .arg(attemptColumns, dialect.utf8Of("serial"), table);
+}
+
+QString selectAttempts(const SqlDialect& dialect)
+{
+    return select(dialect, "id, tests_18", "attempts");
 }
 
 /// The condition for the rows of a serial, time and marks.
@@ -37,93 +42,88 @@ QString isLog(const SqlDialect& dialect)
         .arg(dialect.bytewise, dialect.textParameter);
 }
 
+/// Every row of a log and of a run. Not by OR, which does not use the indexes on PostgreSQL.
+QString selectLogAndRun(const SqlDialect& dialect)
+{
+    const QString repeated = select(dialect, "0, 0", "repeated_saves");
+    const QStringList parts{selectAttempts(dialect) + isLog(dialect),
+                            selectAttempts(dialect) + "run = ?", repeated + isLog(dialect),
+                            repeated + "run = ?"};
+    return parts.join(" UNION ");
+}
+
 QVariantList valuesOf(const StationLog& log)
 {
     return {log.serial.toUtf8(), log.testedAt, bandmarks::packed(log.marks)};
 }
 
-/// Every row of a log, and the attempt of a run.
-QString selectLogAndRun(const SqlDialect& dialect)
+QVariantList valuesOf(const LogRow& row)
 {
-    return selectAttempts(dialect) + isLog(dialect) + " UNION " + selectAttempts(dialect) +
-           "run = ?" +
-           QString(" UNION SELECT NULL, station_id, %1, tested_at, marks, run, save_number, 0 "
-                   "FROM repeated_saves WHERE ")
-               .arg(dialect.utf8Of("serial")) +
-           isLog(dialect);
+    const QVariant noNumber(QVariant::Int);
+    return valuesOf(row.log) << row.stationId << row.run
+                             << (row.run.isNull() ? noNumber : QVariant(row.save));
 }
 
-QString insertInto(const SqlDialect& dialect)
+std::vector<LogRow> rowsOf(Statement& select)
 {
-    return QString("INSERT INTO attempts (serial, tested_at, marks, station_id, passed, "
-                   "aborted_component, tests_18, run, started_at, save_number) "
-                   "VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
-        .arg(dialect.textParameter);
-}
-
-QString updateById(const SqlDialect& dialect)
-{
-    return QString("UPDATE attempts SET serial = %1, tested_at = ?, marks = ?, station_id = ?, "
-                   "passed = ?, aborted_component = ?, tests_18 = ?, run = ?, started_at = ?, "
-                   "save_number = ? WHERE id = ?")
-        .arg(dialect.textParameter);
+    std::vector<LogRow> rows;
+    while (select.next()) {
+        const QString serial = select.text(3);
+        rows.push_back({select.value(0).toLongLong(),
+                        select.number(1) != 0,
+                        select.number(2),
+                        {serial, select.value(4).toString(), select.marks(5, serial)},
+                        select.value(6).toString(),
+                        select.number(7)});
+    }
+    return rows;
 }
 } // namespace
 
+bool LogRow::operator==(const LogRow& other) const
+{
+    return std::tie(attemptId, tests18, stationId, log, run, save) ==
+           std::tie(other.attemptId, other.tests18, other.stationId, other.log, other.run,
+                    other.save);
+}
+
 AttemptRows::AttemptRows(Database& usedDatabase)
     : database(usedDatabase)
-    , selectLog(database, selectLogAndRun(database.sqlDialect()))
-    , insertAttempt(database, insertInto(database.sqlDialect()))
-    , updateAttempt(database, updateById(database.sqlDialect()))
+    , selectRows(database, selectLogAndRun(database.sqlDialect()))
+    , insertAttempt(database, "INSERT INTO attempts " + columns() + " VALUES " +
+                                  values(database.sqlDialect()))
+    , updateAttempt(database, "UPDATE attempts SET " + columns() + " = " +
+                                  values(database.sqlDialect()) + " WHERE id = ?")
     , insertMissed(database, "INSERT INTO missed_bands VALUES (?, ?, ?)")
     , deleteMissed(database, "DELETE FROM missed_bands WHERE attempt_id = ?")
 {
 }
 
-QMap<QString, StationRow> AttemptRows::stations(Database& database)
-{
-    Statement select(
-        database,
-        QString("SELECT id, %1, tests_18 FROM stations").arg(database.sqlDialect().utf8Of("name")));
-    select.run();
-    QMap<QString, StationRow> rows;
-    while (select.next())
-        rows[select.text(1)] = {select.number(0), select.text(1), select.number(2) != 0};
-    return rows;
-}
-
 std::vector<LogRow> AttemptRows::find(const StationLog& log, const QString& run)
 {
-    selectLog.run(valuesOf(log) + QVariantList{run} + valuesOf(log));
-    return rowsOf(selectLog);
+    const QVariantList once = valuesOf(log) + QVariantList{run};
+    selectRows.run(once + once);
+    return rowsOf(selectRows);
 }
 
 void AttemptRows::writeAttempt(const LogRow& row)
 {
     const auto outcome = attemptrules::outcomeOf(row.log.marks, row.tests18);
-    const QVariant noNumber(QVariant::Int);
-    QVariantList values = valuesOf(row.log);
-    values << row.stationId << (outcome.hasPassed() ? 1 : 0)
-           << (outcome.abortedAt ? QVariant(*outcome.abortedAt) : noNumber) << (row.tests18 ? 1 : 0)
-           << (row.save ? row.save->run : QString())
-           << (row.save ? row.save->startedAt() : QString())
-           << (row.save ? QVariant(row.save->save) : noNumber);
+    QVariantList values = valuesOf(row);
+    values << OutboxName{row.run}.startedAt() << (row.tests18 ? 1 : 0)
+           << (outcome.hasPassed() ? 1 : 0)
+           << (outcome.abortedAt ? *outcome.abortedAt : QVariant(QVariant::Int));
     QVariant id = row.attemptId;
-    if (id.isNull()) {
-        insertAttempt.run(values);
-    } else {
+    if (row.attemptId != 0) {
         updateAttempt.run(values << id);
         deleteMissed.run({id});
+    } else {
+        insertAttempt.run(values);
+        if (!outcome.missed.empty())
+            id = insertAttempt.insertedId();
     }
-    if (id.isNull() && !outcome.missed.empty())
-        id = insertAttempt.insertedId();
     for (const auto& band : outcome.missed)
         insertMissed.run({id, band.componentNum, band.band});
-}
-
-void AttemptRows::removeAttempt(const QVariant& id)
-{
-    Statement(database, "DELETE FROM attempts WHERE id = ?").run({id}); // with its missed bands
 }
 
 void AttemptRows::insertRepeated(const LogRow& row)
@@ -131,20 +131,17 @@ void AttemptRows::insertRepeated(const LogRow& row)
     Statement(database, QString("INSERT INTO repeated_saves (serial, tested_at, marks, station_id, "
                                 "run, save_number) VALUES (%1, ?, ?, ?, ?, ?)")
                             .arg(database.sqlDialect().textParameter))
-        .run(valuesOf(row.log) + QVariantList{row.stationId, row.save->run, row.save->save});
+        .run(valuesOf(row));
 }
 
-void AttemptRows::removeRepeated(const LogRow& row)
+void AttemptRows::remove(const LogRow& row)
 {
-    const QString isRow = isLog(database.sqlDialect()) + " AND station_id = ?";
-    Statement(database, "DELETE FROM repeated_saves WHERE " + isRow)
-        .run(valuesOf(row.log) + QVariantList{row.stationId});
-}
-
-void AttemptRows::moveRepeated(const QString& run, int stationId)
-{
-    Statement(database, "UPDATE repeated_saves SET station_id = ? WHERE run = ?")
-        .run({stationId, run});
+    if (row.attemptId != 0) // with its missed bands
+        Statement(database, "DELETE FROM attempts WHERE id = ?").run({row.attemptId});
+    else
+        Statement(database, "DELETE FROM repeated_saves WHERE station_id = ? AND " +
+                                isLog(database.sqlDialect()))
+            .run(QVariantList{row.stationId} + valuesOf(row.log));
 }
 
 void AttemptRows::deriveResults(const QString& condition)

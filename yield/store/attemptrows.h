@@ -7,25 +7,18 @@
 #include "yield/logs/stationlog.h"
 #include "yield/store/statement.h"
 
-#include <QMap>
-
-#include <optional>
 #include <vector>
-
-/// A row of the table stations.
-struct StationRow {
-    int id = 0;
-    QString name;
-    bool tests18 = false;
-};
 
 /// A row of attempts or of repeated_saves.
 struct LogRow {
-    QVariant attemptId = {}; ///< Null for a row of repeated_saves, and before it is written.
+    qint64 attemptId = 0; ///< 0 for a row of repeated_saves, and before it is written.
+    bool tests18 = false; ///< Of an attempt.
     int stationId = 0;
     StationLog log;
-    std::optional<OutboxName> save = {}; ///< Nothing for an imported log.
-    bool tests18 = false;                ///< Of an attempt.
+    QString run = {}; ///< Null for an imported log.
+    int save = 0;
+
+    bool operator==(const LogRow& other) const;
 };
 
 /// Reads and writes rows, inside of a transaction. Everything throws DatabaseError.
@@ -34,25 +27,20 @@ class AttemptRows
 public:
     explicit AttemptRows(Database& usedDatabase);
 
-    /// All stations, by name.
-    static QMap<QString, StationRow> stations(Database& database);
-
-    /// The rows of that serial, time and marks, at whatever station; and the attempt of the run.
+    /// The rows of that serial, time and marks, at whatever station; and those of the run.
     std::vector<LogRow> find(const StationLog& log, const QString& run = {});
 
     /// Inserts the attempt, or updates the one with its id, and derives its results.
     void writeAttempt(const LogRow& row);
-    void removeAttempt(const QVariant& id);
     void insertRepeated(const LogRow& row);
-    void removeRepeated(const LogRow& row);
-    void moveRepeated(const QString& run, int stationId);
+    void remove(const LogRow& row);
 
     /// Derives the results of the attempts again that an SQL condition selects.
     void deriveResults(const QString& condition);
 
 private:
     Database& database;
-    Statement selectLog;
+    Statement selectRows;
     Statement insertAttempt;
     Statement updateAttempt;
     Statement insertMissed;

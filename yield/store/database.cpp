@@ -48,7 +48,7 @@ void Database::prepareSession()
         run(statement);
     QSqlQuery query(dialect.findEncoding, link.database);
     if (!query.next())
-        throw errorOf(query.lastError());
+        fail(query);
     if (query.value(0).toString().remove('-') != "UTF8")
         throw unusable(displayName +
                        ": the database must have the encoding UTF8, or it cannot hold "
@@ -58,10 +58,14 @@ void Database::prepareSession()
 void Database::run(const QString& statement)
 {
     QSqlQuery query(link.database);
-    if (query.exec(statement))
-        return;
+    if (!query.exec(statement))
+        fail(query);
+}
+
+void Database::fail(const QSqlQuery& query)
+{
     const DatabaseError error = errorOf(query.lastError());
-    query.exec("ROLLBACK");
+    QSqlQuery("ROLLBACK", link.database);
     throw error;
 }
 

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 class QSqlError;
+class QSqlQuery;
 struct SqlDialect;
 
 /// What went wrong with the database, in one line for users: it names the file or the server and
@@ -58,8 +59,9 @@ public:
     /// Runs a statement without values; what fails ends the transaction. Throws DatabaseError.
     void run(const QString& statement);
 
-    /// The error that a failed query is to be thrown as.
-    DatabaseError errorOf(const QSqlError& error) const;
+    /// Ends the transaction and throws what a query failed of. Otherwise PostgreSQL does not free
+    /// the transaction's statements.
+    [[noreturn]] void fail(const QSqlQuery& query);
 
     /// Throws DatabaseError for a location that can be no database's: without a name, or an address
     /// of another form or with a password in it.
@@ -79,6 +81,7 @@ private:
         QSqlDatabase database;
     };
 
+    DatabaseError errorOf(const QSqlError& error) const;
     void open(const QString& location, Access access);
     void prepareSession();
 

@@ -10,26 +10,19 @@
 
 Statement::Statement(Database& usedDatabase, const QString& sql)
     : database(usedDatabase)
-    , statement(sql)
     , query(database.connection())
 {
     query.setForwardOnly(true); // otherwise every row stays in memory
+    if (!query.prepare(sql))
+        database.fail(query);
 }
 
 void Statement::run(const QVariantList& values)
 {
-    if (values.isEmpty()) { // not all that has no values can be prepared
-        if (!query.exec(statement))
-            fail();
-        return;
-    }
-    if (!isPrepared && !query.prepare(statement))
-        fail();
-    isPrepared = true;
     for (int i = 0; i < values.size(); ++i)
         query.bindValue(i, values[i]);
     if (!query.exec())
-        fail();
+        database.fail(query);
 }
 
 bool Statement::next()
@@ -37,17 +30,9 @@ bool Statement::next()
     if (query.next())
         return true;
     if (query.lastError().isValid())
-        fail();
+        database.fail(query);
     query.finish();
     return false;
-}
-
-/// The transaction is over before this statement goes: in a failed one PostgreSQL does not free it.
-void Statement::fail()
-{
-    const DatabaseError error = database.errorOf(query.lastError());
-    QSqlQuery(database.connection()).exec("ROLLBACK");
-    throw error;
 }
 
 QString Statement::text(int column) const

@@ -17,7 +17,6 @@ class Database;
 class Statement
 {
 public:
-    /// Nothing is asked yet.
     Statement(Database& usedDatabase, const QString& sql);
 
     /// Runs it, as often as wanted. A value for SqlDialect::textParameter is a text's UTF-8.
@@ -37,10 +36,6 @@ public:
     QVariant insertedId() const { return query.lastInsertId(); }
 
 private:
-    [[noreturn]] void fail();
-
     Database& database;
-    QString statement;
-    bool isPrepared = false;
     QSqlQuery query;
 };
