@@ -5,7 +5,7 @@
 
 #include "tests/yield/postgresserver.h"
 #include "yield/store/database.h"
-#include "yield/store/statement.h"
+#include "yield/store/database.h"
 
 #include <QStringList>
 #include <QVector>

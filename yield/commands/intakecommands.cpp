@@ -67,8 +67,9 @@ ExitStatus importLogs(const QCommandLineParser& parser)
             ++gone;
         }
     }
-    const auto [counts, notStored] = logimport::importFiles(database, station, files);
-    const int rejected = gone + notStored;
+    const auto result = logimport::importFiles(database, station, files);
+    const StoreCounts& counts = result.counts;
+    const int rejected = gone + static_cast<int>(result.problems.size());
     messages::print(QString("%1 logs: %2 new, %3 duplicates, %4 empty, %5 rejected")
                         .arg(counts.added + counts.duplicates + counts.empty + rejected)
                         .arg(counts.added)

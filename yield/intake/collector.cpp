@@ -51,10 +51,10 @@ void Collector::run()
             nextWarning.reset();
             printState("collecting " + outbox.path());
         } catch (const DatabaseError& error) {
-            if (error.kind() == DatabaseError::Kind::Unusable && !isMigrated)
+            if (error.kind == DatabaseError::Kind::Unusable && !isMigrated)
                 throw;
             if (!nextWarning || nextWarning->hasExpired()) {
-                messages::warn("database unavailable: " + error.text());
+                messages::warn(QString("database unavailable: ") + error.what());
                 nextWarning = QDeadlineTimer(warningPause);
             }
             pause = databasePause;
@@ -70,7 +70,7 @@ bool Collector::pass()
     hasProblem = false;
     makeOutbox();
     const QStringList logs = dueLogs();
-    const bool isImportDue = !outbox.hasStoredFolder();
+    const bool isImportDue = !outbox.exists("/Stored");
     // Open only while there is something to do: no connection is left behind, and another file in
     // the place of the database is the database from then on.
     if (logs.isEmpty() && !isImportDue && isMigrated && !nextWarning)
@@ -83,10 +83,13 @@ bool Collector::pass()
         // Stored is made when all is committed, so that a kill loses none, and a later start does
         // not import a log whose run is in the outbox.
         importEarlierLogs(database, request.station, logfiles::filesOf(request.logs));
-        outbox.makeStoredFolder();
+        outbox.make("/Stored");
     }
-    for (const QStringList& files : logimport::batches(logs))
-        finish(logimport::store(database, request.station, files));
+    for (const QStringList& files : logimport::batches(logs)) {
+        logimport::Result result;
+        logimport::store(database, request.station, files, result);
+        finish(result);
+    }
     return !hasProblem;
 }
 
@@ -100,6 +103,7 @@ void Collector::makeOutbox()
         throw std::runtime_error(
             (outbox.path() + " is missing; it is made in a minute").toStdString());
     outbox.make();
+    outbox.make("/Rejected");
 }
 
 /// The pending logs but those that are tried again later. The pauses between two tries grow to a
@@ -113,7 +117,7 @@ QStringList Collector::dueLogs()
     if (changedAt == emptySince && ++skippedScans < maxSkippedScans)
         return {};
     skippedScans = 0;
-    QStringList logs = outbox.pending();
+    QStringList logs = outbox.logs();
     emptySince = logs.isEmpty() ? changedAt : QDateTime();
     postponed.intersect(QSet<QString>(logs.begin(), logs.end()));
     if (retryAt.hasExpired()) {
@@ -164,17 +168,17 @@ void Collector::importSpool(Database& database, const QString& folder)
 void Collector::importEarlierLogs(Database& database, const Station& station,
                                   const QStringList& files)
 {
-    const auto [counts, notStored] = logimport::importFiles(database, station, files);
-    printCounts(counts);
-    hasProblem = hasProblem || notStored > 0;
+    const auto result = logimport::importFiles(database, station, files);
+    printCounts(result.counts);
+    hasProblem = hasProblem || !result.problems.empty();
 }
 
-void Collector::finish(const logimport::Batch& batch)
+void Collector::finish(const logimport::Result& result)
 {
-    printCounts(batch.counts);
-    for (const QString& log : batch.stored)
-        moveLog(log);
-    for (const auto& problem : batch.problems)
+    printCounts(result.counts);
+    for (const QString& log : result.stored)
+        moveLog(log, {});
+    for (const auto& problem : result.problems)
         if (problem.isRejected)
             moveLog(problem.path, problem.reason);
         else
@@ -182,13 +186,12 @@ void Collector::finish(const logimport::Batch& batch)
 }
 
 /// To Stored, or to Rejected if there is a reason.
-void Collector::moveLog(const QString& log, const QString& rejection)
+void Collector::moveLog(const QString& log, QString rejection)
 {
     try {
-        if (rejection.isEmpty()) {
-            if (!outbox.moveToStored(log))
-                moveLog(log, "Stored has a file of this name already");
-        } else if (outbox.reject(log, rejection)) {
+        if (rejection.isEmpty() && !outbox.moveToStored(log))
+            rejection = "Stored has a file of this name already";
+        if (!rejection.isEmpty() && outbox.reject(log, rejection)) {
             messages::warn(QString("rejected: %1: %2").arg(log, printableText(rejection)));
             hasProblem = true;
         }

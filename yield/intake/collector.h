@@ -42,8 +42,8 @@ private:
     void prepare(Database& database);
     void importSpool(Database& database, const QString& folder);
     void importEarlierLogs(Database& database, const Station& station, const QStringList& files);
-    void finish(const logimport::Batch& batch);
-    void moveLog(const QString& log, const QString& rejection = {});
+    void finish(const logimport::Result& result);
+    void moveLog(const QString& log, QString rejection);
     void postpone(const QString& log, const QString& reason);
     void printState(const QString& state);
 

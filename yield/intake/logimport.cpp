@@ -13,22 +13,22 @@ constexpr int batchSize = 1000;
 
 /// A log that the tables refuse is found by halves, so that it stops no other.
 void storeLogs(Database& database, const Station& station, const std::vector<LogFile>& logs,
-               logimport::Batch& batch)
+               logimport::Result& result)
 {
     try {
-        batch.counts += attemptstore::store(database, station, logs);
+        attemptstore::store(database, station, logs, result.counts);
         for (const LogFile& log : logs)
-            batch.stored << log.path;
+            result.stored << log.path;
     } catch (const DatabaseError& error) {
-        if (error.kind() != DatabaseError::Kind::Data || logs.empty())
+        if (error.kind != DatabaseError::Kind::Data || logs.empty())
             throw;
         if (logs.size() == 1) {
-            batch.problems.push_back({logs[0].path, error.text(), true});
+            result.problems.push_back({logs[0].path, error.what(), true});
             return;
         }
         const auto middle = logs.begin() + static_cast<std::ptrdiff_t>(logs.size() / 2);
-        storeLogs(database, station, {logs.begin(), middle}, batch);
-        storeLogs(database, station, {middle, logs.end()}, batch);
+        storeLogs(database, station, {logs.begin(), middle}, result);
+        storeLogs(database, station, {middle, logs.end()}, result);
     }
 }
 } // namespace
@@ -41,39 +41,33 @@ std::vector<QStringList> logimport::batches(const QStringList& files)
     return batches;
 }
 
-logimport::Batch logimport::store(Database& database, const Station& station,
-                                  const QStringList& files)
+void logimport::store(Database& database, const Station& station, const QStringList& files,
+                      Result& result)
 {
-    Batch batch;
     std::vector<LogFile> logs;
     for (const QString& path : files) {
         try {
             logs.push_back(logfiles::read(path));
         } catch (const NotALog& error) {
-            batch.problems.push_back({path, error.what(), true});
+            result.problems.push_back({path, error.what(), true});
         } catch (const std::runtime_error& error) {
             if (!logfiles::isGone(path))
-                batch.problems.push_back({path, error.what(), false});
+                result.problems.push_back({path, error.what(), false});
         }
     }
-    storeLogs(database, station, logs, batch);
-    return batch;
+    storeLogs(database, station, logs, result);
 }
 
-std::pair<StoreCounts, int> logimport::importFiles(Database& database, const Station& station,
-                                                   const QStringList& files)
+logimport::Result logimport::importFiles(Database& database, const Station& station,
+                                         const QStringList& files)
 {
-    StoreCounts counts;
-    int problems = 0;
-    for (const QStringList& batchFiles : batches(files)) {
-        const Batch batch = store(database, station, batchFiles);
-        counts += batch.counts;
-        problems += static_cast<int>(batch.problems.size());
-        for (const Problem& problem : batch.problems)
-            messages::warn(QString("%1: not imported: %2")
-                               .arg(printableText(problem.path), printableText(problem.reason)));
-    }
-    return {counts, problems};
+    Result result;
+    for (const QStringList& batch : batches(files))
+        store(database, station, batch, result);
+    for (const Problem& problem : result.problems)
+        messages::warn(QString("%1: not imported: %2")
+                           .arg(printableText(problem.path), printableText(problem.reason)));
+    return result;
 }
 
 void logimport::printWarnings(const StoreCounts& counts)

@@ -8,7 +8,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <utility>
 #include <vector>
 
 class Database;
@@ -24,7 +23,7 @@ struct Problem {
 };
 
 /// What became of files. Files that vanished before they were read are in no list.
-struct Batch {
+struct Result {
     StoreCounts counts;
     QStringList stored; ///< Duplicates and empty logs too.
     std::vector<Problem> problems;
@@ -34,14 +33,12 @@ struct Batch {
 /// batch, which may be empty.
 std::vector<QStringList> batches(const QStringList& files);
 
-/// Stores the logs in the files of a batch. The database knows the station afterwards, also without
-/// a file. Throws DatabaseError if the database fails.
-Batch store(Database& database, const Station& station, const QStringList& files);
+/// Stores the logs in the files of a batch and adds to the result. The database knows the station
+/// afterwards, also without a file. Throws DatabaseError if the database fails.
+void store(Database& database, const Station& station, const QStringList& files, Result& result);
 
-/// Stores all files, batch by batch, and prints a line for each that was not stored. Returns also
-/// how many these are.
-std::pair<StoreCounts, int> importFiles(Database& database, const Station& station,
-                                        const QStringList& files);
+/// Stores all files, batch by batch, and prints a line for each that was not stored.
+Result importFiles(Database& database, const Station& station, const QStringList& files);
 
 /// Prints what the user should look into, of logs that were added.
 void printWarnings(const StoreCounts& counts);

@@ -28,16 +28,6 @@ bool isThere(const QString& path)
     return info.exists() || info.isSymLink();
 }
 
-/// Throws if there is anything else, also a link: who may write to LOGS could plant one that leads
-/// anywhere.
-bool isFolder(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.isSymLink() || (info.exists() && !info.isDir()))
-        fail(path, "it is not a folder");
-    return info.exists();
-}
-
 /// Returns false if the target exists. Nothing happens where there is no file any more. Names are
 /// never used again, so that no other program makes the target meanwhile.
 bool moveFile(const QString& from, const QString& to)
@@ -52,18 +42,6 @@ bool moveFile(const QString& from, const QString& to)
     return true;
 }
 
-/// The paths of the logs in a folder, sorted; a link is none.
-QStringList logsIn(const QString& folder)
-{
-    const QDir dir(folder);
-    if (!dir.isReadable())
-        fail(folder, "it cannot be read");
-    QStringList logs;
-    for (const QString& name : dir.entryList(QDir::Files | QDir::NoSymLinks, QDir::Name))
-        if (OutboxName::read(name))
-            logs << folder + '/' + name;
-    return logs;
-}
 } // namespace
 
 Outbox::Outbox(const QString& logs)
@@ -72,61 +50,51 @@ Outbox::Outbox(const QString& logs)
 {
 }
 
-bool Outbox::exists() const
+/// Throws if there is anything else, also a link: who may write to LOGS could plant one that leads
+/// anywhere.
+bool Outbox::exists(const QString& subfolder) const
 {
-    return isFolder(folder);
+    const QFileInfo info(folder + subfolder);
+    if (info.isSymLink() || (info.exists() && !info.isDir()))
+        fail(info.filePath(), "it is not a folder");
+    return info.exists();
 }
 
-void Outbox::make() const
+void Outbox::make(const QString& subfolder) const
 {
-    makeFolder(folder);
-    makeFolder(folder + "/Rejected");
-}
-
-bool Outbox::hasStoredFolder() const
-{
-    return isFolder(folder + "/Stored");
-}
-
-void Outbox::makeStoredFolder() const
-{
-    makeFolder(folder + "/Stored");
-}
-
-/// Every member of the group may write there; others as in LOGS.
-void Outbox::makeFolder(const QString& path) const
-{
-    if (isFolder(path))
+    if (exists(subfolder))
         return;
     struct stat logs = {};
     if (stat(QFile::encodeName(logsFolder).constData(), &logs) != 0)
         fail(logsFolder, qt_error_string(errno));
     const mode_t mask = umask(0); // it would close the folder to the group
-    const int result = mkdir(QFile::encodeName(path).constData(),
+    const int result = mkdir(QFile::encodeName(folder + subfolder).constData(),
                              (logs.st_mode & ACCESSPERMS) | S_IRWXU | S_IRWXG);
     const int error = errno;
     umask(mask);
     if (result != 0 && error != EEXIST) // made by another collector
-        fail(path, qt_error_string(error));
+        fail(folder + subfolder, qt_error_string(error));
 }
 
-QStringList Outbox::pending() const
+QStringList Outbox::logs(const QString& subfolder) const
 {
-    return logsIn(folder);
-}
-
-QStringList Outbox::rejected() const
-{
-    return logsIn(folder + "/Rejected");
+    const QDir dir(folder + subfolder);
+    if (!dir.isReadable())
+        fail(dir.path(), "it cannot be read");
+    QStringList logs;
+    for (const QString& name : dir.entryList(QDir::Files | QDir::NoSymLinks, QDir::Name))
+        if (OutboxName::read(name))
+            logs << dir.filePath(name);
+    return logs;
 }
 
 bool Outbox::moveToStored(const QString& log) const
 {
     const QString name = QFileInfo(log).fileName();
     const QString day = OutboxName::read(name)->startedAt();
-    const QString month = folder + "/Stored/" + day.section('-', 0, 1);
-    makeFolder(month);
-    return moveFile(log, month + '/' + name);
+    const QString month = "/Stored/" + day.section('-', 0, 1);
+    make(month);
+    return moveFile(log, folder + month + '/' + name);
 }
 
 bool Outbox::reject(const QString& log, const QString& reason) const

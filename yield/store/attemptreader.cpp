@@ -6,8 +6,6 @@
 #include "yield/logs/attemptrules.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
-#include "yield/store/sqldialect.h"
-#include "yield/store/statement.h"
 
 #include <QHash>
 
@@ -18,9 +16,8 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
 {
     const Transaction transaction(database, Database::Access::Read);
     schema::requireCurrent(database);
-    const SqlDialect& dialect = database.sqlDialect();
     QHash<int, QString> stations;
-    Statement names(database, "SELECT id, " + dialect.utf8Of("name") + " FROM stations");
+    Statement names(database, "SELECT id, {name} FROM stations");
     for (names.run(); names.next();)
         stations[names.number(0)] = names.text(1);
     // SQL returns them by serial and time; those of one unit and second are sorted afterwards.
@@ -30,12 +27,10 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
         std::for_each(second.begin(), second.end(), visit);
         second.clear();
     };
-    const QString condition =
-        serial ? QString("WHERE serial %1 = %2").arg(dialect.bytewise, dialect.textParameter) : "";
     Statement select(database,
-                     QString("SELECT station_id, %1, tested_at, marks, tests_18, started_at "
-                             "FROM attempts %2 ORDER BY serial %3, tested_at %3")
-                         .arg(dialect.utf8Of("serial"), condition, dialect.bytewise));
+                     QString("SELECT station_id, {serial}, tested_at, marks, tests_18, started_at "
+                             "FROM attempts %1 ORDER BY serial {bytewise}, tested_at {bytewise}")
+                         .arg(serial ? "WHERE serial {bytewise} = {text}" : ""));
     select.run(serial ? QVariantList{serial->toUtf8()} : QVariantList());
     while (select.next()) {
         const QString unit = select.text(1);
@@ -54,13 +49,12 @@ std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime
 {
     const Transaction transaction(database, Database::Access::Read);
     schema::requireCurrent(database);
-    const SqlDialect& dialect = database.sqlDialect();
-    const QString last = QString("(SELECT tested_at FROM %2 WHERE station_id = stations.id "
-                                 "AND tested_at %1 <= ? ORDER BY tested_at %1 DESC LIMIT 1)")
-                             .arg(dialect.bytewise);
-    Statement select(database, QString("SELECT %1, %2, %3 FROM stations ORDER BY name %4")
-                                   .arg(dialect.utf8Of("name"), last.arg("attempts"),
-                                        last.arg("repeated_saves"), dialect.bytewise));
+    const QString last =
+        "(SELECT tested_at FROM %1 WHERE station_id = stations.id "
+        "AND tested_at {bytewise} <= ? ORDER BY tested_at {bytewise} DESC LIMIT 1)";
+    Statement select(database,
+                     QString("SELECT {name}, %1, %2 FROM stations ORDER BY name {bytewise}")
+                         .arg(last.arg("attempts"), last.arg("repeated_saves")));
     select.run({now.toString(Qt::ISODate), now.toString(Qt::ISODate)});
     std::vector<LastLog> logs;
     while (select.next())

@@ -4,53 +4,23 @@
 #include "yield/store/attemptrows.h"
 
 #include "yield/logs/attemptrules.h"
-#include "yield/store/database.h"
-#include "yield/store/sqldialect.h"
 
 #include <tuple>
 
 namespace
 {
-/// The columns of an attempt but for its id, and their values.
-QString columns()
-{
-    return "(serial, tested_at, marks, station_id, run, save_number, started_at, tests_18, passed, "
-           "aborted_component)";
-}
-
-QString values(const SqlDialect& dialect)
-{
-    return QString("(%1, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(dialect.textParameter);
-}
-
-/// Selects what rowsOf reads; a condition goes behind it.
-QString select(const SqlDialect& dialect, const char* attemptColumns, const char* table)
-{
-    return QString("SELECT %1, station_id, %2, tested_at, marks, run, save_number FROM %3 WHERE ")
-        .arg(attemptColumns, dialect.utf8Of("serial"), table);
-}
-
-QString selectAttempts(const SqlDialect& dialect)
-{
-    return select(dialect, "id, tests_18", "attempts");
-}
-
+/// Rows as rowsOf reads them; a condition goes behind it.
+const QString selectAttempts = "SELECT id, tests_18, station_id, {serial}, tested_at, marks, run, "
+                               "save_number FROM attempts WHERE ";
+const QString selectRepeated = "SELECT 0, 0, station_id, {serial}, tested_at, marks, run, "
+                               "save_number FROM repeated_saves WHERE ";
 /// The condition for the rows of a serial, time and marks.
-QString isLog(const SqlDialect& dialect)
-{
-    return QString("serial %1 = %2 AND tested_at %1 = ? AND marks = ?")
-        .arg(dialect.bytewise, dialect.textParameter);
-}
-
-/// Every row of a log and of a run. Not by OR, which does not use the indexes on PostgreSQL.
-QString selectLogAndRun(const SqlDialect& dialect)
-{
-    const QString repeated = select(dialect, "0, 0", "repeated_saves");
-    const QStringList parts{selectAttempts(dialect) + isLog(dialect),
-                            selectAttempts(dialect) + "run = ?", repeated + isLog(dialect),
-                            repeated + "run = ?"};
-    return parts.join(" UNION ");
-}
+const QString isLog = "serial {bytewise} = {text} AND tested_at {bytewise} = ? AND marks = ?";
+/// The columns that both tables have, and the others of attempts.
+const QString logColumns = "serial, tested_at, marks, station_id, run, save_number";
+const QString logValues = "{text}, ?, ?, ?, ?, ?";
+const QString attemptColumns = logColumns + ", started_at, tests_18, passed, aborted_component";
+const QString attemptValues = logValues + ", ?, ?, ?, ?";
 
 QVariantList valuesOf(const StationLog& log)
 {
@@ -89,11 +59,13 @@ bool LogRow::operator==(const LogRow& other) const
 
 AttemptRows::AttemptRows(Database& usedDatabase)
     : database(usedDatabase)
-    , selectRows(database, selectLogAndRun(database.sqlDialect()))
-    , insertAttempt(database, "INSERT INTO attempts " + columns() + " VALUES " +
-                                  values(database.sqlDialect()))
-    , updateAttempt(database, "UPDATE attempts SET " + columns() + " = " +
-                                  values(database.sqlDialect()) + " WHERE id = ?")
+    // Not by OR, which does not use the indexes on PostgreSQL.
+    , selectRows(database, selectAttempts + isLog + " UNION " + selectAttempts + "run = ? UNION " +
+                               selectRepeated + isLog + " UNION " + selectRepeated + "run = ?")
+    , insertAttempt(database,
+                    "INSERT INTO attempts (" + attemptColumns + ") VALUES (" + attemptValues + ")")
+    , updateAttempt(database, "UPDATE attempts SET (" + attemptColumns + ") = (" + attemptValues +
+                                  ") WHERE id = ?")
     , insertMissed(database, "INSERT INTO missed_bands VALUES (?, ?, ?)")
     , deleteMissed(database, "DELETE FROM missed_bands WHERE attempt_id = ?")
 {
@@ -128,9 +100,8 @@ void AttemptRows::writeAttempt(const LogRow& row)
 
 void AttemptRows::insertRepeated(const LogRow& row)
 {
-    Statement(database, QString("INSERT INTO repeated_saves (serial, tested_at, marks, station_id, "
-                                "run, save_number) VALUES (%1, ?, ?, ?, ?, ?)")
-                            .arg(database.sqlDialect().textParameter))
+    Statement(database,
+              "INSERT INTO repeated_saves (" + logColumns + ") VALUES (" + logValues + ")")
         .run(valuesOf(row));
 }
 
@@ -139,14 +110,13 @@ void AttemptRows::remove(const LogRow& row)
     if (row.attemptId != 0) // with its missed bands
         Statement(database, "DELETE FROM attempts WHERE id = ?").run({row.attemptId});
     else
-        Statement(database, "DELETE FROM repeated_saves WHERE station_id = ? AND " +
-                                isLog(database.sqlDialect()))
+        Statement(database, "DELETE FROM repeated_saves WHERE station_id = ? AND " + isLog)
             .run(QVariantList{row.stationId} + valuesOf(row.log));
 }
 
 void AttemptRows::deriveResults(const QString& condition)
 {
-    Statement select(database, selectAttempts(database.sqlDialect()) + condition);
+    Statement select(database, selectAttempts + condition);
     select.run();
     for (const LogRow& row : rowsOf(select))
         writeAttempt(row);

@@ -5,7 +5,7 @@
 
 #include "unit/outboxname.h"
 #include "yield/logs/stationlog.h"
-#include "yield/store/statement.h"
+#include "yield/store/database.h"
 
 #include <vector>
 

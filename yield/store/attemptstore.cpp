@@ -8,7 +8,6 @@
 #include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
-#include "yield/store/sqldialect.h"
 
 #include <QDateTime>
 
@@ -27,8 +26,7 @@ struct StationRow {
 
 std::optional<StationRow> findStation(Database& database, const QString& name)
 {
-    Statement select(database, QString("SELECT id, tests_18 FROM stations WHERE name = %1")
-                                   .arg(database.sqlDialect().textParameter));
+    Statement select(database, "SELECT id, tests_18 FROM stations WHERE name = {text}");
     select.run({name.toUtf8()});
     if (!select.next())
         return std::nullopt;
@@ -54,8 +52,7 @@ bool showsTest18(const LogFile& file)
 StationRow updatedStation(Database& database, const Station& station, bool showsTests18)
 {
     if (!findStation(database, station.name))
-        Statement(database, QString("INSERT INTO stations (name) VALUES (%1)")
-                                .arg(database.sqlDialect().textParameter))
+        Statement(database, "INSERT INTO stations (name) VALUES ({text})")
             .run({station.name.toUtf8()});
     StationRow row = *findStation(database, station.name);
     if ((station.tests18 || showsTests18) && !row.tests18) {
@@ -96,8 +93,9 @@ std::vector<LogRow> withSave(LogRow save, const std::vector<LogRow>& former)
 class LogStore
 {
 public:
-    LogStore(Database& usedDatabase, const StationRow& row)
-        : database(usedDatabase)
+    LogStore(Database& usedDatabase, const StationRow& row, const StoreCounts& countsBefore)
+        : counts(countsBefore)
+        , database(usedDatabase)
         , station(row)
         , rows(database)
     {
@@ -181,8 +179,8 @@ int LogStore::firstByName(int stationId, int otherId)
 {
     if (stationId == otherId)
         return stationId;
-    Statement select(database, "SELECT id FROM stations WHERE id IN (?, ?) ORDER BY name " +
-                                   database.sqlDialect().bytewise);
+    Statement select(database, "SELECT id FROM stations WHERE id IN (?, ?) "
+                               "ORDER BY name {bytewise} LIMIT 1");
     select.run({stationId, otherId});
     return select.next() ? select.number(0) : stationId;
 }
@@ -223,27 +221,17 @@ void unite(Database& database, const StationRow& from, const StationRow& to)
 }
 } // namespace
 
-StoreCounts& StoreCounts::operator+=(const StoreCounts& other)
-{
-    added += other.added;
-    duplicates += other.duplicates;
-    empty += other.empty;
-    otherStations += other.otherStations;
-    future += other.future;
-    return *this;
-}
-
-StoreCounts attemptstore::store(Database& database, const Station& station,
-                                const std::vector<LogFile>& files)
+void attemptstore::store(Database& database, const Station& station,
+                         const std::vector<LogFile>& files, StoreCounts& counts)
 {
     Transaction transaction(database, Database::Access::Write);
     schema::requireCurrent(database);
     const bool showsTests18 = std::any_of(files.begin(), files.end(), showsTest18);
-    LogStore logs(database, updatedStation(database, station, showsTests18));
+    LogStore logs(database, updatedStation(database, station, showsTests18), counts);
     for (const LogFile& file : files)
         logs.add(file);
     transaction.commit();
-    return logs.counts;
+    counts = logs.counts;
 }
 
 void attemptstore::renameStation(Database& database, const QString& oldName, const QString& newName)
@@ -256,8 +244,7 @@ void attemptstore::renameStation(Database& database, const QString& oldName, con
         throw DatabaseError(DatabaseError::Kind::Unusable,
                             QString("no station is named \"%1\"").arg(printableText(oldName)));
     if (!to)
-        Statement(database, QString("UPDATE stations SET name = %1 WHERE id = ?")
-                                .arg(database.sqlDialect().textParameter))
+        Statement(database, "UPDATE stations SET name = {text} WHERE id = ?")
             .run({newName.toUtf8(), from->id});
     else if (newName != oldName)
         unite(database, *from, *to);

@@ -3,42 +3,39 @@
 
 #pragma once
 
+#include "yield/logs/bandmarks.h"
+
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
+#include <QUuid>
+#include <QVariant>
 
 #include <stdexcept>
 
 class QSqlError;
-class QSqlQuery;
 struct SqlDialect;
 
 /// What went wrong with the database, in one line for users: it names the file or the server and
 /// holds no password.
-class DatabaseError : public std::runtime_error
-{
-public:
+struct DatabaseError : std::runtime_error {
     enum class Kind {
         Unusable,    ///< The user must change the command line or the installation.
-        NewerSchema, ///< Made by a newer program.
-        Unavailable, ///< Another try may succeed.
+        Unavailable, ///< Another try may succeed: also after an update, of tables that are newer.
         Data         ///< This log, or the rows of this unit, cannot be stored or read.
     };
 
     DatabaseError(Kind kindOfError, const QString& text)
         : std::runtime_error(text.toStdString())
-        , errorKind(kindOfError)
+        , kind(kindOfError)
     {
     }
 
-    Kind kind() const { return errorKind; }
-    QString text() const { return QString::fromUtf8(what()); }
-
-private:
-    Kind errorKind;
+    Kind kind;
 };
 
-/// A connection to the database of attempts, open until it is destroyed; to be used on the thread
-/// that made it. SQLite and PostgreSQL have the same tables.
+/// An open connection to the database of attempts, for the thread that made it. SQLite and
+/// PostgreSQL have the same tables.
 class Database
 {
 public:
@@ -56,19 +53,14 @@ public:
     QSqlDatabase& connection() { return link.database; }
     const SqlDialect& sqlDialect() const { return dialect; }
 
-    /// Runs a statement without values; what fails ends the transaction. Throws DatabaseError.
+    /// Runs a statement without values, adapted to the dialect. Throws DatabaseError.
     void run(const QString& statement);
 
-    /// Ends the transaction and throws what a query failed of. Otherwise PostgreSQL does not free
-    /// the transaction's statements.
+    /// Throws a query's error, after the transaction: in it PostgreSQL frees no statement any more.
     [[noreturn]] void fail(const QSqlQuery& query);
 
-    /// Throws DatabaseError for a location that can be no database's: without a name, or an address
-    /// of another form or with a password in it.
+    /// Throws DatabaseError for an empty location and a malformed address, or with a password.
     static void check(const QString& location);
-
-    /// Whether a location is meant to be a server's address and not a file.
-    static bool isAddress(const QString& location);
 
     /// The SQLite file in the user's data folder, for where no location is given.
     static QString defaultLocation();
@@ -77,17 +69,15 @@ private:
     /// Qt keeps connections by name.
     struct Link {
         ~Link();
-        QString name;
+        const QString name = QUuid::createUuid().toString();
         QSqlDatabase database;
     };
 
     DatabaseError errorOf(const QSqlError& error) const;
     void open(const QString& location, Access access);
-    void prepareSession();
 
     const SqlDialect& dialect;
     QString displayName; ///< The file, or the server without user and password.
-    bool isFile = false;
     Link link;
 };
 
@@ -106,4 +96,32 @@ public:
 
 private:
     Database& database;
+};
+
+/// An SQL statement, adapted to the dialect. Rows are read once, to the end before anything else is
+/// asked on the connection. Everything throws DatabaseError.
+class Statement
+{
+public:
+    Statement(Database& usedDatabase, const QString& sql);
+
+    /// values: for the question marks; for {text} a text's UTF-8.
+    void run(const QVariantList& values = {});
+
+    /// Goes to the next row, at first to the first one; false after the last.
+    bool next();
+
+    // The columns of the row, from 0.
+    QVariant value(int column) const { return query.value(column); }
+    int number(int column) const { return value(column).toInt(); }
+    /// Of {serial} and {name}: any text, as it was stored.
+    QString text(int column) const;
+    /// Of packed marks; serial: whose, for the error.
+    BandMarks marks(int column, const QString& serial) const;
+
+    QVariant insertedId() const { return query.lastInsertId(); }
+
+private:
+    Database& database;
+    QSqlQuery query;
 };

@@ -6,7 +6,6 @@
 #include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
-#include "yield/store/statement.h"
 
 #include <QFile>
 
@@ -14,8 +13,8 @@ namespace
 {
 constexpr int newestSchema = 3;
 
-/// 0 without tables.
-int findVersion(Database& database)
+/// The version of the tables, 0 without tables. Throws for newer ones.
+int knownVersion(Database& database)
 {
     Statement find(database, database.sqlDialect().findSchema);
     find.run();
@@ -23,7 +22,14 @@ int findVersion(Database& database)
         return 0;
     Statement select(database, "SELECT version FROM schema_version");
     select.run();
-    return select.next() ? select.number(0) : 0;
+    const int version = select.next() ? select.number(0) : 0;
+    if (version > newestSchema)
+        throw DatabaseError(
+            DatabaseError::Kind::Unavailable,
+            QString("the database was made by a newer zorvi_yield, its tables have version %1; "
+                    "install the newer one")
+                .arg(version));
+    return version;
 }
 
 /// Runs a script of the resources.
@@ -31,27 +37,10 @@ void run(Database& database, const QString& script)
 {
     QFile file(":/store/" + script);
     file.open(QIODevice::ReadOnly);
-    const SqlDialect& dialect = database.sqlDialect();
-    const QString statements = QString::fromUtf8(file.readAll())
-                                   .replace("{id}", dialect.idType)
-                                   .replace("{bytes}", dialect.bytesType)
-                                   .replace("{bytewise}", dialect.bytewise);
-    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
+    for (const QString& statement : QString(file.readAll()).split(";\n", Qt::SkipEmptyParts))
         database.run(statement);
 }
 
-/// Throws for newer tables.
-int knownVersion(Database& database)
-{
-    const int version = findVersion(database);
-    if (version > newestSchema)
-        throw DatabaseError(
-            DatabaseError::Kind::NewerSchema,
-            QString("the database was made by a newer zorvi_yield, its tables have version %1; "
-                    "install the newer one")
-                .arg(version));
-    return version;
-}
 } // namespace
 
 void schema::migrate(Database& database)
