@@ -5,7 +5,6 @@
 #include "tests/support/poll.h"
 #include "tests/yield/postgresserver.h"
 #include "yield/store/database.h"
-#include "yield/store/database.h"
 
 #include <QDirIterator>
 #include <QRandomGenerator>
@@ -187,7 +186,6 @@ private:
     {
         Database database(location, Database::Access::Read);
         Statement select(database, "SELECT serial, save_number FROM attempts");
-        select.run();
         QStringList runs;
         while (select.next())
             runs << QString("%1/%2").arg(select.value(0).toString()).arg(select.number(1));

@@ -5,7 +5,6 @@
 
 #include "tests/yield/postgresserver.h"
 #include "yield/store/database.h"
-#include "yield/store/database.h"
 
 #include <QStringList>
 #include <QVector>
@@ -32,8 +31,8 @@ inline QString errorOf(const std::function<void()>& act)
     try {
         act();
     } catch (const DatabaseError& error) {
-        const char* kinds[] = {"unusable", "newer", "unavailable", "data"};
-        return QString("%1: %2").arg(kinds[static_cast<int>(error.kind())], error.text());
+        const char* kinds[] = {"unusable", "unavailable", "data"};
+        return QString("%1: %2").arg(kinds[static_cast<int>(error.kind)], error.what());
     }
     return "none";
 }
@@ -58,7 +57,6 @@ inline QStringList rows(Database& database)
         SELECT )" + log + " || ', repeated' || " +
                                    save + R"(, marks
         FROM repeated_saves JOIN stations ON stations.id = station_id)");
-    select.run();
     QStringList found;
     while (select.next())
         found << QString("%1, %2 marks").arg(select.text(0)).arg(select.marks(1, {}).count());
@@ -69,7 +67,6 @@ inline QStringList rows(Database& database)
 inline QVector<int> attemptIds(Database& database)
 {
     Statement select(database, "SELECT id FROM attempts ORDER BY id");
-    select.run();
     QVector<int> ids;
     while (select.next())
         ids << select.number(0);

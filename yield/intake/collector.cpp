@@ -71,8 +71,7 @@ bool Collector::pass()
     makeOutbox();
     const QStringList logs = dueLogs();
     const bool isImportDue = !outbox.exists("/Stored");
-    // Open only while there is something to do: no connection is left behind, and another file in
-    // the place of the database is the database from then on.
+    // Open only while there is something to do: another file in its place is the database then.
     if (logs.isEmpty() && !isImportDue && isMigrated && !nextWarning)
         return postponed.isEmpty();
     // The first time the database is made or migrated; later it must be there.
@@ -80,8 +79,8 @@ bool Collector::pass()
                       isMigrated ? Database::Access::Read : Database::Access::Write);
     prepare(database);
     if (isImportDue) {
-        // Stored is made when all is committed, so that a kill loses none, and a later start does
-        // not import a log whose run is in the outbox.
+        // Stored is made when all is committed, so that a kill loses none and no later start
+        // repeats it.
         importEarlierLogs(database, request.station, logfiles::filesOf(request.logs));
         outbox.make("/Stored");
     }
@@ -106,8 +105,7 @@ void Collector::makeOutbox()
     outbox.make("/Rejected");
 }
 
-/// The pending logs but those that are tried again later. The pauses between two tries grow to a
-/// minute.
+/// The pending logs but those that are tried again later, in pauses that grow to a minute.
 QStringList Collector::dueLogs()
 {
     // A folder that once held very many files takes milliseconds to list for ever after. Listed now
@@ -143,8 +141,8 @@ void Collector::prepare(Database& database)
     isMigrated = true;
 }
 
-/// What version 1.2.0 left in a folder of its spool: a file that names the database and the
-/// station, the logs that waited, and those that were set aside because the tables refused them.
+/// What version 1.2.0 left in a folder of its spool: pending logs, those that the tables rejected,
+/// and a file that names the database and the station.
 void Collector::importSpool(Database& database, const QString& folder)
 {
     QStringList logs;

@@ -21,9 +21,8 @@ struct CollectRequest {
     QString spool; ///< The folder of version 1.2.0's spool.
 };
 
-/// Stores the logs of an outbox and moves each to Stored after the commit. Written to be killed at
-/// any moment: a log that was not moved is read again and is a duplicate then. Prints what the user
-/// should know.
+/// Stores the logs of an outbox and moves each to Stored after the commit. May be killed at any
+/// moment: a log that was not moved is read again and is a duplicate then.
 class Collector
 {
 public:

@@ -29,12 +29,11 @@ struct Result {
     std::vector<Problem> problems;
 };
 
-/// Files for one transaction each, few enough that others wait for a moment only. At least one
-/// batch, which may be empty.
+/// The files of each transaction, so few that others wait for a moment only. At least one batch.
 std::vector<QStringList> batches(const QStringList& files);
 
-/// Stores the logs in the files of a batch and adds to the result. The database knows the station
-/// afterwards, also without a file. Throws DatabaseError if the database fails.
+/// Stores a batch and adds to the result. The database knows the station afterwards, also without a
+/// file. Throws DatabaseError.
 void store(Database& database, const Station& station, const QStringList& files, Result& result);
 
 /// Stores all files, batch by batch, and prints a line for each that was not stored.

@@ -14,8 +14,8 @@ namespace attemptrules
 /// The marks of component 18: only a station that tests it leaves one.
 BandMarks channelButtonMarks();
 
-/// The order of the attempts of a unit, at whatever stations: by time, then by the station's name
-/// in UTF-8, then fewer marks first, then by the packed marks. Never by the order of import.
+/// The order of the attempts of a unit: by time, the station's name in UTF-8, fewer marks first,
+/// the packed marks. Never by the order of import.
 bool isBefore(const Attempt& left, const Attempt& right);
 
 /// Whether a run tests that component, 0 to 43: not 39, and 18 at a station that tests it only.
@@ -24,8 +24,8 @@ bool isTested(int componentNum, bool tests18);
 /// The result of an attempt: passed, aborted, or else failed.
 struct Outcome {
     std::vector<bandmarks::Band> missed; ///< In the order of the marks, of tested controls only.
-    /// The control where the run was aborted: it and all tested ones after it, at least two
-    /// altogether, have no mark. They were not tested, so none of their bands is missed.
+    /// Where the run was aborted: this control and all tested ones after it, at least two
+    /// altogether, have no mark. None of their bands is missed.
     std::optional<int> abortedAt;
 
     bool hasPassed() const { return missed.empty() && !abortedAt; }

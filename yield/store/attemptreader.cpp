@@ -18,7 +18,7 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
     schema::requireCurrent(database);
     QHash<int, QString> stations;
     Statement names(database, "SELECT id, {name} FROM stations");
-    for (names.run(); names.next();)
+    while (names.next())
         stations[names.number(0)] = names.text(1);
     // SQL returns them by serial and time; those of one unit and second are sorted afterwards.
     std::vector<Attempt> second;
@@ -30,8 +30,8 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
     Statement select(database,
                      QString("SELECT station_id, {serial}, tested_at, marks, tests_18, started_at "
                              "FROM attempts %1 ORDER BY serial {bytewise}, tested_at {bytewise}")
-                         .arg(serial ? "WHERE serial {bytewise} = {text}" : ""));
-    select.run(serial ? QVariantList{serial->toUtf8()} : QVariantList());
+                         .arg(serial ? "WHERE serial {bytewise} = {text}" : ""),
+                     serial ? QVariantList{serial->toUtf8()} : QVariantList());
     while (select.next()) {
         const QString unit = select.text(1);
         const Attempt attempt{
@@ -54,8 +54,8 @@ std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime
         "AND tested_at {bytewise} <= ? ORDER BY tested_at {bytewise} DESC LIMIT 1)";
     Statement select(database,
                      QString("SELECT {name}, %1, %2 FROM stations ORDER BY name {bytewise}")
-                         .arg(last.arg("attempts"), last.arg("repeated_saves")));
-    select.run({now.toString(Qt::ISODate), now.toString(Qt::ISODate)});
+                         .arg(last.arg("attempts"), last.arg("repeated_saves")),
+                     {now.toString(Qt::ISODate), now.toString(Qt::ISODate)});
     std::vector<LastLog> logs;
     while (select.next())
         logs.push_back(

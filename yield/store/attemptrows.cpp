@@ -5,8 +5,6 @@
 
 #include "yield/logs/attemptrules.h"
 
-#include <tuple>
-
 namespace
 {
 /// Rows as rowsOf reads them; a condition goes behind it.
@@ -19,8 +17,10 @@ const QString isLog = "serial {bytewise} = {text} AND tested_at {bytewise} = ? A
 /// The columns that both tables have, and the others of attempts.
 const QString logColumns = "serial, tested_at, marks, station_id, run, save_number";
 const QString logValues = "{text}, ?, ?, ?, ?, ?";
-const QString attemptColumns = logColumns + ", started_at, tests_18, passed, aborted_component";
-const QString attemptValues = logValues + ", ?, ?, ?, ?";
+const QString columns = logColumns + ", started_at, tests_18, passed, aborted_component";
+const QString values = logValues + ", ?, ?, ?, ?";
+const QString insert = "INSERT INTO attempts (" + columns + ") VALUES (" + values + ")";
+const QString update = "UPDATE attempts SET (" + columns + ") = (" + values + ") WHERE id = ?";
 
 QVariantList valuesOf(const StationLog& log)
 {
@@ -50,74 +50,57 @@ std::vector<LogRow> rowsOf(Statement& select)
 }
 } // namespace
 
-bool LogRow::operator==(const LogRow& other) const
+std::vector<LogRow> attemptrows::find(Database& database, const StationLog& log, const QString& run)
 {
-    return std::tie(attemptId, tests18, stationId, log, run, save) ==
-           std::tie(other.attemptId, other.tests18, other.stationId, other.log, other.run,
-                    other.save);
-}
-
-AttemptRows::AttemptRows(Database& usedDatabase)
-    : database(usedDatabase)
     // Not by OR, which does not use the indexes on PostgreSQL.
-    , selectRows(database, selectAttempts + isLog + " UNION " + selectAttempts + "run = ? UNION " +
-                               selectRepeated + isLog + " UNION " + selectRepeated + "run = ?")
-    , insertAttempt(database,
-                    "INSERT INTO attempts (" + attemptColumns + ") VALUES (" + attemptValues + ")")
-    , updateAttempt(database, "UPDATE attempts SET (" + attemptColumns + ") = (" + attemptValues +
-                                  ") WHERE id = ?")
-    , insertMissed(database, "INSERT INTO missed_bands VALUES (?, ?, ?)")
-    , deleteMissed(database, "DELETE FROM missed_bands WHERE attempt_id = ?")
-{
-}
-
-std::vector<LogRow> AttemptRows::find(const StationLog& log, const QString& run)
-{
+    static const QString sql = selectAttempts + isLog + " UNION " + selectAttempts +
+                               "run = ? UNION " + selectRepeated + isLog + " UNION " +
+                               selectRepeated + "run = ?";
     const QVariantList once = valuesOf(log) + QVariantList{run};
-    selectRows.run(once + once);
-    return rowsOf(selectRows);
+    Statement select(database, sql, once + once);
+    return rowsOf(select);
 }
 
-void AttemptRows::writeAttempt(const LogRow& row)
+void attemptrows::writeAttempt(Database& database, const LogRow& row)
 {
     const auto outcome = attemptrules::outcomeOf(row.log.marks, row.tests18);
-    QVariantList values = valuesOf(row);
-    values << OutboxName{row.run}.startedAt() << (row.tests18 ? 1 : 0)
-           << (outcome.hasPassed() ? 1 : 0)
-           << (outcome.abortedAt ? *outcome.abortedAt : QVariant(QVariant::Int));
+    QVariantList bound = valuesOf(row);
+    bound << OutboxName{row.run}.startedAt() << (row.tests18 ? 1 : 0)
+          << (outcome.hasPassed() ? 1 : 0)
+          << (outcome.abortedAt ? *outcome.abortedAt : QVariant(QVariant::Int));
     QVariant id = row.attemptId;
     if (row.attemptId != 0) {
-        updateAttempt.run(values << id);
-        deleteMissed.run({id});
+        Statement(database, update, bound << id);
+        Statement(database, "DELETE FROM missed_bands WHERE attempt_id = ?", {id});
     } else {
-        insertAttempt.run(values);
-        if (!outcome.missed.empty())
-            id = insertAttempt.insertedId();
+        const Statement inserted(database, insert, bound);
+        if (!outcome.missed.empty()) // otherwise PostgreSQL would be asked for nothing
+            id = inserted.insertedId();
     }
     for (const auto& band : outcome.missed)
-        insertMissed.run({id, band.componentNum, band.band});
+        Statement(database, "INSERT INTO missed_bands VALUES (?, ?, ?)",
+                  {id, band.componentNum, band.band});
 }
 
-void AttemptRows::insertRepeated(const LogRow& row)
+void attemptrows::insertRepeated(Database& database, const LogRow& row)
 {
     Statement(database,
-              "INSERT INTO repeated_saves (" + logColumns + ") VALUES (" + logValues + ")")
-        .run(valuesOf(row));
+              "INSERT INTO repeated_saves (" + logColumns + ") VALUES (" + logValues + ")",
+              valuesOf(row));
 }
 
-void AttemptRows::remove(const LogRow& row)
+void attemptrows::remove(Database& database, const LogRow& row)
 {
     if (row.attemptId != 0) // with its missed bands
-        Statement(database, "DELETE FROM attempts WHERE id = ?").run({row.attemptId});
+        Statement(database, "DELETE FROM attempts WHERE id = ?", {row.attemptId});
     else
-        Statement(database, "DELETE FROM repeated_saves WHERE station_id = ? AND " + isLog)
-            .run(QVariantList{row.stationId} + valuesOf(row.log));
+        Statement(database, "DELETE FROM repeated_saves WHERE station_id = ? AND " + isLog,
+                  QVariantList{row.stationId} + valuesOf(row.log));
 }
 
-void AttemptRows::deriveResults(const QString& condition)
+void attemptrows::deriveResults(Database& database, const QString& condition)
 {
     Statement select(database, selectAttempts + condition);
-    select.run();
     for (const LogRow& row : rowsOf(select))
-        writeAttempt(row);
+        writeAttempt(database, row);
 }

@@ -18,31 +18,25 @@ struct LogRow {
     QString run = {}; ///< Null for an imported log.
     int save = 0;
 
-    bool operator==(const LogRow& other) const;
+    bool operator==(const LogRow& other) const
+    {
+        return attemptId == other.attemptId && tests18 == other.tests18 &&
+               stationId == other.stationId && log == other.log && run == other.run &&
+               save == other.save;
+    }
 };
 
 /// Reads and writes rows, inside of a transaction. Everything throws DatabaseError.
-class AttemptRows
+namespace attemptrows
 {
-public:
-    explicit AttemptRows(Database& usedDatabase);
+/// The rows of that serial, time and marks, at whatever station; and those of the run.
+std::vector<LogRow> find(Database& database, const StationLog& log, const QString& run = {});
 
-    /// The rows of that serial, time and marks, at whatever station; and those of the run.
-    std::vector<LogRow> find(const StationLog& log, const QString& run = {});
+/// Inserts the attempt, or updates the one with its id, and derives its results.
+void writeAttempt(Database& database, const LogRow& row);
+void insertRepeated(Database& database, const LogRow& row);
+void remove(Database& database, const LogRow& row);
 
-    /// Inserts the attempt, or updates the one with its id, and derives its results.
-    void writeAttempt(const LogRow& row);
-    void insertRepeated(const LogRow& row);
-    void remove(const LogRow& row);
-
-    /// Derives the results of the attempts again that an SQL condition selects.
-    void deriveResults(const QString& condition);
-
-private:
-    Database& database;
-    Statement selectRows;
-    Statement insertAttempt;
-    Statement updateAttempt;
-    Statement insertMissed;
-    Statement deleteMissed;
-};
+/// Derives the results of the attempts again that an SQL condition selects.
+void deriveResults(Database& database, const QString& condition);
+} // namespace attemptrows

@@ -26,8 +26,8 @@ struct StationRow {
 
 std::optional<StationRow> findStation(Database& database, const QString& name)
 {
-    Statement select(database, "SELECT id, tests_18 FROM stations WHERE name = {text}");
-    select.run({name.toUtf8()});
+    Statement select(database, "SELECT id, tests_18 FROM stations WHERE name = {text}",
+                     {name.toUtf8()});
     if (!select.next())
         return std::nullopt;
     return StationRow{select.number(0), select.number(1) != 0};
@@ -36,10 +36,10 @@ std::optional<StationRow> findStation(Database& database, const QString& name)
 /// From now on the station tests component 18, in its imported logs too: they do not show it.
 void setTests18(Database& database, int stationId)
 {
-    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?").run({stationId});
+    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?", {stationId});
     const QString imported = QString("run IS NULL AND station_id = %1").arg(stationId);
     database.run("UPDATE attempts SET tests_18 = 1 WHERE " + imported);
-    AttemptRows(database).deriveResults(imported);
+    attemptrows::deriveResults(database, imported);
 }
 
 bool showsTest18(const LogFile& file)
@@ -52,8 +52,7 @@ bool showsTest18(const LogFile& file)
 StationRow updatedStation(Database& database, const Station& station, bool showsTests18)
 {
     if (!findStation(database, station.name))
-        Statement(database, "INSERT INTO stations (name) VALUES ({text})")
-            .run({station.name.toUtf8()});
+        Statement(database, "INSERT INTO stations (name) VALUES ({text})", {station.name.toUtf8()});
     StationRow row = *findStation(database, station.name);
     if ((station.tests18 || showsTests18) && !row.tests18) {
         setTests18(database, row.id);
@@ -89,33 +88,41 @@ std::vector<LogRow> withSave(LogRow save, const std::vector<LogRow>& former)
     return rows;
 }
 
-/// Stores the logs of one station.
-class LogStore
+/// Of a run that comes from several stations, the first by name counts: that depends on no order.
+int firstByName(Database& database, int stationId, int otherId)
 {
-public:
-    LogStore(Database& usedDatabase, const StationRow& row, const StoreCounts& countsBefore)
-        : counts(countsBefore)
-        , database(usedDatabase)
-        , station(row)
-        , rows(database)
-    {
-    }
+    if (stationId == otherId)
+        return stationId;
+    Statement select(database,
+                     "SELECT id FROM stations WHERE id IN (?, ?) ORDER BY name {bytewise} LIMIT 1",
+                     {stationId, otherId});
+    return select.next() ? select.number(0) : stationId;
+}
 
-    void add(const LogFile& file);
+void replace(Database& database, const std::vector<LogRow>& former, const std::vector<LogRow>& run)
+{
+    if (std::is_permutation(run.begin(), run.end(), former.begin(), former.end()))
+        return;
+    const LogRow& attempt = run.front();
+    for (const LogRow& row : former)
+        if (row.attemptId == 0 || row.attemptId != attempt.attemptId)
+            attemptrows::remove(database, row);
+    attemptrows::writeAttempt(database, attempt);
+    for (auto repeated = run.begin() + 1; repeated != run.end(); ++repeated)
+        attemptrows::insertRepeated(database, *repeated);
+}
 
-    StoreCounts counts;
-
-private:
-    bool addImported(const StationLog& log);
-    bool addSave(LogRow save);
-    int firstByName(int stationId, int otherId);
-    void replace(const std::vector<LogRow>& former, const std::vector<LogRow>& run);
-
+/// Stores the logs of one station.
+struct LogStore {
     Database& database;
     const StationRow station;
-    AttemptRows rows;
+    StoreCounts counts;
     const QString future =
         QDateTime::currentDateTime().addSecs(futureSeconds).toString(Qt::ISODate);
+
+    void add(const LogFile& file);
+    bool addImported(const StationLog& log);
+    bool addSave(LogRow save);
 };
 
 void LogStore::add(const LogFile& file)
@@ -137,7 +144,7 @@ void LogStore::add(const LogFile& file)
 /// Returns false for a duplicate.
 bool LogStore::addImported(const StationLog& log)
 {
-    const auto known = rows.find(log);
+    const auto known = attemptrows::find(database, log);
     const auto isHere = [&](const LogRow& row) { return row.stationId == station.id; };
     const auto hasRun = [](const LogRow& row) { return !row.run.isNull(); };
     const bool isKnownHere = std::any_of(known.begin(), known.end(), isHere);
@@ -145,57 +152,31 @@ bool LogStore::addImported(const StationLog& log)
         ++counts.otherStations;
     if (isKnownHere || std::any_of(known.begin(), known.end(), hasRun))
         return false;
-    rows.writeAttempt({0, station.tests18, station.id, log});
+    attemptrows::writeAttempt(database, {0, station.tests18, station.id, log});
     return true;
 }
 
 /// Returns false for a duplicate.
 bool LogStore::addSave(LogRow save)
 {
-    std::vector<LogRow> former = rows.find(save.log, save.run);
-    const auto ofOtherRuns =
-        std::stable_partition(former.begin(), former.end(), [&](const LogRow& row) {
-            return row.run.isNull() || row.run == save.run;
-        });
-    const std::vector<LogRow> others(ofOtherRuns, former.end());
-    former.erase(ofOtherRuns, former.end());
-
-    const auto isElsewhere = [&](const LogRow& row) { return row.stationId != station.id; };
-    if (std::any_of(former.begin(), former.end(), isElsewhere))
-        ++counts.otherStations;
-    for (const LogRow& row : former)
+    std::vector<LogRow> former;
+    std::vector<LogRow> ofOtherRuns;
+    for (const LogRow& row : attemptrows::find(database, save.log, save.run))
+        (row.run.isNull() || row.run == save.run ? former : ofOtherRuns).push_back(row);
+    bool isKnown = false;
+    bool isAtOtherStation = false;
+    for (const LogRow& row : former) {
+        isKnown = isKnown || row.log == save.log;
+        isAtOtherStation = isAtOtherStation || row.stationId != station.id;
         if (row.run == save.run)
-            save.stationId = firstByName(save.stationId, row.stationId);
-    const auto isSameLog = [&](const LogRow& row) { return row.log == save.log; };
-    const auto isHere = [&](const LogRow& row) { return row.stationId == save.stationId; };
-    if (std::any_of(others.begin(), others.end(), isHere))
-        return false; // two runs left the same log, within a second: one attempt
-    replace(former, withSave(save, former));
-    return std::none_of(former.begin(), former.end(), isSameLog);
-}
-
-/// Of a run that comes from several stations, the first by name counts: that depends on no order.
-int LogStore::firstByName(int stationId, int otherId)
-{
-    if (stationId == otherId)
-        return stationId;
-    Statement select(database, "SELECT id FROM stations WHERE id IN (?, ?) "
-                               "ORDER BY name {bytewise} LIMIT 1");
-    select.run({stationId, otherId});
-    return select.next() ? select.number(0) : stationId;
-}
-
-void LogStore::replace(const std::vector<LogRow>& former, const std::vector<LogRow>& run)
-{
-    if (std::is_permutation(run.begin(), run.end(), former.begin(), former.end()))
-        return;
-    const LogRow& attempt = run.front();
-    for (const LogRow& row : former)
-        if (row.attemptId == 0 || row.attemptId != attempt.attemptId)
-            rows.remove(row);
-    rows.writeAttempt(attempt);
-    for (auto repeated = run.begin() + 1; repeated != run.end(); ++repeated)
-        rows.insertRepeated(*repeated);
+            save.stationId = firstByName(database, save.stationId, row.stationId);
+    }
+    counts.otherStations += isAtOtherStation ? 1 : 0;
+    for (const LogRow& row : ofOtherRuns)
+        if (row.stationId == save.stationId) // left the same log within a second: one attempt
+            return false;
+    replace(database, former, withSave(save, former));
+    return !isKnown;
 }
 
 /// Moves all rows of a station to another one. Of a log that both have one row stays, that of
@@ -227,7 +208,7 @@ void attemptstore::store(Database& database, const Station& station,
     Transaction transaction(database, Database::Access::Write);
     schema::requireCurrent(database);
     const bool showsTests18 = std::any_of(files.begin(), files.end(), showsTest18);
-    LogStore logs(database, updatedStation(database, station, showsTests18), counts);
+    LogStore logs{database, updatedStation(database, station, showsTests18), counts};
     for (const LogFile& file : files)
         logs.add(file);
     transaction.commit();
@@ -244,8 +225,8 @@ void attemptstore::renameStation(Database& database, const QString& oldName, con
         throw DatabaseError(DatabaseError::Kind::Unusable,
                             QString("no station is named \"%1\"").arg(printableText(oldName)));
     if (!to)
-        Statement(database, "UPDATE stations SET name = {text} WHERE id = ?")
-            .run({newName.toUtf8(), from->id});
+        Statement(database, "UPDATE stations SET name = {text} WHERE id = ?",
+                  {newName.toUtf8(), from->id});
     else if (newName != oldName)
         unite(database, *from, *to);
     transaction.commit();

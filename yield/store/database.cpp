@@ -51,11 +51,21 @@ void Database::run(const QString& statement)
         fail(query);
 }
 
-void Database::fail(const QSqlQuery& query)
+QSqlQuery Database::prepared(const QString& sql)
 {
-    const DatabaseError error = errorOf(query.lastError());
-    QSqlQuery("ROLLBACK", link.database);
-    throw error;
+    if (!queries.contains(sql)) {
+        QSqlQuery query(link.database);
+        query.setForwardOnly(true); // otherwise every row stays in memory
+        if (!query.prepare(dialect.adapted(sql)))
+            fail(query);
+        queries.insert(sql, query);
+    }
+    return queries[sql];
+}
+
+void Database::fail(const QSqlQuery& query) const
+{
+    throw errorOf(query.lastError());
 }
 
 void Database::open(const QString& location, Access access)
@@ -134,16 +144,9 @@ void Transaction::commit()
     database.run("COMMIT");
 }
 
-Statement::Statement(Database& usedDatabase, const QString& sql)
+Statement::Statement(Database& usedDatabase, const QString& sql, const QVariantList& values)
     : database(usedDatabase)
-    , query(database.connection())
-{
-    query.setForwardOnly(true); // otherwise every row stays in memory
-    if (!query.prepare(database.sqlDialect().adapted(sql)))
-        database.fail(query);
-}
-
-void Statement::run(const QVariantList& values)
+    , query(database.prepared(sql))
 {
     for (int i = 0; i < values.size(); ++i)
         query.bindValue(i, values[i]);
@@ -157,7 +160,6 @@ bool Statement::next()
         return true;
     if (query.lastError().isValid())
         database.fail(query);
-    query.finish();
     return false;
 }
 

@@ -5,6 +5,7 @@
 
 #include "yield/logs/bandmarks.h"
 
+#include <QHash>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
@@ -56,8 +57,11 @@ public:
     /// Runs a statement without values, adapted to the dialect. Throws DatabaseError.
     void run(const QString& statement);
 
-    /// Throws a query's error, after the transaction: in it PostgreSQL frees no statement any more.
-    [[noreturn]] void fail(const QSqlQuery& query);
+    /// The query of a statement, prepared once for each connection. Throws DatabaseError.
+    QSqlQuery prepared(const QString& sql);
+
+    /// Throws a query's error.
+    [[noreturn]] void fail(const QSqlQuery& query) const;
 
     /// Throws DatabaseError for an empty location and a malformed address, or with a password.
     static void check(const QString& location);
@@ -79,6 +83,7 @@ private:
     const SqlDialect& dialect;
     QString displayName; ///< The file, or the server without user and password.
     Link link;
+    QHash<QString, QSqlQuery> queries; ///< Prepared, by their statements.
 };
 
 /// A transaction, undone unless it is committed. Everything throws DatabaseError.
@@ -103,10 +108,11 @@ private:
 class Statement
 {
 public:
-    Statement(Database& usedDatabase, const QString& sql);
-
-    /// values: for the question marks; for {text} a text's UTF-8.
-    void run(const QVariantList& values = {});
+    /// Runs it. values: for the question marks; for {text} a text's UTF-8.
+    Statement(Database& usedDatabase, const QString& sql, const QVariantList& values = {});
+    ~Statement() { query.finish(); }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
 
     /// Goes to the next row, at first to the first one; false after the last.
     bool next();

@@ -17,11 +17,9 @@ constexpr int newestSchema = 3;
 int knownVersion(Database& database)
 {
     Statement find(database, database.sqlDialect().findSchema);
-    find.run();
     if (!find.next())
         return 0;
     Statement select(database, "SELECT version FROM schema_version");
-    select.run();
     const int version = select.next() ? select.number(0) : 0;
     if (version > newestSchema)
         throw DatabaseError(
@@ -57,7 +55,7 @@ void schema::migrate(Database& database)
         run(database, "migrate2to3.sql");
     run(database, "indexes.sql");
     if (version == 1) // which did not know aborted runs
-        AttemptRows(database).deriveResults("passed = 0");
+        attemptrows::deriveResults(database, "passed = 0");
     transaction.commit();
 }
 
