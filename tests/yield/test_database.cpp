@@ -48,12 +48,12 @@ void makeTables(Database& database, int version)
     database.run("INSERT INTO stations (name, tests_18) VALUES ('S', 0), ('TARVEK', 1)");
     for (const auto& [stationId, log, isComplete] :
          {std::make_tuple(1, whole, 1), {1, dead, 0}, {1, cut, 0}, {2, all, 1}})
-        Statement(database,
-                  "INSERT INTO attempts (serial, tested_at, marks, station_id, complete) "
-                  "VALUES (?, ?, ?, ?, ?)",
-                  {log.serial, log.testedAt, bandmarks::packed(log.marks), stationId, isComplete});
-    Statement(database, "INSERT INTO other_saves VALUES (1, ?, ?, ?)",
-              {again.serial, again.testedAt, bandmarks::packed(again.marks)});
+        database.run(
+            "INSERT INTO attempts (serial, tested_at, marks, station_id, complete) "
+            "VALUES (?, ?, ?, ?, ?)",
+            {log.serial, log.testedAt, bandmarks::packed(log.marks), stationId, isComplete});
+    database.run("INSERT INTO other_saves VALUES (1, ?, ?, ?)",
+                 {again.serial, again.testedAt, bandmarks::packed(again.marks)});
     database.run("INSERT INTO missed_bands VALUES (2, 3, 5), (3, 42, 0), (3, 43, 0)");
     if (version == 1)
         return;

@@ -67,7 +67,8 @@ ExitStatus importLogs(const QCommandLineParser& parser)
             ++gone;
         }
     }
-    const auto result = logimport::importFiles(database, station, files);
+    const auto result = logimport::store(database, station, files);
+    logimport::printProblems(result);
     const StoreCounts& counts = result.counts;
     const int rejected = gone + static_cast<int>(result.problems.size());
     messages::print(QString("%1 logs: %2 new, %3 duplicates, %4 empty, %5 rejected")
@@ -76,7 +77,6 @@ ExitStatus importLogs(const QCommandLineParser& parser)
                         .arg(counts.duplicates)
                         .arg(counts.empty)
                         .arg(rejected));
-    logimport::printWarnings(counts);
     return rejected == 0 ? ExitStatus::Success : ExitStatus::ProblemsFound;
 }
 } // namespace

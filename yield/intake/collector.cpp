@@ -26,11 +26,10 @@ constexpr std::chrono::seconds maxRetryPause = 60s;
 constexpr std::chrono::seconds makeOutboxPause = 60s;
 constexpr std::chrono::seconds warningPause = 1h;
 
-void printCounts(const StoreCounts& counts)
+void printAdded(const StoreCounts& counts)
 {
     if (counts.added > 0)
         messages::print(QString("new logs: %1").arg(counts.added));
-    logimport::printWarnings(counts);
 }
 } // namespace
 
@@ -84,11 +83,7 @@ bool Collector::pass()
         importEarlierLogs(database, request.station, logfiles::filesOf(request.logs));
         outbox.make("/Stored");
     }
-    for (const QStringList& files : logimport::batches(logs)) {
-        logimport::Result result;
-        logimport::store(database, request.station, files, result);
-        finish(result);
-    }
+    finish(logimport::store(database, request.station, logs));
     return !hasProblem;
 }
 
@@ -166,14 +161,15 @@ void Collector::importSpool(Database& database, const QString& folder)
 void Collector::importEarlierLogs(Database& database, const Station& station,
                                   const QStringList& files)
 {
-    const auto result = logimport::importFiles(database, station, files);
-    printCounts(result.counts);
+    const auto result = logimport::store(database, station, files);
+    printAdded(result.counts);
+    logimport::printProblems(result);
     hasProblem = hasProblem || !result.problems.empty();
 }
 
 void Collector::finish(const logimport::Result& result)
 {
-    printCounts(result.counts);
+    printAdded(result.counts);
     for (const QString& log : result.stored)
         moveLog(log, {});
     for (const auto& problem : result.problems)

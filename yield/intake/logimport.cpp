@@ -9,7 +9,7 @@
 
 namespace
 {
-constexpr int batchSize = 1000;
+constexpr std::size_t maxLogsAtOnce = 1000;
 
 /// A log that the tables refuse is found by halves, so that it stops no other.
 void storeLogs(Database& database, const Station& station, const std::vector<LogFile>& logs,
@@ -31,19 +31,22 @@ void storeLogs(Database& database, const Station& station, const std::vector<Log
         storeLogs(database, station, {middle, logs.end()}, result);
     }
 }
+void printWarnings(const StoreCounts& counts)
+{
+    if (counts.future > 0)
+        messages::warn(QString("%1 logs have a date in the future: is the station's clock right?")
+                           .arg(counts.future));
+    if (counts.otherStations > 0)
+        messages::warn(QString("%1 logs are known at another station too: was --station mistyped? "
+                               "\"station rename\" corrects it")
+                           .arg(counts.otherStations));
+}
 } // namespace
 
-std::vector<QStringList> logimport::batches(const QStringList& files)
+logimport::Result logimport::store(Database& database, const Station& station,
+                                   const QStringList& files)
 {
-    std::vector<QStringList> batches{files.mid(0, batchSize)};
-    for (int begin = batchSize; begin < files.size(); begin += batchSize)
-        batches.push_back(files.mid(begin, batchSize));
-    return batches;
-}
-
-void logimport::store(Database& database, const Station& station, const QStringList& files,
-                      Result& result)
-{
+    Result result;
     std::vector<LogFile> logs;
     for (const QString& path : files) {
         try {
@@ -54,29 +57,19 @@ void logimport::store(Database& database, const Station& station, const QStringL
             if (!logfiles::isGone(path))
                 result.problems.push_back({path, error.what(), false});
         }
+        if (logs.size() == maxLogsAtOnce) {
+            storeLogs(database, station, logs, result);
+            logs.clear();
+        }
     }
     storeLogs(database, station, logs, result);
-}
-
-logimport::Result logimport::importFiles(Database& database, const Station& station,
-                                         const QStringList& files)
-{
-    Result result;
-    for (const QStringList& batch : batches(files))
-        store(database, station, batch, result);
-    for (const Problem& problem : result.problems)
-        messages::warn(QString("%1: not imported: %2")
-                           .arg(printableText(problem.path), printableText(problem.reason)));
+    printWarnings(result.counts);
     return result;
 }
 
-void logimport::printWarnings(const StoreCounts& counts)
+void logimport::printProblems(const Result& result)
 {
-    if (counts.future > 0)
-        messages::warn(QString("%1 logs have a date in the future: is the station's clock right?")
-                           .arg(counts.future));
-    if (counts.otherStations > 0)
-        messages::warn(QString("%1 logs are known at another station too: was --station mistyped? "
-                               "\"station rename\" corrects it")
-                           .arg(counts.otherStations));
+    for (const Problem& problem : result.problems)
+        messages::warn(QString("%1: not imported: %2")
+                           .arg(printableText(problem.path), printableText(problem.reason)));
 }

@@ -29,16 +29,11 @@ struct Result {
     std::vector<Problem> problems;
 };
 
-/// The files of each transaction, so few that others wait for a moment only. At least one batch.
-std::vector<QStringList> batches(const QStringList& files);
+/// Stores logs in transactions so short that others wait for a moment only. The database knows the
+/// station afterwards, also without a file. Prints what the user should look into, of logs that
+/// were added. Throws DatabaseError.
+Result store(Database& database, const Station& station, const QStringList& files);
 
-/// Stores a batch and adds to the result. The database knows the station afterwards, also without a
-/// file. Throws DatabaseError.
-void store(Database& database, const Station& station, const QStringList& files, Result& result);
-
-/// Stores all files, batch by batch, and prints a line for each that was not stored.
-Result importFiles(Database& database, const Station& station, const QStringList& files);
-
-/// Prints what the user should look into, of logs that were added.
-void printWarnings(const StoreCounts& counts);
+/// Prints a line for each file that was not stored.
+void printProblems(const Result& result);
 } // namespace logimport

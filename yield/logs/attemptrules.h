@@ -3,10 +3,28 @@
 
 #pragma once
 
-#include "yield/logs/attempt.h"
+#include "yield/logs/bandmarks.h"
+
+#include <QString>
 
 #include <optional>
 #include <vector>
+
+/// One attempt of a unit, as its log has it; attemptrules derives the result.
+struct Attempt {
+    QString station;
+    bool tests18 = false; ///< Whether component 18 was tested.
+    QString serial;
+    QString testedAt; ///< yyyy-MM-ddTHH:mm:ss, the station's wall clock.
+    BandMarks marks;
+    QString startedAt = {}; ///< yyyy-MM-ddTHH:mm:ss.zzz; empty for an imported log.
+};
+
+/// A station that the database knows, and the time of its last log.
+struct LastLog {
+    QString station;
+    QString testedAt; ///< Empty without a log, or with logs of the future only.
+};
 
 /// The meaning of a log. Pure functions; the one place for these rules.
 namespace attemptrules

@@ -3,7 +3,6 @@
 
 #include "yield/store/attemptreader.h"
 
-#include "yield/logs/attemptrules.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "yield/logs/attempt.h"
+#include "yield/logs/attemptrules.h"
 
 #include <QDateTime>
 

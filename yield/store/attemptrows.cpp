@@ -70,32 +70,31 @@ void attemptrows::writeAttempt(Database& database, const LogRow& row)
           << (outcome.abortedAt ? *outcome.abortedAt : QVariant(QVariant::Int));
     QVariant id = row.attemptId;
     if (row.attemptId != 0) {
-        Statement(database, update, bound << id);
-        Statement(database, "DELETE FROM missed_bands WHERE attempt_id = ?", {id});
+        database.run(update, bound << id);
+        database.run("DELETE FROM missed_bands WHERE attempt_id = ?", {id});
     } else {
-        const Statement inserted(database, insert, bound);
+        const QSqlQuery inserted = database.run(insert, bound);
         if (!outcome.missed.empty()) // otherwise PostgreSQL would be asked for nothing
-            id = inserted.insertedId();
+            id = inserted.lastInsertId();
     }
     for (const auto& band : outcome.missed)
-        Statement(database, "INSERT INTO missed_bands VALUES (?, ?, ?)",
-                  {id, band.componentNum, band.band});
+        database.run("INSERT INTO missed_bands VALUES (?, ?, ?)",
+                     {id, band.componentNum, band.band});
 }
 
 void attemptrows::insertRepeated(Database& database, const LogRow& row)
 {
-    Statement(database,
-              "INSERT INTO repeated_saves (" + logColumns + ") VALUES (" + logValues + ")",
-              valuesOf(row));
+    database.run("INSERT INTO repeated_saves (" + logColumns + ") VALUES (" + logValues + ")",
+                 valuesOf(row));
 }
 
 void attemptrows::remove(Database& database, const LogRow& row)
 {
     if (row.attemptId != 0) // with its missed bands
-        Statement(database, "DELETE FROM attempts WHERE id = ?", {row.attemptId});
+        database.run("DELETE FROM attempts WHERE id = ?", {row.attemptId});
     else
-        Statement(database, "DELETE FROM repeated_saves WHERE station_id = ? AND " + isLog,
-                  QVariantList{row.stationId} + valuesOf(row.log));
+        database.run("DELETE FROM repeated_saves WHERE station_id = ? AND " + isLog,
+                     QVariantList{row.stationId} + valuesOf(row.log));
 }
 
 void attemptrows::deriveResults(Database& database, const QString& condition)

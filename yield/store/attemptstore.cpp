@@ -36,7 +36,7 @@ std::optional<StationRow> findStation(Database& database, const QString& name)
 /// From now on the station tests component 18, in its imported logs too: they do not show it.
 void setTests18(Database& database, int stationId)
 {
-    Statement(database, "UPDATE stations SET tests_18 = 1 WHERE id = ?", {stationId});
+    database.run("UPDATE stations SET tests_18 = 1 WHERE id = ?", {stationId});
     const QString imported = QString("run IS NULL AND station_id = %1").arg(stationId);
     database.run("UPDATE attempts SET tests_18 = 1 WHERE " + imported);
     attemptrows::deriveResults(database, imported);
@@ -52,7 +52,7 @@ bool showsTest18(const LogFile& file)
 StationRow updatedStation(Database& database, const Station& station, bool showsTests18)
 {
     if (!findStation(database, station.name))
-        Statement(database, "INSERT INTO stations (name) VALUES ({text})", {station.name.toUtf8()});
+        database.run("INSERT INTO stations (name) VALUES ({text})", {station.name.toUtf8()});
     StationRow row = *findStation(database, station.name);
     if ((station.tests18 || showsTests18) && !row.tests18) {
         setTests18(database, row.id);
@@ -61,9 +61,8 @@ StationRow updatedStation(Database& database, const Station& station, bool shows
     return row;
 }
 
-/// The rows of a run with one more save, the attempt first: the highest save, which gets the oldest
-/// id of the attempts that turn out to be one. former: the run's rows, and the imported logs that
-/// are this save.
+/// The rows of a run with one more save, the attempt first: the highest save, which keeps the
+/// oldest id. former: the run's rows, and the imported logs that turn out to be this save.
 std::vector<LogRow> withSave(LogRow save, const std::vector<LogRow>& former)
 {
     std::vector<LogRow> rows;
@@ -184,19 +183,17 @@ bool LogStore::addSave(LogRow save)
 void unite(Database& database, const StationRow& from, const StationRow& to)
 {
     const QString remove =
-        "DELETE FROM %1 WHERE station_id = %2 AND EXISTS (SELECT 1 FROM %3 AS other "
-        "WHERE other.station_id = %4 AND other.serial = %1.serial "
+        "DELETE FROM %1 WHERE station_id = ? AND EXISTS (SELECT 1 FROM %2 AS other "
+        "WHERE other.station_id = ? AND other.serial = %1.serial "
         "AND other.tested_at = %1.tested_at AND other.marks = %1.marks)";
-    database.run(remove.arg("attempts").arg(from.id).arg("repeated_saves").arg(to.id));
-    database.run(remove.arg("attempts").arg(to.id).arg("repeated_saves").arg(from.id));
-    database.run(remove.arg("attempts").arg(from.id).arg("attempts").arg(to.id));
-    database.run(remove.arg("repeated_saves").arg(from.id).arg("repeated_saves").arg(to.id));
+    database.run(remove.arg("attempts", "repeated_saves"), {from.id, to.id});
+    database.run(remove.arg("attempts", "repeated_saves"), {to.id, from.id});
+    database.run(remove.arg("attempts", "attempts"), {from.id, to.id});
+    database.run(remove.arg("repeated_saves", "repeated_saves"), {from.id, to.id});
     for (const char* table : {"attempts", "repeated_saves"})
-        database.run(QString("UPDATE %1 SET station_id = %2 WHERE station_id = %3")
-                         .arg(table)
-                         .arg(to.id)
-                         .arg(from.id));
-    database.run(QString("DELETE FROM stations WHERE id = %1").arg(from.id));
+        database.run(QString("UPDATE %1 SET station_id = ? WHERE station_id = ?").arg(table),
+                     {to.id, from.id});
+    database.run("DELETE FROM stations WHERE id = ?", {from.id});
     if (from.tests18 != to.tests18)
         setTests18(database, to.id);
 }
@@ -225,8 +222,8 @@ void attemptstore::renameStation(Database& database, const QString& oldName, con
         throw DatabaseError(DatabaseError::Kind::Unusable,
                             QString("no station is named \"%1\"").arg(printableText(oldName)));
     if (!to)
-        Statement(database, "UPDATE stations SET name = {text} WHERE id = ?",
-                  {newName.toUtf8(), from->id});
+        database.run("UPDATE stations SET name = {text} WHERE id = ?",
+                     {newName.toUtf8(), from->id});
     else if (newName != oldName)
         unite(database, *from, *to);
     transaction.commit();

@@ -44,23 +44,28 @@ Database::Database(const QString& location, Access access)
         run(statement);
 }
 
-void Database::run(const QString& statement)
+void Database::run(const QString& script)
 {
     QSqlQuery query(link.database);
-    if (!query.exec(dialect.adapted(statement)))
+    if (!query.exec(dialect.adapted(script)))
         fail(query);
 }
 
-QSqlQuery Database::prepared(const QString& sql)
+QSqlQuery Database::run(const QString& statement, const QVariantList& values)
 {
-    if (!queries.contains(sql)) {
+    if (!queries.contains(statement)) {
         QSqlQuery query(link.database);
         query.setForwardOnly(true); // otherwise every row stays in memory
-        if (!query.prepare(dialect.adapted(sql)))
+        if (!query.prepare(dialect.adapted(statement)))
             fail(query);
-        queries.insert(sql, query);
+        queries.insert(statement, query);
     }
-    return queries[sql];
+    QSqlQuery query = queries[statement];
+    for (int i = 0; i < values.size(); ++i)
+        query.bindValue(i, values[i]);
+    if (!query.exec())
+        fail(query);
+    return query;
 }
 
 void Database::fail(const QSqlQuery& query) const
@@ -146,12 +151,8 @@ void Transaction::commit()
 
 Statement::Statement(Database& usedDatabase, const QString& sql, const QVariantList& values)
     : database(usedDatabase)
-    , query(database.prepared(sql))
+    , query(database.run(sql, values))
 {
-    for (int i = 0; i < values.size(); ++i)
-        query.bindValue(i, values[i]);
-    if (!query.exec())
-        database.fail(query);
 }
 
 bool Statement::next()

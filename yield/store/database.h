@@ -54,11 +54,12 @@ public:
     QSqlDatabase& connection() { return link.database; }
     const SqlDialect& sqlDialect() const { return dialect; }
 
-    /// Runs a statement without values, adapted to the dialect. Throws DatabaseError.
-    void run(const QString& statement);
+    /// Runs a script. Throws DatabaseError.
+    void run(const QString& script);
 
-    /// The query of a statement, prepared once for each connection. Throws DatabaseError.
-    QSqlQuery prepared(const QString& sql);
+    /// Runs a statement, which is prepared once for each connection. values: for the question
+    /// marks; for {text} a text's UTF-8. Throws DatabaseError.
+    QSqlQuery run(const QString& statement, const QVariantList& values);
 
     /// Throws a query's error.
     [[noreturn]] void fail(const QSqlQuery& query) const;
@@ -103,12 +104,11 @@ private:
     Database& database;
 };
 
-/// An SQL statement, adapted to the dialect. Rows are read once, to the end before anything else is
-/// asked on the connection. Everything throws DatabaseError.
+/// A statement that selects. Rows are read once, one after the other. Throws DatabaseError.
 class Statement
 {
 public:
-    /// Runs it. values: for the question marks; for {text} a text's UTF-8.
+    /// Runs it, see Database::run.
     Statement(Database& usedDatabase, const QString& sql, const QVariantList& values = {});
     ~Statement() { query.finish(); }
     Statement(const Statement&) = delete;
@@ -124,8 +124,6 @@ public:
     QString text(int column) const;
     /// Of packed marks; serial: whose, for the error.
     BandMarks marks(int column, const QString& serial) const;
-
-    QVariant insertedId() const { return query.lastInsertId(); }
 
 private:
     Database& database;

@@ -7,7 +7,7 @@
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
 
-#include <QFile>
+#include <QResource>
 
 namespace
 {
@@ -33,9 +33,8 @@ int knownVersion(Database& database)
 /// Runs a script of the resources.
 void run(Database& database, const QString& script)
 {
-    QFile file(":/store/" + script);
-    file.open(QIODevice::ReadOnly);
-    for (const QString& statement : QString(file.readAll()).split(";\n", Qt::SkipEmptyParts))
+    const QString statements = QResource(":/store/" + script).uncompressedData();
+    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
         database.run(statement);
 }
 
