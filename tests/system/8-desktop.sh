@@ -50,7 +50,7 @@ print(max(abs(numpy.fromfile("/tmp/recording", "<i2").astype(int)), default=0))'
 is_heard() {
     local recorder status
     rm -f /tmp/recording
-    parec --raw --format=s16le --channels=1 --latency-msec=50 -d @DEFAULT_MONITOR@ > /tmp/recording &
+    parec --raw --format=s16le --channels=1 --latency-msec=50 -d "$(pactl get-default-sink).monitor" > /tmp/recording &
     recorder=$!
     wait_for beep_is_recorded "$1"
     status=$?
