@@ -41,14 +41,16 @@ Collector::Collector(const CollectRequest& whatToCollect)
 
 void Collector::run()
 {
+    QString printed; // of the outbox, once for each change
     for (;;) {
         auto pause = scanPause;
+        QString state = printed;
         try {
             pass();
             if (nextWarning)
                 messages::print("database available again");
             nextWarning.reset();
-            printState("collecting " + outbox.path());
+            state = "collecting " + outbox.path();
         } catch (const DatabaseError& error) {
             if (error.kind == DatabaseError::Kind::Unusable && !isMigrated)
                 throw;
@@ -58,8 +60,11 @@ void Collector::run()
             }
             pause = databasePause;
         } catch (const std::runtime_error& error) {
-            printState(error.what());
+            state = error.what();
         }
+        if (state != printed)
+            messages::warn(state);
+        printed = state;
         std::this_thread::sleep_for(pause);
     }
 }
@@ -202,12 +207,4 @@ void Collector::postpone(const QString& log, const QString& reason)
         return;
     postponed.insert(log);
     messages::warn(QString("%1 stays pending: %2").arg(log, printableText(reason)));
-}
-
-/// Of the outbox, once for each change.
-void Collector::printState(const QString& state)
-{
-    if (state != outboxState)
-        messages::warn(state);
-    outboxState = state;
 }

@@ -44,12 +44,10 @@ private:
     void finish(const logimport::Result& result);
     void moveLog(const QString& log, QString rejection);
     void postpone(const QString& log, const QString& reason);
-    void printState(const QString& state);
 
     const CollectRequest request;
     const Outbox outbox;
     QDeadlineTimer makeOutboxAt{0};
-    QString outboxState;     ///< As printed last.
     bool hasProblem = false; ///< In this pass.
 
     QDateTime emptySince; ///< The outbox's last change, if it had no log then.

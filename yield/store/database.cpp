@@ -48,7 +48,7 @@ void Database::run(const QString& script)
 {
     QSqlQuery query(link.database);
     if (!query.exec(dialect.adapted(script)))
-        fail(query);
+        fail(query.lastError());
 }
 
 QSqlQuery Database::run(const QString& statement, const QVariantList& values)
@@ -57,20 +57,15 @@ QSqlQuery Database::run(const QString& statement, const QVariantList& values)
         QSqlQuery query(link.database);
         query.setForwardOnly(true); // otherwise every row stays in memory
         if (!query.prepare(dialect.adapted(statement)))
-            fail(query);
+            fail(query.lastError());
         queries.insert(statement, query);
     }
     QSqlQuery query = queries[statement];
     for (int i = 0; i < values.size(); ++i)
         query.bindValue(i, values[i]);
     if (!query.exec())
-        fail(query);
+        fail(query.lastError());
     return query;
-}
-
-void Database::fail(const QSqlQuery& query) const
-{
-    throw errorOf(query.lastError());
 }
 
 void Database::open(const QString& location, Access access)
@@ -96,7 +91,7 @@ void Database::open(const QString& location, Access access)
         link.database.setDatabaseName(url.path().mid(1));
     }
     if (!link.database.open())
-        throw errorOf(link.database.lastError());
+        fail(link.database.lastError());
 }
 
 void Database::check(const QString& location)
@@ -115,14 +110,15 @@ void Database::check(const QString& location)
                        "postgresql://user@host:port/name");
 }
 
-DatabaseError Database::errorOf(const QSqlError& error) const
+void Database::fail(const QSqlError& error) const
 {
     const QString text = error.databaseText().trimmed();
     const QString line = (text.isEmpty() ? error.driverText() : text).section('\n', 0, 0).trimmed();
+    DatabaseError::Kind kind = DatabaseError::Kind::Unavailable;
     for (const QString& begin : dialect.dataErrors)
         if (error.nativeErrorCode().startsWith(begin))
-            return {DatabaseError::Kind::Data, displayName + ": " + line};
-    return {DatabaseError::Kind::Unavailable, displayName + ": " + line};
+            kind = DatabaseError::Kind::Data;
+    throw DatabaseError(kind, displayName + ": " + line);
 }
 
 QString Database::defaultLocation()
@@ -133,9 +129,9 @@ QString Database::defaultLocation()
 Transaction::Transaction(Database& usedDatabase, Database::Access access)
     : database(usedDatabase)
 {
-    const bool isReading = access == Database::Access::Read;
     const SqlDialect& dialect = database.sqlDialect();
-    for (const QString& statement : isReading ? dialect.beginReading : dialect.beginWriting)
+    for (const QString& statement :
+         access == Database::Access::Read ? dialect.beginReading : dialect.beginWriting)
         database.run(statement);
 }
 
@@ -160,7 +156,7 @@ bool Statement::next()
     if (query.next())
         return true;
     if (query.lastError().isValid())
-        database.fail(query);
+        database.fail(query.lastError());
     return false;
 }
 

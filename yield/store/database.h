@@ -61,8 +61,8 @@ public:
     /// marks; for {text} a text's UTF-8. Throws DatabaseError.
     QSqlQuery run(const QString& statement, const QVariantList& values);
 
-    /// Throws a query's error.
-    [[noreturn]] void fail(const QSqlQuery& query) const;
+    /// Throws an error of the driver.
+    [[noreturn]] void fail(const QSqlError& error) const;
 
     /// Throws DatabaseError for an empty location and a malformed address, or with a password.
     static void check(const QString& location);
@@ -78,7 +78,6 @@ private:
         QSqlDatabase database;
     };
 
-    DatabaseError errorOf(const QSqlError& error) const;
     void open(const QString& location, Access access);
 
     const SqlDialect& dialect;
