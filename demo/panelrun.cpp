@@ -35,16 +35,18 @@ testlog::Coverage PanelRun::coverageOf(const UnitFault& unit, bool isTarvekStati
 
 QString PanelRun::differences(const QByteArray& log, const UnitFault& unit, bool isTarvekStation)
 {
-    QString reason;
-    const auto read = stationlog::read(log, reason);
-    if (!read)
-        return reason;
+    BandMarks marks;
+    try {
+        marks = stationlog::read(log).marks;
+    } catch (const NotALog& error) {
+        return QString::fromUtf8(error.what());
+    }
     const testlog::Coverage expected = coverageOf(unit, isTarvekStation);
     QStringList found;
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c) {
         QStringList bands;
         for (int band = 0; band < bandmarks::bandCount(c); ++band)
-            if (read->marks[bandmarks::markIndex(c, band)] !=
+            if (marks[bandmarks::markIndex(c, band)] !=
                 (expected.at(static_cast<std::size_t>(c)).at(band).covered != 0.0F))
                 bands << QString::number(band);
         if (!bands.isEmpty())

@@ -5,7 +5,6 @@
 #include "tests/support/poll.h"
 #include "tests/yield/postgresserver.h"
 #include "yield/store/database.h"
-#include "yield/store/statement.h"
 
 #include <QDirIterator>
 #include <QRandomGenerator>

@@ -73,9 +73,6 @@ public:
         server.waitForFinished(patienceMs);
     }
 
-    /// SIGSTOP: clients wait for an answer.
-    void signal(int number) { kill(static_cast<pid_t>(server.processId()), number); }
-
     /// For --database.
     QString location() const { return "postgresql://line@127.0.0.1:" + port + "/postgres"; }
 

@@ -5,10 +5,6 @@
 
 #include "tests/yield/postgresserver.h"
 #include "yield/store/database.h"
-#include "yield/store/statement.h"
-
-#include <QStringList>
-#include <QVector>
 
 #include <functional>
 #include <memory>
@@ -32,47 +28,47 @@ inline QString errorOf(const std::function<void()>& act)
     try {
         act();
     } catch (const DatabaseError& error) {
-        const char* kinds[] = {"unusable", "newer", "unavailable", "data"};
-        return QString("%1: %2").arg(kinds[static_cast<int>(error.kind())], error.text());
+        const char* kinds[] = {"unusable: ", "unavailable: ", "data: "};
+        return QString(kinds[static_cast<int>(error.kind)]) + error.what();
     }
     return "none";
 }
 
-/// All rows but for their ids, sorted: "station: serial at 12:05, passed, save 2 of run 1, 227
-/// marks", of repeated_saves "station: serial at 12:00, repeated, …"; a row for each missed band.
+/// What a statement selects, a line for each row, sorted.
+inline QStringList linesOf(Database& database, const QString& sql)
+{
+    Statement select(database, sql);
+    QStringList lines;
+    while (select.next())
+        lines << select.text(0);
+    lines.sort();
+    return lines;
+}
+
+/// All rows but for their ids, sorted: "station: serial at 12:05, passed, save 2 of run 1", of
+/// repeated_saves "station: serial at 12:00, repeated, …"; a row for each missed band.
 inline QStringList rows(Database& database)
 {
     const QString log = "name || ': ' || serial || ' at ' || substr(tested_at, 12, 5)";
     const QString save =
         "coalesce(', save ' || save_number || ' of run ' || substr(run, 36, 1), '')";
-    Statement select(database, "SELECT " + log + R"(
+    return linesOf(database, "SELECT " + log + R"(
                || CASE WHEN passed = 1 THEN ', passed'
                        WHEN aborted_component IS NULL THEN ', failed'
                        ELSE ', aborted at ' || aborted_component END
                || CASE WHEN attempts.tests_18 = 1 THEN ', 18 tested' ELSE '' END || )" +
-                                   save + R"(
-               || coalesce(', missed ' || component || ':' || band, ''), marks
+                                 save + R"(
+               || coalesce(', missed ' || component || ':' || band, '')
         FROM attempts JOIN stations ON stations.id = station_id
              LEFT JOIN missed_bands ON attempt_id = attempts.id
         UNION ALL
         SELECT )" + log + " || ', repeated' || " +
-                                   save + R"(, marks
+                                 save + R"(
         FROM repeated_saves JOIN stations ON stations.id = station_id)");
-    select.run();
-    QStringList found;
-    while (select.next())
-        found << QString("%1, %2 marks").arg(select.text(0)).arg(select.marks(1, {}).count());
-    found.sort();
-    return found;
 }
 
-inline QVector<int> attemptIds(Database& database)
+inline QStringList attemptIds(Database& database)
 {
-    Statement select(database, "SELECT id FROM attempts ORDER BY id");
-    select.run();
-    QVector<int> ids;
-    while (select.next())
-        ids << select.number(0);
-    return ids;
+    return linesOf(database, "SELECT id FROM attempts");
 }
 } // namespace testdatabase

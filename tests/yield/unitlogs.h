@@ -14,13 +14,8 @@ Q_DECLARE_METATYPE(BandMarks)
 /// Logs as the station itself writes them.
 namespace unitlogs
 {
-/// The marks of a whole run of a TARVEK station.
-inline BandMarks passedWith18()
-{
-    return ~BandMarks();
-}
-
-/// The marks of a whole run of another station.
+/// The marks of a whole run, at a TARVEK station and at another one.
+inline const BandMarks passedWith18 = ~BandMarks();
 inline BandMarks passed()
 {
     return ~attemptrules::channelButtonMarks();

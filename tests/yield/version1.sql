@@ -6,13 +6,13 @@ CREATE TABLE schema_version (version INTEGER NOT NULL);
 INSERT INTO schema_version VALUES (1);
 CREATE TABLE stations (
     id {id},
-    name {text} NOT NULL UNIQUE,
+    name TEXT {bytewise} NOT NULL UNIQUE,
     tests_18 INTEGER NOT NULL DEFAULT 0 CHECK (tests_18 IN (0, 1)));
 CREATE TABLE attempts (
     id {id},
     station_id BIGINT NOT NULL REFERENCES stations (id),
-    serial {text} NOT NULL,
-    tested_at {text} NOT NULL,
+    serial TEXT {bytewise} NOT NULL,
+    tested_at TEXT {bytewise} NOT NULL,
     marks {bytes} NOT NULL,
     complete INTEGER NOT NULL CHECK (complete IN (0, 1)),
     UNIQUE (station_id, serial, tested_at, marks));
@@ -25,11 +25,11 @@ CREATE TABLE missed_bands (
     attempt_id BIGINT NOT NULL REFERENCES attempts (id) ON DELETE CASCADE,
     component INTEGER NOT NULL,
     band INTEGER NOT NULL,
-    PRIMARY KEY (attempt_id, component, band)){keyonly};
+    PRIMARY KEY (attempt_id, component, band));
 CREATE TABLE other_saves (
     station_id BIGINT NOT NULL REFERENCES stations (id),
-    serial {text} NOT NULL,
-    tested_at {text} NOT NULL,
+    serial TEXT {bytewise} NOT NULL,
+    tested_at TEXT {bytewise} NOT NULL,
     marks {bytes} NOT NULL,
-    PRIMARY KEY (station_id, serial, tested_at, marks)){keyonly};
+    PRIMARY KEY (station_id, serial, tested_at, marks));
 CREATE VIEW results AS SELECT serial, complete FROM attempts;

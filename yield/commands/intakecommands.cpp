@@ -58,28 +58,25 @@ ExitStatus importLogs(const QCommandLineParser& parser)
         command::fail("missing FOLDER or FILE");
     Database database(parser.value("database"), Database::Access::Write);
     schema::migrate(database);
-    StoreCounts counts;
-    int rejected = 0;
+    int gone = 0;
     QStringList files;
     for (const QString& path : paths) {
         files += logfiles::filesOf(path);
         if (logfiles::isGone(path)) {
             messages::warn(path + ": not imported: No such file or directory");
-            ++rejected;
+            ++gone;
         }
     }
-    for (const QStringList& batchFiles : logimport::batches(files)) {
-        const auto batch = logimport::store(database, station, batchFiles);
-        counts += batch.counts;
-        rejected += logimport::printProblems(batch);
-    }
+    const auto result = logimport::store(database, station, files);
+    logimport::printProblems(result);
+    const StoreCounts& counts = result.counts;
+    const int rejected = gone + static_cast<int>(result.problems.size());
     messages::print(QString("%1 logs: %2 new, %3 duplicates, %4 empty, %5 rejected")
                         .arg(counts.added + counts.duplicates + counts.empty + rejected)
                         .arg(counts.added)
                         .arg(counts.duplicates)
                         .arg(counts.empty)
                         .arg(rejected));
-    logimport::printWarnings(counts);
     return rejected == 0 ? ExitStatus::Success : ExitStatus::ProblemsFound;
 }
 } // namespace

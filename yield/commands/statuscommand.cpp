@@ -32,7 +32,7 @@ bool showDatabase(const QString& location)
                                          : QString(last.testedAt).replace('T', ' ')));
         return true;
     } catch (const DatabaseError& error) {
-        messages::print(QString("database %1: unavailable: %2").arg(location, error.text()));
+        messages::print(QString("database %1: unavailable: %2").arg(location, error.what()));
         return false;
     }
 }
@@ -56,12 +56,12 @@ QDateTime lastChange(const QString& outbox)
 QString newerLog(const QString& logs, const QDateTime& newest)
 {
     for (const QString& path : logfiles::filesOf(logs)) {
-        QString reason;
-        if (newest.secsTo(QFileInfo(path).lastModified()) < minuteSeconds)
-            continue;
-        const auto file = logfiles::read(path, reason);
-        if (file && file->log.marks.any())
-            return path;
+        try {
+            if (newest.secsTo(QFileInfo(path).lastModified()) >= minuteSeconds &&
+                logfiles::read(path).log.marks.any())
+                return path;
+        } catch (const std::runtime_error&) { // not a log
+        }
     }
     return {};
 }
@@ -73,8 +73,8 @@ bool showOutbox(const QString& logs)
     const Outbox outbox(logs);
     if (!outbox.exists())
         throw std::runtime_error("missing, nothing collects");
-    const QStringList pending = outbox.pending();
-    const int rejected = outbox.rejected().size();
+    const QStringList pending = outbox.logs();
+    const int rejected = outbox.logs("/Rejected").size();
     const QDateTime now = QDateTime::currentDateTime();
     QDateTime oldest = now;
     for (const QString& log : pending)

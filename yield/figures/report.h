@@ -5,7 +5,7 @@
 
 #include "unit/componentroster.h"
 #include "yield/figures/limits.h"
-#include "yield/logs/attempt.h"
+#include "yield/logs/attemptrules.h"
 
 #include <QDateTime>
 #include <QMap>

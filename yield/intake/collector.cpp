@@ -9,12 +9,10 @@
 #include "yield/store/schema.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
-#include <optional>
 #include <thread>
 
 namespace
@@ -28,34 +26,10 @@ constexpr std::chrono::seconds maxRetryPause = 60s;
 constexpr std::chrono::seconds makeOutboxPause = 60s;
 constexpr std::chrono::seconds warningPause = 1h;
 
-void printCounts(const StoreCounts& counts)
+void printAdded(const StoreCounts& counts)
 {
     if (counts.added > 0)
         messages::print(QString("new logs: %1").arg(counts.added));
-    logimport::printWarnings(counts);
-}
-
-/// What version 1.2.0 left in a folder of its spool: a file that names the database and the
-/// station, the logs that waited, and those that were set aside because the tables refused them.
-std::optional<EarlierLogs> readSpool(const QString& folder, const QString& database)
-{
-    EarlierLogs logs;
-    for (const char* kind : {"/logs", "/aside"})
-        for (const QFileInfo& file : QDir(folder + kind).entryInfoList(QDir::Files))
-            if (file.suffix() != "reason")
-                logs.files << file.filePath();
-    QFile file(folder + "/about.json");
-    file.open(QIODevice::ReadOnly);
-    const QJsonObject about = QJsonDocument::fromJson(file.readAll()).object();
-    logs.station = {about["station"].toString(), about["tests_18"].toBool()};
-    const QString location =
-        Database::isAddress(database) ? database : QFileInfo(database).absoluteFilePath();
-    if (about["database"].toString() == location)
-        return logs;
-    if (!logs.files.isEmpty())
-        messages::warn(folder + ": not imported: its logs are for the database " +
-                       about["database"].toString());
-    return std::nullopt;
 }
 } // namespace
 
@@ -67,26 +41,30 @@ Collector::Collector(const CollectRequest& whatToCollect)
 
 void Collector::run()
 {
+    QString printed; // of the outbox, once for each change
     for (;;) {
         auto pause = scanPause;
+        QString state = printed;
         try {
             pass();
-            if (!isAvailable)
+            if (nextWarning)
                 messages::print("database available again");
-            isAvailable = true;
-            printState("collecting " + outbox.path());
+            nextWarning.reset();
+            state = "collecting " + outbox.path();
         } catch (const DatabaseError& error) {
-            if (error.kind() == DatabaseError::Kind::Unusable && !isMigrated)
+            if (error.kind == DatabaseError::Kind::Unusable && !isMigrated)
                 throw;
-            if (isAvailable || nextWarning.hasExpired()) {
-                messages::warn("database unavailable: " + error.text());
-                nextWarning.setRemainingTime(warningPause);
+            if (!nextWarning || nextWarning->hasExpired()) {
+                messages::warn(QString("database unavailable: ") + error.what());
+                nextWarning = QDeadlineTimer(warningPause);
             }
-            isAvailable = false;
             pause = databasePause;
         } catch (const std::runtime_error& error) {
-            printState(QString::fromUtf8(error.what()));
+            state = error.what();
         }
+        if (state != printed)
+            messages::warn(state);
+        printed = state;
         std::this_thread::sleep_for(pause);
     }
 }
@@ -96,20 +74,21 @@ bool Collector::pass()
     hasProblem = false;
     makeOutbox();
     const QStringList logs = dueLogs();
-    const bool isImportDue = !outbox.hasStoredFolder();
-    // Open only while there is something to do: no connection is left behind, and another file in
-    // the place of the database is the database from then on.
-    if (logs.isEmpty() && !isImportDue && isMigrated && isAvailable)
+    const bool isImportDue = !outbox.exists("/Stored");
+    // Open only while there is something to do: another file in its place is the database then.
+    if (logs.isEmpty() && !isImportDue && isMigrated && !nextWarning)
         return postponed.isEmpty();
-    const auto database = openDatabase();
+    // The first time the database is made or migrated; later it must be there.
+    Database database(request.database,
+                      isMigrated ? Database::Access::Read : Database::Access::Write);
+    prepare(database);
     if (isImportDue) {
-        // Stored is made when all is committed, so that a kill loses none, and a later start does
-        // not import a log whose run is in the outbox.
-        importEarlierLogs(*database, {request.station, logfiles::filesOf(request.logs)});
-        outbox.makeStoredFolder();
+        // Stored is made when all is committed, so that a kill loses none and no later start
+        // repeats it.
+        importEarlierLogs(database, request.station, logfiles::filesOf(request.logs));
+        outbox.make("/Stored");
     }
-    for (const QStringList& files : logimport::batches(logs))
-        finish(logimport::store(*database, request.station, files));
+    finish(logimport::store(database, request.station, logs));
     return !hasProblem;
 }
 
@@ -123,20 +102,20 @@ void Collector::makeOutbox()
         throw std::runtime_error(
             (outbox.path() + " is missing; it is made in a minute").toStdString());
     outbox.make();
+    outbox.make("/Rejected");
 }
 
-/// The pending logs but those that are tried again later. The pauses between two tries grow to a
-/// minute.
+/// The pending logs but those that are tried again later, in pauses that grow to a minute.
 QStringList Collector::dueLogs()
 {
     // A folder that once held very many files takes milliseconds to list for ever after. Listed now
-    // and then all the same: two changes may have the same time.
+    // and then all the same: a file that came just after the scan may not show in the folder's
+    // time.
     const QDateTime changedAt = QFileInfo(outbox.path()).lastModified();
     if (changedAt == emptySince && ++skippedScans < maxSkippedScans)
         return {};
-    QStringList logs = outbox.pending();
-    // Once more after a change: another file may have come in the same tick of the clock.
-    skippedScans = changedAt == emptySince ? 0 : maxSkippedScans - 1;
+    skippedScans = 0;
+    QStringList logs = outbox.logs();
     emptySince = logs.isEmpty() ? changedAt : QDateTime();
     postponed.intersect(QSet<QString>(logs.begin(), logs.end()));
     if (retryAt.hasExpired()) {
@@ -149,37 +128,56 @@ QStringList Collector::dueLogs()
     return logs;
 }
 
-/// The first time the database is made or migrated; later it must be there.
-std::unique_ptr<Database> Collector::openDatabase()
+/// Makes or migrates the database, and imports what waits in a spool of version 1.2.0. Once after
+/// each start: what is stored already is a duplicate.
+void Collector::prepare(Database& database)
 {
     if (isMigrated)
-        return std::make_unique<Database>(request.database, Database::Access::Read);
-    auto database = std::make_unique<Database>(request.database, Database::Access::Write);
-    schema::migrate(*database);
-    // At each start: what is stored already is a duplicate.
+        return;
+    schema::migrate(database);
     for (const QFileInfo& folder :
          QDir(request.spool + "/v1").entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
-        if (const auto logs = readSpool(folder.filePath(), request.database))
-            importEarlierLogs(*database, *logs);
+        importSpool(database, folder.filePath());
     isMigrated = true;
-    return database;
 }
 
-void Collector::importEarlierLogs(Database& database, const EarlierLogs& logs)
+/// What version 1.2.0 left in a folder of its spool: pending logs, those that the tables rejected,
+/// and a file that names the database and the station.
+void Collector::importSpool(Database& database, const QString& folder)
 {
-    for (const QStringList& files : logimport::batches(logs.files)) {
-        const auto batch = logimport::store(database, logs.station, files);
-        printCounts(batch.counts);
-        hasProblem = logimport::printProblems(batch) > 0 || hasProblem;
-    }
+    QStringList logs;
+    for (const char* kind : {"/logs", "/aside"})
+        for (const QFileInfo& file : QDir(folder + kind).entryInfoList(QDir::Files))
+            if (file.suffix() != "reason")
+                logs << file.filePath();
+    QFile file(folder + "/about.json");
+    file.open(QIODevice::ReadOnly);
+    const QJsonObject about = QJsonDocument::fromJson(file.readAll()).object();
+    const QString ofSpool = about["database"].toString();
+    const bool isHere =
+        ofSpool == request.database || ofSpool == QFileInfo(request.database).absoluteFilePath();
+    if (isHere)
+        importEarlierLogs(database, {about["station"].toString(), about["tests_18"].toBool()},
+                          logs);
+    else if (!logs.isEmpty())
+        messages::warn(folder + ": not imported: its logs are for the database " + ofSpool);
 }
 
-void Collector::finish(const logimport::Batch& batch)
+void Collector::importEarlierLogs(Database& database, const Station& station,
+                                  const QStringList& files)
 {
-    printCounts(batch.counts);
-    for (const QString& log : batch.stored)
+    const auto result = logimport::store(database, station, files);
+    printAdded(result.counts);
+    logimport::printProblems(result);
+    hasProblem = hasProblem || !result.problems.empty();
+}
+
+void Collector::finish(const logimport::Result& result)
+{
+    printAdded(result.counts);
+    for (const QString& log : result.stored)
         moveLog(log, {});
-    for (const auto& problem : batch.problems)
+    for (const auto& problem : result.problems)
         if (problem.isRejected)
             moveLog(problem.path, problem.reason);
         else
@@ -197,7 +195,7 @@ void Collector::moveLog(const QString& log, QString rejection)
             hasProblem = true;
         }
     } catch (const std::runtime_error& error) {
-        postpone(log, QString::fromUtf8(error.what()));
+        postpone(log, error.what());
     }
 }
 
@@ -209,12 +207,4 @@ void Collector::postpone(const QString& log, const QString& reason)
         return;
     postponed.insert(log);
     messages::warn(QString("%1 stays pending: %2").arg(log, printableText(reason)));
-}
-
-/// Of the outbox, once for each change.
-void Collector::printState(const QString& state)
-{
-    if (state != outboxState)
-        messages::warn(state);
-    outboxState = state;
 }

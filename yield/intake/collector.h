@@ -11,7 +11,7 @@
 #include <QSet>
 
 #include <chrono>
-#include <memory>
+#include <optional>
 
 /// What is collected, and where it goes.
 struct CollectRequest {
@@ -21,15 +21,8 @@ struct CollectRequest {
     QString spool; ///< The folder of version 1.2.0's spool.
 };
 
-/// Logs of before the outbox.
-struct EarlierLogs {
-    Station station;
-    QStringList files;
-};
-
-/// Stores the logs of an outbox and moves each to Stored after the commit. Written to be killed at
-/// any moment: a log that was not moved is read again and is a duplicate then. Prints what the user
-/// should know.
+/// Stores the logs of an outbox and moves each to Stored after the commit. May be killed at any
+/// moment: a log that was not moved is read again and is a duplicate then.
 class Collector
 {
 public:
@@ -45,17 +38,16 @@ public:
 private:
     void makeOutbox();
     QStringList dueLogs();
-    std::unique_ptr<Database> openDatabase();
-    void importEarlierLogs(Database& database, const EarlierLogs& logs);
-    void finish(const logimport::Batch& batch);
+    void prepare(Database& database);
+    void importSpool(Database& database, const QString& folder);
+    void importEarlierLogs(Database& database, const Station& station, const QStringList& files);
+    void finish(const logimport::Result& result);
     void moveLog(const QString& log, QString rejection);
     void postpone(const QString& log, const QString& reason);
-    void printState(const QString& state);
 
     const CollectRequest request;
     const Outbox outbox;
     QDeadlineTimer makeOutboxAt{0};
-    QString outboxState;     ///< As printed last.
     bool hasProblem = false; ///< In this pass.
 
     QDateTime emptySince; ///< The outbox's last change, if it had no log then.
@@ -64,7 +56,6 @@ private:
     std::chrono::seconds retryPause{0};
     QDeadlineTimer retryAt{0};
 
-    bool isMigrated = false;       ///< The database.
-    bool isAvailable = true;       ///< The database.
-    QDeadlineTimer nextWarning{0}; ///< While the database is unavailable.
+    bool isMigrated = false;                   ///< The database.
+    std::optional<QDeadlineTimer> nextWarning; ///< While the database is unavailable.
 };

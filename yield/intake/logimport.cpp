@@ -4,76 +4,34 @@
 #include "yield/intake/logimport.h"
 
 #include "yield/intake/messages.h"
-#include "yield/logs/logfiles.h"
 #include "yield/logs/printabletext.h"
 #include "yield/store/database.h"
 
-#include <QFileInfo>
-
 namespace
 {
-constexpr int batchSize = 1000;
+constexpr std::size_t maxLogsAtOnce = 1000;
 
 /// A log that the tables refuse is found by halves, so that it stops no other.
-void storeLogs(Database& database, const Station& station, const QStringList& paths,
-               const std::vector<LogFile>& logs, logimport::Batch& batch)
+void storeLogs(Database& database, const Station& station, const std::vector<LogFile>& logs,
+               logimport::Result& result)
 {
     try {
-        batch.counts += attemptstore::store(database, station, logs);
-        batch.stored << paths;
+        attemptstore::store(database, station, logs, result.counts);
+        for (const LogFile& log : logs)
+            result.stored << log.path;
     } catch (const DatabaseError& error) {
-        if (error.kind() != DatabaseError::Kind::Data || paths.isEmpty())
+        if (error.kind != DatabaseError::Kind::Data || logs.empty())
             throw;
-        if (paths.size() == 1) {
-            batch.problems.push_back({paths[0], error.text(), true});
+        if (logs.size() == 1) {
+            result.problems.push_back({logs[0].path, error.what(), true});
             return;
         }
-        const int half = paths.size() / 2;
-        const auto middle = logs.begin() + half;
-        storeLogs(database, station, paths.mid(0, half), {logs.begin(), middle}, batch);
-        storeLogs(database, station, paths.mid(half), {middle, logs.end()}, batch);
+        const auto middle = logs.begin() + static_cast<std::ptrdiff_t>(logs.size() / 2);
+        storeLogs(database, station, {logs.begin(), middle}, result);
+        storeLogs(database, station, {middle, logs.end()}, result);
     }
 }
-} // namespace
-
-std::vector<QStringList> logimport::batches(const QStringList& files)
-{
-    std::vector<QStringList> batches{files.mid(0, batchSize)};
-    for (int begin = batchSize; begin < files.size(); begin += batchSize)
-        batches.push_back(files.mid(begin, batchSize));
-    return batches;
-}
-
-logimport::Batch logimport::store(Database& database, const Station& station,
-                                  const QStringList& files)
-{
-    Batch batch;
-    QStringList paths;
-    std::vector<LogFile> logs;
-    for (const QString& path : files) {
-        QString reason;
-        const auto bytes = logfiles::bytesOf(path, reason);
-        const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
-        if (log) {
-            paths << path;
-            logs.push_back({*log, OutboxName::read(QFileInfo(path).fileName())});
-        } else if (bytes || !logfiles::isGone(path)) {
-            batch.problems.push_back({path, reason, bytes.has_value()});
-        }
-    }
-    storeLogs(database, station, paths, logs, batch);
-    return batch;
-}
-
-int logimport::printProblems(const Batch& batch)
-{
-    for (const Problem& problem : batch.problems)
-        messages::warn(QString("%1: not imported: %2")
-                           .arg(printableText(problem.path), printableText(problem.reason)));
-    return static_cast<int>(batch.problems.size());
-}
-
-void logimport::printWarnings(const StoreCounts& counts)
+void printWarnings(const StoreCounts& counts)
 {
     if (counts.future > 0)
         messages::warn(QString("%1 logs have a date in the future: is the station's clock right?")
@@ -82,4 +40,36 @@ void logimport::printWarnings(const StoreCounts& counts)
         messages::warn(QString("%1 logs are known at another station too: was --station mistyped? "
                                "\"station rename\" corrects it")
                            .arg(counts.otherStations));
+}
+} // namespace
+
+logimport::Result logimport::store(Database& database, const Station& station,
+                                   const QStringList& files)
+{
+    Result result;
+    std::vector<LogFile> logs;
+    for (const QString& path : files) {
+        try {
+            logs.push_back(logfiles::read(path));
+        } catch (const NotALog& error) {
+            result.problems.push_back({path, error.what(), true});
+        } catch (const std::runtime_error& error) {
+            if (!logfiles::isGone(path))
+                result.problems.push_back({path, error.what(), false});
+        }
+        if (logs.size() == maxLogsAtOnce) {
+            storeLogs(database, station, logs, result);
+            logs.clear();
+        }
+    }
+    storeLogs(database, station, logs, result);
+    printWarnings(result.counts);
+    return result;
+}
+
+void logimport::printProblems(const Result& result)
+{
+    for (const Problem& problem : result.problems)
+        messages::warn(QString("%1: not imported: %2")
+                           .arg(printableText(problem.path), printableText(problem.reason)));
 }

@@ -23,23 +23,17 @@ struct Problem {
 };
 
 /// What became of files. Files that vanished before they were read are in no list.
-struct Batch {
+struct Result {
     StoreCounts counts;
     QStringList stored; ///< Duplicates and empty logs too.
     std::vector<Problem> problems;
 };
 
-/// Files for one transaction each, few enough that others wait for a moment only. At least one
-/// batch, which may be empty.
-std::vector<QStringList> batches(const QStringList& files);
+/// Stores logs in transactions so short that others wait for a moment only. The database knows the
+/// station afterwards, also without a file. Prints what the user should look into, of logs that
+/// were added. Throws DatabaseError.
+Result store(Database& database, const Station& station, const QStringList& files);
 
-/// Stores the logs in the files of a batch. The database knows the station afterwards, also without
-/// a file. Throws DatabaseError if the database fails.
-Batch store(Database& database, const Station& station, const QStringList& files);
-
-/// Prints a line for each file that was not stored; returns how many there are.
-int printProblems(const Batch& batch);
-
-/// Prints what the user should look into, of logs that were added.
-void printWarnings(const StoreCounts& counts);
+/// Prints a line for each file that was not stored.
+void printProblems(const Result& result);
 } // namespace logimport

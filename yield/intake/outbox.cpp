@@ -6,8 +6,6 @@
 #include "unit/outboxname.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <filesystem>
@@ -23,26 +21,11 @@ namespace
     throw std::runtime_error((path + ": " + reason).toStdString());
 }
 
-std::filesystem::path native(const QString& path)
-{
-    return QFile::encodeName(path).toStdString();
-}
-
 /// A link is not followed.
 bool isThere(const QString& path)
 {
     const QFileInfo info(path);
     return info.exists() || info.isSymLink();
-}
-
-/// Throws if there is anything else, also a link: who may write to LOGS could plant one that leads
-/// anywhere.
-bool isFolder(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.isSymLink() || (info.exists() && !info.isDir()))
-        fail(path, "it is not a folder");
-    return info.exists();
 }
 
 /// Returns false if the target exists. Nothing happens where there is no file any more. Names are
@@ -52,24 +35,13 @@ bool moveFile(const QString& from, const QString& to)
     if (isThere(to))
         return !isThere(from);
     std::error_code problem;
-    std::filesystem::rename(native(from), native(to), problem);
+    std::filesystem::rename(QFile::encodeName(from).toStdString(),
+                            QFile::encodeName(to).toStdString(), problem);
     if (problem && isThere(from))
         fail(to, QString::fromStdString(problem.message()));
     return true;
 }
 
-/// The paths of the logs in a folder, sorted; a link is none.
-QStringList logsIn(const QString& folder)
-{
-    const QDir dir(folder);
-    if (!dir.isReadable())
-        fail(folder, "it cannot be read");
-    QStringList logs;
-    for (const QString& name : dir.entryList(QDir::Files | QDir::NoSymLinks, QDir::Name))
-        if (OutboxName::read(name))
-            logs << folder + '/' + name;
-    return logs;
-}
 } // namespace
 
 Outbox::Outbox(const QString& logs)
@@ -78,61 +50,51 @@ Outbox::Outbox(const QString& logs)
 {
 }
 
-bool Outbox::exists() const
+/// Throws if there is anything else, also a link: who may write to LOGS could plant one that leads
+/// anywhere.
+bool Outbox::exists(const QString& subfolder) const
 {
-    return isFolder(folder);
+    const QFileInfo info(folder + subfolder);
+    if (info.isSymLink() || (info.exists() && !info.isDir()))
+        fail(info.filePath(), "it is not a folder");
+    return info.exists();
 }
 
-void Outbox::make() const
+void Outbox::make(const QString& subfolder) const
 {
-    makeFolder(folder);
-    makeFolder(folder + "/Rejected");
-}
-
-bool Outbox::hasStoredFolder() const
-{
-    return isFolder(folder + "/Stored");
-}
-
-void Outbox::makeStoredFolder() const
-{
-    makeFolder(folder + "/Stored");
-}
-
-/// Every member of the group may write there; others as in LOGS.
-void Outbox::makeFolder(const QString& path) const
-{
-    if (isFolder(path))
+    if (exists(subfolder))
         return;
     struct stat logs = {};
     if (stat(QFile::encodeName(logsFolder).constData(), &logs) != 0)
         fail(logsFolder, qt_error_string(errno));
     const mode_t mask = umask(0); // it would close the folder to the group
-    const int result = mkdir(QFile::encodeName(path).constData(),
+    const int result = mkdir(QFile::encodeName(folder + subfolder).constData(),
                              (logs.st_mode & ACCESSPERMS) | S_IRWXU | S_IRWXG);
     const int error = errno;
     umask(mask);
     if (result != 0 && error != EEXIST) // made by another collector
-        fail(path, qt_error_string(error));
+        fail(folder + subfolder, qt_error_string(error));
 }
 
-QStringList Outbox::pending() const
+QStringList Outbox::logs(const QString& subfolder) const
 {
-    return logsIn(folder);
-}
-
-QStringList Outbox::rejected() const
-{
-    return logsIn(folder + "/Rejected");
+    const QDir dir(folder + subfolder);
+    if (!dir.isReadable())
+        fail(dir.path(), "it cannot be read");
+    QStringList logs;
+    for (const QString& name : dir.entryList(QDir::Files | QDir::NoSymLinks, QDir::Name))
+        if (OutboxName::read(name))
+            logs << dir.filePath(name);
+    return logs;
 }
 
 bool Outbox::moveToStored(const QString& log) const
 {
-    constexpr int monthSize = 7; // yyyy-MM
     const QString name = QFileInfo(log).fileName();
-    const QString month = folder + "/Stored/" + OutboxName::read(name)->startedAt().left(monthSize);
-    makeFolder(month);
-    return moveFile(log, month + '/' + name);
+    const QString day = OutboxName::read(name)->startedAt();
+    const QString month = "/Stored/" + day.section('-', 0, 1);
+    make(month);
+    return moveFile(log, folder + month + '/' + name);
 }
 
 bool Outbox::reject(const QString& log, const QString& reason) const

@@ -17,21 +17,12 @@ public:
 
     QString path() const { return folder; }
 
-    bool exists() const;
-
-    /// Makes the outbox and Rejected, as open as LOGS and writable for its group. Throws while LOGS
-    /// is missing.
-    void make() const;
-
-    bool hasStoredFolder() const;
-    void makeStoredFolder() const;
-
-    /// The paths of the logs that are not stored yet, oldest run first. Files with other names are
-    /// left alone.
-    QStringList pending() const;
-
-    /// The paths of the rejected logs.
-    QStringList rejected() const;
+    // Of the outbox itself, or of its subfolder "/Stored" or "/Rejected".
+    bool exists(const QString& subfolder = {}) const;
+    /// Makes it as open as LOGS, and writable for its group. Throws while LOGS is missing.
+    void make(const QString& subfolder = {}) const;
+    /// The paths of the logs in it, oldest run first. Files with other names are left alone.
+    QStringList logs(const QString& subfolder = {}) const;
 
     /// Moves a pending log to Stored/<yyyy-mm>, the month of the run's start. Returns false if that
     /// name is taken. Nothing happens if another collector has moved the log meanwhile.
@@ -42,8 +33,6 @@ public:
     bool reject(const QString& log, const QString& reason) const;
 
 private:
-    void makeFolder(const QString& path) const;
-
     const QString logsFolder;
     const QString folder;
 };

@@ -15,14 +15,6 @@ int lastControl(const BandMarks& marks)
         --mark;
     return mark == 0 ? -1 : bandmarks::bandOf(mark - 1).componentNum;
 }
-
-/// The attempts of a unit are sorted by this. Packed marks give an order to different marks of the
-/// same number.
-auto sortKey(const Attempt& attempt)
-{
-    return std::make_tuple(attempt.testedAt, attempt.station.toUtf8(), attempt.marks.count(),
-                           bandmarks::packed(attempt.marks));
-}
 } // namespace
 
 BandMarks attemptrules::channelButtonMarks()
@@ -35,7 +27,12 @@ BandMarks attemptrules::channelButtonMarks()
 
 bool attemptrules::isBefore(const Attempt& left, const Attempt& right)
 {
-    return sortKey(left) < sortKey(right);
+    // Packed marks give an order to different marks of the same number.
+    const auto key = [](const Attempt& attempt) {
+        return std::make_tuple(attempt.testedAt, attempt.station.toUtf8(), attempt.marks.count(),
+                               bandmarks::packed(attempt.marks));
+    };
+    return key(left) < key(right);
 }
 
 bool attemptrules::isTested(int componentNum, bool tests18)

@@ -59,8 +59,7 @@ constexpr Band bandOf(std::size_t mark)
     return {componentNum, band};
 }
 
-/// The size of packed marks, as the database stores them: mark i is bit i % 8 of byte i / 8, lowest
-/// bit first.
+/// The size of packed marks: mark i is bit i % 8 of byte i / 8, lowest bit first.
 constexpr int packedSize = (bandMarkCount + 7) / 8;
 
 QByteArray packed(const BandMarks& marks);

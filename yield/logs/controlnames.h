@@ -18,7 +18,6 @@ QString control(int componentNum);
 /// The values of one band: "10 to 19"; of a button "released" or "pressed".
 QString band(int componentNum, int band);
 
-/// The missed bands, a text for each control: "Fader 3: 0 to 19, 120 to 127"; "Fader 3: all" if
-/// they are all its bands. In the order of the marks.
+/// A text for each control with missed bands: "Fader 3: 0 to 19, 120 to 127" or "Fader 3: all".
 QStringList missed(const std::vector<bandmarks::Band>& bands);
 } // namespace controlnames

@@ -42,28 +42,18 @@ bool logfiles::isGone(const QString& path)
     return !path.contains(invalid) && !QFileInfo::exists(path);
 }
 
-std::optional<QByteArray> logfiles::bytesOf(const QString& path, QString& reason)
+LogFile logfiles::read(const QString& path)
 {
-    // Nor is it opened: a pipe would keep the reader waiting.
-    if (const QFileInfo info(path); info.exists() && !info.isFile()) {
-        reason = info.isDir() ? "the folder cannot be read" : "it is no file";
-        return std::nullopt;
-    }
+    // Otherwise not opened: a pipe would keep the reader waiting.
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile())
+        throw std::runtime_error(info.isDir() ? "the folder cannot be read" : "it is no file");
     QFile file(path);
     QByteArray bytes;
     if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        bytes = file.read(stationlog::maxLogSize + 1);
-    if (file.error() == QFileDevice::NoError)
-        return bytes;
-    reason = path.contains(invalid) ? QString("its name is not valid UTF-8") : file.errorString();
-    return std::nullopt;
-}
-
-std::optional<LogFile> logfiles::read(const QString& path, QString& reason)
-{
-    const auto bytes = bytesOf(path, reason);
-    const auto log = bytes ? stationlog::read(*bytes, reason) : std::nullopt;
-    if (!log)
-        return std::nullopt;
-    return LogFile{*log, OutboxName::read(QFileInfo(path).fileName())};
+        bytes = file.read(stationlog::maxLogSize + 1); // enough to see that it is too long
+    if (file.error() != QFileDevice::NoError)
+        throw std::runtime_error(path.contains(invalid) ? "its name is not valid UTF-8"
+                                                        : file.errorString().toStdString());
+    return {stationlog::read(bytes), OutboxName::read(info.fileName()), path};
 }

@@ -6,33 +6,25 @@
 #include "unit/outboxname.h"
 #include "yield/logs/stationlog.h"
 
-#include <QByteArray>
-#include <QString>
 #include <QStringList>
 
-#include <optional>
-
-/// A log, and the run that its file name gives: a name of the outbox, wherever the file lies.
+/// A log, and its name in the outbox, if it has such a name, wherever the file lies.
 struct LogFile {
     StationLog log;
     std::optional<OutboxName> name = {};
+    QString path = {};
 };
 
 /// The files that logs are read from; none is ever written, moved or locked.
 namespace logfiles
 {
-/// The files that a path stands for: the visible files of a folder, without those of its folders,
-/// sorted; or the path itself. The path itself too where a folder cannot be read, so that reading
-/// it gives the reason.
+/// The visible files of a folder, without those of its folders, sorted; or the path itself: also of
+/// a folder that cannot be read, so that reading it gives the reason.
 QStringList filesOf(const QString& path);
 
 /// Whether a file is gone: a log that is being written gets its own name at the end.
 bool isGone(const QString& path);
 
-/// Reads a file, but not much more than a log can hold. Nothing, and a reason for the user, if it
-/// is no file or cannot be read.
-std::optional<QByteArray> bytesOf(const QString& path, QString& reason);
-
-/// Reads a log. Nothing, and a reason for the user, if the file cannot be read or is no log.
-std::optional<LogFile> read(const QString& path, QString& reason);
+/// Reads a log. Throws NotALog, or std::runtime_error with a reason for what cannot be read.
+LogFile read(const QString& path);
 } // namespace logfiles

@@ -8,7 +8,7 @@
 #include <QByteArray>
 #include <QString>
 
-#include <optional>
+#include <stdexcept>
 
 /// The content of a log of the station.
 struct StationLog {
@@ -22,13 +22,22 @@ struct StationLog {
     }
 };
 
+/// Bytes that are no log of the station, and why, for the user.
+class NotALog : public std::runtime_error
+{
+public:
+    explicit NotALog(const QString& reason)
+        : std::runtime_error(reason.toStdString())
+    {
+    }
+};
+
 /// The one reader of logs; docs/log-format.md describes them.
 namespace stationlog
 {
 /// No log is longer: it holds a serial that has to fit into a file name.
 constexpr int maxLogSize = 8192;
 
-/// Reads a whole log. Strict: nothing, and a reason for the user, if any byte differs from what the
-/// station writes.
-std::optional<StationLog> read(const QByteArray& bytes, QString& reason);
+/// Reads a whole log. Strict: throws NotALog if any byte differs from what the station writes.
+StationLog read(const QByteArray& bytes);
 } // namespace stationlog

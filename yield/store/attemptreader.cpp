@@ -3,11 +3,8 @@
 
 #include "yield/store/attemptreader.h"
 
-#include "yield/logs/attemptrules.h"
-#include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
-#include "yield/store/sqldialect.h"
 
 #include <QHash>
 
@@ -19,8 +16,9 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
     const Transaction transaction(database, Database::Access::Read);
     schema::requireCurrent(database);
     QHash<int, QString> stations;
-    for (const StationRow& row : AttemptRows::stations(database))
-        stations.insert(row.id, row.name);
+    Statement names(database, "SELECT id, {name} FROM stations");
+    while (names.next())
+        stations[names.number(0)] = names.text(1);
     // SQL returns them by serial and time; those of one unit and second are sorted afterwards.
     std::vector<Attempt> second;
     const auto finishSecond = [&] {
@@ -28,14 +26,11 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
         std::for_each(second.begin(), second.end(), visit);
         second.clear();
     };
-    const SqlDialect& dialect = database.sqlDialect();
-    const QString condition =
-        serial ? QString("WHERE serial %1 = %2").arg(dialect.bytewise, dialect.textParameter) : "";
     Statement select(database,
-                     QString("SELECT station_id, %1, tested_at, marks, tests_18, started_at "
-                             "FROM attempts %2 ORDER BY serial %3, tested_at %3")
-                         .arg(dialect.utf8Of("serial"), condition, dialect.bytewise));
-    select.run(serial ? QVariantList{serial->toUtf8()} : QVariantList());
+                     QString("SELECT station_id, {serial}, tested_at, marks, tests_18, started_at "
+                             "FROM attempts %1 ORDER BY serial {bytewise}, tested_at {bytewise}")
+                         .arg(serial ? "WHERE serial {bytewise} = {text}" : ""),
+                     serial ? QVariantList{serial->toUtf8()} : QVariantList());
     while (select.next()) {
         const QString unit = select.text(1);
         const Attempt attempt{
@@ -53,14 +48,13 @@ std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime
 {
     const Transaction transaction(database, Database::Access::Read);
     schema::requireCurrent(database);
-    const SqlDialect& dialect = database.sqlDialect();
-    const QString last = QString("(SELECT tested_at FROM %2 WHERE station_id = stations.id "
-                                 "AND tested_at %1 <= ? ORDER BY tested_at %1 DESC LIMIT 1)")
-                             .arg(dialect.bytewise);
-    Statement select(database, QString("SELECT %1, %2, %3 FROM stations ORDER BY name %4")
-                                   .arg(dialect.utf8Of("name"), last.arg("attempts"),
-                                        last.arg("repeated_saves"), dialect.bytewise));
-    select.run({now.toString(Qt::ISODate), now.toString(Qt::ISODate)});
+    const QString last =
+        "(SELECT tested_at FROM %1 WHERE station_id = stations.id "
+        "AND tested_at {bytewise} <= ? ORDER BY tested_at {bytewise} DESC LIMIT 1)";
+    Statement select(database,
+                     QString("SELECT {name}, %1, %2 FROM stations ORDER BY name {bytewise}")
+                         .arg(last.arg("attempts"), last.arg("repeated_saves")),
+                     {now.toString(Qt::ISODate), now.toString(Qt::ISODate)});
     std::vector<LastLog> logs;
     while (select.next())
         logs.push_back(

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "yield/logs/attempt.h"
+#include "yield/logs/attemptrules.h"
 
 #include <QDateTime>
 
@@ -13,18 +13,18 @@
 
 class Database;
 
-/// Reads attempts, row by row and each function in one transaction. All throw DatabaseError, and
-/// let through what visit throws; visit must not ask the same database.
+/// Reads attempts in one transaction. Throws DatabaseError, and what visit throws, which must not
+/// ask the same database.
 namespace attemptreader
 {
 using Visit = std::function<void(const Attempt&)>;
 
-/// Every attempt by serial, time, station's name, number of marks and packed marks, all by their
-/// bytes: the same order on both databases. serial: of this unit only.
+/// Every attempt by serial and attemptrules::isBefore, the same on both databases. serial: of this
+/// unit only.
 void forEachByUnit(Database& database, const Visit& visit,
                    const std::optional<QString>& serial = std::nullopt);
 
-/// The last log of each station that is not later than now (this computer's wall clock), by the
-/// stations' names; repeated saves count too.
+/// The last log of each station that is not later than now, by the stations' names; repeated saves
+/// count too.
 std::vector<LastLog> lastLogs(Database& database, const QDateTime& now);
 } // namespace attemptreader

@@ -5,56 +5,38 @@
 
 #include "unit/outboxname.h"
 #include "yield/logs/stationlog.h"
-#include "yield/store/statement.h"
+#include "yield/store/database.h"
 
-#include <QMap>
-
-#include <optional>
 #include <vector>
-
-/// A row of the table stations.
-struct StationRow {
-    int id = 0;
-    QString name;
-    bool tests18 = false;
-};
 
 /// A row of attempts or of repeated_saves.
 struct LogRow {
-    QVariant attemptId = {}; ///< Null for a row of repeated_saves, and before it is written.
+    qint64 attemptId = 0; ///< 0 for a row of repeated_saves, and before it is written.
+    bool tests18 = false; ///< Of an attempt.
     int stationId = 0;
     StationLog log;
-    std::optional<OutboxName> save = {}; ///< Nothing for an imported log.
-    bool tests18 = false;                ///< Of an attempt.
+    QString run = {}; ///< Null for an imported log.
+    int save = 0;
+
+    bool operator==(const LogRow& other) const
+    {
+        return attemptId == other.attemptId && tests18 == other.tests18 &&
+               stationId == other.stationId && log == other.log && run == other.run &&
+               save == other.save;
+    }
 };
 
 /// Reads and writes rows, inside of a transaction. Everything throws DatabaseError.
-class AttemptRows
+namespace attemptrows
 {
-public:
-    explicit AttemptRows(Database& usedDatabase);
+/// The rows of that serial, time and marks, at whatever station; and those of the run.
+std::vector<LogRow> find(Database& database, const StationLog& log, const QString& run = {});
 
-    /// All stations, by name.
-    static QMap<QString, StationRow> stations(Database& database);
+/// Inserts the attempt, or updates the one with its id, and derives its results.
+void writeAttempt(Database& database, const LogRow& row);
+void insertRepeated(Database& database, const LogRow& row);
+void remove(Database& database, const LogRow& row);
 
-    /// The rows of that serial, time and marks, at whatever station; and the attempt of the run.
-    std::vector<LogRow> find(const StationLog& log, const QString& run = {});
-
-    /// Inserts the attempt, or updates the one with its id, and derives its results.
-    void writeAttempt(const LogRow& row);
-    void removeAttempt(const QVariant& id);
-    void insertRepeated(const LogRow& row);
-    void removeRepeated(const LogRow& row);
-    void moveRepeated(const QString& run, int stationId);
-
-    /// Derives the results of the attempts again that an SQL condition selects.
-    void deriveResults(const QString& condition);
-
-private:
-    Database& database;
-    Statement selectLog;
-    Statement insertAttempt;
-    Statement updateAttempt;
-    Statement insertMissed;
-    Statement deleteMissed;
-};
+/// Derives the results of the attempts again that an SQL condition selects.
+void deriveResults(Database& database, const QString& condition);
+} // namespace attemptrows

@@ -3,16 +3,15 @@
 
 #include "yield/store/database.h"
 
+#include "yield/logs/printabletext.h"
 #include "yield/store/sqldialect.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSqlError>
-#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QUrl>
-#include <QUuid>
 
 namespace
 {
@@ -20,6 +19,12 @@ namespace
 DatabaseError unusable(const QString& text)
 {
     return {DatabaseError::Kind::Unusable, text};
+}
+
+bool isAddress(const QString& location)
+{
+    // A mistyped address is one too, or it would become the name of a file.
+    return location.contains(QRegularExpression("://|^postgres(ql)?:"));
 }
 } // namespace
 
@@ -31,46 +36,43 @@ Database::Link::~Link()
 
 Database::Database(const QString& location, Access access)
     : dialect(isAddress(location) ? SqlDialect::postgresql() : SqlDialect::sqlite())
-    , isFile(!isAddress(location))
 {
     Q_INIT_RESOURCE(store);
     check(location);
-    if (!QSqlDatabase::isDriverAvailable(dialect.driver))
-        throw unusable(QString("Qt's driver %1 is not installed (package %2)")
-                           .arg(dialect.driver, dialect.driverPackage));
     open(location, access);
-    prepareSession();
-}
-
-void Database::prepareSession()
-{
     for (const QString& statement : dialect.session)
         run(statement);
-    QSqlQuery query(dialect.findEncoding, link.database);
-    if (!query.next())
-        throw errorOf(query.lastError());
-    if (query.value(0).toString().remove('-') != "UTF8")
-        throw unusable(displayName +
-                       ": the database must have the encoding UTF8, or it cannot hold "
-                       "every serial; create it again");
 }
 
-void Database::run(const QString& statement)
+void Database::run(const QString& script)
 {
     QSqlQuery query(link.database);
-    if (query.exec(statement))
-        return;
-    const DatabaseError error = errorOf(query.lastError());
-    query.exec("ROLLBACK");
-    throw error;
+    if (!query.exec(dialect.adapted(script)))
+        fail(query.lastError());
+}
+
+QSqlQuery Database::run(const QString& statement, const QVariantList& values)
+{
+    if (!queries.contains(statement)) {
+        QSqlQuery query(link.database);
+        query.setForwardOnly(true); // otherwise every row stays in memory
+        if (!query.prepare(dialect.adapted(statement)))
+            fail(query.lastError());
+        queries.insert(statement, query);
+    }
+    QSqlQuery query = queries[statement];
+    for (int i = 0; i < values.size(); ++i)
+        query.bindValue(i, values[i]);
+    if (!query.exec())
+        fail(query.lastError());
+    return query;
 }
 
 void Database::open(const QString& location, Access access)
 {
-    link.name = QUuid::createUuid().toString();
     link.database = QSqlDatabase::addDatabase(dialect.driver, link.name);
     link.database.setConnectOptions(dialect.connectOptions);
-    if (isFile) {
+    if (!isAddress(location)) {
         displayName = location;
         if (access == Access::Read && !QFileInfo::exists(displayName))
             throw unusable(
@@ -89,7 +91,7 @@ void Database::open(const QString& location, Access access)
         link.database.setDatabaseName(url.path().mid(1));
     }
     if (!link.database.open())
-        throw errorOf(link.database.lastError());
+        fail(link.database.lastError());
 }
 
 void Database::check(const QString& location)
@@ -108,22 +110,15 @@ void Database::check(const QString& location)
                        "postgresql://user@host:port/name");
 }
 
-DatabaseError Database::errorOf(const QSqlError& error) const
+void Database::fail(const QSqlError& error) const
 {
     const QString text = error.databaseText().trimmed();
-    QString line = (text.isEmpty() ? error.driverText() : text).section('\n', 0, 0).trimmed();
-    if (isFile && link.database.isOpen() && !QFileInfo::exists(displayName))
-        line += " (the file was deleted or moved)";
+    const QString line = (text.isEmpty() ? error.driverText() : text).section('\n', 0, 0).trimmed();
+    DatabaseError::Kind kind = DatabaseError::Kind::Unavailable;
     for (const QString& begin : dialect.dataErrors)
         if (error.nativeErrorCode().startsWith(begin))
-            return {DatabaseError::Kind::Data, displayName + ": " + line};
-    return {DatabaseError::Kind::Unavailable, displayName + ": " + line};
-}
-
-bool Database::isAddress(const QString& location)
-{
-    // A mistyped address is one too, or it would become the name of a file.
-    return location.contains(QRegularExpression("://|^postgres(ql)?:"));
+            kind = DatabaseError::Kind::Data;
+    throw DatabaseError(kind, displayName + ": " + line);
 }
 
 QString Database::defaultLocation()
@@ -134,9 +129,9 @@ QString Database::defaultLocation()
 Transaction::Transaction(Database& usedDatabase, Database::Access access)
     : database(usedDatabase)
 {
-    const bool isReading = access == Database::Access::Read;
     const SqlDialect& dialect = database.sqlDialect();
-    for (const QString& statement : isReading ? dialect.beginReading : dialect.beginWriting)
+    for (const QString& statement :
+         access == Database::Access::Read ? dialect.beginReading : dialect.beginWriting)
         database.run(statement);
 }
 
@@ -148,4 +143,40 @@ Transaction::~Transaction()
 void Transaction::commit()
 {
     database.run("COMMIT");
+}
+
+Statement::Statement(Database& usedDatabase, const QString& sql, const QVariantList& values)
+    : database(usedDatabase)
+    , query(database.run(sql, values))
+{
+}
+
+bool Statement::next()
+{
+    if (query.next())
+        return true;
+    if (query.lastError().isValid())
+        database.fail(query.lastError());
+    return false;
+}
+
+QString Statement::text(int column) const
+{
+    const QByteArray bytes = value(column).toByteArray();
+    if (bytes.isEmpty())
+        return ""; // not a null text, which would be stored as NULL
+    const QString text = QString::fromUtf8(bytes);
+    // A byte order mark in front belongs to the text, but is not converted.
+    return bytes.startsWith("\xEF\xBB\xBF") ? QChar(QChar::ByteOrderMark) + text : text;
+}
+
+BandMarks Statement::marks(int column, const QString& serial) const
+{
+    const QByteArray bytes = value(column).toByteArray();
+    if (bytes.size() != bandmarks::packedSize)
+        throw DatabaseError(
+            DatabaseError::Kind::Data,
+            QString("the marks of an attempt in the database are damaged (serial \"%1\")")
+                .arg(printableText(serial)));
+    return bandmarks::unpacked(bytes);
 }

@@ -3,8 +3,14 @@
 
 #pragma once
 
+#include "yield/logs/bandmarks.h"
+
+#include <QHash>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
+#include <QUuid>
+#include <QVariant>
 
 #include <stdexcept>
 
@@ -13,31 +19,24 @@ struct SqlDialect;
 
 /// What went wrong with the database, in one line for users: it names the file or the server and
 /// holds no password.
-class DatabaseError : public std::runtime_error
-{
-public:
+struct DatabaseError : std::runtime_error {
     enum class Kind {
         Unusable,    ///< The user must change the command line or the installation.
-        NewerSchema, ///< Made by a newer program.
-        Unavailable, ///< Another try may succeed.
+        Unavailable, ///< Another try may succeed: also after an update, of tables that are newer.
         Data         ///< This log, or the rows of this unit, cannot be stored or read.
     };
 
     DatabaseError(Kind kindOfError, const QString& text)
         : std::runtime_error(text.toStdString())
-        , errorKind(kindOfError)
+        , kind(kindOfError)
     {
     }
 
-    Kind kind() const { return errorKind; }
-    QString text() const { return QString::fromUtf8(what()); }
-
-private:
-    Kind errorKind;
+    Kind kind;
 };
 
-/// A connection to the database of attempts, open until it is destroyed; to be used on the thread
-/// that made it. SQLite and PostgreSQL have the same tables.
+/// An open connection to the database of attempts, for the thread that made it. SQLite and
+/// PostgreSQL have the same tables.
 class Database
 {
 public:
@@ -55,18 +54,18 @@ public:
     QSqlDatabase& connection() { return link.database; }
     const SqlDialect& sqlDialect() const { return dialect; }
 
-    /// Runs a statement without values; what fails ends the transaction. Throws DatabaseError.
-    void run(const QString& statement);
+    /// Runs a script. Throws DatabaseError.
+    void run(const QString& script);
 
-    /// The error that a failed query is to be thrown as.
-    DatabaseError errorOf(const QSqlError& error) const;
+    /// Runs a statement, which is prepared once for each connection. values: for the question
+    /// marks; for {text} a text's UTF-8. Throws DatabaseError.
+    QSqlQuery run(const QString& statement, const QVariantList& values);
 
-    /// Throws DatabaseError for a location that can be no database's: without a name, or an address
-    /// of another form or with a password in it.
+    /// Throws an error of the driver.
+    [[noreturn]] void fail(const QSqlError& error) const;
+
+    /// Throws DatabaseError for an empty location and a malformed address, or with a password.
     static void check(const QString& location);
-
-    /// Whether a location is meant to be a server's address and not a file.
-    static bool isAddress(const QString& location);
 
     /// The SQLite file in the user's data folder, for where no location is given.
     static QString defaultLocation();
@@ -75,17 +74,16 @@ private:
     /// Qt keeps connections by name.
     struct Link {
         ~Link();
-        QString name;
+        const QString name = QUuid::createUuid().toString();
         QSqlDatabase database;
     };
 
     void open(const QString& location, Access access);
-    void prepareSession();
 
     const SqlDialect& dialect;
     QString displayName; ///< The file, or the server without user and password.
-    bool isFile = false;
     Link link;
+    QHash<QString, QSqlQuery> queries; ///< Prepared, by their statements.
 };
 
 /// A transaction, undone unless it is committed. Everything throws DatabaseError.
@@ -103,4 +101,30 @@ public:
 
 private:
     Database& database;
+};
+
+/// A statement that selects. Rows are read once, one after the other. Throws DatabaseError.
+class Statement
+{
+public:
+    /// Runs it, see Database::run.
+    Statement(Database& usedDatabase, const QString& sql, const QVariantList& values = {});
+    ~Statement() { query.finish(); }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    /// Goes to the next row, at first to the first one; false after the last.
+    bool next();
+
+    // The columns of the row, from 0.
+    QVariant value(int column) const { return query.value(column); }
+    int number(int column) const { return value(column).toInt(); }
+    /// Of {serial} and {name}: any text, as it was stored.
+    QString text(int column) const;
+    /// Of packed marks; serial: whose, for the error.
+    BandMarks marks(int column, const QString& serial) const;
+
+private:
+    Database& database;
+    QSqlQuery query;
 };

@@ -6,52 +6,38 @@
 #include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/sqldialect.h"
-#include "yield/store/statement.h"
 
-#include <QFile>
+#include <QResource>
 
 namespace
 {
 constexpr int newestSchema = 3;
 
-/// 0 without tables.
-int findVersion(Database& database)
+/// The version of the tables, 0 without tables. Throws for newer ones.
+int knownVersion(Database& database)
 {
     Statement find(database, database.sqlDialect().findSchema);
-    find.run();
     if (!find.next())
         return 0;
     Statement select(database, "SELECT version FROM schema_version");
-    select.run();
-    return select.next() ? select.number(0) : 0;
-}
-
-/// Runs a script of the resources.
-void run(Database& database, const QString& script)
-{
-    QFile file(":/store/" + script);
-    file.open(QIODevice::ReadOnly);
-    const SqlDialect& dialect = database.sqlDialect();
-    const QString statements = QString::fromUtf8(file.readAll())
-                                   .replace("{id}", dialect.idType)
-                                   .replace("{bytes}", dialect.bytesType)
-                                   .replace("{bytewise}", dialect.bytewise);
-    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
-        database.run(statement);
-}
-
-/// Throws for newer tables.
-int knownVersion(Database& database)
-{
-    const int version = findVersion(database);
+    const int version = select.next() ? select.number(0) : 0;
     if (version > newestSchema)
         throw DatabaseError(
-            DatabaseError::Kind::NewerSchema,
+            DatabaseError::Kind::Unavailable,
             QString("the database was made by a newer zorvi_yield, its tables have version %1; "
                     "install the newer one")
                 .arg(version));
     return version;
 }
+
+/// Runs a script of the resources.
+void run(Database& database, const QString& script)
+{
+    const QString statements = QResource(":/store/" + script).uncompressedData();
+    for (const QString& statement : statements.split(";\n", Qt::SkipEmptyParts))
+        database.run(statement);
+}
+
 } // namespace
 
 void schema::migrate(Database& database)
@@ -68,7 +54,7 @@ void schema::migrate(Database& database)
         run(database, "migrate2to3.sql");
     run(database, "indexes.sql");
     if (version == 1) // which did not know aborted runs
-        AttemptRows(database).deriveResults("passed = 0");
+        attemptrows::deriveResults(database, "passed = 0");
     transaction.commit();
 }
 

@@ -9,10 +9,10 @@ class Database;
 namespace schema
 {
 /// Makes missing tables and migrates older ones, in one transaction. To be called by what imports,
-/// at its start, and by nothing else. Throws DatabaseError, of Kind::NewerSchema for newer tables.
+/// at its start, and by nothing else. Throws DatabaseError.
 void migrate(Database& database);
 
-/// Throws DatabaseError unless the tables have today's version: of Kind::NewerSchema for newer
+/// Throws DatabaseError unless the tables have today's version: of Kind::Unavailable for newer
 /// ones, of Kind::Unusable for older or missing ones, which an import migrates or makes.
 void requireCurrent(Database& database);
 } // namespace schema
