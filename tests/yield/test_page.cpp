@@ -33,8 +33,8 @@ Report report()
     for (const bandmarks::Band& band : std::initializer_list<bandmarks::Band>{
              {3, 0}, {3, 1}, {3, 5}, {3, 11}, {3, 12}, {9, 1}, {10, 0}, {10, 1}, {11, 0}})
         last.marks.reset(bandmarks::markIndex(band.componentNum, band.band));
-    report.notPassedUnits = {{first, last, 1234}};
-    report.retestedUnits = {{first, last, 5678}};
+    report.notPassedUnits.insert({last.testedAt, {first, last, 1234}});
+    report.retestedUnits.insert({{5678, last.testedAt}, {first, last, 5678}});
     report.retestedUnitCount = 2200;
     return report;
 }
@@ -98,9 +98,12 @@ private Q_SLOTS:
     {
         Report some;
         some.request.now = QDateTime({2026, 11, 18}, {8, 0});
-        compareParts(textOf(some), {"|Units first tested at any time, at all stations. Made on "
-                                    "2026-11-18 08:00.|Needs attention|",
-                                    "|There are no such units in the database."});
+        compareParts(textOf(some),
+                     {"|Units first tested at any time, at all stations. Made on 2026-11-18 08:00.|"
+                      "Status|",
+                      "|Definitions|There are no such units in the database. ",
+                      "every control that failed.|None.|Data|Control|Failed units|Share|"
+                      "Cumulative|none|"});
         some.request.since = QDate(2026, 11, 1);
         some.request.until = QDate(2026, 11, 2);
         some.request.station = "A";

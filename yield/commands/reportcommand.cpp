@@ -42,7 +42,7 @@ ReportRequest readRequest(const QCommandLineParser& parser)
     if (request.since.isValid() && request.until.isValid() && request.until < request.since)
         command::fail("--until lies before --since");
     request.station = parser.value("station");
-    request.exclude = parser.values("exclude") + parser.values("without");
+    request.exclude = parser.values("exclude");
     for (const QString& pattern : qAsConst(request.exclude))
         if (!serialPattern(pattern).isValid())
             command::fail(
@@ -60,16 +60,12 @@ ExitStatus report(const QCommandLineParser& parser)
     const QString defaultPath = isJson ? "-" : "zorvi_yield.html";
     const QString path = parser.isSet("output") ? parser.value("output") : defaultPath;
     Database database(parser.value("database"), Database::Access::Read);
-    command::writeFile(path, [&](QFileDevice& file) {
-        const Report figures = readReport(database, request);
-        const QByteArray bytes = isJson ? reportJson(figures) : reportPage(figures);
-        return file.write(bytes) == bytes.size();
-    });
+    const Report figures = readReport(database, request);
+    command::writeFile(path, isJson ? reportJson(figures) : reportPage(figures));
     if (path != "-")
         messages::print("written: " + path);
     return ExitStatus::Success;
 }
-
 } // namespace
 
 Report readReport(Database& database, ReportRequest request)
@@ -98,7 +94,6 @@ Command reportCommand()
              {"exclude",
               "Exclude these serials; may be given again. * stands for any characters, ? for one.",
               "pattern"},
-             command::hiddenOption("without", "pattern"), // --exclude until 1.2.0
              {"format", "html or json (default: html).", "html|json", "html"},
              {"output",
               "The file, \"-\" for standard output (default: zorvi_yield.html; for JSON standard "

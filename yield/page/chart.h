@@ -10,14 +10,14 @@
 namespace chart
 {
 /// A p-chart: the first-pass yield of each period with its control limits, the yield of all units
-/// as the centre line, and the number of units as bars below. Empty without a period.
+/// as the centre line, and the number of units as bars below. Without a period: none.
 QString trend(const Timeline& timeline, const Tally& all);
 
 /// The same for stations, with gaps between them: no line connects them.
 QString stations(const QMap<QString, StationReport>& stations, const Tally& all);
 
 /// A bar for the failures of each of the first controls, and a line for their cumulative share of
-/// all failures. Empty without failures.
+/// all failures. Without failures: none.
 QString pareto(const Report& report);
 
 /// How many units missed each band of a control; at least one did.

@@ -36,18 +36,6 @@ QString html::paragraph(const QString& characters, const QString& classes)
     return characters.isEmpty() ? "" : element("p", text(characters), classes);
 }
 
-QString html::rows(const Rows& rows)
-{
-    QString body;
-    for (const Row& row : rows) {
-        QString content;
-        for (const auto& [key, cell] : row)
-            content += element("td", text(cell.fullText()), cell.classes);
-        body += element("tr", content);
-    }
-    return body;
-}
-
 QString svg::chart(const QRectF& area, const QString& label, const QString& elements)
 {
     const QString box = position(" viewBox='%1 %2 ", area.topLeft()) +

@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include "yield/page/tables.h"
-
 #include <QPointF>
 #include <QRectF>
 #include <QString>
@@ -22,9 +20,6 @@ QString element(const QString& name, const QString& content, const QString& clas
 
 /// Empty without a text.
 QString paragraph(const QString& characters, const QString& classes = "quiet");
-
-/// The rows of a table.
-QString rows(const Rows& rows);
 } // namespace html
 
 /// A chart inside a page and its elements, as markup. Colours and fonts come from the page's style
@@ -40,7 +35,7 @@ QString titled(const QString& hover, const QString& elements);
 
 QString rect(const QRectF& area, const QString& classes);
 
-/// One of the marks of sections.html: "dot", "below" or "above".
+/// One of the marks of page.html: "dot", "below" or "above".
 QString mark(QPointF centre, const QString& name);
 QString line(const QVector<QPointF>& points, const QString& classes);
 QString text(QPointF baseline, const QString& content, const QString& classes);

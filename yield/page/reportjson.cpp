@@ -19,20 +19,11 @@ QJsonObject objectOf(const Row& row)
     return object;
 }
 
-QJsonArray arrayOf(const Rows& rows)
-{
-    QJsonArray array;
-    for (const Row& row : rows)
-        array.append(objectOf(row));
-    return array;
-}
-
 /// Null instead of an empty text.
 QJsonValue textOrNull(const QString& text)
 {
     return text.isEmpty() ? QJsonValue() : QJsonValue(text);
 }
-
 } // namespace
 
 QByteArray reportJson(const Report& report)
@@ -44,21 +35,17 @@ QByteArray reportJson(const Report& report)
                                     {"station", textOrNull(request.station)},
                                     {"exclude", QJsonArray::fromStringList(request.exclude)},
                                     {"excluded_units", report.excluded}};
-    const QJsonObject object{{"request", requestObject},
-                             {"last_logs", arrayOf(tables::lastLogs(report))},
-                             {"recent_days", arrayOf(tables::recentDays(report))},
-                             {"not_passed", arrayOf(tables::notPassed(report))},
-                             {"totals", objectOf(tables::totals(report))},
-                             {"implausible_dates", report.implausibleDates},
-                             {"period", textOrNull(timelineOf(report.days).period)},
-                             {"trend", arrayOf(tables::trend(report))},
-                             {"stations", arrayOf(tables::stations(report))},
-                             {"controls", arrayOf(tables::controls(report))},
-                             {"pareto", arrayOf(tables::pareto(report))},
-                             {"missed_bands", arrayOf(tables::bands(report))},
-                             {"aborted", arrayOf(tables::aborted(report))},
-                             {"attempts_by_number", arrayOf(tables::attemptsByNumber(report))},
-                             {"retested", arrayOf(tables::retested(report))},
-                             {"retested_units", report.retestedUnitCount}};
+    QJsonObject object{{"request", requestObject},
+                       {"totals", objectOf(tables::totals(report))},
+                       {"implausible_dates", report.implausibleDates},
+                       {"period", textOrNull(timelineOf(report.days).period)},
+                       {"retested_units", report.retestedUnitCount}};
+    const auto tables = tables::all(report);
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+        QJsonArray rows;
+        for (const Row& row : *table)
+            rows.append(objectOf(row));
+        object[table.key()] = rows;
+    }
     return QJsonDocument(object).toJson();
 }

@@ -5,6 +5,7 @@
 
 #include "yield/page/cells.h"
 
+#include <QMap>
 #include <QPair>
 #include <QVector>
 
@@ -16,19 +17,9 @@ using Rows = QVector<Row>;
 /// keys, so that both always agree.
 namespace tables
 {
-Rows lastLogs(const Report& report);
-Rows recentDays(const Report& report);
+/// By their names in the JSON.
+QMap<QString, Rows> all(const Report& report);
+
+/// The figures of all units together.
 Row totals(const Report& report);
-Rows trend(const Report& report);
-Rows stations(const Report& report);
-
-Rows controls(const Report& report);
-Rows pareto(const Report& report);
-/// Of the controls of the charts of missed bands.
-Rows bands(const Report& report);
-Rows aborted(const Report& report);
-
-Rows attemptsByNumber(const Report& report);
-Rows notPassed(const Report& report);
-Rows retested(const Report& report);
 } // namespace tables
