@@ -137,7 +137,7 @@
             const [name, failed] = cellsOf('heat-map')[component];
             same(panel.textContent.trim(), `${name}: ${failed}`, 'hover text');
             same(labels.map(text => text.textContent),
-                     [String(component), part.of ? headOf(failed) : ''], 'text of ' + component);
+                     [String(component), headOf(failed)], 'text of ' + component);
             same(labels.map(text => text.classList[1]), Array(2).fill('on-' + colour), 'ink');
         });
         same(texts('.key text'), ['none', ...[...steps.slice(1), 100].map(most =>

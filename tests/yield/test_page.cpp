@@ -45,6 +45,8 @@ QString textOf(const Report& report)
     return QString::fromUtf8(reportPage(report))
         .section("</style>", 1)
         .simplified()
+        .remove(QRegularExpression("<p[^>]* hidden=[^>]*>.*</p>",
+                                   QRegularExpression::InvertedGreedinessOption))
         .replace(QRegularExpression("\\s*<[^>]*>[\\s|]*"), "|")
         .replace(QRegularExpression("\\|+"), "|");
 }
@@ -94,16 +96,27 @@ private Q_SLOTS:
              "|5,678|2026-11-18 07:15|One|passed|2026-11-18 07:15|Two|aborted|"});
     }
 
+    /// A paragraph is hidden where it says nothing.
+    void hints()
+    {
+        Report some = report();
+        compareParts(textOf(some), {"|Definitions|Needs attention|", "over time|By day"});
+        some.implausibleDates = 1;
+        compareParts(textOf(some), {"over time|1 unit with a first attempt before the year 2000 "});
+    }
+
     void scope()
     {
         Report some;
         some.request.now = QDateTime({2026, 11, 18}, {8, 0});
-        compareParts(textOf(some),
-                     {"|Units first tested at any time, at all stations. Made on 2026-11-18 08:00.|"
-                      "Status|",
-                      "|Definitions|There are no such units in the database. ",
-                      "every control that failed.|None.|Data|Control|Failed units|Share|"
-                      "Cumulative|none|"});
+        compareParts(
+            textOf(some),
+            {"|Units first tested at any time, at all stations. Made on 2026-11-18 08:00.|"
+             "Status|",
+             "|Definitions|There are no such units in the database. \"zorvi_yield import\" "
+             "imports the stations' logs.|Needs attention|",
+             "every control that failed.|None.|Data|Control|Failed units|Share|"
+             "Cumulative|none|"});
         some.request.since = QDate(2026, 11, 1);
         some.request.until = QDate(2026, 11, 2);
         some.request.station = "A";

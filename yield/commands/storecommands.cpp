@@ -33,11 +33,8 @@ ExitStatus collect(const QCommandLineParser& parser)
     const QStringList folders = parser.positionalArguments();
     if (folders.size() != 1)
         command::fail("collect takes one LOGS, the folder that a station writes to");
-    const QString spool =
-        parser.isSet("spool")
-            ? parser.value("spool")
-            : QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool";
-    Collector collector({parser.value("database"), stationOf(parser), folders[0], spool});
+    Collector collector(
+        {parser.value("database"), stationOf(parser), folders[0], parser.value("spool")});
     if (!parser.isSet("once"))
         collector.run();
     return collector.pass() ? ExitStatus::Success : ExitStatus::ProblemsFound;
@@ -101,7 +98,8 @@ Command collectCommand()
                     {"once", "Store what is in the outbox now, then end. Exit "
                              "status 1 if a log stays there or was rejected."},
                     {"spool", "The spool of version 1.2.0 (default: in the user's data folder).",
-                     "folder"}},
+                     "folder",
+                     QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/spool"}},
             "LOGS"};
 }
 

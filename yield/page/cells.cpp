@@ -46,6 +46,11 @@ QString cells::durationText(qint64 seconds)
            QString("%1 min %2 s").arg(seconds / 60 % 60).arg(seconds % 60);
 }
 
+Cell cells::none()
+{
+    return {"–", {}};
+}
+
 Cell cells::count(int number)
 {
     return {countText(number), number, "number"};
@@ -71,7 +76,7 @@ Cell cells::share(int part, int whole)
 Cell cells::limits(const Tally& part, const Tally& all)
 {
     if (part.units == 0)
-        return {"–", {}};
+        return none();
     const QStringList positions{"below LCL", "within", "above UCL"}; // as Position
     const QStringList prefixes{"▼ below LCL, ", "within ", "▲ above UCL, "};
     const ControlLimits limits = controlLimits(part.units, all);
@@ -88,7 +93,7 @@ Cell cells::limits(const Tally& part, const Tally& all)
 Cell cells::testTime(const TestTimes& times)
 {
     if (!times.medianSeconds)
-        return {"–", {}, "line"};
+        return none();
     const QJsonObject value{{"seconds", *times.medianSeconds}, {"attempts", times.attempts}};
     return {durationText(qRound(*times.medianSeconds)), value, "line",
             countText(times.attempts) + " attempts"};
@@ -98,13 +103,4 @@ Cell cells::control(int componentNum)
 {
     const QString name = controlnames::control(componentNum);
     return {QString("%1 (component %2)").arg(name).arg(componentNum), componentNum};
-}
-
-Cell cells::failedUnits(const ControlFailures& control)
-{
-    Cell cell = share(control.failed, control.units);
-    if (control.units == 0)
-        cell.text =
-            control.componentNum == roster::powerButton ? "never tested" : "not tested here";
-    return cell;
 }

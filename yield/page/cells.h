@@ -21,18 +21,14 @@ struct Cell {
 
 namespace cells
 {
-/// "1,234".
-QString countText(int number);
-
-/// "1 unit", "1,234 units".
-QString unitsText(int number);
+QString countText(int number); ///< "1,234".
+QString unitsText(int number); ///< "1 unit", "1,234 units".
 
 /// "97.3 %". Only all of them are "100 %" and only none are "0 %"; "–" of nothing.
 QString percentText(int part, int whole);
+QString durationText(qint64 seconds); ///< "2 min 35 s", "1 h 0 min 12 s".
 
-/// "2 min 35 s", "1 h 0 min 12 s".
-QString durationText(qint64 seconds);
-
+Cell none(); ///< "–".
 Cell count(int number);
 Cell station(const QString& name);
 
@@ -48,5 +44,4 @@ Cell testTime(const TestTimes& times);
 
 /// "Fader 3 (component 3)"; the value is the component's number.
 Cell control(int componentNum);
-Cell failedUnits(const ControlFailures& control);
 } // namespace cells

@@ -44,14 +44,10 @@ QString scope(const Report& report)
                      request.now.toString("yyyy-MM-dd HH:mm") + '.');
 }
 
-QString implausibleDates(int units)
+/// The attribute of an element that is for some reports only.
+QString hiddenUnless(bool isShown)
 {
-    return units == 0 ? QString()
-                      : paragraph(unitsText(units) + " with a first attempt before the year 2000 "
-                                                     "or more than a day after this page was made: "
-                                                     "the clock of a station is wrong. They count "
-                                                     "everywhere but here.",
-                                  "bad");
+    return isShown ? "" : " hidden='hidden'";
 }
 
 QString rowsMarkup(const Rows& rows)
@@ -72,10 +68,11 @@ QString bandCharts(const Report& report)
 {
     QString charts;
     for (const ControlFailures& control : report.topControls())
-        charts += element("div",
-                          element("h3", cells::control(control.componentNum).text) +
-                              paragraph("Failed units: " + cells::failedUnits(control).fullText()) +
-                              chart::bands(control));
+        charts +=
+            element("div", element("h3", cells::control(control.componentNum).text) +
+                               paragraph("Failed units: " +
+                                         cells::share(control.failed, control.units).fullText()) +
+                               chart::bands(control));
     return charts.isEmpty() ? paragraph("None.") : charts;
 }
 
@@ -83,14 +80,13 @@ QString bandCharts(const Report& report)
 QMap<QString, QString> figuresOf(const Report& report)
 {
     const Tally& total = report.total;
-    const QString message = "There are no such units in the database. \"zorvi_yield import\" "
-                            "imports the stations' logs.";
     QMap<QString, QString> figures{
         {"style", resource("page.css")},
         {"scope", scope(report)},
-        {"message", total.units > 0 ? QString() : paragraph(message, "empty")},
+        {"unless empty", hiddenUnless(total.units == 0)},
         {"not passed", unitsText(total.units - total.passedLast)},
-        {"implausible dates", implausibleDates(report.implausibleDates)},
+        {"unless implausible dates", hiddenUnless(report.implausibleDates > 0)},
+        {"implausible dates", unitsText(report.implausibleDates)},
         {"trend chart", chart::trend(timelineOf(report.days), total)},
         {"stations chart", chart::stations(report.stations, total)},
         {"heat map", chart::surface(report.controls)},

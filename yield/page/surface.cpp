@@ -22,6 +22,7 @@ QString colourClass(int failed, int units)
     return QString("failed%1").arg(step);
 }
 
+/// Empty for the power button.
 QRectF panelArea(int componentNum)
 {
     const auto topLeft = panelPosition(componentNum);
@@ -31,31 +32,29 @@ QRectF panelArea(int componentNum)
 QString controlMark(const ControlFailures& control, const QRectF& area)
 {
     const bool isTested = control.units > 0;
+    const Cell failed = cells::share(control.failed, control.units);
     const QString colour = isTested ? colourClass(control.failed, control.units) : "untested";
-    const QString rate = isTested ? cells::percentText(control.failed, control.units) : QString();
-    const QString hover =
-        cells::control(control.componentNum).text + ": " + cells::failedUnits(control).fullText();
+    const QString hover = cells::control(control.componentNum).text + ": " + failed.fullText();
     const QPointF numberAt = area.center() - QPointF(0, 1);
-    const QPointF rateAt = numberAt + QPointF(0, 12);
     return svg::titled(hover, svg::rect(area.adjusted(1, 1, -1, -1), "control " + colour)) +
            svg::text(numberAt, QString::number(control.componentNum),
                      "number on-" + colour + " middle") +
-           svg::text(rateAt, rate, "rate on-" + colour + " middle");
+           svg::text(numberAt + QPointF(0, 12), failed.text, "rate on-" + colour + " middle");
 }
 } // namespace
 
 QString chart::surface(const QVector<ControlFailures>& controls)
 {
     QRectF ground;
-    for (const ControlFailures& control : controls)
-        ground = ground.united(panelArea(control.componentNum));
+    QString marks;
+    for (const ControlFailures& control : controls) {
+        const QRectF area = panelArea(control.componentNum);
+        ground = ground.united(area);
+        if (!area.isEmpty())
+            marks += controlMark(control, area);
+    }
     ground.adjust(-margin, -margin, margin, margin);
-
-    QString elements = svg::rect(ground, "ground");
-    for (const ControlFailures& control : controls)
-        if (const QRectF area = panelArea(control.componentNum); !area.isEmpty())
-            elements += controlMark(control, area);
     return svg::chart(ground,
                       "The control surface, each control coloured by its share of failed units",
-                      elements);
+                      svg::rect(ground, "ground") + marks);
 }

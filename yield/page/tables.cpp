@@ -14,31 +14,23 @@
 
 namespace
 {
-constexpr qint64 daySeconds = 24 * 60 * 60;
-
-Rows lastLogs(const ReportRequest& request)
+Row lastLogRow(const LastLog& lastLog, const QDateTime& now)
 {
-    Rows rows;
-    for (const auto& [station, testedAt] : request.lastLogs) {
-        if (!request.includes(station))
-            continue;
-        // Both as UTC: the difference on the wall clock.
-        const auto time = QDateTime::fromString(testedAt + 'Z', Qt::ISODate);
-        const qint64 age = time.secsTo({request.now.date(), request.now.time(), Qt::UTC});
-        const QString text = QLocale::c().toString(time, QString("ddd d MMM hh:mm"));
-        Cell timeCell{text, testedAt, "line"};
-        Cell ageCell{cells::durationText(age), age, "line"};
-        if (testedAt.isEmpty()) {
-            timeCell = {"no log yet", {}, "bad"};
-            ageCell = {"–", {}};
-        } else if (age > daySeconds) {
-            timeCell = {"no log since " + text, testedAt, "bad"};
-        }
-        rows.append({{"station", cells::station(station)},
-                     {"tested_at", timeCell},
-                     {"age_seconds", ageCell}});
-    }
-    return rows;
+    constexpr qint64 daySeconds = 24 * 60 * 60;
+    const Cell station = cells::station(lastLog.station);
+    if (lastLog.testedAt.isEmpty())
+        return {{"station", station},
+                {"tested_at", {"no log yet", {}, "bad"}},
+                {"age_seconds", cells::none()}};
+    // Both as UTC: the difference on the wall clock.
+    const auto time = QDateTime::fromString(lastLog.testedAt + 'Z', Qt::ISODate);
+    const qint64 age = time.secsTo({now.date(), now.time(), Qt::UTC});
+    const bool isOld = age > daySeconds;
+    const QString text = QLocale::c().toString(time, QString("ddd d MMM hh:mm"));
+    return {{"station", station},
+            {"tested_at",
+             {(isOld ? "no log since " : "") + text, lastLog.testedAt, isOld ? "bad" : "line"}},
+            {"age_seconds", {cells::durationText(age), age, "line"}}};
 }
 
 /// all: the units of the page.
@@ -51,34 +43,11 @@ Row yieldFigures(const Tally& tally, const Tally& all)
 }
 
 /// begin: the first day of the period.
-Row periodFigures(const QString& name, const QDate& begin, const Tally& tally, const Tally& all)
+Row periodRow(const QString& name, const QDate& begin, const Tally& tally, const Tally& all)
 {
     return Row{{"first_tested", {name, begin.toString(Qt::ISODate), "line"}},
                {"units", cells::count(tally.units)}} +
            yieldFigures(tally, all);
-}
-
-Rows recentDays(const Report& report)
-{
-    constexpr int maxDays = 8;
-    const QStringList prefixes{"Today so far, ", "Yesterday, "};
-    Rows rows;
-    for (int ago = 0; ago < maxDays; ++ago) {
-        const QDate date = report.request.now.date().addDays(-ago);
-        const QString name = QLocale::c().toString(date, QString("ddd d MMM yyyy"));
-        if (report.request.includes(date))
-            rows.append(periodFigures(prefixes.value(ago) + name, date, report.days.value(date),
-                                      report.total));
-    }
-    return rows;
-}
-
-Rows trend(const Report& report)
-{
-    Rows rows;
-    for (const Timeline::Period& period : timelineOf(report.days).periods)
-        rows.append(periodFigures(period.name, period.begin, period.tally, report.total));
-    return rows;
 }
 
 /// The control that failed most often, the first of several.
@@ -86,87 +55,67 @@ Cell topFailureCell(const QVector<int>& failed)
 {
     const auto top = std::max_element(failed.cbegin(), failed.cend());
     if (*top == 0)
-        return {"–", {}};
+        return cells::none();
     const auto componentNum = static_cast<int>(std::distance(failed.cbegin(), top));
     return {controlnames::control(componentNum) + ", " + cells::unitsText(*top),
             QJsonObject{{"component", componentNum}, {"failed_units", *top}}, "line"};
 }
 
-Rows stations(const Report& report)
+void addYields(Tables& tables, const Report& report)
 {
-    Rows rows;
+    constexpr int maxRecentDays = 8;
+    const QStringList recentNames{"Today so far, ", "Yesterday, "};
+    const ReportRequest& request = report.request;
+    for (const LastLog& lastLog : request.lastLogs)
+        if (request.includes(lastLog.station))
+            tables["last_logs"].append(lastLogRow(lastLog, request.now));
+    for (int ago = 0; ago < maxRecentDays; ++ago) {
+        const QDate day = request.now.date().addDays(-ago);
+        const QString name = QLocale::c().toString(day, QString("ddd d MMM yyyy"));
+        if (request.includes(day))
+            tables["recent_days"].append(periodRow(recentNames.value(ago) + name, day,
+                                                   report.days.value(day), report.total));
+    }
+    for (const Timeline::Period& period : timelineOf(report.days).periods)
+        tables["trend"].append(periodRow(period.name, period.begin, period.tally, report.total));
     for (auto each = report.stations.cbegin(); each != report.stations.cend(); ++each)
-        rows.append(Row{{"station", cells::station(each.key())},
-                        {"units", cells::count(each->tally.units)},
-                        {"attempts", cells::count(each->tally.attempts)}} +
-                    yieldFigures(each->tally, report.total) +
-                    Row{{"median_test_time", cells::testTime(each->testTimes)},
-                        {"top_failure", topFailureCell(each->failed)}});
-    return rows;
+        tables["stations"].append(Row{{"station", cells::station(each.key())},
+                                      {"units", cells::count(each->tally.units)},
+                                      {"attempts", cells::count(each->tally.attempts)}} +
+                                  yieldFigures(each->tally, report.total) +
+                                  Row{{"median_test_time", cells::testTime(each->testTimes)},
+                                      {"top_failure", topFailureCell(each->failed)}});
 }
 
-Row controlFigures(const ControlFailures& control)
+Row controlRow(const ControlFailures& control)
 {
     return {{"component", cells::control(control.componentNum)},
-            {"failed_units", cells::failedUnits(control)}};
+            {"failed_units", cells::share(control.failed, control.units)}};
 }
 
-Rows controls(const Report& report)
+void addControls(Tables& tables, const Report& report)
 {
-    Rows rows;
-    for (const ControlFailures& control : report.controls)
-        rows.append(controlFigures(control));
-    return rows;
-}
-
-Rows pareto(const Report& report)
-{
-    Rows rows;
+    for (const ControlFailures& control : report.controls) {
+        tables["controls"].append(controlRow(control));
+        if (control.aborted > 0)
+            tables["aborted"].append(
+                {{"component", cells::control(control.componentNum)},
+                 {"first_attempts", cells::share(control.aborted, report.total.abortedFirst)}});
+    }
     const int all = report.failureCount;
     int sum = 0;
     for (const ControlFailures& control : report.failedControls) {
         sum += control.failed;
-        rows.append(controlFigures(control) + Row{{"share", cells::percent(control.failed, all)},
-                                                  {"cumulative", cells::percent(sum, all)}});
+        tables["pareto"].append(controlRow(control) +
+                                Row{{"share", cells::percent(control.failed, all)},
+                                    {"cumulative", cells::percent(sum, all)}});
     }
-    return rows;
-}
-
-/// Of the controls of the charts of missed bands.
-Rows missedBands(const Report& report)
-{
-    Rows rows;
     for (const ControlFailures& control : report.topControls())
         for (int band = 0; band < control.missedBands.size(); ++band)
-            rows.append({{"component", cells::control(control.componentNum)},
-                         {"band", {controlnames::band(control.componentNum, band), band}},
-                         {"failed_units", cells::count(control.missedBands.at(band))}});
-    return rows;
-}
-
-Rows aborted(const Report& report)
-{
-    Rows rows;
-    for (const ControlFailures& control : report.controls)
-        if (control.aborted > 0)
-            rows.append(
+            tables["missed_bands"].append(
                 {{"component", cells::control(control.componentNum)},
-                 {"first_attempts", cells::share(control.aborted, report.total.abortedFirst)}});
-    return rows;
-}
-
-Rows attemptsByNumber(const Report& report)
-{
-    Rows rows;
-    for (const AttemptsByNumber& each : report.attemptsByNumber) {
-        const int number = rows.size() + 1;
-        const QString suffix = number == Report::maxNumbers ? " and later" : "";
-        rows.append({{"number", {QString::number(number) + suffix, number}},
-                     {"attempts", cells::count(each.attempts)},
-                     {"passed", cells::share(each.passed, each.attempts)},
-                     {"aborted", cells::count(each.aborted)}});
-    }
-    return rows;
+                 {"band", {controlnames::band(control.componentNum, band), band}},
+                 {"failed_units", cells::count(control.missedBands.at(band))}});
 }
 
 Cell serialCell(const QString& serial)
@@ -203,47 +152,46 @@ Cell resultCell(const Attempt& attempt)
     return {result, result, "bad"};
 }
 
-Rows notPassed(const Report& report)
+void addUnits(Tables& tables, const Report& report)
 {
-    Rows rows;
+    int number = 0;
+    for (const AttemptsByNumber& each : report.attemptsByNumber) {
+        ++number;
+        const QString suffix = number == Report::maxNumbers ? " and later" : "";
+        tables["attempts_by_number"].append({{"number", {QString::number(number) + suffix, number}},
+                                             {"attempts", cells::count(each.attempts)},
+                                             {"passed", cells::share(each.passed, each.attempts)},
+                                             {"aborted", cells::count(each.aborted)}});
+    }
     for (const auto& [testedAt, unit] : report.notPassedUnits)
-        rows.append({{"serial", serialCell(unit.last.serial)},
-                     {"tested_at", timeCell(testedAt)},
-                     {"station", cells::station(unit.last.station)},
-                     {"attempts", cells::count(unit.attempts)},
-                     {"failures", failuresCell(unit.last)}});
-    return rows;
-}
-
-Rows retested(const Report& report)
-{
-    Rows rows;
+        tables["not_passed"].append({{"serial", serialCell(unit.last.serial)},
+                                     {"tested_at", timeCell(testedAt)},
+                                     {"station", cells::station(unit.last.station)},
+                                     {"attempts", cells::count(unit.attempts)},
+                                     {"failures", failuresCell(unit.last)}});
     for (const auto& [order, unit] : report.retestedUnits)
-        rows.append({{"serial", serialCell(unit.last.serial)},
-                     {"attempts", cells::count(unit.attempts)},
-                     {"first_tested_at", timeCell(unit.first.testedAt)},
-                     {"first_station", cells::station(unit.first.station)},
-                     {"first_result", resultCell(unit.first)},
-                     {"last_tested_at", timeCell(unit.last.testedAt)},
-                     {"last_station", cells::station(unit.last.station)},
-                     {"last_result", resultCell(unit.last)}});
-    return rows;
+        tables["retested"].append({{"serial", serialCell(unit.last.serial)},
+                                   {"attempts", cells::count(unit.attempts)},
+                                   {"first_tested_at", timeCell(unit.first.testedAt)},
+                                   {"first_station", cells::station(unit.first.station)},
+                                   {"first_result", resultCell(unit.first)},
+                                   {"last_tested_at", timeCell(unit.last.testedAt)},
+                                   {"last_station", cells::station(unit.last.station)},
+                                   {"last_result", resultCell(unit.last)}});
 }
 } // namespace
 
-QMap<QString, Rows> tables::all(const Report& report)
+Tables tables::all(const Report& report)
 {
-    return {{"last_logs", lastLogs(report.request)},
-            {"recent_days", recentDays(report)},
-            {"trend", trend(report)},
-            {"stations", stations(report)},
-            {"controls", controls(report)},
-            {"pareto", pareto(report)},
-            {"missed_bands", missedBands(report)},
-            {"aborted", aborted(report)},
-            {"attempts_by_number", attemptsByNumber(report)},
-            {"not_passed", notPassed(report)},
-            {"retested", retested(report)}};
+    Tables tables;
+    for (const char* name :
+         {"last_logs", "recent_days", "trend", "stations", "controls", "aborted", "pareto",
+          "missed_bands", "attempts_by_number", "not_passed", "retested"})
+        tables.insert(name, {}); // also those that stay empty
+    addYields(tables, report);
+    addControls(tables, report);
+    addUnits(tables, report);
+    return tables;
 }
 
 Row tables::totals(const Report& report)
