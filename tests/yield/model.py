@@ -274,9 +274,11 @@ def figures(attempts, tests_18, request, made_at):
 
 # Plants
 
-# The days from the first to the last unit, and the number of units: at the bounds of days, weeks and
-# months, and longer than the lists of units.
-PLANTS = [(3, 0), (69, 150), (70, 20), (489, 300), (490, MAX_NOT_PASSED + 400)]
+TOMORROW = datetime.date.today() + DAY
+# The days from the first to the last unit, and the number of units: at the bounds of days, weeks,
+# months and plausible dates, and longer than the lists of units.
+PLANTS = [((TOMORROW - datetime.date(2000, 1, 1)).days, 0), (69, 150), (70, 20), (489, 300)]
+PLANTS += [(490, MAX_NOT_PASSED + 400)]
 STATIONS = ["Station 1", "Assembly line 2 of hall 7, station 2", "line <\u00e4>", "\u4e00"]
 SERIALS = ["", " ", "KG-/4", "\u00e4\u00df", "'\"", "\U0001f600", "\uff20", "KG-1", "KG-22", "kg-1"]
 SERIALS += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
@@ -313,10 +315,9 @@ def plant(span, units):
     """Attempts, and whether each station tests component 18."""
     names = STATIONS if units < MAX_NOT_PASSED else STATIONS[:1]
     tests_18 = {name: random.random() < 0.4 for name in names}
-    tomorrow = datetime.date.today() + DAY
-    days = [tomorrow - ago * DAY for ago in range(span + 1)]
+    days = [TOMORROW - ago * DAY for ago in range(span + 1)]
     serials = SERIALS + ["0908-%04d" % number for number in range(units)]
-    unit_days = [tomorrow + DAY, datetime.date(1999, 12, 31), days[0], days[-1]]
+    unit_days = [TOMORROW + DAY, datetime.date(1999, 12, 31), days[0], days[-1]]
     unit_days += random.choices(days, k=len(serials))
     attempts = [a for s, day in zip(serials, unit_days) for a in unit_attempts(s, tests_18, day, units)]
     # The database has one of equal ones.

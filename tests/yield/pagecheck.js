@@ -101,28 +101,29 @@
         same(texts('.label.middle', chart), cells.map(({name}) =>
             name.length <= length ? name : '…' + name.slice(1 - length)), 'name of a station');
     };
+    // Bars with a name below and a number above; heights: in percent.
+    const checkBars = (chart, height, heights, names, numbers) => {
+        same(all('.bar', chart).map(bar => 100 * number(bar, 'height') / height), heights, 'bar');
+        same(texts('.label.middle', chart), names, 'name of a bar');
+        same(texts('.value', chart), numbers, 'number of a bar');
+    };
     const checkPareto = chart => {
         const rows = figures.pareto.slice(0, 14);
         const sums = rows.map(row => 100 * row.cumulative);
         const {at} = percentAxis(chart);
-        same(all('.bar', chart).map(bar => at(number(bar, 'y'))),
-                 rows.map(row => 100 * row.share), 'Pareto bar');
         same(points(chart.querySelector('.trend')).map(([, y]) => at(y)), sums, 'sum');
         same(all('use', chart).map(dot => at(number(dot, 'y'))), sums, 'dot');
         const cells = cellsOf('pareto').slice(0, 14);
-        same(texts('.label.middle', chart), cells.map(([name]) => headOf(name)), 'name');
-        same(texts('.value', chart), cells.map(([, share]) => share.match(/\((.*) of/)[1]),
-                 'value');
+        checkBars(chart, 232, rows.map(row => 100 * row.share), cells.map(([name]) => headOf(name)),
+                  cells.map(([, share]) => share.match(/\((.*) of/)[1]));
     };
     const checkBands = (chart, i) => {
         const heading = cellsOf('pareto')[i][0];
         const cells = cellsOf('bands').filter(([name]) => name === heading);
         const counts = cells.map(([, , units]) => Number(units.replace(',', '')));
-        same(all('.bar', chart).map(bar => 100 * number(bar, 'height') / 78),
-                 counts.map(each => 100 * each / Math.max(...counts)), 'bar of a band');
-        same(texts('.label', chart), cells.map(([, band]) => band.split(' ')[0]), 'band');
-        same(texts('.value', chart), cells.map(([, , units]) => units.replace(/^0$/, '')),
-                 'units of a band');
+        checkBars(chart, 78, counts.map(each => 100 * each / Math.max(...counts)),
+                  cells.map(([, band]) => band.split(' ')[0]),
+                  cells.map(([, , units]) => units.replace(/^0$/, '')));
         same(chart.parentElement.querySelector('h3').textContent, heading, 'heading');
     };
     const checkHeatMap = chart => {
@@ -133,11 +134,10 @@
             const colour = part.of ? 'failed' + step : 'untested';
             const panel = all('g', chart)[i];
             const labels = [panel.nextElementSibling, panel.nextElementSibling.nextElementSibling];
-            same(panel.querySelector('rect').getAttribute('class'), 'control ' + colour, component);
             const [name, failed] = cellsOf('heat-map')[component];
-            same(panel.textContent.trim(), `${name}: ${failed}`, 'hover text');
-            same(labels.map(text => text.textContent),
-                     [String(component), headOf(failed)], 'text of ' + component);
+            same(panel.querySelector('rect').getAttribute('class'), 'control ' + colour, name);
+            same([panel, ...labels].map(each => each.textContent.trim()),
+                 [`${name}: ${failed}`, String(component), headOf(failed)], 'text of ' + name);
             same(labels.map(text => text.classList[1]), Array(2).fill('on-' + colour), 'ink');
         });
         same(texts('.key text'), ['none', ...[...steps.slice(1), 100].map(most =>
@@ -198,11 +198,11 @@
         if (Math.min(x, y, view.width - x - box.width, view.height - y - box.height) < -1)
             wrong('outside its chart: ' + shape.outerHTML);
     }
-    for (const chart of all('svg'))
-        all('.label.middle', chart).map(text => text.getBBox()).forEach((box, i, boxes) => {
-            if (i > 0 && box.x < boxes[i - 1].x + boxes[i - 1].width)
-                wrong('labels overlap: ' + texts('.label.middle', chart)[i]);
-        });
+    for (const chart of all('svg')) {
+        const boxes = all('.label.middle', chart).map(text => text.getBBox());
+        if (boxes.some((box, i) => i > 0 && box.x < boxes[i - 1].x + boxes[i - 1].width))
+            wrong('labels overlap: ' + texts('.label.middle', chart));
+    }
     const paper = ground(document.body);
     for (const mark of ['bar', 'dot', 'below', 'above']) {
         need(3, fill(mark), paper, mark);
