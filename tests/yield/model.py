@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 
 """A second opinion on the figures of a report, written from the words of docs/quality-guide.md and
-docs/database.md: stores the attempts of random plants as SQL, has PROGRAM report on them, and prints
-the figures of the JSON that differ. Chromium checks the page of each plant (pagecheck.js); with
-ZORVI_AXE, a copy of axe.min.js, axe-core does too.
+docs/database.md: stores the attempts of random plants by SQL, has PROGRAM report on them, and
+prints the figures of the JSON that differ. Chromium checks the page of each plant (pagecheck.js);
+with ZORVI_AXE, a copy of axe.min.js, axe-core does too.
 
 model.py PROGRAM SEED"""
 
@@ -31,11 +31,10 @@ SECOND = datetime.timedelta(seconds=1)
 DAY = datetime.timedelta(days=1)
 MAX_NOT_PASSED, MAX_RETESTED = 5000, 200
 
-# marks: for each of the 44 components a text with 0 or 1 for each band. started: None for an attempt
-# that was imported without its run. missed: the missed bands of each failed control.
-Attempt = collections.namedtuple(
-    "Attempt", "station serial time started marks missed aborted result"
-)
+# started: None for an attempt that was imported without its run. marks: for each of the 44
+# components a text with 0 or 1 for each band. missed: the missed bands of each failed control.
+COLUMNS = "station serial time started marks missed aborted result"
+Attempt = collections.namedtuple("Attempt", COLUMNS)
 
 
 # What attempts mean
@@ -62,8 +61,8 @@ def packed(marks):
 
 
 def sort_key(each):
-    marks = "".join(each.marks)
-    return each.time, each.station.encode(), marks.count("1"), packed(each.marks)
+    count = "".join(each.marks).count("1")
+    return each.time, each.station.encode(), count, packed(each.marks)
 
 
 # What a report counts
@@ -275,17 +274,18 @@ def figures(attempts, tests_18, request, made_at):
 # Plants
 
 TOMORROW = datetime.date.today() + DAY
-# The days from the first to the last unit, and the number of units: at the bounds of days, weeks,
-# months and plausible dates, and longer than the lists of units.
-PLANTS = [((TOMORROW - datetime.date(2000, 1, 1)).days, 0), (69, 150), (70, 20), (489, 300)]
-PLANTS += [(490, MAX_NOT_PASSED + 400)]
+# The days from the first to the last unit, and the number of units: one day, whose lower control
+# limit is below all yields; the bounds of days, weeks, months and plausible dates; more units than
+# the lists have.
+PLANTS = [(0, 30), (69, 150), (70, 20), (489, 300)]
+PLANTS += [((TOMORROW - datetime.date(2000, 1, 1)).days, 0), (490, MAX_NOT_PASSED + 400)]
 STATIONS = ["Station 1", "Assembly line 2 of hall 7, station 2", "line <\u00e4>", "\u4e00"]
 SERIALS = ["", " ", "KG-/4", "\u00e4\u00df", "'\"", "\U0001f600", "\uff20", "KG-1", "KG-22", "kg-1"]
 SERIALS += ["</td><script>console.log('WRONG')</script>&amp;", "\t\x01\u202e\ufffe\uffff"]
 
 
 def random_attempt(station, serial, tests_18, time, units):
-    """Units pass at the last station only, in the longest plant none, and a tenth of the days is bad."""
+    """All pass at the last station, none in the longest plant; a tenth of the days is bad."""
     end = random.choice([44] * 12 + [43, 42, 41, 40, 38, 19, 18, 5, 1])
     failures = 0.2 if time.toordinal() % 10 == 3 else 0.01
     if station == STATIONS[-1]:
@@ -319,11 +319,11 @@ def plant(span, units):
     serials = SERIALS + ["0908-%04d" % number for number in range(units)]
     unit_days = [TOMORROW + DAY, datetime.date(1999, 12, 31), days[0], days[-1]]
     unit_days += random.choices(days, k=len(serials))
-    attempts = [a for s, day in zip(serials, unit_days) for a in unit_attempts(s, tests_18, day, units)]
-    # The database has one of equal ones.
-    attempts = list({(each.serial, sort_key(each)): each for each in attempts}.values())
-    random.shuffle(attempts)
-    return attempts, tests_18
+    attempts = {}  # one of equal ones
+    for serial, day in zip(serials, unit_days):
+        for each in unit_attempts(serial, tests_18, day, units):
+            attempts[serial, sort_key(each)] = each
+    return random.sample(list(attempts.values()), len(attempts)), tests_18
 
 
 def random_requests(attempts, stations):
@@ -334,15 +334,15 @@ def random_requests(attempts, stations):
     yield {**everything, "since": first, "until": first}
     yield {**everything, "station": stations[-1]}
     yield {**everything, "since": first, "station": stations[0]}
-    exclude = random.choice([["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]])
-    yield {**everything, "until": last, "exclude": exclude}
+    for exclude in ["KG-*"], ["?", "0908-00[1-3]*"], ["*"], ["<*", "[!0]*", "KG-?4"]:
+        yield {**everything, "until": last, "exclude": exclude}
 
 
-def store(program, folder, attempts, tests_18):
-    (folder / "no logs").mkdir()
-    for name in tests_18:
-        run([program, "import", "--station", name, "--database", folder / "a.sqlite", folder / "no logs"])
-    with sqlite3.connect(folder / "a.sqlite") as database:
+def store(program, path, attempts, tests_18):
+    with tempfile.TemporaryDirectory() as no_logs:
+        for name in tests_18:
+            run([program, "import", "--station", name, "--database", path, no_logs])
+    with sqlite3.connect(path) as database:
         insert = """INSERT INTO attempts
             (station_id, serial, tested_at, marks, passed, tests_18, started_at)
             SELECT id, ?, ?, ?, 0, ?, ? FROM stations WHERE name = ?"""
@@ -383,7 +383,8 @@ def check_pages(folder, pages):
         data = data.replace("</", "<\\/")
         file = folder / f"{number}.html"
         file.write_text(f"{page}<script>const figures = {data};\n{script}</script>")
-        frames += "".join(f"<iframe src='{file.name}' width={w} height=800></iframe>" for w in (400, 1600))
+        for width in 400, 1600:
+            frames += f"<iframe src='{file.name}' width={width} height=800></iframe>"
     (folder / "frames.html").write_text(frames)
     options = ["--enable-logging=stderr", "--virtual-time-budget=20000", "--dump-dom"]
     for scheme in "01":
@@ -408,16 +409,15 @@ def rounded(text):
     return json.loads(text, parse_float=lambda digits: round(float(digits), 9))
 
 
-def check_figures(program, folder, size):
+def check_figures(program, database, size):
     """Compares the figures of a plant; returns the page of all its units and their figures."""
     attempts, tests_18 = plant(*size)
-    store(program, folder, attempts, tests_18)
-    pages = []
+    store(program, database, attempts, tests_18)
+    report = [program, "report", "--database", database]
     for request in random_requests(attempts, list(tests_18)):
         options = [f"--{key}={each}" for key, each in request.items() if each and key != "exclude"]
         options += [f"--exclude={wild}" for wild in request["exclude"]]
-        report = [program, "report", "--database", folder / "a.sqlite", *options]
-        found = rounded(run([*report, "--format=json"]))
+        found = rounded(run([*report, *options, "--format=json"]))
         for row in found["not_passed"]:
             row.pop("failures")  # a text, see test_page
         expected = figures(attempts, tests_18, request, found["request"]["made_at"])
@@ -425,8 +425,7 @@ def check_figures(program, folder, size):
         for key in expected.keys() | found.keys():
             if found.get(key) != expected.get(key):
                 sys.exit(f"{size} {request}\n{key}: {found.get(key)}\nnot {expected.get(key)}")
-        pages.append((run([*report, "--output=-"]), json.dumps(found)))
-    return pages[0]
+    return run([*report, "--output=-"]), run([*report, "--format=json"])
 
 
 def main():
@@ -434,9 +433,9 @@ def main():
     pages = []
     for size in PLANTS:
         with tempfile.TemporaryDirectory() as folder:
-            pages.append(check_figures(sys.argv[1], pathlib.Path(folder), size))
+            pages.append(check_figures(sys.argv[1], pathlib.Path(folder, "a.sqlite"), size))
     with tempfile.TemporaryDirectory() as folder:
-        check_pages(pathlib.Path(folder), pages)
+        check_pages(pathlib.Path(folder), pages[:-1])
         check_paper(pathlib.Path(folder), pages[-1][0])
 
 

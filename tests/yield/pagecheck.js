@@ -10,9 +10,9 @@
     const isSame = (seen, expected) => typeof expected === 'number'
         ? Math.abs(seen - expected) < 0.1 : seen === expected;
     const same = (seen, expected, what) => {
-        const [list, expectedList] = [[seen].flat(), [expected].flat()];
-        if (list.length !== expectedList.length || !list.every((each, i) => isSame(each, expectedList[i])))
-            wrong(`${what}: ${list}, not ${expectedList}`);
+        const [found, wanted] = [[seen].flat(), [expected].flat()];
+        if (found.length !== wanted.length || !found.every((each, i) => isSame(each, wanted[i])))
+            wrong(`${what}: ${found}, not ${wanted}`);
     };
 
     // The texts of the table in a section, row by row.
