@@ -15,11 +15,8 @@
 /// The exit status of zorvi_yield, as grep and diff have it.
 enum class ExitStatus {
     Success = 0,
-    /// A file was rejected, a log stays in the outbox, the last attempt did not pass, or status
-    /// found something that needs attention, also an unavailable database.
-    ProblemsFound = 1,
-    /// The command line makes no sense, the database cannot be used or output not be written.
-    Error = 2
+    ProblemsFound = 1, ///< What a command looked for: rejected files, a unit that did not pass …
+    Error = 2          ///< The command line makes no sense, the database or the output fails.
 };
 
 /// A command of the program, with its help.

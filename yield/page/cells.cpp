@@ -46,11 +46,6 @@ QString cells::durationText(qint64 seconds)
            QString("%1 min %2 s").arg(seconds / 60 % 60).arg(seconds % 60);
 }
 
-Cell cells::none()
-{
-    return {"–", {}};
-}
-
 Cell cells::count(int number)
 {
     return {countText(number), number, "number"};

@@ -28,7 +28,10 @@ QString unitsText(int number); ///< "1 unit", "1,234 units".
 QString percentText(int part, int whole);
 QString durationText(qint64 seconds); ///< "2 min 35 s", "1 h 0 min 12 s".
 
-Cell none(); ///< "–".
+inline Cell none()
+{
+    return {"–", {}};
+}
 Cell count(int number);
 Cell station(const QString& name);
 

@@ -95,10 +95,11 @@ QMap<QString, QString> figuresOf(const Report& report)
         {"aborted", cells::share(total.abortedFirst, total.units).fullText()},
         {"false failures", cells::share(report.falseFailures, report.failedAttempts).fullText()},
         {"retested", unitsText(report.retestedUnitCount)}};
-    for (const auto& [key, cell] : tables::totals(report))
+    auto tables = tables::all(report);
+    const Row totals = tables.take("totals").first();
+    for (const auto& [key, cell] : totals)
         figures["totals." + key] = element("div", html::text(cell.text), "figure") +
                                    element("div", html::text(cell.basis), "basis");
-    const auto tables = tables::all(report);
     for (auto table = tables.cbegin(); table != tables.cend(); ++table)
         figures[table.key() + " rows"] = rowsMarkup(*table);
     return figures;

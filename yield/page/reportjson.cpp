@@ -36,11 +36,11 @@ QByteArray reportJson(const Report& report)
                                     {"exclude", QJsonArray::fromStringList(request.exclude)},
                                     {"excluded_units", report.excluded}};
     QJsonObject object{{"request", requestObject},
-                       {"totals", objectOf(tables::totals(report))},
                        {"implausible_dates", report.implausibleDates},
                        {"period", textOrNull(timelineOf(report.days).period)},
                        {"retested_units", report.retestedUnitCount}};
-    const auto tables = tables::all(report);
+    auto tables = tables::all(report);
+    object["totals"] = objectOf(tables.take("totals").first());
     for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
         QJsonArray rows;
         for (const Row& row : *table)

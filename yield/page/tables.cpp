@@ -66,6 +66,15 @@ void addYields(Tables& tables, const Report& report)
     constexpr int maxRecentDays = 8;
     const QStringList recentNames{"Today so far, ", "Yesterday, "};
     const ReportRequest& request = report.request;
+    const Tally& total = report.total;
+    tables["totals"].append(
+        {{"units", cells::count(total.units)},
+         {"attempts", cells::count(total.attempts)},
+         {"first_pass_yield", cells::share(total.passedFirst, total.units)},
+         {"final_yield", cells::share(total.passedLast, total.units)},
+         {"aborted", cells::share(total.abortedFirst, total.units)},
+         {"false_failures", cells::share(report.falseFailures, report.failedAttempts)},
+         {"median_test_time", cells::testTime(report.testTimes)}});
     for (const LastLog& lastLog : request.lastLogs)
         if (request.includes(lastLog.station))
             tables["last_logs"].append(lastLogRow(lastLog, request.now));
@@ -73,16 +82,16 @@ void addYields(Tables& tables, const Report& report)
         const QDate day = request.now.date().addDays(-ago);
         const QString name = QLocale::c().toString(day, QString("ddd d MMM yyyy"));
         if (request.includes(day))
-            tables["recent_days"].append(periodRow(recentNames.value(ago) + name, day,
-                                                   report.days.value(day), report.total));
+            tables["recent_days"].append(
+                periodRow(recentNames.value(ago) + name, day, report.days.value(day), total));
     }
     for (const Timeline::Period& period : timelineOf(report.days).periods)
-        tables["trend"].append(periodRow(period.name, period.begin, period.tally, report.total));
+        tables["trend"].append(periodRow(period.name, period.begin, period.tally, total));
     for (auto each = report.stations.cbegin(); each != report.stations.cend(); ++each)
         tables["stations"].append(Row{{"station", cells::station(each.key())},
                                       {"units", cells::count(each->tally.units)},
                                       {"attempts", cells::count(each->tally.attempts)}} +
-                                  yieldFigures(each->tally, report.total) +
+                                  yieldFigures(each->tally, total) +
                                   Row{{"median_test_time", cells::testTime(each->testTimes)},
                                       {"top_failure", topFailureCell(each->failed)}});
 }
@@ -192,16 +201,4 @@ Tables tables::all(const Report& report)
     addControls(tables, report);
     addUnits(tables, report);
     return tables;
-}
-
-Row tables::totals(const Report& report)
-{
-    const Tally& total = report.total;
-    return {{"units", cells::count(total.units)},
-            {"attempts", cells::count(total.attempts)},
-            {"first_pass_yield", cells::share(total.passedFirst, total.units)},
-            {"final_yield", cells::share(total.passedLast, total.units)},
-            {"aborted", cells::share(total.abortedFirst, total.units)},
-            {"false_failures", cells::share(report.falseFailures, report.failedAttempts)},
-            {"median_test_time", cells::testTime(report.testTimes)}};
 }

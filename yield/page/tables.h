@@ -12,14 +12,12 @@
 /// The figures of a row by their keys in the JSON, in the order of the page's columns.
 using Row = QVector<QPair<QString, Cell>>;
 using Rows = QVector<Row>;
-using Tables = QMap<QString, Rows>; ///< By their names in the JSON.
+/// By their names in the JSON; "totals" has one row.
+using Tables = QMap<QString, Rows>;
 
 /// The figures of a report: the page shows them in its tables and tiles, the JSON has them by their
 /// keys, so that both always agree.
 namespace tables
 {
 Tables all(const Report& report);
-
-/// The figures of all units together.
-Row totals(const Report& report);
 } // namespace tables
