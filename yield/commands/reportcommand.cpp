@@ -19,26 +19,21 @@ QDate readDate(const QCommandLineParser& parser, const QString& option)
     return date;
 }
 
-/// --days instead of --since: that many days up to the last one.
-QDate firstOfDays(const QCommandLineParser& parser, const ReportRequest& request)
-{
-    const int days = parser.value("days").toUShort();
-    if (days == 0)
-        command::fail("--days takes a number of days, 1 or more");
-    if (request.since.isValid())
-        command::fail("--days and --since cannot be used together");
-    const QDate last = request.until.isValid() ? request.until : request.now.date();
-    return last.addDays(1 - days);
-}
-
 ReportRequest readRequest(const QCommandLineParser& parser)
 {
     ReportRequest request;
     request.now = QDateTime::currentDateTime();
     request.since = readDate(parser, "since");
     request.until = readDate(parser, "until");
-    if (parser.isSet("days"))
-        request.since = firstOfDays(parser, request);
+    if (parser.isSet("days")) {
+        const int days = parser.value("days").toUShort();
+        if (days == 0)
+            command::fail("--days takes a number of days, 1 or more");
+        if (request.since.isValid())
+            command::fail("--days and --since cannot be used together");
+        const QDate last = request.until.isValid() ? request.until : request.now.date();
+        request.since = last.addDays(1 - days);
+    }
     if (request.since.isValid() && request.until.isValid() && request.until < request.since)
         command::fail("--until lies before --since");
     request.station = parser.value("station");

@@ -15,7 +15,6 @@
 
 #include <functional>
 #include <map>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -55,8 +54,8 @@ struct AttemptsByNumber {
 
 /// The time from the start of an attempt to its last log.
 struct TestTimes {
-    int attempts = 0;                    ///< Passed ones with a start and a plausible time.
-    std::optional<double> medianSeconds; ///< Empty without such an attempt.
+    int attempts = 0;         ///< Passed ones with a start and a plausible time.
+    double medianSeconds = 0; ///< 0 without such an attempt.
 };
 
 /// A unit, its first and its last attempt and the number of all.

@@ -87,10 +87,10 @@ Cell cells::limits(const Tally& part, const Tally& all)
 
 Cell cells::testTime(const TestTimes& times)
 {
-    if (!times.medianSeconds)
+    if (times.attempts == 0)
         return none();
-    const QJsonObject value{{"seconds", *times.medianSeconds}, {"attempts", times.attempts}};
-    return {durationText(qRound(*times.medianSeconds)), value, "line",
+    const QJsonObject value{{"seconds", times.medianSeconds}, {"attempts", times.attempts}};
+    return {durationText(qRound(times.medianSeconds)), value, "line",
             countText(times.attempts) + " attempts"};
 }
 

@@ -3,6 +3,8 @@
 
 #include "yield/page/chart.h"
 
+#include "unit/panelplacement.h"
+#include "yield/figures/timeline.h"
 #include "yield/logs/controlnames.h"
 #include "yield/page/cells.h"
 #include "yield/page/markup.h"
@@ -113,7 +115,7 @@ struct YieldChart {
     Scale units{0, 0, 290, 236};
 };
 
-YieldChart yieldChart(const QVector<Timeline::Period>& periods, const Tally& all)
+YieldChart withScales(const QVector<Timeline::Period>& periods, const Tally& all)
 {
     YieldChart chart{all, (width - axisLeft) / (periods.last().slot + 1)};
     int maxUnits = 0;
@@ -128,13 +130,13 @@ YieldChart yieldChart(const QVector<Timeline::Period>& periods, const Tally& all
     chart.units.highest = maxUnits;
     return chart;
 }
-} // namespace
 
-QString chart::trend(const Timeline& timeline, const Tally& all)
+/// The trend of the report, or the same chart of its stations.
+QString yieldChart(const Timeline& timeline, const Tally& all)
 {
     if (timeline.periods.isEmpty())
         return html::paragraph("None.");
-    const YieldChart chart = yieldChart(timeline.periods, all);
+    const YieldChart chart = withScales(timeline.periods, all);
     constexpr double letterWidth = 8;
     const int labelStep =
         static_cast<int>(std::ceil(letterWidth * timeline.maxLabelLength / chart.pitch));
@@ -159,18 +161,56 @@ QString chart::trend(const Timeline& timeline, const Tally& all)
                       areas + chart.axes() + marks);
 }
 
-QString chart::stations(const QMap<QString, StationReport>& stations, const Tally& all)
+/// The highest percentage of failed units for each colour. The same on every page, so that pages
+/// can be compared.
+constexpr int maxPercentOfColour[] = {0, 1, 2, 5, 10, 100};
+
+QString colourClass(int failed, int units)
+{
+    int step = 0;
+    while (100.0 * failed > 1.0 * maxPercentOfColour[step] * units)
+        ++step;
+    return QString("failed%1").arg(step);
+}
+
+/// Empty for the power button.
+QRectF panelArea(int componentNum)
+{
+    const auto topLeft = panelPosition(componentNum);
+    return topLeft ? QRectF(*topLeft, panelSize(roster::kindOf(componentNum))) : QRectF();
+}
+
+QString controlMark(const ControlFailures& control, const QRectF& area)
+{
+    const bool isTested = control.units > 0;
+    const Cell failed = cells::share(control.failed, control.units);
+    const QString colour = isTested ? colourClass(control.failed, control.units) : "untested";
+    const QString hover = cells::control(control.componentNum).text + ": " + failed.fullText();
+    const QPointF numberAt = area.center() - QPointF(0, 1);
+    return svg::titled(hover, svg::rect(area.adjusted(1, 1, -1, -1), "control " + colour)) +
+           svg::text(numberAt, QString::number(control.componentNum),
+                     "number on-" + colour + " middle") +
+           svg::text(numberAt + QPointF(0, 12), failed.text, "rate on-" + colour + " middle");
+}
+} // namespace
+
+QString chart::trend(const Report& report)
+{
+    return yieldChart(timelineOf(report.days), report.total);
+}
+
+QString chart::stations(const Report& report)
 {
     constexpr int lettersOfAxis = 120;
-    const int maxLength = std::max(2, lettersOfAxis / std::max(1, stations.size()));
+    const int maxLength = std::max(2, lettersOfAxis / std::max(1, report.stations.size()));
     Timeline timeline{"station", {}, maxLength};
-    for (auto each = stations.cbegin(); each != stations.cend(); ++each) {
+    for (auto each = report.stations.cbegin(); each != report.stations.cend(); ++each) {
         const QString& name = each.key();
         // The ends of long names differ.
         const QString label = name.size() <= maxLength ? name : "…" + name.right(maxLength - 1);
         timeline.periods.append({2 * timeline.periods.size(), name, label, each->tally});
     }
-    return trend(timeline, all);
+    return yieldChart(timeline, report.total);
 }
 
 QString chart::pareto(const Report& report)
@@ -213,4 +253,21 @@ QString chart::bands(const ControlFailures& control)
                              controlnames::band(control.componentNum, band).section(' ', 0, 0));
     return svg::chart({0, 0, chartWidth, 118},
                       "Missed bands of " + controlnames::control(control.componentNum), elements);
+}
+
+QString chart::surface(const Report& report)
+{
+    constexpr double margin = 16;
+    QRectF ground;
+    QString marks;
+    for (const ControlFailures& control : report.controls) {
+        const QRectF area = panelArea(control.componentNum);
+        ground = ground.united(area);
+        if (!area.isEmpty())
+            marks += controlMark(control, area);
+    }
+    ground.adjust(-margin, -margin, margin, margin);
+    return svg::chart(ground,
+                      "The control surface, each control coloured by its share of failed units",
+                      svg::rect(ground, "ground") + marks);
 }

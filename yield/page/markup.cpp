@@ -5,6 +5,8 @@
 
 #include "yield/logs/printabletext.h"
 
+#include <QRegularExpression>
+
 namespace
 {
 QString position(const char* attributes, QPointF point)
@@ -17,10 +19,7 @@ QString html::text(const QString& characters)
 {
     // By way of UTF-8, which has no half surrogate pairs.
     QString shown = QString::fromUtf8(printableText(characters).toUtf8());
-    for (QChar& c : shown)
-        if (c.unicode() > QChar::ReplacementCharacter)
-            c = QChar::ReplacementCharacter;
-    return shown.toHtmlEscaped();
+    return shown.replace(QRegularExpression("[\uFFFE\uFFFF]"), "\uFFFD").toHtmlEscaped();
 }
 
 QString html::element(const QString& name, const QString& content, const QString& classes,

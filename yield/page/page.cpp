@@ -9,6 +9,9 @@
 #include "yield/page/tables.h"
 
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using cells::unitsText;
 using html::element;
@@ -27,21 +30,21 @@ QString resource(const QString& name)
 QString scope(const Report& report)
 {
     const ReportRequest& request = report.request;
-    QString time;
+    QStringList time;
     if (request.since.isValid())
-        time += " from " + request.since.toString(Qt::ISODate);
+        time << "from " + request.since.toString(Qt::ISODate);
     if (request.until.isValid())
-        time += " to " + request.until.toString(Qt::ISODate);
+        time << "to " + request.until.toString(Qt::ISODate);
     if (time.isEmpty())
-        time = " at any time";
+        time << "at any time";
     const QString place =
         request.station.isEmpty() ? "at all stations" : "at station \"" + request.station + '"';
     QString excluded;
     if (!request.exclude.isEmpty())
         excluded = ", excluding " + request.exclude.join(", ") + ": " + unitsText(report.excluded) +
                    " excluded";
-    return paragraph("Units first tested" + time + ", " + place + excluded + ". Made on " +
-                     request.now.toString("yyyy-MM-dd HH:mm") + '.');
+    return paragraph("Units first tested " + time.join(' ') + ", " + place + excluded +
+                     ". Made on " + request.now.toString("yyyy-MM-dd HH:mm") + '.');
 }
 
 /// The attribute of an element that is for some reports only.
@@ -87,9 +90,9 @@ QMap<QString, QString> figuresOf(const Report& report)
         {"not passed", unitsText(total.units - total.passedLast)},
         {"unless implausible dates", hiddenUnless(report.implausibleDates > 0)},
         {"implausible dates", unitsText(report.implausibleDates)},
-        {"trend chart", chart::trend(timelineOf(report.days), total)},
-        {"stations chart", chart::stations(report.stations, total)},
-        {"heat map", chart::surface(report.controls)},
+        {"trend chart", chart::trend(report)},
+        {"stations chart", chart::stations(report)},
+        {"heat map", chart::surface(report)},
         {"pareto chart", chart::pareto(report)},
         {"bands charts", bandCharts(report)},
         {"aborted", cells::share(total.abortedFirst, total.units).fullText()},
@@ -103,6 +106,20 @@ QMap<QString, QString> figuresOf(const Report& report)
     for (auto table = tables.cbegin(); table != tables.cend(); ++table)
         figures[table.key() + " rows"] = rowsMarkup(*table);
     return figures;
+}
+
+QJsonObject objectOf(const Row& row)
+{
+    QJsonObject object;
+    for (const auto& [key, cell] : row)
+        object[key] = cell.value;
+    return object;
+}
+
+/// Null instead of an empty text.
+QJsonValue textOrNull(const QString& text)
+{
+    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
 }
 } // namespace
 
@@ -118,4 +135,28 @@ QByteArray reportPage(const Report& report)
         page.replace(place, *figure);
     }
     return page.toUtf8();
+}
+
+QByteArray reportJson(const Report& report)
+{
+    const ReportRequest& request = report.request;
+    const QJsonObject requestObject{{"made_at", request.now.toString("yyyy-MM-ddTHH:mm:ss")},
+                                    {"since", textOrNull(request.since.toString(Qt::ISODate))},
+                                    {"until", textOrNull(request.until.toString(Qt::ISODate))},
+                                    {"station", textOrNull(request.station)},
+                                    {"exclude", QJsonArray::fromStringList(request.exclude)},
+                                    {"excluded_units", report.excluded}};
+    QJsonObject object{{"request", requestObject},
+                       {"implausible_dates", report.implausibleDates},
+                       {"period", textOrNull(timelineOf(report.days).period)},
+                       {"retested_units", report.retestedUnitCount}};
+    auto tables = tables::all(report);
+    object["totals"] = objectOf(tables.take("totals").first());
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+        QJsonArray rows;
+        for (const Row& row : *table)
+            rows.append(objectOf(row));
+        object[table.key()] = rows;
+    }
+    return QJsonDocument(object).toJson();
 }
