@@ -3,6 +3,8 @@
 
 #include "yield/figures/reportcounter.h"
 
+#include "yield/logs/attemptrules.h"
+
 #include <algorithm>
 #include <iterator>
 #include <set>
@@ -55,6 +57,42 @@ void shorten(Units& units, std::size_t maxUnits)
 {
     if (units.size() > maxUnits)
         units.erase(std::prev(units.end()));
+}
+
+void countFirst(Report& report, const Attempt& first, const attemptrules::Outcome& outcome)
+{
+    StationReport& station = report.stations[first.station];
+    const int end = outcome.abortedAt.value_or(report.controls.size());
+    for (int c = roster::firstComponent; c < end; ++c)
+        if (attemptrules::isTested(c, first.tests18))
+            ++report.controls[c].units;
+    if (outcome.abortedAt)
+        ++report.controls[end].aborted;
+    std::set<int> failed;
+    for (const auto& band : outcome.missed) {
+        ++report.controls[band.componentNum].missedBands[band.band];
+        failed.insert(band.componentNum);
+    }
+    for (const int c : failed) {
+        ++report.controls[c].failed;
+        ++station.failed[c];
+    }
+}
+
+void countFailures(Report& report, const std::vector<Attempt>& unit,
+                   const std::vector<attemptrules::Outcome>& outcomes)
+{
+    const Attempt* failure = nullptr; // the last attempt that was not aborted, if it failed
+    for (std::size_t i = 0; i < unit.size(); ++i) {
+        if (outcomes[i].abortedAt)
+            continue;
+        const bool hasPassed = outcomes[i].hasPassed();
+        if (hasPassed && failure && failure->station == unit[i].station &&
+            msBetween(failure->testedAt, unit[i].testedAt) <= maxFalseFailureMs)
+            ++report.falseFailures;
+        report.failedAttempts += hasPassed ? 0 : 1;
+        failure = hasPassed ? nullptr : &unit[i];
+    }
 }
 } // namespace
 
@@ -135,8 +173,8 @@ void ReportCounter::countUnit()
             countTestTime(attempt);
         outcomes.push_back(outcome);
     }
-    countFirst(outcomes.front());
-    countFailures(outcomes);
+    countFirst(report, unit.front(), outcomes.front());
+    countFailures(report, unit, outcomes);
 
     const TestedUnit tested{unit.front(), unit.back(), static_cast<int>(unit.size())};
     const bool hasPassed = outcomes.back().hasPassed();
@@ -158,41 +196,6 @@ void ReportCounter::countUnit()
         report.retestedUnits.emplace(std::make_pair(tested.attempts, tested.last.testedAt), tested);
     }
     shorten(report.retestedUnits, Report::maxRetestedUnits);
-}
-
-void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
-{
-    StationReport& station = report.stations[unit.front().station];
-    const int end = outcome.abortedAt.value_or(report.controls.size());
-    for (int c = roster::firstComponent; c < end; ++c)
-        if (attemptrules::isTested(c, unit.front().tests18))
-            ++report.controls[c].units;
-    if (outcome.abortedAt)
-        ++report.controls[end].aborted;
-    std::set<int> failed;
-    for (const auto& band : outcome.missed) {
-        ++report.controls[band.componentNum].missedBands[band.band];
-        failed.insert(band.componentNum);
-    }
-    for (const int c : failed) {
-        ++report.controls[c].failed;
-        ++station.failed[c];
-    }
-}
-
-void ReportCounter::countFailures(const std::vector<attemptrules::Outcome>& outcomes)
-{
-    const Attempt* failure = nullptr; // the last attempt that was not aborted, if it failed
-    for (std::size_t i = 0; i < unit.size(); ++i) {
-        if (outcomes[i].abortedAt)
-            continue;
-        const bool hasPassed = outcomes[i].hasPassed();
-        if (hasPassed && failure && failure->station == unit[i].station &&
-            msBetween(failure->testedAt, unit[i].testedAt) <= maxFalseFailureMs)
-            ++report.falseFailures;
-        report.failedAttempts += hasPassed ? 0 : 1;
-        failure = hasPassed ? nullptr : &unit[i];
-    }
 }
 
 void ReportCounter::countTestTime(const Attempt& attempt)

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "yield/figures/report.h"
-#include "yield/logs/attemptrules.h"
 
 #include <QRegularExpression>
 
@@ -33,8 +32,6 @@ private:
     void finishUnit();
     bool isCounted(const Attempt& first);
     void countUnit();
-    void countFirst(const attemptrules::Outcome& outcome);
-    void countFailures(const std::vector<attemptrules::Outcome>& outcomes);
     void countTestTime(const Attempt& attempt);
 
     Report report;

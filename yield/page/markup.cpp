@@ -30,9 +30,9 @@ QString html::element(const QString& name, const QString& content, const QString
     return "\n<" + name + classAttribute + attributes + '>' + content + "</" + name + '>';
 }
 
-QString html::paragraph(const QString& characters, const QString& classes)
+QString html::paragraph(const QString& characters)
 {
-    return characters.isEmpty() ? "" : element("p", text(characters), classes);
+    return element("p", text(characters), "quiet");
 }
 
 QString svg::chart(const QRectF& area, const QString& label, const QString& elements)

@@ -18,8 +18,7 @@ QString text(const QString& characters);
 QString element(const QString& name, const QString& content, const QString& classes = {},
                 const QString& attributes = {});
 
-/// Empty without a text.
-QString paragraph(const QString& characters, const QString& classes = "quiet");
+QString paragraph(const QString& characters);
 } // namespace html
 
 /// A chart inside a page and its elements, as markup. Colours and fonts come from the page's style
@@ -32,7 +31,6 @@ QString chart(const QRectF& area, const QString& label, const QString& elements)
 
 /// Elements with a text that is shown while the mouse is over them.
 QString titled(const QString& hover, const QString& elements);
-
 QString rect(const QRectF& area, const QString& classes);
 
 /// One of the marks of page.html: "dot", "below" or "above".
