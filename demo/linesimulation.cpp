@@ -212,9 +212,7 @@ void makeReport(const QString& path, const QString& location, const QDate& lastD
     request.now = QDateTime(lastDay.addDays(1), QTime(7, 0));
     request.exclude << linesimulation::knownGood;
     Database database(location, Database::Access::Read);
-    const QByteArray page = reportPage(readReport(database, request));
-    command::writeFile(path,
-                       [&page](QFileDevice& file) { return file.write(page) == page.size(); });
+    command::writeFile(path, reportPage(readReport(database, request)));
 }
 } // namespace
 

@@ -157,7 +157,8 @@ private Q_SLOTS:
         const Report report = reportIn(folder, "0908*");
         QCOMPARE(report.total.attempts, 10 * stations.size());
         QCOMPARE(report.total.passedFirst, stations.size());
-        QCOMPARE(report.retestedUnits.begin()->first.testedAt, QString("2026-11-09T06:15:00"));
+        QCOMPARE(report.retestedUnits.begin()->second.first.testedAt,
+                 QString("2026-11-09T06:15:00"));
         QVERIFY(pageIn(folder).contains("excluding KG-*: 3 units excluded. Made on 2026-11-21"));
     }
 

@@ -7,15 +7,12 @@
     const wrong = text => console.log('WRONG at ' + innerWidth + ': ' + text);
     const all = (selector, root = document) => [...root.querySelectorAll(selector)];
     const texts = (selector, root) => all(selector, root).map(each => each.textContent);
+    const isSame = (seen, expected) => typeof expected === 'number'
+        ? Math.abs(seen - expected) < 0.1 : seen === expected;
     const same = (seen, expected, what) => {
-        const isSame = typeof expected === 'number' ? Math.abs(seen - expected) < 0.1
-                                                    : seen === expected;
-        if (!isSame)
-            wrong(`${what}: ${seen}, not ${expected}`);
-    };
-    const sameList = (seen, expected, what) => {
-        same(seen.length, expected.length, 'number of ' + what);
-        expected.forEach((each, i) => same(seen[i], each, `${what} ${i}`));
+        const [found, wanted] = [[seen].flat(), [expected].flat()];
+        if (found.length !== wanted.length || !found.every((each, i) => isSame(each, wanted[i])))
+            wrong(`${what}: ${found}, not ${wanted}`);
     };
 
     // The texts of the table in a section, row by row.
@@ -34,8 +31,8 @@
         const heights = labels.map(text => number(text, 'y') - 4);
         const perPixel = (values[0] - values[1]) / (heights[1] - heights[0]);
         const at = y => 100 - (y - heights[0]) * perPixel;
-        sameList(heights.map(at), values, 'percentage of the axis');
-        sameList(all('.grid', chart).map(line => at(points(line)[0][1])), values, 'grid line');
+        same(heights.map(at), values, 'percentage of the axis');
+        same(all('.grid', chart).map(line => at(points(line)[0][1])), values, 'grid line');
         return {at, lowest: values[values.length - 1]};
     };
     const checkYields = (chart, rows, slots, cells) => {
@@ -54,26 +51,26 @@
             const [top, height] = [number(areas[i], 'y'), number(areas[i], 'height')];
             const bar = all('.bar', chart)[i];
             const mark = {'below LCL': 'below', 'above UCL': 'above', 'within': 'dot'}[position];
-            same(marks[i].getAttribute('class'), mark, what + 'mark');
-            same(marks[i].getAttribute('href'), '#' + mark, what + 'shape');
+            same(['class', 'href'].map(name => marks[i].getAttribute(name)), [mark, '#' + mark],
+                 what + 'mark');
             same(at(y), 100 * row.first_pass_yield.share, what + 'yield');
-            sameList([at(top), at(top + height)], [ucl, lcl].map(shown), what + 'limit');
-            sameList(edges.slice(2 * i, 2 * i + 2), [ucl, lcl].map(shown), what + 'edge');
+            same([at(top), at(top + height), ...edges.slice(2 * i, 2 * i + 2)],
+                 [ucl, lcl, ucl, lcl].map(shown), what + 'limits');
             if (row.units === maxUnits && 100 * lcl < lowest)
                 wrong(what + 'the LCL is below the axis');
-            same(number(areas[i], 'x') + pitch / 2, x, what + 'area');
-            same((x - number(marks[0], 'x')) / pitch, slots[i], what + 'slot');
+            same([number(areas[i], 'x') + pitch / 2, (x - number(marks[0], 'x')) / pitch],
+                 [x, slots[i]], what + 'place');
             same(lineEnds.includes(`${x},${y}`), i > 0 && slots[i] === slots[i - 1] + 1,
                  what + 'line');
-            same(100 * number(bar, 'height') / 54, 100 * row.units / maxUnits, what + 'bar');
-            same(number(bar, 'y') + number(bar, 'height'), 290, what + 'foot of the bar');
+            same([100 * number(bar, 'height') / 54, number(bar, 'y') + number(bar, 'height')],
+                 [100 * row.units / maxUnits, 290], what + 'bar');
             same(texts('title', chart)[i], `${cells[i].name}: ${cells[i].units} unit` +
                 `${row.units === 1 ? '' : 's'}, first-pass yield ${cells[i].yield}`, 'hover text');
         });
         same(at(points(chart.querySelector('.centre'))[0][1]),
              shown(figures.totals.first_pass_yield.share), 'centre line');
-        sameList(texts('.label.end', chart).slice(-2),
-                 [maxUnits.toLocaleString('en'), 'units'], 'unit axis');
+        same(texts('.label.end', chart).slice(-2),
+             [maxUnits.toLocaleString('en'), 'units'], 'unit axis');
     };
     const dayMs = 24 * 3600 * 1000;
     const monthOf = day => 12 * day.getUTCFullYear() + day.getUTCMonth();
@@ -85,7 +82,7 @@
         const cells = cellsOf('trend').map(([name, units, share]) => ({name, units, yield: share}));
         checkYields(chart, figures.trend, slots, cells);
         const timeOf = text => Date.parse(text.replace('Week of ', '') + ' UTC');
-        sameList(cells.map(cell => timeOf(cell.name)), days.map(Number), 'name of a period');
+        same(cells.map(cell => timeOf(cell.name)), days.map(Number), 'name of a period');
         const centres = all('use', chart).map(mark => number(mark, 'x'));
         const labels = all('.label.middle', chart);
         same(number(labels[0], 'x'), centres[0], 'first label');
@@ -101,31 +98,32 @@
             ({name, units, yield: share}));
         checkYields(chart, figures.stations, cells.map((_, i) => 2 * i), cells);
         const length = Math.floor(120 / cells.length);
-        sameList(texts('.label.middle', chart), cells.map(({name}) =>
+        same(texts('.label.middle', chart), cells.map(({name}) =>
             name.length <= length ? name : '…' + name.slice(1 - length)), 'name of a station');
+    };
+    // Bars with a name below and a number above; heights: in percent.
+    const checkBars = (chart, height, heights, names, numbers) => {
+        same(all('.bar', chart).map(bar => 100 * number(bar, 'height') / height), heights, 'bar');
+        same(texts('.label.middle', chart), names, 'name of a bar');
+        same(texts('.value', chart), numbers, 'number of a bar');
     };
     const checkPareto = chart => {
         const rows = figures.pareto.slice(0, 14);
         const sums = rows.map(row => 100 * row.cumulative);
         const {at} = percentAxis(chart);
-        sameList(all('.bar', chart).map(bar => at(number(bar, 'y'))),
-                 rows.map(row => 100 * row.share), 'Pareto bar');
-        sameList(points(chart.querySelector('.trend')).map(([, y]) => at(y)), sums, 'sum');
-        sameList(all('use', chart).map(dot => at(number(dot, 'y'))), sums, 'dot');
+        same(points(chart.querySelector('.trend')).map(([, y]) => at(y)), sums, 'sum');
+        same(all('use', chart).map(dot => at(number(dot, 'y'))), sums, 'dot');
         const cells = cellsOf('pareto').slice(0, 14);
-        sameList(texts('.label.middle', chart), cells.map(([name]) => headOf(name)), 'name');
-        sameList(texts('.value', chart), cells.map(([, share]) => share.match(/\((.*) of/)[1]),
-                 'value');
+        checkBars(chart, 232, rows.map(row => 100 * row.share), cells.map(([name]) => headOf(name)),
+                  cells.map(([, share]) => share.match(/\((.*) of/)[1]));
     };
     const checkBands = (chart, i) => {
         const heading = cellsOf('pareto')[i][0];
         const cells = cellsOf('bands').filter(([name]) => name === heading);
         const counts = cells.map(([, , units]) => Number(units.replace(',', '')));
-        sameList(all('.bar', chart).map(bar => 100 * number(bar, 'height') / 78),
-                 counts.map(each => 100 * each / Math.max(...counts)), 'bar of a band');
-        sameList(texts('.label', chart), cells.map(([, band]) => band.split(' ')[0]), 'band');
-        sameList(texts('.value', chart), cells.map(([, , units]) => units.replace(/^0$/, '')),
-                 'units of a band');
+        checkBars(chart, 78, counts.map(each => 100 * each / Math.max(...counts)),
+                  cells.map(([, band]) => band.split(' ')[0]),
+                  cells.map(([, , units]) => units.replace(/^0$/, '')));
         same(chart.parentElement.querySelector('h3').textContent, heading, 'heading');
     };
     const checkHeatMap = chart => {
@@ -136,14 +134,13 @@
             const colour = part.of ? 'failed' + step : 'untested';
             const panel = all('g', chart)[i];
             const labels = [panel.nextElementSibling, panel.nextElementSibling.nextElementSibling];
-            same(panel.querySelector('rect').getAttribute('class'), 'control ' + colour, component);
             const [name, failed] = cellsOf('heat-map')[component];
-            same(panel.textContent.trim(), `${name}: ${failed}`, 'hover text');
-            sameList(labels.map(text => text.textContent),
-                     [String(component), part.of ? headOf(failed) : ''], 'text of ' + component);
-            sameList(labels.map(text => text.classList[1]), Array(2).fill('on-' + colour), 'ink');
+            same(panel.querySelector('rect').getAttribute('class'), 'control ' + colour, name);
+            same([panel, ...labels].map(each => each.textContent.trim()),
+                 [`${name}: ${failed}`, String(component), headOf(failed)], 'text of ' + name);
+            same(labels.map(text => text.classList[1]), Array(2).fill('on-' + colour), 'ink');
         });
-        sameList(texts('.key text'), ['none', ...[...steps.slice(1), 100].map(most =>
+        same(texts('.key text'), ['none', ...[...steps.slice(1), 100].map(most =>
             `up to ${most} %`)], 'key');
     };
     const checks = {'trend': checkTrend, 'stations': checkStations, 'heat-map': checkHeatMap,
@@ -157,9 +154,9 @@
 
     const tables = ['last_logs', 'recent_days', 'not_passed', 'trend', 'stations', 'controls',
                     'pareto', 'missed_bands', 'aborted', 'attempts_by_number', 'retested'];
-    sameList(all('tbody').map(body => body.rows.length), tables.map(name => figures[name].length),
-             'rows of table');
-    for (const row of all('tr'))
+    same(all('tbody').map(body => body.rows.length),
+         tables.map(name => Math.max(1, figures[name].length)), 'rows of tables');
+    for (const row of all('tr').filter(row => row.textContent.trim() !== 'none'))
         same(row.cells.length, row.closest('table').rows[0].cells.length, 'cells of a row');
     same(all('details > summary').length, 4, 'tables that open');
     for (const cell of all('td'))
@@ -194,22 +191,23 @@
         need(4.5, style(text).fill, step ? fill(step.slice(3)) : ground(text.closest('div')),
              text.textContent);
     }
-    for (const shape of all('svg:not(.marks) :not(title)')) {
+    for (const shape of all('svg:not(.marks) :not(title):not(text:empty)')) {
         const box = shape.getBBox();
         const view = shape.ownerSVGElement.viewBox.baseVal;
         const [x, y] = [box.x - view.x, box.y - view.y];
         if (Math.min(x, y, view.width - x - box.width, view.height - y - box.height) < -1)
             wrong('outside its chart: ' + shape.outerHTML);
     }
-    for (const chart of all('svg'))
-        all('.label.middle', chart).map(text => text.getBBox()).forEach((box, i, boxes) => {
-            if (i > 0 && box.x < boxes[i - 1].x + boxes[i - 1].width)
-                wrong('labels overlap: ' + texts('.label.middle', chart)[i]);
-        });
+    for (const chart of all('svg')) {
+        const boxes = all('.label.middle', chart).map(text => text.getBBox());
+        if (boxes.some((box, i) => i > 0 && box.x < boxes[i - 1].x + boxes[i - 1].width))
+            wrong('labels overlap: ' + texts('.label.middle', chart));
+    }
     const paper = ground(document.body);
-    for (const mark of ['bar', 'dot', 'below', 'above'])
-        for (const behind of mark === 'bar' ? [paper] : [paper, fill('within')])
-            need(3, fill(mark), behind, mark);
+    for (const mark of ['bar', 'dot', 'below', 'above']) {
+        need(3, fill(mark), paper, mark);
+        need(mark === 'bar' ? 1 : 3, fill(mark), fill('within'), mark);
+    }
     for (const line of ['trend', 'limit', 'centre', 'axis'])
         need(3, probe(line).stroke, paper, line);
     need(3, probe('control').stroke, fill('ground'), 'a control');

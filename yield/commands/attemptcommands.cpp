@@ -93,11 +93,9 @@ ExitStatus exportAttempts(const QCommandLineParser& parser)
     attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
         records << (isJson ? json(attempt) : csv(attempt));
     });
-    const QByteArray text =
-        isJson ? "[\n" + records.join(",\n") + "\n]\n"
-               : "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n" +
-                     records.join();
-    command::writeFile("-", [&](QFileDevice& out) { return out.write(text) == text.size(); });
+    const QByteArray heading =
+        "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n";
+    command::writeFile("-", isJson ? '[' + records.join(",\n") + "]\n" : heading + records.join());
     return ExitStatus::Success;
 }
 

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QVector>
 
@@ -47,6 +48,21 @@ void rejectAddress(const QString& argument)
         command::fail("a database's address goes after --database");
 }
 
+/// Replaces the names of version 1.2.0, for this version.
+void replaceFormerNames(QStringList& words)
+{
+    const QString name = words.value(1);
+    if (name == "report")
+        words.replaceInStrings(QRegularExpression("^--without(?==|$)"), "--exclude");
+    if (name == "import" || name == "collect")
+        words.replaceInStrings(QRegularExpression("^--tests-18$"), "--tests-component-18");
+    if (name == "import" && words.removeAll("--watch") > 0) {
+        messages::warn("\"import --watch\" is \"collect\" since version 1.3.0, and goes with the "
+                       "next one");
+        words[1] = "collect";
+    }
+}
+
 ExitStatus runCommand(const Command& chosen, QStringList words)
 {
     words.removeAt(1); // its name
@@ -73,10 +89,11 @@ ExitStatus runCommand(const Command& chosen, QStringList words)
 }
 } // namespace
 
-ExitStatus command::run(const QStringList& words)
+ExitStatus command::run(QStringList words)
 {
-    const QString name = words.value(1);
     try {
+        replaceFormerNames(words);
+        const QString name = words.value(1);
         for (const Command& known : commands())
             if (known.name == name)
                 return runCommand(known, words);
@@ -101,14 +118,7 @@ void command::fail(const QString& text)
     throw std::runtime_error(text.toStdString());
 }
 
-QCommandLineOption command::hiddenOption(const QString& name, const QString& valueName)
-{
-    QCommandLineOption option(name, {}, valueName);
-    option.setFlags(QCommandLineOption::HiddenFromHelp);
-    return option;
-}
-
-void command::writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write)
+void command::writeFile(const QString& path, const QByteArray& bytes)
 {
     QSaveFile replacing(path);
     QFile through(path);
@@ -116,6 +126,7 @@ void command::writeFile(const QString& path, const std::function<bool(QFileDevic
     QFileDevice& file = isReplaced ? static_cast<QFileDevice&>(replacing) : through;
     const bool isOpen =
         path == "-" ? through.open(stdout, QIODevice::WriteOnly) : file.open(QIODevice::WriteOnly);
-    if (!isOpen || !write(file) || !file.flush() || (isReplaced && !replacing.commit()))
+    if (!isOpen || file.write(bytes) != bytes.size() || !file.flush() ||
+        (isReplaced && !replacing.commit()))
         fail(QString("%1: %2").arg(path == "-" ? "standard output" : path, file.errorString()));
 }

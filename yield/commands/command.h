@@ -6,22 +6,17 @@
 #include "yield/figures/report.h"
 #include "yield/store/database.h"
 
+#include <QByteArray>
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QFileDevice>
 #include <QList>
 #include <QString>
-
-#include <functional>
 
 /// The exit status of zorvi_yield, as grep and diff have it.
 enum class ExitStatus {
     Success = 0,
-    /// A file was rejected, a log stays in the outbox, the last attempt did not pass, or status
-    /// found something that needs attention, also an unavailable database.
-    ProblemsFound = 1,
-    /// The command line makes no sense, the database cannot be used or output not be written.
-    Error = 2
+    ProblemsFound = 1, ///< What a command looked for: rejected files, a unit that did not pass …
+    Error = 2          ///< The command line makes no sense, the database or the output fails.
 };
 
 /// A command of the program, with its help.
@@ -49,16 +44,12 @@ namespace command
 {
 /// Runs the command that the words name, after the program's name; needs a QCoreApplication. The
 /// one place that makes text and an exit status of exceptions.
-ExitStatus run(const QStringList& words);
+ExitStatus run(QStringList words);
 
 /// Ends the command, with a line that says why.
 [[noreturn]] void fail(const QString& text);
 
-/// An option that is not in the help: a former name, kept for one version. valueName: empty for an
-/// option without a value.
-QCommandLineOption hiddenOption(const QString& name, const QString& valueName = {});
-
-/// Writes a file: it is replaced as a whole at the end, or left as it was. A pipe or a device is
-/// written through instead, and "-" is standard output. write returns false if not all arrived.
-void writeFile(const QString& path, const std::function<bool(QFileDevice&)>& write);
+/// Writes a file: it is replaced as a whole, or left as it was. A pipe or a device is written
+/// through instead, and "-" is standard output.
+void writeFile(const QString& path, const QByteArray& bytes);
 } // namespace command

@@ -19,30 +19,25 @@ QDate readDate(const QCommandLineParser& parser, const QString& option)
     return date;
 }
 
-/// --days instead of --since: that many days up to the last one.
-QDate firstOfDays(const QCommandLineParser& parser, const ReportRequest& request)
-{
-    const int days = parser.value("days").toUShort();
-    if (days == 0)
-        command::fail("--days takes a number of days, 1 or more");
-    if (request.since.isValid())
-        command::fail("--days and --since cannot be used together");
-    const QDate last = request.until.isValid() ? request.until : request.now.date();
-    return last.addDays(1 - days);
-}
-
 ReportRequest readRequest(const QCommandLineParser& parser)
 {
     ReportRequest request;
     request.now = QDateTime::currentDateTime();
     request.since = readDate(parser, "since");
     request.until = readDate(parser, "until");
-    if (parser.isSet("days"))
-        request.since = firstOfDays(parser, request);
+    if (parser.isSet("days")) {
+        const int days = parser.value("days").toUShort();
+        if (days == 0)
+            command::fail("--days takes a number of days, 1 or more");
+        if (request.since.isValid())
+            command::fail("--days and --since cannot be used together");
+        const QDate last = request.until.isValid() ? request.until : request.now.date();
+        request.since = last.addDays(1 - days);
+    }
     if (request.since.isValid() && request.until.isValid() && request.until < request.since)
         command::fail("--until lies before --since");
     request.station = parser.value("station");
-    request.exclude = parser.values("exclude") + parser.values("without");
+    request.exclude = parser.values("exclude");
     for (const QString& pattern : qAsConst(request.exclude))
         if (!serialPattern(pattern).isValid())
             command::fail(
@@ -60,16 +55,12 @@ ExitStatus report(const QCommandLineParser& parser)
     const QString defaultPath = isJson ? "-" : "zorvi_yield.html";
     const QString path = parser.isSet("output") ? parser.value("output") : defaultPath;
     Database database(parser.value("database"), Database::Access::Read);
-    command::writeFile(path, [&](QFileDevice& file) {
-        const Report figures = readReport(database, request);
-        const QByteArray bytes = isJson ? reportJson(figures) : reportPage(figures);
-        return file.write(bytes) == bytes.size();
-    });
+    const Report figures = readReport(database, request);
+    command::writeFile(path, isJson ? reportJson(figures) : reportPage(figures));
     if (path != "-")
         messages::print("written: " + path);
     return ExitStatus::Success;
 }
-
 } // namespace
 
 Report readReport(Database& database, ReportRequest request)
@@ -98,7 +89,6 @@ Command reportCommand()
              {"exclude",
               "Exclude these serials; may be given again. * stands for any characters, ? for one.",
               "pattern"},
-             command::hiddenOption("without", "pattern"), // --exclude until 1.2.0
              {"format", "html or json (default: html).", "html|json", "html"},
              {"output",
               "The file, \"-\" for standard output (default: zorvi_yield.html; for JSON standard "

@@ -117,6 +117,6 @@ Command statusCommand()
             "database is unavailable, a log was rejected or is pending for an hour, or a station "
             "writes logs but not to its outbox.",
             showStatus,
-            {command::hiddenOption("spool", "folder")},
+            {},
             "[LOGS...]"};
 }

@@ -13,8 +13,9 @@
 #include <QStringList>
 #include <QVector>
 
-#include <optional>
-#include <set>
+#include <functional>
+#include <map>
+#include <utility>
 #include <vector>
 
 /// Which units a report is about: those first tested in the time and at the station, and whose
@@ -53,8 +54,8 @@ struct AttemptsByNumber {
 
 /// The time from the start of an attempt to its last log.
 struct TestTimes {
-    int attempts = 0;                    ///< Passed ones with a start and a plausible time.
-    std::optional<double> medianSeconds; ///< Empty without such an attempt.
+    int attempts = 0;         ///< Passed ones with a start and a plausible time.
+    double medianSeconds = 0; ///< 0 without such an attempt.
 };
 
 /// A unit, its first and its last attempt and the number of all.
@@ -62,14 +63,6 @@ struct TestedUnit {
     Attempt first;
     Attempt last;
     int attempts = 0;
-};
-
-/// The order of a list of units: of several with as many attempts, by the last attempt.
-struct LastTestedFirst {
-    bool operator()(const TestedUnit& a, const TestedUnit& b) const;
-};
-struct MostAttemptsFirst {
-    bool operator()(const TestedUnit& a, const TestedUnit& b) const;
 };
 
 /// The units first tested at one station.
@@ -80,7 +73,7 @@ struct StationReport {
 };
 
 struct Report {
-    ReportRequest request; ///< With the last logs of the requested stations only.
+    ReportRequest request;
     Tally total;
     int excluded = 0; ///< Units that only a pattern keeps from the report.
 
@@ -100,10 +93,12 @@ struct Report {
     TestTimes testTimes;
     QMap<QString, StationReport> stations; ///< By name; those with units only.
     QVector<ControlFailures> controls;     ///< Of the components 0 to 43.
-    /// Those whose last attempt did not pass, at most maxNotPassedUnits.
-    std::set<TestedUnit, LastTestedFirst> notPassedUnits;
-    /// Those with several attempts, at most maxRetestedUnits.
-    std::set<TestedUnit, MostAttemptsFirst> retestedUnits;
+    /// Those whose last attempt did not pass, at most maxNotPassedUnits, by its time. Equal ones
+    /// are in the order of the serials.
+    std::multimap<QString, TestedUnit, std::greater<>> notPassedUnits;
+    /// Those with several attempts, at most maxRetestedUnits, by number of attempts and the time of
+    /// the last one.
+    std::multimap<std::pair<int, QString>, TestedUnit, std::greater<>> retestedUnits;
     int retestedUnitCount = 0; ///< All of them.
 
     static constexpr int maxNumbers = 10;

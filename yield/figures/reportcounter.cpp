@@ -3,6 +3,8 @@
 
 #include "yield/figures/reportcounter.h"
 
+#include "yield/logs/attemptrules.h"
+
 #include <algorithm>
 #include <iterator>
 #include <set>
@@ -11,13 +13,6 @@ namespace
 {
 constexpr qint64 maxFalseFailureMs = 60 * 60 * 1000;
 constexpr qint64 maxTestTimeMs = 24 * 60 * 60 * 1000; // longer: a clock was set in mid-run
-
-/// A serial is no path, but Qt's wildcards end at a slash. So each slash becomes a NUL: no serial
-/// has one.
-QString withoutSlashes(QString text)
-{
-    return text.replace('/', QChar(QChar::Null));
-}
 
 /// The number in those digits of a time, 2026-11-21T14:03:12 or 2026-11-21T14:03:12.345; 0 where it
 /// is shorter. Read digit by digit: QDateTime would take a large part of the time of a report.
@@ -45,41 +40,72 @@ qint64 msBetween(const QString& earlier, const QString& later)
     return msOf(later) - msOf(earlier);
 }
 
-/// Of the middle one, or the mean of the middle two.
+/// The median: of the middle one, or the mean of the middle two.
 TestTimes testTimesOf(std::vector<int>& timesMs)
 {
-    if (timesMs.empty())
-        return {};
-    const auto sorted = [&](std::size_t index) {
-        const auto element = timesMs.begin() + static_cast<std::ptrdiff_t>(index);
-        std::nth_element(timesMs.begin(), element, timesMs.end());
-        return *element / 1000.0;
-    };
     const std::size_t count = timesMs.size();
-    return {static_cast<int>(count), (sorted((count - 1) / 2) + sorted(count / 2)) / 2};
+    if (count == 0)
+        return {};
+    std::sort(timesMs.begin(), timesMs.end());
+    return {static_cast<int>(count),
+            (1.0 * timesMs[(count - 1) / 2] + timesMs[count / 2]) / 2 / 1000};
 }
 
+/// Leaves the first ones.
 template <typename Units>
-void keep(Units& units, const TestedUnit& unit, std::size_t maxUnits)
+void shorten(Units& units, std::size_t maxUnits)
 {
-    units.insert(unit);
     if (units.size() > maxUnits)
         units.erase(std::prev(units.end()));
+}
+
+void countFirst(Report& report, const Attempt& first, const attemptrules::Outcome& outcome)
+{
+    StationReport& station = report.stations[first.station];
+    const int end = outcome.abortedAt.value_or(report.controls.size());
+    for (int c = roster::firstComponent; c < end; ++c)
+        if (attemptrules::isTested(c, first.tests18))
+            ++report.controls[c].units;
+    if (outcome.abortedAt)
+        ++report.controls[end].aborted;
+    std::set<int> failed;
+    for (const auto& band : outcome.missed) {
+        ++report.controls[band.componentNum].missedBands[band.band];
+        failed.insert(band.componentNum);
+    }
+    for (const int c : failed) {
+        ++report.controls[c].failed;
+        ++station.failed[c];
+    }
+}
+
+void countFailures(Report& report, const std::vector<Attempt>& unit,
+                   const std::vector<attemptrules::Outcome>& outcomes)
+{
+    const Attempt* failure = nullptr; // the last attempt that was not aborted, if it failed
+    for (std::size_t i = 0; i < unit.size(); ++i) {
+        if (outcomes[i].abortedAt)
+            continue;
+        const bool hasPassed = outcomes[i].hasPassed();
+        if (hasPassed && failure && failure->station == unit[i].station &&
+            msBetween(failure->testedAt, unit[i].testedAt) <= maxFalseFailureMs)
+            ++report.falseFailures;
+        report.failedAttempts += hasPassed ? 0 : 1;
+        failure = hasPassed ? nullptr : &unit[i];
+    }
 }
 } // namespace
 
 QRegularExpression serialPattern(const QString& wildcard)
 {
+    // A serial is no path: its slashes are characters like others. It has no NUL.
     return QRegularExpression(
-        QRegularExpression::wildcardToRegularExpression(withoutSlashes(wildcard)));
+        QRegularExpression::wildcardToRegularExpression(wildcard).replace("[^/]", "[^\\0]"));
 }
 
 ReportCounter::ReportCounter(const ReportRequest& request)
 {
     report.request = request;
-    auto& lastLogs = report.request.lastLogs;
-    const auto isOther = [&](const LastLog& each) { return !request.includes(each.station); };
-    lastLogs.erase(std::remove_if(lastLogs.begin(), lastLogs.end(), isOther), lastLogs.end());
     for (const QString& pattern : request.exclude)
         exclude.push_back(serialPattern(pattern));
     for (int c = roster::firstComponent; c <= roster::lastComponent; ++c)
@@ -88,25 +114,9 @@ ReportCounter::ReportCounter(const ReportRequest& request)
 
 void ReportCounter::add(const Attempt& attempt)
 {
-    if (unit.attempts == 0 || unit.first.serial != attempt.serial) {
+    if (!unit.empty() && unit.front().serial != attempt.serial)
         finishUnit();
-        unit = Unit();
-        unit.first = attempt;
-        unit.isCounted = isCounted(attempt);
-    }
-    ++unit.attempts;
-    if (!unit.isCounted)
-        return;
-    unit.last = attempt;
-    const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
-    if (unit.attempts == 1)
-        countFirst(outcome);
-    unit.tally.attempts = unit.attempts;
-    unit.tally.passedLast = outcome.hasPassed() ? 1 : 0;
-    countNumber(outcome);
-    countFailure(outcome);
-    if (outcome.hasPassed())
-        countTestTime(attempt);
+    unit.push_back(attempt);
 }
 
 Report ReportCounter::finish()
@@ -129,65 +139,63 @@ Report ReportCounter::finish()
     return report;
 }
 
+void ReportCounter::finishUnit()
+{
+    if (!unit.empty() && isCounted(unit.front()))
+        countUnit();
+    unit.clear();
+}
+
 bool ReportCounter::isCounted(const Attempt& first)
 {
     if (!report.request.includes(dayOf(first.testedAt)) || !report.request.includes(first.station))
         return false;
-    const QString serial = withoutSlashes(first.serial);
     const bool isExcluded = std::any_of(exclude.begin(), exclude.end(), [&](const auto& pattern) {
-        return pattern.match(serial).hasMatch();
+        return pattern.match(first.serial).hasMatch();
     });
     report.excluded += isExcluded ? 1 : 0;
     return !isExcluded;
 }
 
-void ReportCounter::countFirst(const attemptrules::Outcome& outcome)
+void ReportCounter::countUnit()
 {
-    unit.tally.units = 1;
-    unit.tally.passedFirst = outcome.hasPassed() ? 1 : 0;
-    unit.tally.abortedFirst = outcome.abortedAt ? 1 : 0;
-    StationReport& station = report.stations[unit.first.station];
-    const int end = outcome.abortedAt.value_or(report.controls.size());
-    for (int c = roster::firstComponent; c < end; ++c)
-        if (attemptrules::isTested(c, unit.first.tests18))
-            ++report.controls[c].units;
-    if (outcome.abortedAt)
-        ++report.controls[end].aborted;
-    std::set<int> failed;
-    for (const auto& band : outcome.missed) {
-        ++report.controls[band.componentNum].missedBands[band.band];
-        failed.insert(band.componentNum);
+    std::vector<attemptrules::Outcome> outcomes;
+    for (const Attempt& attempt : unit) {
+        const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);
+        const int index = std::min(static_cast<int>(outcomes.size()), Report::maxNumbers - 1);
+        if (index == report.attemptsByNumber.size())
+            report.attemptsByNumber.append(AttemptsByNumber());
+        AttemptsByNumber& number = report.attemptsByNumber[index];
+        ++number.attempts;
+        number.passed += outcome.hasPassed() ? 1 : 0;
+        number.aborted += outcome.abortedAt ? 1 : 0;
+        if (outcome.hasPassed())
+            countTestTime(attempt);
+        outcomes.push_back(outcome);
     }
-    for (const int c : failed) {
-        ++report.controls[c].failed;
-        ++station.failed[c];
-    }
-}
+    countFirst(report, unit.front(), outcomes.front());
+    countFailures(report, unit, outcomes);
 
-void ReportCounter::countNumber(const attemptrules::Outcome& outcome)
-{
-    const int index = std::min(unit.attempts, Report::maxNumbers) - 1;
-    if (index == report.attemptsByNumber.size())
-        report.attemptsByNumber.append(AttemptsByNumber());
-    AttemptsByNumber& number = report.attemptsByNumber[index];
-    ++number.attempts;
-    number.passed += outcome.hasPassed() ? 1 : 0;
-    number.aborted += outcome.abortedAt ? 1 : 0;
-}
+    const TestedUnit tested{unit.front(), unit.back(), static_cast<int>(unit.size())};
+    const bool hasPassed = outcomes.back().hasPassed();
+    const Tally tally{1, tested.attempts, outcomes.front().hasPassed() ? 1 : 0, hasPassed ? 1 : 0,
+                      outcomes.front().abortedAt ? 1 : 0};
+    report.total += tally;
+    report.stations[tested.first.station].tally += tally;
+    const QDate day = dayOf(tested.first.testedAt);
+    if (day.year() >= 2000 && day <= report.request.now.date().addDays(1))
+        report.days[day] += tally;
+    else
+        ++report.implausibleDates;
 
-void ReportCounter::countFailure(const attemptrules::Outcome& outcome)
-{
-    if (outcome.abortedAt)
-        return;
-    const bool passed = outcome.hasPassed();
-    if (passed && unit.failure && unit.failure->station == unit.last.station &&
-        msBetween(unit.failure->testedAt, unit.last.testedAt) <= maxFalseFailureMs)
-        ++report.falseFailures;
-    unit.failure.reset();
-    if (!passed) {
-        ++report.failedAttempts;
-        unit.failure = unit.last;
+    if (!hasPassed)
+        report.notPassedUnits.emplace(tested.last.testedAt, tested);
+    shorten(report.notPassedUnits, Report::maxNotPassedUnits);
+    if (tested.attempts > 1) {
+        ++report.retestedUnitCount;
+        report.retestedUnits.emplace(std::make_pair(tested.attempts, tested.last.testedAt), tested);
     }
+    shorten(report.retestedUnits, Report::maxRetestedUnits);
 }
 
 void ReportCounter::countTestTime(const Attempt& attempt)
@@ -197,24 +205,4 @@ void ReportCounter::countTestTime(const Attempt& attempt)
     const qint64 time = msBetween(attempt.startedAt, attempt.testedAt);
     if (time >= 0 && time <= maxTestTimeMs)
         testTimesMs[attempt.station].push_back(static_cast<int>(time));
-}
-
-void ReportCounter::finishUnit()
-{
-    if (!unit.isCounted)
-        return;
-    report.total += unit.tally;
-    report.stations[unit.first.station].tally += unit.tally;
-    const QDate day = dayOf(unit.first.testedAt);
-    if (day.year() >= 2000 && day <= report.request.now.date().addDays(1))
-        report.days[day] += unit.tally;
-    else
-        ++report.implausibleDates;
-
-    if (unit.tally.passedLast == 0)
-        keep(report.notPassedUnits, unit, Report::maxNotPassedUnits);
-    if (unit.attempts == 1)
-        return;
-    ++report.retestedUnitCount;
-    keep(report.retestedUnits, unit, Report::maxRetestedUnits);
 }

@@ -11,7 +11,7 @@
 /// One figure: as the page shows it, and as scripts read it.
 struct Cell {
     QString text;
-    QJsonValue value;
+    QJsonValue value;     ///< Null of nothing.
     QString classes = {}; ///< Of the style sheet.
     QString basis = {};   ///< What a percentage is of: "291 of 299".
 
@@ -21,27 +21,30 @@ struct Cell {
 
 namespace cells
 {
-/// "1,234".
-QString countText(int number);
-
-/// "1 unit", "1,234 units".
-QString unitsText(int number);
+QString countText(int number); ///< "1,234".
+QString unitsText(int number); ///< "1 unit", "1,234 units".
 
 /// "97.3 %". Only all of them are "100 %" and only none are "0 %"; "–" of nothing.
 QString percentText(int part, int whole);
+QString durationText(qint64 seconds); ///< "2 min 35 s", "1 h 0 min 12 s".
 
+inline Cell none()
+{
+    return {"–", {}};
+}
 Cell count(int number);
-
-/// A station's name.
 Cell station(const QString& name);
 
-/// Null of nothing.
-QJsonValue ratio(int part, int whole);
+/// A percentage; the value is the share from 0 to 1.
+Cell percent(int part, int whole);
 
-/// A percentage of a part; the value has the counts and the share from 0 to 1.
+/// A percentage and its basis; the value has the counts and the share.
 Cell share(int part, int whole);
+
+/// The control limits for the units of a part of the page, and where its yield lies.
+Cell limits(const Tally& part, const Tally& all);
+Cell testTime(const TestTimes& times);
 
 /// "Fader 3 (component 3)"; the value is the component's number.
 Cell control(int componentNum);
-Cell failedUnits(const ControlFailures& control);
 } // namespace cells

@@ -5,6 +5,8 @@
 
 #include "yield/logs/printabletext.h"
 
+#include <QRegularExpression>
+
 namespace
 {
 QString position(const char* attributes, QPointF point)
@@ -17,10 +19,7 @@ QString html::text(const QString& characters)
 {
     // By way of UTF-8, which has no half surrogate pairs.
     QString shown = QString::fromUtf8(printableText(characters).toUtf8());
-    for (QChar& c : shown)
-        if (c.unicode() > QChar::ReplacementCharacter)
-            c = QChar::ReplacementCharacter;
-    return shown.toHtmlEscaped();
+    return shown.replace(QRegularExpression("[\uFFFE\uFFFF]"), "\uFFFD").toHtmlEscaped();
 }
 
 QString html::element(const QString& name, const QString& content, const QString& classes,
@@ -31,21 +30,9 @@ QString html::element(const QString& name, const QString& content, const QString
     return "\n<" + name + classAttribute + attributes + '>' + content + "</" + name + '>';
 }
 
-QString html::paragraph(const QString& characters, const QString& classes)
+QString html::paragraph(const QString& characters)
 {
-    return characters.isEmpty() ? "" : element("p", text(characters), classes);
-}
-
-QString html::rows(const Rows& rows)
-{
-    QString body;
-    for (const Row& row : rows) {
-        QString content;
-        for (const auto& [key, cell] : row)
-            content += element("td", text(cell.fullText()), cell.classes);
-        body += element("tr", content);
-    }
-    return body;
+    return element("p", text(characters), "quiet");
 }
 
 QString svg::chart(const QRectF& area, const QString& label, const QString& elements)

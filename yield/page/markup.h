@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include "yield/page/tables.h"
-
 #include <QPointF>
 #include <QRectF>
 #include <QString>
@@ -20,11 +18,7 @@ QString text(const QString& characters);
 QString element(const QString& name, const QString& content, const QString& classes = {},
                 const QString& attributes = {});
 
-/// Empty without a text.
-QString paragraph(const QString& characters, const QString& classes = "quiet");
-
-/// The rows of a table.
-QString rows(const Rows& rows);
+QString paragraph(const QString& characters);
 } // namespace html
 
 /// A chart inside a page and its elements, as markup. Colours and fonts come from the page's style
@@ -37,10 +31,9 @@ QString chart(const QRectF& area, const QString& label, const QString& elements)
 
 /// Elements with a text that is shown while the mouse is over them.
 QString titled(const QString& hover, const QString& elements);
-
 QString rect(const QRectF& area, const QString& classes);
 
-/// One of the marks of sections.html: "dot", "below" or "above".
+/// One of the marks of page.html: "dot", "below" or "above".
 QString mark(QPointF centre, const QString& name);
 QString line(const QVector<QPointF>& points, const QString& classes);
 QString text(QPointF baseline, const QString& content, const QString& classes);

@@ -9,6 +9,9 @@
 #include "yield/page/tables.h"
 
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using cells::unitsText;
 using html::element;
@@ -23,99 +26,137 @@ QString resource(const QString& name)
     return QString::fromUtf8(file.readAll());
 }
 
-/// A resource with the figures in their places.
-QString filled(const QString& name, const QStringList& figures)
-{
-    const QStringList frame = resource(name).split("<!-- figures -->");
-    Q_ASSERT(frame.size() == figures.size() + 1);
-    QString content = frame.first();
-    for (int i = 0; i < figures.size(); ++i)
-        content += figures.at(i) + frame.at(i + 1);
-    return content;
-}
-
 /// Which units the page is about.
 QString scope(const Report& report)
 {
     const ReportRequest& request = report.request;
-    QString time;
+    QStringList time;
     if (request.since.isValid())
-        time += " from " + request.since.toString(Qt::ISODate);
+        time << "from " + request.since.toString(Qt::ISODate);
     if (request.until.isValid())
-        time += " to " + request.until.toString(Qt::ISODate);
+        time << "to " + request.until.toString(Qt::ISODate);
     if (time.isEmpty())
-        time = " at any time";
+        time << "at any time";
     const QString place =
         request.station.isEmpty() ? "at all stations" : "at station \"" + request.station + '"';
     QString excluded;
     if (!request.exclude.isEmpty())
         excluded = ", excluding " + request.exclude.join(", ") + ": " + unitsText(report.excluded) +
                    " excluded";
-    return paragraph("Units first tested" + time + ", " + place + excluded + ". Made on " +
-                     request.now.toString("yyyy-MM-dd HH:mm") + '.');
+    return paragraph("Units first tested " + time.join(' ') + ", " + place + excluded +
+                     ". Made on " + request.now.toString("yyyy-MM-dd HH:mm") + '.');
 }
 
-QStringList totals(const Report& report)
+/// The attribute of an element that is for some reports only.
+QString hiddenUnless(bool isShown)
 {
-    QStringList tiles;
-    for (const auto& [key, cell] : tables::totals(report))
-        tiles << element("div", html::text(cell.text), "figure") +
-                     element("div", html::text(cell.basis), "basis");
-    return tiles;
+    return isShown ? "" : " hidden='hidden'";
 }
 
-QStringList trend(const Report& report)
+QString rowsMarkup(const Rows& rows)
 {
-    QString warning;
-    if (report.implausibleDates > 0)
-        warning = unitsText(report.implausibleDates) +
-                  " with a first attempt before the year 2000 or more than a day after this page "
-                  "was made: the clock of a station is wrong. They count everywhere but here.";
-    return {paragraph(warning, "bad"), chart::trend(timelineOf(report.days), report.total),
-            html::rows(tables::trend(report))};
+    if (rows.isEmpty())
+        return element("tr", element("td", "none"));
+    QString body;
+    for (const Row& row : rows) {
+        QString content;
+        for (const auto& [key, cell] : row)
+            content += element("td", html::text(cell.fullText()), cell.classes);
+        body += element("tr", content);
+    }
+    return body;
 }
 
-QString bands(const Report& report)
+QString bandCharts(const Report& report)
 {
     QString charts;
     for (const ControlFailures& control : report.topControls())
-        charts += element("div",
-                          element("h3", cells::control(control.componentNum).text) +
-                              paragraph("Failed units: " + cells::failedUnits(control).fullText()) +
-                              chart::bands(control));
-    return charts;
+        charts +=
+            element("div", element("h3", cells::control(control.componentNum).text) +
+                               paragraph("Failed units: " +
+                                         cells::share(control.failed, control.units).fullText()) +
+                               chart::bands(control));
+    return charts.isEmpty() ? paragraph("None.") : charts;
 }
 
-QString sections(const Report& report)
+/// The figures as markup, by the names of their places in page.html.
+QMap<QString, QString> figuresOf(const Report& report)
 {
-    const Cell aborted = cells::share(report.total.abortedFirst, report.total.units);
-    const Cell falseFailures = cells::share(report.falseFailures, report.failedAttempts);
-    QStringList figures{unitsText(report.total.units - report.total.passedLast),
-                        html::rows(tables::notPassed(report))};
-    figures << totals(report) << trend(report);
-    figures << chart::stations(report.stations, report.total)
-            << html::rows(tables::stations(report));
-    figures << chart::surface(report.controls) << html::rows(tables::controls(report));
-    figures << chart::pareto(report) << html::rows(tables::pareto(report));
-    figures << bands(report) << html::rows(tables::bands(report));
-    figures << aborted.fullText() << html::rows(tables::aborted(report));
-    figures << html::rows(tables::attemptsByNumber(report)) << falseFailures.fullText();
-    figures << unitsText(report.retestedUnitCount) << html::rows(tables::retested(report));
-    return filled("sections.html", figures);
+    const Tally& total = report.total;
+    QMap<QString, QString> figures{
+        {"style", resource("page.css")},
+        {"scope", scope(report)},
+        {"unless empty", hiddenUnless(total.units == 0)},
+        {"not passed", unitsText(total.units - total.passedLast)},
+        {"unless implausible dates", hiddenUnless(report.implausibleDates > 0)},
+        {"implausible dates", unitsText(report.implausibleDates)},
+        {"trend chart", chart::trend(report)},
+        {"stations chart", chart::stations(report)},
+        {"heat map", chart::surface(report)},
+        {"pareto chart", chart::pareto(report)},
+        {"bands charts", bandCharts(report)},
+        {"aborted", cells::share(total.abortedFirst, total.units).fullText()},
+        {"false failures", cells::share(report.falseFailures, report.failedAttempts).fullText()},
+        {"retested", unitsText(report.retestedUnitCount)}};
+    auto tables = tables::all(report);
+    const Row totals = tables.take("totals").first();
+    for (const auto& [key, cell] : totals)
+        figures["totals." + key] = element("div", html::text(cell.text), "figure") +
+                                   element("div", html::text(cell.basis), "basis");
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table)
+        figures[table.key() + " rows"] = rowsMarkup(*table);
+    return figures;
+}
+
+QJsonObject objectOf(const Row& row)
+{
+    QJsonObject object;
+    for (const auto& [key, cell] : row)
+        object[key] = cell.value;
+    return object;
+}
+
+/// Null instead of an empty text.
+QJsonValue textOrNull(const QString& text)
+{
+    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
 }
 } // namespace
 
 QByteArray reportPage(const Report& report)
 {
     Q_INIT_RESOURCE(page);
-    const bool isEmpty = report.total.units == 0;
-    const QString links = isEmpty ? QString() : resource("nav.html");
-    const QString message = paragraph("There are no such units in the database. \"zorvi_yield "
-                                      "import\" imports the stations' logs.",
-                                      "empty");
-    return filled("page.html",
-                  {resource("page.css"), scope(report) + links,
-                   html::rows(tables::lastLogs(report)), html::rows(tables::recentDays(report)),
-                   isEmpty ? message : sections(report)})
-        .toUtf8();
+    QString page = resource("page.html");
+    const auto figures = figuresOf(report);
+    for (auto figure = figures.cbegin(); figure != figures.cend(); ++figure) {
+        const QString place = "<!-- " + figure.key() + " -->";
+        if (page.count(place) != 1)
+            qFatal("page.html has not one place for %s", qPrintable(figure.key()));
+        page.replace(place, *figure);
+    }
+    return page.toUtf8();
+}
+
+QByteArray reportJson(const Report& report)
+{
+    const ReportRequest& request = report.request;
+    const QJsonObject requestObject{{"made_at", request.now.toString("yyyy-MM-ddTHH:mm:ss")},
+                                    {"since", textOrNull(request.since.toString(Qt::ISODate))},
+                                    {"until", textOrNull(request.until.toString(Qt::ISODate))},
+                                    {"station", textOrNull(request.station)},
+                                    {"exclude", QJsonArray::fromStringList(request.exclude)},
+                                    {"excluded_units", report.excluded}};
+    QJsonObject object{{"request", requestObject},
+                       {"implausible_dates", report.implausibleDates},
+                       {"period", textOrNull(timelineOf(report.days).period)},
+                       {"retested_units", report.retestedUnitCount}};
+    auto tables = tables::all(report);
+    object["totals"] = objectOf(tables.take("totals").first());
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+        QJsonArray rows;
+        for (const Row& row : *table)
+            rows.append(objectOf(row));
+        object[table.key()] = rows;
+    }
+    return QJsonDocument(object).toJson();
 }

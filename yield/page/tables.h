@@ -5,30 +5,19 @@
 
 #include "yield/page/cells.h"
 
+#include <QMap>
 #include <QPair>
 #include <QVector>
 
 /// The figures of a row by their keys in the JSON, in the order of the page's columns.
 using Row = QVector<QPair<QString, Cell>>;
 using Rows = QVector<Row>;
+/// By their names in the JSON; "totals" has one row.
+using Tables = QMap<QString, Rows>;
 
 /// The figures of a report: the page shows them in its tables and tiles, the JSON has them by their
 /// keys, so that both always agree.
 namespace tables
 {
-Rows lastLogs(const Report& report);
-Rows recentDays(const Report& report);
-Row totals(const Report& report);
-Rows trend(const Report& report);
-Rows stations(const Report& report);
-
-Rows controls(const Report& report);
-Rows pareto(const Report& report);
-/// Of the controls of the charts of missed bands.
-Rows bands(const Report& report);
-Rows aborted(const Report& report);
-
-Rows attemptsByNumber(const Report& report);
-Rows notPassed(const Report& report);
-Rows retested(const Report& report);
+Tables all(const Report& report);
 } // namespace tables
