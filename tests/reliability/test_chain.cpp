@@ -183,7 +183,7 @@ private:
         Database database(location, Database::Access::Read);
         Statement select(database, "SELECT serial, save_number FROM attempts");
         QStringList runs;
-        for (select.run(); select.next();)
+        while (select.next())
             runs << QString("%1/%2").arg(select.value(0).toString()).arg(select.number(1));
         runs.sort();
         return runs;
