@@ -103,8 +103,6 @@ void soundserver::startTest()
 
 bool soundserver::isRunning()
 {
-    if (child == notStarted)
-        startTest();
     const bool isRunning = child == notStarted || hasChildEnded();
     child = notStarted;
     if (!isRunning)

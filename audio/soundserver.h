@@ -17,7 +17,7 @@ namespace soundserver
 /// the test takes place while the program starts.
 void startTest();
 
-/// Whether the default device plays, or cannot be opened at all. Starts the test if it was not
-/// started, waits for its end, at most four seconds, and prints a warning if it has not ended.
+/// Whether the default device plays, or cannot be opened at all. Waits for the end of the test, at
+/// most four seconds, and prints a warning if it has not ended. True if no test was started.
 bool isRunning();
 } // namespace soundserver

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "audio/soundserver.h"
 #include "tests/support/station.h"
 
 #include <QLoggingCategory>
@@ -78,6 +79,7 @@ private Q_SLOTS:
             QTest::ignoreMessage(QtWarningMsg,
                                  "The sound server does not play: no sound until the next start.");
         }
+        soundserver::startTest();
         auto window = std::make_unique<MainWindow>();
         if (!beforeTheStart)
             server.stop(signal);
