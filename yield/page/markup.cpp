@@ -19,7 +19,8 @@ QString html::text(const QString& characters)
 {
     // By way of UTF-8, which has no half surrogate pairs.
     QString shown = QString::fromUtf8(printableText(characters).toUtf8());
-    return shown.replace(QRegularExpression("[\uFFFE\uFFFF]"), "\uFFFD").toHtmlEscaped();
+    static const QRegularExpression notInHtml("[\uFFFE\uFFFF]");
+    return shown.replace(notInHtml, "\uFFFD").toHtmlEscaped();
 }
 
 QString html::element(const QString& name, const QString& content, const QString& classes,
