@@ -171,8 +171,10 @@ public:
         QStringList found;
         try {
             Database reading(database, Database::Access::Read);
-            attemptreader::forEachByUnit(
-                reading, [&found](const Attempt& attempt) { found << attempt.serial; });
+            attemptreader::forEachUnit(reading, [&found](const auto& unit) {
+                for (const Attempt& attempt : unit)
+                    found << attempt.serial;
+            });
         } catch (const DatabaseError&) {
             return {};
         }

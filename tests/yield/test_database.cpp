@@ -87,7 +87,7 @@ QStringList schemaOf(Database& database, bool isServer)
 
 QString readError(Database& database)
 {
-    return errorOf([&] { attemptreader::forEachByUnit(database, [](const Attempt&) {}); });
+    return errorOf([&] { attemptreader::forEachUnit(database, [](const auto&) {}); });
 }
 
 StoreCounts store(Database& database, const QString& station, const std::vector<LogFile>& files)
@@ -185,7 +185,7 @@ private Q_SLOTS:
                  [&] { schema::migrate(*database); }, [&] { store(*database, "S", logs); },
                  [&] { attemptstore::renameStation(*database, "S", "T"); },
                  [&] { attemptreader::lastLogs(*database, unitlogs::noon()); },
-                 [&] { attemptreader::forEachByUnit(*database, [](const Attempt&) {}); }})
+                 [&] { attemptreader::forEachUnit(*database, [](const auto&) {}); }})
             QVERIFY(errorOf(act).contains("newer zorvi_yield"));
         database->run("UPDATE schema_version SET version = 3");
         QCOMPARE(testdatabase::rows(*database), QStringList());

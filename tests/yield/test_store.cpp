@@ -240,8 +240,10 @@ private Q_SLOTS:
               saved("q", nameOf(1, 1, true), log("a", 4, passedWith18))})
             store(*database, fact);
         std::vector<Attempt> read;
-        const auto add = [&](const Attempt& attempt) { read.push_back(attempt); };
-        attemptreader::forEachByUnit(*database, add);
+        const auto add = [&](const auto& unit) {
+            read.insert(read.end(), unit.begin(), unit.end());
+        };
+        attemptreader::forEachUnit(*database, add);
         QStringList order;
         for (const Attempt& attempt : read)
             order << QString("%1 %2 %3 %4")
@@ -253,7 +255,7 @@ private Q_SLOTS:
                               "b " + halfwidth + " 117 1", "b " + halfwidth + " 226 1",
                               "b " + halfwidth + " 226 0", "b " + panel + " 227 1"}));
         read.clear();
-        attemptreader::forEachByUnit(*database, add, QString("a"));
+        attemptreader::forEachUnit(*database, add, QString("a"));
         QCOMPARE(read.size(), std::size_t{3});
         QVERIFY(read[1].station == "q" && read[1].tests18 && !read[2].tests18);
         QCOMPARE(read[1].startedAt, QString("2026-11-21T11:59:00.000"));
@@ -297,8 +299,9 @@ private Q_SLOTS:
                 QCOMPARE(counted == QString("added") ? counts.added : counts.duplicates, 1);
             }
         QSet<QString> found;
-        attemptreader::forEachByUnit(*database, [&](const Attempt& attempt) {
-            found << (attempt.station == station ? attempt.serial : "at another station");
+        attemptreader::forEachUnit(*database, [&](const auto& unit) {
+            QCOMPARE(unit.size(), std::size_t{1});
+            found << (unit[0].station == station ? unit[0].serial : "at another station");
         });
         QCOMPARE(found, QSet<QString>(serials.begin(), serials.end()));
     }

@@ -90,8 +90,9 @@ ExitStatus exportAttempts(const QCommandLineParser& parser)
     Database database(parser.value("database"), Database::Access::Read);
     // Written when it is whole: a reader that takes its time must not keep others from importing.
     QByteArrayList records;
-    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) {
-        records << (isJson ? json(attempt) : csv(attempt));
+    attemptreader::forEachUnit(database, [&](const auto& attempts) {
+        for (const Attempt& attempt : attempts)
+            records << (isJson ? json(attempt) : csv(attempt));
     });
     const QByteArray heading =
         "station,serial,tested_at,passed,missed_bands,aborted_component,started_at\r\n";
@@ -106,8 +107,8 @@ ExitStatus showUnit(const QCommandLineParser& parser)
     const QString serial = parser.positionalArguments().constFirst();
     Database database(parser.value("database"), Database::Access::Read);
     std::vector<Attempt> attempts;
-    attemptreader::forEachByUnit(
-        database, [&](const Attempt& attempt) { attempts.push_back(attempt); }, serial);
+    attemptreader::forEachUnit(
+        database, [&](const auto& unit) { attempts = unit; }, serial);
     for (const Attempt& attempt : attempts)
         messages::print(line(attempt));
     if (attempts.empty())

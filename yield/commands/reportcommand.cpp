@@ -73,7 +73,7 @@ Report readReport(Database& database, ReportRequest request)
         command::fail(QString("no station is named \"%1\"; there are: %2")
                           .arg(request.station, names.join(", ")));
     ReportCounter counter(request);
-    attemptreader::forEachByUnit(database, [&](const Attempt& attempt) { counter.add(attempt); });
+    attemptreader::forEachUnit(database, [&](const auto& unit) { counter.add(unit); });
     return counter.finish();
 }
 

@@ -63,9 +63,10 @@ void countFirst(Report& report, const Attempt& first, const attemptrules::Outcom
 {
     StationReport& station = report.stations[first.station];
     const int end = outcome.abortedAt.value_or(report.controls.size());
-    for (int c = roster::firstComponent; c < end; ++c)
-        if (attemptrules::isTested(c, first.tests18))
-            ++report.controls[c].units;
+    for (ControlFailures& control : report.controls)
+        if (control.componentNum < end &&
+            attemptrules::isTested(control.componentNum, first.tests18))
+            ++control.units;
     if (outcome.abortedAt)
         ++report.controls[end].aborted;
     std::set<int> failed;
@@ -112,16 +113,8 @@ ReportCounter::ReportCounter(const ReportRequest& request)
         report.controls.append({c, 0, 0, QVector<int>(bandmarks::bandCount(c)), 0});
 }
 
-void ReportCounter::add(const Attempt& attempt)
-{
-    if (!unit.empty() && unit.front().serial != attempt.serial)
-        finishUnit();
-    unit.push_back(attempt);
-}
-
 Report ReportCounter::finish()
 {
-    finishUnit();
     std::vector<int> all;
     for (auto& [station, times] : testTimesMs) {
         if (report.stations.contains(station))
@@ -139,13 +132,6 @@ Report ReportCounter::finish()
     return report;
 }
 
-void ReportCounter::finishUnit()
-{
-    if (!unit.empty() && isCounted(unit.front()))
-        countUnit();
-    unit.clear();
-}
-
 bool ReportCounter::isCounted(const Attempt& first)
 {
     if (!report.request.includes(dayOf(first.testedAt)) || !report.request.includes(first.station))
@@ -157,8 +143,10 @@ bool ReportCounter::isCounted(const Attempt& first)
     return !isExcluded;
 }
 
-void ReportCounter::countUnit()
+void ReportCounter::add(const std::vector<Attempt>& unit)
 {
+    if (!isCounted(unit.front()))
+        return;
     std::vector<attemptrules::Outcome> outcomes;
     for (const Attempt& attempt : unit) {
         const auto outcome = attemptrules::outcomeOf(attempt.marks, attempt.tests18);

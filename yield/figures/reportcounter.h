@@ -22,20 +22,17 @@ class ReportCounter
 public:
     explicit ReportCounter(const ReportRequest& request);
 
-    /// All attempts, unit by unit; those of a unit in their order, see attemptrules::isBefore.
-    void add(const Attempt& attempt);
+    /// All attempts of a unit, one or more, in the order of attemptrules::isBefore.
+    void add(const std::vector<Attempt>& unit);
 
-    /// After the last attempt, once.
+    /// After the last unit, once.
     Report finish();
 
 private:
-    void finishUnit();
     bool isCounted(const Attempt& first);
-    void countUnit();
     void countTestTime(const Attempt& attempt);
 
     Report report;
     std::vector<QRegularExpression> exclude;
     std::map<QString, std::vector<int>> testTimesMs; ///< By the station of the attempt.
-    std::vector<Attempt> unit; ///< The attempts of the unit that are being added.
 };

@@ -35,12 +35,6 @@ bool attemptrules::isBefore(const Attempt& left, const Attempt& right)
     return key(left) < key(right);
 }
 
-bool attemptrules::isTested(int componentNum, bool tests18)
-{
-    return componentNum != roster::powerButton &&
-           (tests18 || componentNum != roster::channelButton);
-}
-
 attemptrules::Outcome attemptrules::outcomeOf(const BandMarks& marks, bool tests18)
 {
     const BandMarks untested = tests18 ? BandMarks() : channelButtonMarks();

@@ -37,7 +37,11 @@ BandMarks channelButtonMarks();
 bool isBefore(const Attempt& left, const Attempt& right);
 
 /// Whether a run tests that component, 0 to 43: not 39, and 18 at a station that tests it only.
-bool isTested(int componentNum, bool tests18);
+constexpr bool isTested(int componentNum, bool tests18)
+{
+    return componentNum != roster::powerButton &&
+           (tests18 || componentNum != roster::channelButton);
+}
 
 /// The result of an attempt: passed, aborted, or else failed.
 struct Outcome {

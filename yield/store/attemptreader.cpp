@@ -10,8 +10,8 @@
 
 #include <algorithm>
 
-void attemptreader::forEachByUnit(Database& database, const Visit& visit,
-                                  const std::optional<QString>& serial)
+void attemptreader::forEachUnit(Database& database, const Visit& visit,
+                                const std::optional<QString>& serial)
 {
     const Transaction transaction(database, Database::Access::Read);
     schema::requireCurrent(database);
@@ -19,29 +19,27 @@ void attemptreader::forEachByUnit(Database& database, const Visit& visit,
     Statement names(database, "SELECT id, {name} FROM stations");
     while (names.next())
         stations[names.number(0)] = names.text(1);
-    // SQL returns them by serial and time; those of one unit and second are sorted afterwards.
-    std::vector<Attempt> second;
-    const auto finishSecond = [&] {
-        std::sort(second.begin(), second.end(), attemptrules::isBefore);
-        std::for_each(second.begin(), second.end(), visit);
-        second.clear();
+    std::vector<Attempt> unit;
+    const auto finishUnit = [&] {
+        std::sort(unit.begin(), unit.end(), attemptrules::isBefore);
+        if (!unit.empty())
+            visit(unit);
+        unit.clear();
     };
     Statement select(database,
                      QString("SELECT station_id, {serial}, tested_at, marks, tests_18, started_at "
-                             "FROM attempts %1 ORDER BY serial {bytewise}, tested_at {bytewise}")
+                             "FROM attempts %1 ORDER BY serial {bytewise}")
                          .arg(serial ? "WHERE serial {bytewise} = {text}" : ""),
                      serial ? QVariantList{serial->toUtf8()} : QVariantList());
     while (select.next()) {
-        const QString unit = select.text(1);
-        const Attempt attempt{
-            stations[select.number(0)], select.number(4) != 0, unit,
-            select.value(2).toString(), select.marks(3, unit), select.value(5).toString()};
-        if (!second.empty() && (second.front().serial != attempt.serial ||
-                                second.front().testedAt != attempt.testedAt))
-            finishSecond();
-        second.push_back(attempt);
+        const QString unitSerial = select.text(1);
+        if (!unit.empty() && unit.front().serial != unitSerial)
+            finishUnit();
+        unit.push_back({stations[select.number(0)], select.number(4) != 0, unitSerial,
+                        select.value(2).toString(), select.marks(3, unitSerial),
+                        select.value(5).toString()});
     }
-    finishSecond();
+    finishUnit();
 }
 
 std::vector<LastLog> attemptreader::lastLogs(Database& database, const QDateTime& now)

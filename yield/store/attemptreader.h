@@ -17,12 +17,12 @@ class Database;
 /// ask the same database.
 namespace attemptreader
 {
-using Visit = std::function<void(const Attempt&)>;
+using Visit = std::function<void(const std::vector<Attempt>&)>;
 
-/// Every attempt by serial and attemptrules::isBefore, the same on both databases. serial: of this
-/// unit only.
-void forEachByUnit(Database& database, const Visit& visit,
-                   const std::optional<QString>& serial = std::nullopt);
+/// The attempts of each unit in the order of attemptrules::isBefore, the units by serial, the same
+/// on both databases. serial: this unit only.
+void forEachUnit(Database& database, const Visit& visit,
+                 const std::optional<QString>& serial = std::nullopt);
 
 /// The last log of each station that is not later than now, by the stations' names; repeated saves
 /// count too.
