@@ -164,24 +164,27 @@ void ReportCounter::add(const std::vector<Attempt>& unit)
     countFirst(report, unit.front(), outcomes.front());
     countFailures(report, unit, outcomes);
 
-    const TestedUnit tested{unit.front(), unit.back(), static_cast<int>(unit.size())};
+    const auto attempts = static_cast<int>(unit.size());
     const bool hasPassed = outcomes.back().hasPassed();
-    const Tally tally{1, tested.attempts, outcomes.front().hasPassed() ? 1 : 0, hasPassed ? 1 : 0,
+    const Tally tally{1, attempts, outcomes.front().hasPassed() ? 1 : 0, hasPassed ? 1 : 0,
                       outcomes.front().abortedAt ? 1 : 0};
     report.total += tally;
-    report.stations[tested.first.station].tally += tally;
-    const QDate day = dayOf(tested.first.testedAt);
-    if (day.year() >= 2000 && day <= report.request.now.date().addDays(1))
+    report.stations[unit.front().station].tally += tally;
+    const QDate day = dayOf(unit.front().testedAt);
+    if (day >= QDate(2000, 1, 1) && day <= report.request.now.date().addDays(1))
         report.days[day] += tally;
     else
         ++report.implausibleDates;
 
+    if (hasPassed && attempts == 1)
+        return;
+    const TestedUnit tested{unit.front(), unit.back(), attempts};
     if (!hasPassed)
         report.notPassedUnits.emplace(tested.last.testedAt, tested);
     shorten(report.notPassedUnits, Report::maxNotPassedUnits);
-    if (tested.attempts > 1) {
+    if (attempts > 1) {
         ++report.retestedUnitCount;
-        report.retestedUnits.emplace(std::make_pair(tested.attempts, tested.last.testedAt), tested);
+        report.retestedUnits.emplace(std::make_pair(attempts, tested.last.testedAt), tested);
     }
     shorten(report.retestedUnits, Report::maxRetestedUnits);
 }
