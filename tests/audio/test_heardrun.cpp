@@ -43,9 +43,8 @@ class TestHeardRun : public QObject
         return frames;
     }
 
-    /// Whether these requests and nothing else are heard until all has rung out; a few blocks may
-    /// lie between two of them.
-    bool hears(const std::vector<Request>& requests) const
+    /// Whether this request and nothing else is heard until all has rung out.
+    bool hears(Request request) const
     {
         Samples left;
         while (left.size() < 90000) {
@@ -55,14 +54,7 @@ class TestHeardRun : public QObject
             for (std::size_t i = 0; i < frames.size(); i += 2)
                 left.push_back(frames[i]);
         }
-        for (int delay = 0; delay < 64 * 512; delay += 512) {
-            std::vector<Begin> begins;
-            for (const Request request : requests)
-                begins.push_back({request, begins.empty() ? 0 : delay});
-            if (distance(fromItsBegin(left), fromItsBegin(mixOf(begins))) < inaudible)
-                return true;
-        }
-        return false;
+        return distance(fromItsBegin(left), fromItsBegin(mixOf({{request}}))) < inaudible;
     }
 
 private Q_SLOTS:
@@ -92,36 +84,26 @@ private Q_SLOTS:
         reader.join();
     }
 
-    /// A beep for a control that is not its turn, a click for each band and a bell for each
-    /// control.
-    void everyRequestIsHeard()
+    void panels()
     {
-        const std::vector<Request> band{Request::Click};
-        const std::vector<Request> passed{Request::Click, Request::Bell};
+        station::receive(*window, {passingMessages(0).first()});
+        QVERIFY(hears(Request::Click));
         station::receive(*window, passingMessages(1));
-        QVERIFY(hears({Request::Beep}));
-        for (int c = 0; c <= 43; ++c) {
-            auto messages = passingMessages(c);
-            while (c != 18 && c != 39 && !messages.isEmpty()) {
-                station::receive(*window, {messages.takeFirst()});
-                QVERIFY2(hears(messages.isEmpty() ? passed : band),
-                         qPrintable(QString("component %1, %2 left").arg(c).arg(messages.size())));
-            }
-        }
+        QVERIFY(hears(Request::Beep));
     }
 
     void signalsAndSwitchOfTheWindow()
     {
         Q_EMIT window->signal_Click();
-        QVERIFY(hears({Request::Click}));
+        QVERIFY(hears(Request::Click));
         Q_EMIT window->signal_Beep();
-        QVERIFY(hears({Request::Beep}));
+        QVERIFY(hears(Request::Beep));
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
-        QVERIFY(hears({}));
+        QVERIFY(hears(Request::None));
         station::click(*window, "audioOnOff");
         Q_EMIT window->signal_Ding();
-        QVERIFY(hears({Request::Bell}));
+        QVERIFY(hears(Request::Bell));
     }
 };
 
