@@ -103,17 +103,6 @@ private Q_SLOTS:
         }
     }
 
-    /// zorvi_unit over the in-memory sequencer.
-    void playsWholeRuns()
-    {
-        const QString options = "--runs 2 --delay 0 --pace 100000";
-        for (const auto& [tarvek, components] : {std::pair("", 2 * 42), {" --tarvek", 2 * 43}}) {
-            station::Program unit(ZORVI_UNIT_IN_MEMORY, options + tarvek);
-            QCOMPARE(unit.status(), 0);
-            QCOMPARE(unit.readAllStandardOutput().count("Component "), components);
-        }
-    }
-
     void yields()
     {
         const Report report = reportIn(folder, linesimulation::knownGood);

@@ -133,21 +133,18 @@ private Q_SLOTS:
         }
     }
 
-    void life_data()
-    {
-        QTest::addColumn<int>("component");
-        QTest::addColumn<QString>("underTestStyle");
-        for (const int c : {4, 9, 10, 18})
-            QTest::addRow("component %d", c) << c << "QFrame{border:none; background: blue;}";
-        QTest::newRow("component 40") << 40 << "border:none; background: blue;";
-    }
-
     /// Under test, skipped and queued again, passed, reset: the signals in their order, and what is
     /// ignored.
     void life()
     {
-        QFETCH(int, component);
-        QFETCH(QString, underTestStyle);
+        for (const int component : {4, 9, 10, 18})
+            checkLife(component, "QFrame{border:none; background: blue;}");
+        checkLife(40, "border:none; background: blue;");
+    }
+
+private:
+    static void checkLife(int component, const QString& underTestStyle)
+    {
         const QString underTest = ": " + underTestStyle + " below, opaque";
         auto messages = passingMessages(component);
         if (component == 10) // held when it is armed
