@@ -265,24 +265,6 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder->path()).entryList(allEntries), QStringList("Logs"));
     }
 
-    /// The outbox goes during a run: one line says why, and no name is used twice.
-    void goneOutbox()
-    {
-        const QDir outbox(logs.filePath("Outbox"));
-        const auto now = QDateTime::currentDateTime();
-        OutboxWriter writer(logs.path());
-        writer.startRun();
-        writer.add(linesOf("1"), now, true);
-        const QString first = outbox.entryList(allEntries).value(0);
-        QVERIFY(QDir(outbox).removeRecursively());
-        QCOMPARE(stderrOf([&] { writer.add(linesOf("1"), now, true); }),
-                 QFile::encodeName(outbox.path()) +
-                     ": the log cannot be written: No such file or directory\n");
-        QVERIFY(logs.mkdir("Outbox"));
-        writer.add(linesOf("1"), now, true);
-        QCOMPARE(outbox.entryList(allEntries), QStringList(first.left(37) + "3-TARVEK.txt"));
-    }
-
     /// Full but for some bytes: neither is the old log lost, nor does a new one appear, nor does
     /// anything else stay. Of the outbox one line says so.
     void fullDisk()
