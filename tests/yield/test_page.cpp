@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/page/cells.h"
 #include "yield/page/page.h"
+#include "yield/page/tables.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -121,8 +121,8 @@ private Q_SLOTS:
     /// Only all are 100 %, and only none 0 %.
     void percentages()
     {
-        QCOMPARE(cells::percentText(99999, 100000), QString("99.9\u00a0%"));
-        QCOMPARE(cells::percentText(1, 100000), QString("0.1\u00a0%"));
+        QCOMPARE(cells::share(99999, 100000).text, QString("99.9\u00a0%"));
+        QCOMPARE(cells::share(1, 100000).text, QString("0.1\u00a0%"));
         QCOMPARE(cells::share(1234, 1234).fullText(), QString("100\u00a0% (1,234 of 1,234)"));
     }
 };
