@@ -153,6 +153,9 @@ private Q_SLOTS:
         const QString again = "import --station T first";
         QVERIFY(run(again).errors.startsWith("1 logs are known at another station"));
         QCOMPARE(run(again).errors, "");
+        const Outcome ofRun = run("import --station T " + runName);
+        QVERIFY(ofRun.errors.startsWith("1 logs are known at another station"));
+        QCOMPARE(ofRun.out, "1 logs: 0 new, 1 duplicates, 0 empty, 0 rejected\n");
         const QDateTime now = QDateTime::currentDateTime();
         QVERIFY(import("f", now.addDays(2)).startsWith("1 logs have a date in the future"));
         QCOMPARE(import("f", now.addDays(2)), "");

@@ -72,24 +72,25 @@ private Q_SLOTS:
             "False failures|25.0 %|10 of 40|Median test time|1 h 2 min 35 s|77 attempts|";
         const QString text = textOf(report());
         for (const QString& part : QStringList{
-             "|Definitions|Needs attention|",
-             "|Station|Last log|Age|One|Tue 17 Nov 08:00|24 h 0 min 0 s|Two|no log since Tue 17 "
-             "Nov "
-             "07:59|24 h 0 min 1 s|Three|Wed 18 Nov 06:00|1 h 59 min 59 s|Four|no log yet|–|",
-             "over time|1 unit with a first attempt before the year 2000 ",
-             "|First tested|Units" + yields + "Today so far, Wed 18 Nov 2026|0|–|–|–|0|" +
-                 "Yesterday, Tue 17 Nov 2026|12,000|90.0 % (10,800 of 12,000)|within 89.2 % to "
-                 "90.8 %|57.5 % (6,900 of 12,000)|120|Mon 16 Nov 2026|0|",
-             "|5,100 units whose last attempt did not pass, newest first, up to 5,000. ", again,
-             totals,
-             "|Tuesday, 17 Nov 2026: 12,000 units, first-pass yield 90.0 % (10,800 of 12,000)|",
-             "|Station|Units|Attempts" + yields + "Median test time|Top failure|One|300|350|" +
-                 "50.0 % (150 of 300)|▼ below LCL, 84.3 % to 94.7 %|93.3 % (280 of 300)|30|"
-                 "2 min 35 s (2 attempts)|Fader 3, 1 unit|",
-             "|Aborted first attempts: 1.0 % (120 of 12,000).|",
-             "at the same station: 25.0 % (10 of 40).|",
-             "|2,200 units, most attempts first, up to 200. ",
-             "|5,678|2026-11-18 07:15|One|passed|2026-11-18 07:15|Two|aborted|"})
+                 "|Definitions|Needs attention|",
+                 "|Station|Last log|Age|One|Tue 17 Nov 08:00|24 h 0 min 0 s|Two|no log since Tue "
+                 "17 "
+                 "Nov "
+                 "07:59|24 h 0 min 1 s|Three|Wed 18 Nov 06:00|1 h 59 min 59 s|Four|no log yet|–|",
+                 "over time|1 unit with a first attempt before the year 2000 ",
+                 "|First tested|Units" + yields + "Today so far, Wed 18 Nov 2026|0|–|–|–|0|" +
+                     "Yesterday, Tue 17 Nov 2026|12,000|90.0 % (10,800 of 12,000)|within 89.2 % to "
+                     "90.8 %|57.5 % (6,900 of 12,000)|120|Mon 16 Nov 2026|0|",
+                 "|5,100 units whose last attempt did not pass, newest first, up to 5,000. ", again,
+                 totals,
+                 "|Tuesday, 17 Nov 2026: 12,000 units, first-pass yield 90.0 % (10,800 of 12,000)|",
+                 "|Station|Units|Attempts" + yields + "Median test time|Top failure|One|300|350|" +
+                     "50.0 % (150 of 300)|▼ below LCL, 84.3 % to 94.7 %|93.3 % (280 of 300)|30|"
+                     "2 min 35 s (2 attempts)|Fader 3, 1 unit|",
+                 "|Aborted first attempts: 1.0 % (120 of 12,000).|",
+                 "at the same station: 25.0 % (10 of 40).|",
+                 "|2,200 units, most attempts first, up to 200. ",
+                 "|5,678|2026-11-18 07:15|One|passed|2026-11-18 07:15|Two|aborted|"})
             QVERIFY2(text.contains(part), qPrintable(part + "\nis not in\n" + text));
     }
 
