@@ -4,8 +4,6 @@
 #include "tests/yield/unitlogs.h"
 
 #include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -164,35 +162,6 @@ private Q_SLOTS:
         QCOMPARE(run("station rename T S").out,
                  "renamed \"T\" to \"S\"; a collector running as \"T\" recreates it\n");
         QVERIFY(!run("export --format csv").out.contains("\"T\""));
-    }
-
-    /// Longer than what a pipe takes at once.
-    void longExport()
-    {
-        constexpr int count = 100;
-        QVERIFY(QDir(folder.path()).mkdir("long"));
-        for (int i = 0; i < count; ++i)
-            unitlogs::write(folder.filePath(QString("long/%1").arg(i)),
-                            QString(900, 'x') + QString::number(i), unitlogs::passed());
-        QCOMPARE(run("import --database long.sqlite long").status, 0);
-        const QByteArray json = run("export --format json --database long.sqlite").out;
-        QCOMPARE(QJsonDocument::fromJson(json).array().size(), count);
-    }
-
-    /// A folder that may be listed but not entered; root may enter every one.
-    void closedFolder()
-    {
-        if (geteuid() != 0)
-            QSKIP("needs root");
-        QVERIFY(QFile::setPermissions(folder.path(), QFile::Permissions(0x7777)) &&
-                QFile::setPermissions(folder.filePath("logs"), QFile::Permissions(0x7744)));
-        QProcess process;
-        process.setWorkingDirectory(folder.path());
-        process.start("setpriv", {"--reuid=65534", "--clear-groups", ZORVI_YIELD, "import",
-                                  "--database", "closed.sqlite", "logs"});
-        QVERIFY(process.waitForFinished());
-        QCOMPARE(process.readAllStandardError(), "logs: not imported: the folder cannot be read\n");
-        QCOMPARE(process.exitCode(), 1);
     }
 
 private:

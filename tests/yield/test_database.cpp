@@ -313,12 +313,11 @@ private Q_SLOTS:
         for (const QChar odd : {0xFEFF, 0xFFFE, 0xFFFF, 0x0001, 0x202E, 0xE000})
             serials += {QString(odd), QString(odd) + "A", QString("A") + odd};
         const QString station = QString::fromUtf8("\uFEFFodd \uFFFF \U0001F39B");
-        for (const char* counted : {"added", "duplicates"})
-            for (int i = 0; i < serials.size(); ++i) {
-                const auto counts =
-                    store(*database, saved(station, nameOf(i, 1), log(serials[i], 0, passed())));
-                QCOMPARE(counted == QString("added") ? counts.added : counts.duplicates, 1);
-            }
+        for (int i = 0; i < serials.size(); ++i) {
+            const Fact fact = saved(station, nameOf(i, 1), log(serials[i], 0, passed()));
+            QCOMPARE(store(*database, fact).added, 1);
+            QCOMPARE(store(*database, fact).duplicates, 1);
+        }
         QSet<QString> found;
         attemptreader::forEachUnit(*database, [&](const auto& unit) {
             QCOMPARE(unit.size(), std::size_t{1});
