@@ -184,10 +184,6 @@ private Q_SLOTS:
                      saved("S", nameOf(1, 4), whole)}
             << QStringList{"S: x at 12:00, repeated, save 3 of run 1",
                            "S: y at 12:05, passed, save 4 of run 1"};
-        QTest::newRow("the same log of two stations")
-            << Facts{imported("S", whole), imported("R", whole), imported("S", begun)}
-            << QStringList{"R: y at 12:05, passed", "S: x at 12:00, aborted at 20, missed 3:5",
-                           "S: y at 12:05, passed"};
         const QStringList known18{"S: x at 12:00, aborted at 20, 18 tested, missed 18:0",
                                   "S: x at 12:00, aborted at 20, 18 tested, missed 18:1",
                                   "S: x at 12:00, aborted at 20, 18 tested, missed 3:5", run[1]};
@@ -201,8 +197,6 @@ private Q_SLOTS:
                      saved("S", nameOf(2, 1), log("z", 8, passedWith18))}
             << known18 + QStringList{"S: z at 12:07, aborted at 2, 18 tested, save 2 of run 2",
                                      "S: z at 12:08, repeated, save 1 of run 2"};
-        QTest::newRow("TARVEK by the option")
-            << Facts{imported("S", begun), save2, tests18("S")} << known18;
     }
 
     void anyOrder()
