@@ -338,6 +338,10 @@ def random_requests(attempts, stations):
         yield {**everything, "until": last, "exclude": exclude}
 
 
+def started_text(each):
+    return each.started and each.started.isoformat(timespec="milliseconds")
+
+
 def store(program, path, attempts, tests_18):
     with tempfile.TemporaryDirectory() as no_logs:
         for name in tests_18:
@@ -348,8 +352,7 @@ def store(program, path, attempts, tests_18):
             SELECT id, ?, ?, ?, 0, ?, ? FROM stations WHERE name = ?"""
         for each in attempts:
             times = each.time.isoformat(), packed(each.marks), tests_18[each.station]
-            started = each.started and each.started.isoformat(timespec="milliseconds")
-            database.execute(insert, (each.serial, *times, started, each.station))
+            database.execute(insert, (each.serial, *times, started_text(each), each.station))
 
 
 # The page in Chromium
@@ -411,17 +414,15 @@ def rounded(text):
 
 def check_export(text, attempts):
     """Of the largest plant longer than what a pipe takes at once."""
-    found = [
-        (row["serial"], row["station"], row["passed"], row["aborted_component"],
-         [(each["component"], each["band"]) for each in row["missed_bands"]])
-        for row in json.loads(text)
-    ]  # fmt: skip
     expected = [
-        (each.serial, each.station, each.result == "passed", each.aborted,
-         [(c, band) for c, bands in each.missed.items() for band in bands])
+        {"station": each.station, "serial": each.serial, "tested_at": each.time.isoformat(),
+         "started_at": started_text(each), "passed": each.result == "passed",
+         "aborted_component": each.aborted,
+         "missed_bands": [{"component": c, "band": band}
+                          for c, bands in each.missed.items() for band in bands]}
         for each in sorted(attempts, key=lambda each: (each.serial.encode(), *sort_key(each)))
     ]  # fmt: skip
-    if found != expected:
+    if json.loads(text) != expected:
         sys.exit("the export differs")
 
 

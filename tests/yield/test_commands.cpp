@@ -69,15 +69,6 @@ private Q_SLOTS:
             "\"'+Line\",\"'=cmd|'/C'!A0\",2026-11-21T12:00:00,1,\"\",,\r\n"
             "\"'+Line\",\"a\"\"b,\t<b>\x1B[31m\r\n\u00FC\",2026-11-21T12:00:00,0,"
             "\"3: 5 6; 10: 1\",,\r\n");
-        row("export --format json", 0,
-            "[{\"aborted_component\":null,\"missed_bands\":[],\"passed\":true,"
-            "\"serial\":\"=cmd|'/C'!A0\",\"started_at\":null,\"station\":\"+Line\","
-            "\"tested_at\":\"2026-11-21T12:00:00\"},\n"
-            "{\"aborted_component\":null,\"missed_bands\":[{\"band\":5,\"component\":3},"
-            "{\"band\":6,\"component\":3},{\"band\":1,\"component\":10}],\"passed\":false,"
-            "\"serial\":\"a\\\"b,\\t<b>\\u001b[31m\\r\\n\u00FC\",\"started_at\":null,"
-            "\"station\":\"+Line\","
-            "\"tested_at\":\"2026-11-21T12:00:00\"}]\n");
         row("import --station Quiet --tests-18 logs/formula.txt", 0, "1 logs: 1 new");
         row("unit -- =cmd|'/C'!A0", 1, "  Quiet  failed, missed Button 9: all\n");
         row("import --station Silent data", 0, "0 logs: 0 new");
