@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/intake/messages.h"
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/controlnames.h"
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 #include "yield/store/attemptreader.h"
 
 #include <QJsonArray>

@@ -3,7 +3,7 @@
 
 #include "yield/commands/command.h"
 
-#include "yield/intake/messages.h"
+#include "yield/logs/messages.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

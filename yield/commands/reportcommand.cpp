@@ -3,7 +3,7 @@
 
 #include "yield/commands/command.h"
 #include "yield/figures/reportcounter.h"
-#include "yield/intake/messages.h"
+#include "yield/logs/messages.h"
 #include "yield/page/page.h"
 #include "yield/store/attemptreader.h"
 

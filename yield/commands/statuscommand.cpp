@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "yield/commands/command.h"
-#include "yield/intake/messages.h"
 #include "yield/intake/outbox.h"
 #include "yield/logs/logfiles.h"
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 #include "yield/store/attemptreader.h"
 
 #include <QDirIterator>
@@ -14,9 +13,6 @@
 
 namespace
 {
-constexpr int minuteSeconds = 60;
-constexpr int hourSeconds = 3600;
-
 /// Returns false if it needs attention.
 bool showDatabase(const QString& location)
 {
@@ -57,7 +53,7 @@ QString newerLog(const QString& logs, const QDateTime& newest)
 {
     for (const QString& path : logfiles::filesOf(logs)) {
         try {
-            if (newest.secsTo(QFileInfo(path).lastModified()) >= minuteSeconds &&
+            if (newest.secsTo(QFileInfo(path).lastModified()) >= 60 &&
                 logfiles::read(path).log.marks.any())
                 return path;
         } catch (const std::runtime_error&) { // not a log
@@ -66,8 +62,7 @@ QString newerLog(const QString& logs, const QDateTime& newest)
     return {};
 }
 
-/// Returns false if it needs attention. Throws std::runtime_error for an outbox that cannot be
-/// read.
+/// Returns false if it needs attention. Throws std::runtime_error if it cannot be read.
 bool showOutbox(const QString& logs)
 {
     const Outbox outbox(logs);
@@ -90,7 +85,7 @@ bool showOutbox(const QString& logs)
         messages::print(QString("  %1 is newer than every log of the outbox: restart the station, "
                                 "it was started before the update")
                             .arg(printableText(newer)));
-    return rejected == 0 && newer.isEmpty() && oldest.secsTo(now) < hourSeconds;
+    return rejected == 0 && newer.isEmpty() && oldest.secsTo(now) < 3600;
 }
 
 ExitStatus showStatus(const QCommandLineParser& parser)

@@ -3,9 +3,8 @@
 
 #include "yield/commands/command.h"
 #include "yield/intake/collector.h"
-#include "yield/intake/messages.h"
 #include "yield/logs/logfiles.h"
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 #include "yield/store/schema.h"
 
 #include <QStandardPaths>

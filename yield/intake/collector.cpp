@@ -3,8 +3,7 @@
 
 #include "yield/intake/collector.h"
 
-#include "yield/intake/messages.h"
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
 
@@ -81,14 +80,20 @@ bool Collector::pass()
     // The first time the database is made or migrated; later it must be there.
     Database database(request.database,
                       isMigrated ? Database::Access::Read : Database::Access::Write);
-    prepare(database);
+    if (!isMigrated)
+        prepare(database);
     if (isImportDue) {
         // Stored is made when all is committed, so that a kill loses none and no later start
         // repeats it.
         importEarlierLogs(database, request.station, logfiles::filesOf(request.logs));
         outbox.make("/Stored");
     }
-    finish(logimport::store(database, request.station, logs));
+    // Some thousand may wait: what is stored is moved before the database can fail.
+    int begin = 0;
+    do
+        finish(
+            logimport::store(database, request.station, logs.mid(begin, logimport::maxLogsAtOnce)));
+    while ((begin += logimport::maxLogsAtOnce) < logs.size());
     return !hasProblem;
 }
 
@@ -132,8 +137,6 @@ QStringList Collector::dueLogs()
 /// each start: what is stored already is a duplicate.
 void Collector::prepare(Database& database)
 {
-    if (isMigrated)
-        return;
     schema::migrate(database);
     for (const QFileInfo& folder :
          QDir(request.spool + "/v1").entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
@@ -199,7 +202,6 @@ void Collector::moveLog(const QString& log, QString rejection)
     }
 }
 
-/// The log stays in the outbox.
 void Collector::postpone(const QString& log, const QString& reason)
 {
     hasProblem = true;

@@ -13,7 +13,6 @@
 #include <chrono>
 #include <optional>
 
-/// What is collected, and where it goes.
 struct CollectRequest {
     QString database;
     Station station;

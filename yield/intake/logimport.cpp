@@ -3,14 +3,11 @@
 
 #include "yield/intake/logimport.h"
 
-#include "yield/intake/messages.h"
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 #include "yield/store/database.h"
 
 namespace
 {
-constexpr std::size_t maxLogsAtOnce = 1000;
-
 /// A log that the tables refuse is found by halves, so that it stops no other.
 void storeLogs(Database& database, const Station& station, const std::vector<LogFile>& logs,
                logimport::Result& result)
@@ -31,6 +28,7 @@ void storeLogs(Database& database, const Station& station, const std::vector<Log
         storeLogs(database, station, {middle, logs.end()}, result);
     }
 }
+
 void printWarnings(const StoreCounts& counts)
 {
     if (counts.future > 0)
@@ -57,12 +55,13 @@ logimport::Result logimport::store(Database& database, const Station& station,
             if (!logfiles::isGone(path))
                 result.problems.push_back({path, error.what(), false});
         }
-        if (logs.size() == maxLogsAtOnce) {
+        if (static_cast<int>(logs.size()) == maxLogsAtOnce) {
             storeLogs(database, station, logs, result);
             logs.clear();
         }
     }
-    storeLogs(database, station, logs, result);
+    if (!logs.empty() || files.isEmpty())
+        storeLogs(database, station, logs, result);
     printWarnings(result.counts);
     return result;
 }

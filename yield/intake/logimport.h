@@ -12,10 +12,8 @@
 
 class Database;
 
-/// Reads log files into the database.
 namespace logimport
 {
-/// A file that was not stored, and why.
 struct Problem {
     QString path;
     QString reason;
@@ -29,9 +27,11 @@ struct Result {
     std::vector<Problem> problems;
 };
 
-/// Stores logs in transactions so short that others wait for a moment only. The database knows the
-/// station afterwards, also without a file. Prints what the user should look into, of logs that
-/// were added. Throws DatabaseError.
+/// In one transaction: others wait for a moment only.
+constexpr int maxLogsAtOnce = 1000;
+
+/// Stores logs. The database knows the station afterwards, also without a file. Prints what the
+/// user should look into, of logs that were added. Throws DatabaseError.
 Result store(Database& database, const Station& station, const QStringList& files);
 
 /// Prints a line for each file that was not stored.

@@ -23,9 +23,7 @@ struct StationLog {
 };
 
 /// Bytes that are no log of the station, and why, for the user.
-class NotALog : public std::runtime_error
-{
-public:
+struct NotALog : std::runtime_error {
     explicit NotALog(const QString& reason)
         : std::runtime_error(reason.toStdString())
     {

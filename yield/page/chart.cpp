@@ -6,8 +6,8 @@
 #include "unit/panelplacement.h"
 #include "yield/figures/timeline.h"
 #include "yield/logs/controlnames.h"
-#include "yield/page/cells.h"
 #include "yield/page/markup.h"
+#include "yield/page/tables.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +16,6 @@ namespace
 {
 constexpr double width = 1040;
 constexpr double axisLeft = 46;
-constexpr double rightMargin = 24; // half a label, beyond the axis
 
 /// A linear scale: `lowest`, and what is lower, is drawn at `begin`, `highest` at `end`.
 struct Scale {
@@ -71,7 +70,6 @@ struct YieldChart {
                 yields.at(period.tally.passedFirst, period.tally.units)};
     }
 
-    /// The area between the control limits.
     QString limitsArea(const Timeline::Period& period) const
     {
         const int count = period.tally.units;
@@ -83,7 +81,6 @@ struct YieldChart {
                svg::line({area.bottomLeft(), area.bottomRight()}, "limit");
     }
 
-    /// The number of units as a bar, and the yield as a mark.
     QString barAndMark(const Timeline::Period& period) const
     {
         const QStringList marks{"below", "dot", "above"}; // as Position
@@ -156,7 +153,8 @@ QString yieldChart(const Timeline& timeline, const Tally& all)
                 svg::text({chart.markOf(period).x(), bottom + 18}, period.label, "label middle");
         previous = &period;
     }
-    return svg::chart({0, 0, width + rightMargin, bottom + 26},
+    // To the right of the axis there may be half a label.
+    return svg::chart({0, 0, width + 24, bottom + 26},
                       "First-pass yield and units by " + timeline.period,
                       areas + chart.axes() + marks);
 }
@@ -173,7 +171,6 @@ QString colourClass(int failed, int units)
     return QString("failed%1").arg(step);
 }
 
-/// Empty for the power button.
 QRectF panelArea(int componentNum)
 {
     const auto topLeft = panelPosition(componentNum);

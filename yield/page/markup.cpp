@@ -3,7 +3,7 @@
 
 #include "yield/page/markup.h"
 
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 
 #include <QRegularExpression>
 

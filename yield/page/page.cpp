@@ -8,10 +8,10 @@
 #include "yield/page/markup.h"
 #include "yield/page/tables.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QResource>
 
 using cells::unitsText;
 using html::element;
@@ -21,12 +21,9 @@ namespace
 {
 QString resource(const QString& name)
 {
-    QFile file(":/yield/" + name);
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll());
+    return QString::fromUtf8(QResource(":/yield/" + name).uncompressedData());
 }
 
-/// Which units the page is about.
 QString scope(const Report& report)
 {
     const ReportRequest& request = report.request;
@@ -116,7 +113,6 @@ QJsonObject objectOf(const Row& row)
     return object;
 }
 
-/// Null instead of an empty text.
 QJsonValue textOrNull(const QString& text)
 {
     return text.isEmpty() ? QJsonValue() : QJsonValue(text);

@@ -14,14 +14,80 @@
 
 namespace
 {
+const Cell none{"–", {}};
+
+QJsonValue ratio(int part, int whole)
+{
+    return whole == 0 ? QJsonValue() : QJsonValue(1.0 * part / whole);
+}
+
+/// Rounding must not make all or none of what is neither.
+QString percentText(int part, int whole)
+{
+    if (whole == 0)
+        return "–";
+    const double percent = 100.0 * part / whole;
+    if (part == 0 || part == whole)
+        return QString("%1\u00a0%").arg(percent);
+    return QString::number(std::clamp(percent, 0.1, 99.9), 'f', 1) + "\u00a0%";
+}
+
+/// "2 min 35 s", "1 h 0 min 12 s".
+QString durationText(qint64 seconds)
+{
+    const auto hours = static_cast<int>(seconds / 3600);
+    return (hours > 0 ? cells::countText(hours) + " h " : "") +
+           QString("%1 min %2 s").arg(seconds / 60 % 60).arg(seconds % 60);
+}
+
+Cell countCell(int number)
+{
+    return {cells::countText(number), number, "number"};
+}
+
+Cell stationCell(const QString& name)
+{
+    return {name, name, "name"};
+}
+
+Cell percentCell(int part, int whole)
+{
+    return {percentText(part, whole), ratio(part, whole), "number"};
+}
+
+Cell limitsCell(const Tally& part, const Tally& all)
+{
+    if (part.units == 0)
+        return none;
+    const QStringList positions{"below LCL", "within", "above UCL"}; // as Position
+    const QStringList prefixes{"▼ below LCL, ", "within ", "▲ above UCL, "};
+    const ControlLimits limits = controlLimits(part.units, all);
+    const Position position = limits.positionOf(part.passedFirst);
+    const auto index = static_cast<int>(position);
+    const QJsonObject value{{"lcl", ratio(limits.lower, part.units)},
+                            {"ucl", ratio(limits.upper, part.units)},
+                            {"position", positions.at(index)}};
+    return {prefixes.at(index) + percentText(limits.lower, part.units) + " to " +
+                percentText(limits.upper, part.units),
+            value, position == Position::BelowLcl ? "bad" : "line"};
+}
+
+Cell testTimeCell(const TestTimes& times)
+{
+    if (times.attempts == 0)
+        return none;
+    const QJsonObject value{{"seconds", times.medianSeconds}, {"attempts", times.attempts}};
+    return {durationText(qRound(times.medianSeconds)), value, "line",
+            cells::countText(times.attempts) + " attempts"};
+}
+
 Row lastLogRow(const LastLog& lastLog, const QDateTime& now)
 {
     constexpr qint64 daySeconds = 24 * 60 * 60;
-    const Cell station = cells::station(lastLog.station);
+    const Cell station = stationCell(lastLog.station);
     if (lastLog.testedAt.isEmpty())
-        return {{"station", station},
-                {"tested_at", {"no log yet", {}, "bad"}},
-                {"age_seconds", cells::none()}};
+        return {
+            {"station", station}, {"tested_at", {"no log yet", {}, "bad"}}, {"age_seconds", none}};
     // Both as UTC: the difference on the wall clock.
     const auto time = QDateTime::fromString(lastLog.testedAt + 'Z', Qt::ISODate);
     const qint64 age = time.secsTo({now.date(), now.time(), Qt::UTC});
@@ -30,23 +96,23 @@ Row lastLogRow(const LastLog& lastLog, const QDateTime& now)
     return {{"station", station},
             {"tested_at",
              {(isOld ? "no log since " : "") + text, lastLog.testedAt, isOld ? "bad" : "line"}},
-            {"age_seconds", {cells::durationText(age), age, "line"}}};
+            {"age_seconds", {durationText(age), age, "line"}}};
 }
 
 /// all: the units of the page.
 Row yieldFigures(const Tally& tally, const Tally& all)
 {
     return {{"first_pass_yield", cells::share(tally.passedFirst, tally.units)},
-            {"control_limits", cells::limits(tally, all)},
+            {"control_limits", limitsCell(tally, all)},
             {"final_yield", cells::share(tally.passedLast, tally.units)},
-            {"aborted", cells::count(tally.abortedFirst)}};
+            {"aborted", countCell(tally.abortedFirst)}};
 }
 
 /// begin: the first day of the period.
 Row periodRow(const QString& name, const QDate& begin, const Tally& tally, const Tally& all)
 {
     return Row{{"first_tested", {name, begin.toString(Qt::ISODate), "line"}},
-               {"units", cells::count(tally.units)}} +
+               {"units", countCell(tally.units)}} +
            yieldFigures(tally, all);
 }
 
@@ -55,7 +121,7 @@ Cell topFailureCell(const QVector<int>& failed)
 {
     const auto top = std::max_element(failed.cbegin(), failed.cend());
     if (*top == 0)
-        return cells::none();
+        return none;
     const auto componentNum = static_cast<int>(std::distance(failed.cbegin(), top));
     return {controlnames::control(componentNum) + ", " + cells::unitsText(*top),
             QJsonObject{{"component", componentNum}, {"failed_units", *top}}, "line"};
@@ -68,13 +134,13 @@ void addYields(Tables& tables, const Report& report)
     const ReportRequest& request = report.request;
     const Tally& total = report.total;
     tables["totals"].append(
-        {{"units", cells::count(total.units)},
-         {"attempts", cells::count(total.attempts)},
+        {{"units", countCell(total.units)},
+         {"attempts", countCell(total.attempts)},
          {"first_pass_yield", cells::share(total.passedFirst, total.units)},
          {"final_yield", cells::share(total.passedLast, total.units)},
          {"aborted", cells::share(total.abortedFirst, total.units)},
          {"false_failures", cells::share(report.falseFailures, report.failedAttempts)},
-         {"median_test_time", cells::testTime(report.testTimes)}});
+         {"median_test_time", testTimeCell(report.testTimes)}});
     for (const LastLog& lastLog : request.lastLogs)
         if (request.includes(lastLog.station))
             tables["last_logs"].append(lastLogRow(lastLog, request.now));
@@ -88,11 +154,11 @@ void addYields(Tables& tables, const Report& report)
     for (const Timeline::Period& period : timelineOf(report.days).periods)
         tables["trend"].append(periodRow(period.name, period.begin, period.tally, total));
     for (auto each = report.stations.cbegin(); each != report.stations.cend(); ++each)
-        tables["stations"].append(Row{{"station", cells::station(each.key())},
-                                      {"units", cells::count(each->tally.units)},
-                                      {"attempts", cells::count(each->tally.attempts)}} +
+        tables["stations"].append(Row{{"station", stationCell(each.key())},
+                                      {"units", countCell(each->tally.units)},
+                                      {"attempts", countCell(each->tally.attempts)}} +
                                   yieldFigures(each->tally, total) +
-                                  Row{{"median_test_time", cells::testTime(each->testTimes)},
+                                  Row{{"median_test_time", testTimeCell(each->testTimes)},
                                       {"top_failure", topFailureCell(each->failed)}});
 }
 
@@ -116,15 +182,15 @@ void addControls(Tables& tables, const Report& report)
     for (const ControlFailures& control : report.failedControls) {
         sum += control.failed;
         tables["pareto"].append(controlRow(control) +
-                                Row{{"share", cells::percent(control.failed, all)},
-                                    {"cumulative", cells::percent(sum, all)}});
+                                Row{{"share", percentCell(control.failed, all)},
+                                    {"cumulative", percentCell(sum, all)}});
     }
     for (const ControlFailures& control : report.topControls())
         for (int band = 0; band < control.missedBands.size(); ++band)
             tables["missed_bands"].append(
                 {{"component", cells::control(control.componentNum)},
                  {"band", {controlnames::band(control.componentNum, band), band}},
-                 {"failed_units", cells::count(control.missedBands.at(band))}});
+                 {"failed_units", countCell(control.missedBands.at(band))}});
 }
 
 Cell serialCell(const QString& serial)
@@ -138,7 +204,6 @@ Cell timeCell(const QString& testedAt)
     return {testedAt.left(16).replace('T', ' '), testedAt, "line"};
 }
 
-/// Where the attempt was aborted, and the first controls that failed.
 Cell failuresCell(const Attempt& attempt)
 {
     constexpr int maxControls = 3;
@@ -168,27 +233,50 @@ void addUnits(Tables& tables, const Report& report)
         ++number;
         const QString suffix = number == Report::maxNumbers ? " and later" : "";
         tables["attempts_by_number"].append({{"number", {QString::number(number) + suffix, number}},
-                                             {"attempts", cells::count(each.attempts)},
+                                             {"attempts", countCell(each.attempts)},
                                              {"passed", cells::share(each.passed, each.attempts)},
-                                             {"aborted", cells::count(each.aborted)}});
+                                             {"aborted", countCell(each.aborted)}});
     }
     for (const auto& [testedAt, unit] : report.notPassedUnits)
         tables["not_passed"].append({{"serial", serialCell(unit.last.serial)},
                                      {"tested_at", timeCell(testedAt)},
-                                     {"station", cells::station(unit.last.station)},
-                                     {"attempts", cells::count(unit.attempts)},
+                                     {"station", stationCell(unit.last.station)},
+                                     {"attempts", countCell(unit.attempts)},
                                      {"failures", failuresCell(unit.last)}});
     for (const auto& [order, unit] : report.retestedUnits)
         tables["retested"].append({{"serial", serialCell(unit.last.serial)},
-                                   {"attempts", cells::count(unit.attempts)},
+                                   {"attempts", countCell(unit.attempts)},
                                    {"first_tested_at", timeCell(unit.first.testedAt)},
-                                   {"first_station", cells::station(unit.first.station)},
+                                   {"first_station", stationCell(unit.first.station)},
                                    {"first_result", resultCell(unit.first)},
                                    {"last_tested_at", timeCell(unit.last.testedAt)},
-                                   {"last_station", cells::station(unit.last.station)},
+                                   {"last_station", stationCell(unit.last.station)},
                                    {"last_result", resultCell(unit.last)}});
 }
 } // namespace
+
+QString cells::countText(int number)
+{
+    return QLocale(QLocale::English).toString(number);
+}
+
+QString cells::unitsText(int number)
+{
+    return countText(number) + (number == 1 ? " unit" : " units");
+}
+
+Cell cells::share(int part, int whole)
+{
+    const QJsonObject value{{"count", part}, {"of", whole}, {"share", ratio(part, whole)}};
+    const QString basis = countText(part) + " of " + countText(whole);
+    return {percentText(part, whole), value, "line", whole == 0 ? QString() : basis};
+}
+
+Cell cells::control(int componentNum)
+{
+    const QString name = controlnames::control(componentNum);
+    return {QString("%1 (component %2)").arg(name).arg(componentNum), componentNum};
+}
 
 Tables tables::all(const Report& report)
 {

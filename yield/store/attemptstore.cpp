@@ -4,7 +4,7 @@
 #include "yield/store/attemptstore.h"
 
 #include "yield/logs/attemptrules.h"
-#include "yield/logs/printabletext.h"
+#include "yield/logs/messages.h"
 #include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
 #include "yield/store/schema.h"
@@ -18,7 +18,6 @@ namespace
 /// Clocks of two computers differ by a little.
 constexpr int futureSeconds = 600;
 
-/// A row of the table stations.
 struct StationRow {
     int id;
     bool tests18;

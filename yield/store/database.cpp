@@ -3,8 +3,7 @@
 
 #include "yield/store/database.h"
 
-#include "yield/logs/printabletext.h"
-#include "yield/store/sqldialect.h"
+#include "yield/logs/messages.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -15,7 +14,6 @@
 
 namespace
 {
-/// The user has to change something first.
 DatabaseError unusable(const QString& text)
 {
     return {DatabaseError::Kind::Unusable, text};

@@ -5,7 +5,6 @@
 
 #include "yield/store/attemptrows.h"
 #include "yield/store/database.h"
-#include "yield/store/sqldialect.h"
 
 #include <QResource>
 
@@ -30,7 +29,6 @@ int knownVersion(Database& database)
     return version;
 }
 
-/// Runs a script of the resources.
 void run(Database& database, const QString& script)
 {
     const QString statements = QResource(":/store/" + script).uncompressedData();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zorvi Assembly Test authors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "yield/store/sqldialect.h"
+#include "yield/store/database.h"
 
 QString SqlDialect::adapted(QString statement) const
 {
