@@ -70,12 +70,13 @@ private Q_SLOTS:
             "|Units|12,000|Attempts|14,000|First-pass yield|90.0 %|10,800 of 12,000|"
             "Final yield so far|99.9 %|11,997 of 12,000|Aborted|0.1 %|1 of 12,000|"
             "False failures|25.0 %|10 of 40|Median test time|1 h 2 min 35 s|77 attempts|";
+        const QString lastLogs =
+            "|Station|Last log|Age|One|Tue 17 Nov 08:00|24 h 0 min 0 s|Two|no log since "
+            "Tue 17 Nov 07:59|24 h 0 min 1 s|Three|Wed 18 Nov 06:00|1 h 59 min 59 s|"
+            "Four|no log yet|–|";
         const QString text = textOf(report());
         for (const QString& part : QStringList{
-                 "|Definitions|Needs attention|",
-                 "|Station|Last log|Age|One|Tue 17 Nov 08:00|24 h 0 min 0 s|Two|no log since "
-                 "Tue 17 Nov 07:59|24 h 0 min 1 s|Three|Wed 18 Nov 06:00|1 h 59 min 59 s|"
-                 "Four|no log yet|–|",
+                 "|Definitions|Needs attention|", lastLogs,
                  "over time|1 unit with a first attempt before the year 2000 ",
                  "|First tested|Units" + yields + "Today so far, Wed 18 Nov 2026|0|–|–|–|0|" +
                      "Yesterday, Tue 17 Nov 2026|12,000|90.0 % (10,800 of 12,000)|within 89.2 % to "
