@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 // Logs to the console what of the page does not show its figures, or cannot be seen or reached at
-// this width and in these colours. figures: the JSON of the same report.
+// this width. figures: the JSON of the same report.
 (() => {
     const wrong = text => console.log('WRONG at ' + innerWidth + ': ' + text);
     const all = (selector, root = document) => [...root.querySelectorAll(selector)];
@@ -158,39 +158,12 @@
          tables.map(name => Math.max(1, figures[name].length)), 'rows of tables');
     for (const row of all('tr').filter(row => row.textContent.trim() !== 'none'))
         same(row.cells.length, row.closest('table').rows[0].cells.length, 'cells of a row');
-    same(all('details > summary').length, 4, 'tables that open');
     for (const cell of all('td'))
         same(cell.className === 'bad', /^(no log|▼|failed$|aborted$)/.test(cell.textContent),
              'in red: ' + cell.textContent);
 
     // What can be seen
 
-    const style = element => getComputedStyle(element);
-    const numbers = colour => colour.match(/[\d.]+/g).map(Number);
-    const luminance = colour => numbers(colour).slice(0, 3).map(value => value / 255)
-        .map(value => value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4)
-        .reduce((sum, value, i) => sum + value * [0.2126, 0.7152, 0.0722][i], 0);
-    const need = (least, a, b, what) => {
-        const [dark, light] = [luminance(a), luminance(b)].sort((x, y) => x - y);
-        if ((light + 0.05) / (dark + 0.05) < least)
-            wrong(`contrast of ${what}`);
-    };
-    const ground = element => {
-        const colour = style(element).backgroundColor;
-        return numbers(colour)[3] === 0 ? ground(element.parentElement) : colour;
-    };
-    const probe = kind => {
-        const shape = document.createElementNS('http://www.w3.org/2000/svg', 'rect');
-        shape.setAttribute('class', kind);
-        return style(document.querySelector('main svg').appendChild(shape));
-    };
-    const fill = kind => probe(kind).fill;
-
-    for (const text of all('svg text')) {
-        const step = [...text.classList].find(name => name.startsWith('on-failed'));
-        need(4.5, style(text).fill, step ? fill(step.slice(3)) : ground(text.closest('div')),
-             text.textContent);
-    }
     for (const shape of all('svg:not(.marks) :not(title):not(text:empty)')) {
         const box = shape.getBBox();
         const view = shape.ownerSVGElement.viewBox.baseVal;
@@ -203,17 +176,6 @@
         if (boxes.some((box, i) => i > 0 && box.x < boxes[i - 1].x + boxes[i - 1].width))
             wrong('labels overlap: ' + texts('.label.middle', chart));
     }
-    const paper = ground(document.body);
-    for (const mark of ['bar', 'dot', 'below', 'above']) {
-        need(3, fill(mark), paper, mark);
-        need(mark === 'bar' ? 1 : 3, fill(mark), fill('within'), mark);
-    }
-    for (const line of ['trend', 'limit', 'centre', 'axis'])
-        need(3, probe(line).stroke, paper, line);
-    need(3, probe('control').stroke, fill('ground'), 'a control');
-    for (let step = 0; step < 5; ++step)
-        need(1.2, fill('failed' + step), fill('failed' + (step + 1)), 'neighbouring colours');
-
     if (document.documentElement.scrollWidth > innerWidth)
         wrong('the page is wider than the window');
     for (const area of all('div').filter(div => div.scrollWidth > div.clientWidth + 1))

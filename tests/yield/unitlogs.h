@@ -7,10 +7,6 @@
 #include "yield/logs/attemptrules.h"
 #include "yield/logs/stationlog.h"
 
-#include <QMetaType>
-
-Q_DECLARE_METATYPE(BandMarks)
-
 /// Logs as the station itself writes them.
 namespace unitlogs
 {
