@@ -283,6 +283,8 @@ private Q_SLOTS:
             QVERIFY(station::plug(unit));
             for (int poll = 0; poll < 2; ++poll)
                 QCOMPARE(station::labelAfterPoll(window), QString("Device: CONNECTED"));
+            // JUCE may still hand the last message of the cable before to the new input.
+            QVERIFY(i % 2 == 0 || station::receives(window, unit));
             const station::ReceivedMessages received(window);
             for (int message = 0; message < floodSize; ++message)
                 unit.send({0xB0, 100, message % 128}); // of no control
