@@ -10,6 +10,7 @@ tar -C "$project/build/system/desktop${tree:+-${tree##*/}}" -c . | tar -x --keep
 rm -f "${tree:-}/etc/alsa/conf.d/99-pulse.conf" # of PulseAudio
 export SYSTEMD_IGNORE_CHROOT=1
 /lib/systemd/systemd-udevd --daemon
+modprobe -r snd-aloop # an earlier group took the card away
 modprobe snd-aloop index=0 pcm_substreams=1
 udevadm trigger && udevadm settle
 # What WirePlumber needs of a session.
