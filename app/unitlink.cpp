@@ -95,10 +95,10 @@ bool UnitLink::isSubscribedTo(const juce::StringArray& units)
     }
     return sequencer == nullptr ||
            std::any_of(units.begin(), units.end(),
-                       [this](const auto& unit) { return hasReaderHere(unit); });
+                       [this](const auto& unit) { return hasOurReader(unit); });
 }
 
-bool UnitLink::hasReaderHere(const juce::String& unit) const
+bool UnitLink::hasOurReader(const juce::String& unit) const
 {
     const snd_seq_addr_t port = addressOf(unit);
     snd_seq_query_subscribe_t* query = nullptr;

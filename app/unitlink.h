@@ -41,7 +41,7 @@ private:
 
     void reconnectSequencer(bool portsListed);
     void keepInputThreadRunning();
-    bool hasReaderHere(const juce::String& unit) const;
+    bool hasOurReader(const juce::String& unit) const;
 
     juce::AudioDeviceManager& manager;
     bool sequencerHeld = true;

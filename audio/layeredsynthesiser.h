@@ -8,8 +8,8 @@
 /// A synthesiser whose notes sound in layers: every sound that answers a note is played.
 /// juce::Synthesiser (7, 8 and 9) stops the voices of a note before each sound that it starts, and
 /// takes the oldest voice of that note when all are busy. Both would end the layer that the same
-/// request has just started. Here the voices are stopped once, before the first layer, and a
-/// request never takes a voice that it started itself.
+/// note-on has just started. Here the voices are stopped once, before the first layer, and a
+/// note-on never takes a voice that it started itself.
 class LayeredSynthesiser : public juce::Synthesiser
 {
 public:
@@ -17,7 +17,7 @@ public:
     void noteOn(int midiChannel, int midiNoteNumber, float velocity) override;
 
 protected:
-    /// The library's choice, without the voices of the request that is starting: the oldest voice
+    /// The library's choice, without the voices of the note-on that is starting: the oldest voice
     /// of the note; if there is none, the oldest one, and one of the lowest and one of the highest
     /// note last. A stopped voice counts as any other until its sample ends. The library's own
     /// function allocates memory.
@@ -25,5 +25,5 @@ protected:
                                              int midiNoteNumber) const override;
 
 private:
-    const juce::SynthesiserVoice* firstLayer = nullptr; ///< Of the request that is starting.
+    const juce::SynthesiserVoice* firstLayer = nullptr; ///< Of the note-on that is starting.
 };

@@ -45,7 +45,7 @@ QVector<QDate> daysUpTo(const QDate& lastDay)
     return days;
 }
 
-/// What the panels have recorded of a run up to a component.
+/// Clears the bands from a component on, as in a run that is aborted there.
 void abortAt(int componentNum, testlog::Coverage& coverage)
 {
     for (int c = componentNum; c <= roster::lastComponent; ++c)
@@ -161,12 +161,14 @@ private:
         for (int station = 0; station < stations.size(); ++station) {
             const QString serial = QString("KG-%1").arg(station + 1);
             run({serial, station}, begin.addSecs(-15 * minute));
-            const auto isHere = [station](const Test& test) { return test.station == station; };
+            const auto isAtStation = [station](const Test& test) {
+                return test.station == station;
+            };
             const auto count =
-                static_cast<int>(std::count_if(tests.cbegin(), tests.cend(), isHere));
+                static_cast<int>(std::count_if(tests.cbegin(), tests.cend(), isAtStation));
             int seconds = 0;
             for (Test test : tests) {
-                if (!isHere(test))
+                if (!isAtStation(test))
                     continue;
                 const QDateTime end = begin.addSecs(seconds + static_cast<int>(random() % minute));
                 seconds += shiftSeconds / count;

@@ -85,7 +85,7 @@ protected:
     virtual QString underTestStyle() const = 0;
     /// Shows a judged value, 0 to 127.
     virtual void display(int value) = 0;
-    /// Shows that the control passed, in the order of the kind.
+    /// Shows that the control passed, by showDone() or raiseAndShowDone().
     virtual void showPassed() = 0;
 
 private:

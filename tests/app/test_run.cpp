@@ -61,7 +61,7 @@ QVector<pid_t> workerThreads()
     return ids;
 }
 
-std::atomic<int> thawed{0};
+std::atomic<int> delayedThreads{0};
 
 /// Takes the station through a run: works each control through the unit without a pause, or skips
 /// it. Component 18 is worked or left to the station.
@@ -80,8 +80,8 @@ void workOrSkip(const MainWindow& window, SimulatedUnit& unit, const StateWatch&
     }
 }
 
-/// Compares the log of a serial number with what is expected, the bands of which components are
-/// covered and a date of just now, and removes it.
+/// Compares the log of a serial number with the expected one and a date of just now, and removes
+/// it. isCovered: whether all bands of a component are covered.
 void compareLog(const QString& serial, const std::function<bool(int)>& isCovered)
 {
     const QString path = QCoreApplication::applicationDirPath() + "/Logs/ZORVI_" + serial + ".txt";
@@ -118,9 +118,9 @@ class TestRun : public QObject
     const juce::ScopedJuceInitialiser_GUI juceLibrary;
 
 private Q_SLOTS:
-    /// Closing quits the processor's thread alone, and a window does not go before that thread: it
-    /// ticks on what goes with the window. Has to be the first: a thread of an earlier window that
-    /// is just ending would be counted.
+    /// Closing a window ends only the processor's thread. The destructor waits for that thread,
+    /// which uses a member of the window. Must be the first test: a thread of an earlier window
+    /// that is still ending would be counted.
     void threads()
     {
         const int before = workerThreads().size();
@@ -132,12 +132,12 @@ private Q_SLOTS:
         QTRY_COMPARE(workerThreads().size(), before + 3);
         std::signal(SIGUSR1, [](int) {
             usleep(300000);
-            ++thawed;
+            ++delayedThreads;
         });
         for (const pid_t thread : workerThreads())
             syscall(SYS_tgkill, getpid(), thread, SIGUSR1);
         window.reset();
-        QVERIFY(thawed > 0);
+        QVERIFY(delayedThreads > 0);
         QTRY_COMPARE(workerThreads().size(), before + 2);
     }
 

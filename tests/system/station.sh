@@ -76,7 +76,7 @@ start_station() {
     wait_for windows_are 1 || end_group 'the station has no window after two minutes'
     window_ms=$(($(date +%s%3N) - begin))
     note "window after $window_ms ms"
-    # All of its code into memory: it should not wait for the disk later.
+    # Reads its shared libraries into memory, so that it does not wait for the disk later.
     awk '/\.so/ { print $6 }' "/proc/$station/maps" | sort -u | xargs cat > /dev/null
 }
 

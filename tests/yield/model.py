@@ -37,9 +37,6 @@ COLUMNS = "station serial time started marks missed aborted result"
 Attempt = collections.namedtuple("Attempt", COLUMNS)
 
 
-# What attempts mean
-
-
 def tested(tests_18):
     return [c for c in range(44) if c != 39 and (tests_18 or c != 18)]
 
@@ -63,9 +60,6 @@ def packed(marks):
 def sort_key(each):
     count = "".join(each.marks).count("1")
     return each.time, each.station.encode(), count, packed(each.marks)
-
-
-# What a report counts
 
 
 def day_of(unit):
@@ -271,8 +265,6 @@ def figures(attempts, tests_18, request, made_at):
     }
 
 
-# Plants
-
 TOMORROW = datetime.date.today() + DAY
 # The days from the first to the last unit, and the number of units: one day, whose lower control
 # limit is below all yields; the bounds of days, weeks, months and plausible dates; more units than
@@ -353,9 +345,6 @@ def store(program, path, attempts, tests_18):
         for each in attempts:
             times = each.time.isoformat(), packed(each.marks), tests_18[each.station]
             database.execute(insert, (each.serial, *times, started_text(each), each.station))
-
-
-# The page in Chromium
 
 
 def run(command):

@@ -19,8 +19,6 @@
     const cellsOf = id => all(`#${id} tbody:last-of-type tr`).map(row => texts('td', row));
     const headOf = text => text.replace(/ \(.*/, '');
 
-    // Charts: each shape lies where its figure is on the axis.
-
     const number = (shape, name) => Number(shape.getAttribute(name));
     const points = line => line.getAttribute('points').split(' ')
         .map(pair => pair.split(',').map(Number));
@@ -161,8 +159,6 @@
     for (const cell of all('td'))
         same(cell.className === 'bad', /^(no log|▼|failed$|aborted$)/.test(cell.textContent),
              'in red: ' + cell.textContent);
-
-    // What can be seen
 
     for (const shape of all('svg:not(.marks) :not(title):not(text:empty)')) {
         const box = shape.getBBox();

@@ -222,12 +222,12 @@ private Q_SLOTS:
     {
         store(*database, imported("S", whole));
         store(*database, saved("S", nameOf(2, 1), own));
-        const QStringList before = testdatabase::attemptIds(*database);
+        const QStringList before = testdatabase::linesOf(*database, "SELECT id FROM attempts");
         for (const Fact& fact : {save1, // a third one, until its run is known
                                  save2, saved("S", nameOf(2, 3), log("z", 11, passedWith18)),
                                  saved("R", nameOf(2, 2), log("z", 10, passed()))})
             store(*database, fact);
-        QCOMPARE(testdatabase::attemptIds(*database), before);
+        QCOMPARE(testdatabase::linesOf(*database, "SELECT id FROM attempts"), before);
     }
 
     void renamed_data()
@@ -350,7 +350,8 @@ private Q_SLOTS:
                                "S: whole at 12:09, repeated",
                                "TARVEK: all at 12:03, passed, 18 tested"};
         QCOMPARE(testdatabase::rows(*database), rows);
-        QCOMPARE(testdatabase::attemptIds(*database), QStringList({"1", "2", "3", "4"}));
+        QCOMPARE(testdatabase::linesOf(*database, "SELECT id FROM attempts"),
+                 QStringList({"1", "2", "3", "4"}));
         QCOMPARE(readError(*database), QString("none"));
         database->run("SELECT * FROM results");
         if (isServer())
@@ -378,7 +379,7 @@ private Q_SLOTS:
         QCOMPARE(schemaOf(*database, isServer()), old);
         database->run("DROP TABLE attempts_by_station");
         schema::migrate(*database);
-        QCOMPARE(testdatabase::attemptIds(*database).size(), 4);
+        QCOMPARE(testdatabase::linesOf(*database, "SELECT id FROM attempts").size(), 4);
     }
 
     /// A program that meets tables of a newer one changes nothing.

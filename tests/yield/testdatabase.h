@@ -66,9 +66,4 @@ inline QStringList rows(Database& database)
                                  save + R"(
         FROM repeated_saves JOIN stations ON stations.id = station_id)");
 }
-
-inline QStringList attemptIds(Database& database)
-{
-    return linesOf(database, "SELECT id FROM attempts");
-}
 } // namespace testdatabase

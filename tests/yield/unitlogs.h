@@ -17,7 +17,6 @@ inline BandMarks passed()
     return ~attemptrules::channelButtonMarks();
 }
 
-/// The marks without those of one control.
 inline BandMarks without(BandMarks marks, int componentNum)
 {
     for (int band = 0; band < bandmarks::bandCount(componentNum); ++band)
@@ -25,7 +24,6 @@ inline BandMarks without(BandMarks marks, int componentNum)
     return marks;
 }
 
-/// The marks without that of one band.
 inline BandMarks without(BandMarks marks, int componentNum, int band)
 {
     return marks.reset(bandmarks::markIndex(componentNum, band));

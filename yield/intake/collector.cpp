@@ -74,7 +74,7 @@ bool Collector::pass()
     makeOutbox();
     const QStringList logs = dueLogs();
     const bool isImportDue = !outbox.exists("/Stored");
-    // Open only while there is something to do: another file in its place is the database then.
+    // Opened only when there is something to do: a file that was replaced meanwhile is used then.
     if (logs.isEmpty() && !isImportDue && isMigrated && !nextWarning)
         return postponed.isEmpty();
     // The first time the database is made or migrated; later it must be there.
@@ -113,9 +113,9 @@ void Collector::makeOutbox()
 /// The pending logs but those that are tried again later, in pauses that grow to a minute.
 QStringList Collector::dueLogs()
 {
-    // A folder that once held very many files takes milliseconds to list for ever after. Listed now
-    // and then all the same: a file that came just after the scan may not show in the folder's
-    // time.
+    // A folder that once held very many files stays slow to list: an empty outbox is not, while its
+    // time is unchanged. Every tenth scan lists it all the same: a file that came just after the
+    // last listing may not have changed the time.
     const QDateTime changedAt = QFileInfo(outbox.path()).lastModified();
     if (changedAt == emptySince && ++skippedScans < maxSkippedScans)
         return {};
@@ -157,9 +157,9 @@ void Collector::importSpool(Database& database, const QString& folder)
     file.open(QIODevice::ReadOnly);
     const QJsonObject about = QJsonDocument::fromJson(file.readAll()).object();
     const QString ofSpool = about["database"].toString();
-    const bool isHere =
+    const bool isSameDatabase =
         ofSpool == request.database || ofSpool == QFileInfo(request.database).absoluteFilePath();
-    if (isHere)
+    if (isSameDatabase)
         importEarlierLogs(database, {about["station"].toString(), about["tests_18"].toBool()},
                           logs);
     else if (!logs.isEmpty())

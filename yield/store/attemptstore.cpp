@@ -138,17 +138,17 @@ void LogStore::add(const LogFile& file)
         ++counts.future;
 }
 
-/// A log without its run is an attempt, unless it is known: at this station, or with its run.
-/// Returns false for a duplicate.
+/// A log that names no run is an attempt, unless it is a duplicate: of a log of this station, or of
+/// one that names its run. Returns false for a duplicate.
 bool LogStore::addImported(const StationLog& log)
 {
-    const auto known = attemptrows::find(database, log);
-    const auto isHere = [&](const LogRow& row) { return row.stationId == station.id; };
+    const auto sameLogs = attemptrows::find(database, log);
+    const auto hasThisStation = [&](const LogRow& row) { return row.stationId == station.id; };
     const auto hasRun = [](const LogRow& row) { return !row.run.isNull(); };
-    const bool isKnownHere = std::any_of(known.begin(), known.end(), isHere);
-    if (!isKnownHere && !known.empty())
+    const bool isOfStation = std::any_of(sameLogs.begin(), sameLogs.end(), hasThisStation);
+    if (!isOfStation && !sameLogs.empty())
         ++counts.otherStations;
-    if (isKnownHere || std::any_of(known.begin(), known.end(), hasRun))
+    if (isOfStation || std::any_of(sameLogs.begin(), sameLogs.end(), hasRun))
         return false;
     attemptrows::writeAttempt(database, {0, station.tests18, station.id, log});
     return true;
@@ -161,10 +161,10 @@ bool LogStore::addSave(LogRow save)
     std::vector<LogRow> ofOtherRuns;
     for (const LogRow& row : attemptrows::find(database, save.log, save.run))
         (row.run.isNull() || row.run == save.run ? former : ofOtherRuns).push_back(row);
-    bool isKnown = false;
+    bool isDuplicate = false;
     bool isAtOtherStation = false;
     for (const LogRow& row : former) {
-        isKnown = isKnown || row.log == save.log;
+        isDuplicate = isDuplicate || row.log == save.log;
         isAtOtherStation = isAtOtherStation || row.stationId != station.id;
         if (row.run == save.run)
             save.stationId = firstByName(database, save.stationId, row.stationId);
@@ -174,7 +174,7 @@ bool LogStore::addSave(LogRow save)
         if (row.stationId == save.stationId) // left the same log within a second: one attempt
             return false;
     replace(database, former, withSave(save, former));
-    return !isKnown;
+    return !isDuplicate;
 }
 
 /// Moves all rows of a station to another one. Of a log that both have one row stays, that of
