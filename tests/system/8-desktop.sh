@@ -45,7 +45,7 @@ beep_is_recorded() {
     pause 1
     level=$(/usr/bin/python3 -c 'import numpy
 print(max(abs(numpy.fromfile("/tmp/recording", "<i2").astype(int)), default=0))')
-    [ "$level" -gt 1000 ]
+    [ "$level" -gt 300 ]
 }
 # is_heard CONTROLLER: in what the sound server plays. While a session manager starts, pactl may get no
 # answer; there is one sink at a time.
